@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+namespace platform {
+
+/// Where log records end up. One call of `write` is one record; any thread may call it.
+class LogSink {
+ public:
+  LogSink() = default;
+  LogSink(const LogSink&) = delete;
+  LogSink& operator=(const LogSink&) = delete;
+  virtual ~LogSink() = default;
+
+  /// Takes one finished text, whatever bytes it holds. Never fails: a record that cannot be written is
+  /// lost, the process goes on.
+  virtual void write(std::string_view text) = 0;
+
+  /// Hands on what `write` held back during a `LogBatch`.
+  virtual void flush() {}
+
+  /// The sink in use; standard error under the name of the program unless `setShared` gave another.
+  static LogSink& shared();
+  /// Puts `sink` in use. To be called while no other thread runs.
+  static void setShared(std::unique_ptr<LogSink> sink);
+};
+
+/// While one of these lives on a thread, a sink may hold that thread's records back to write many at
+/// once; the last one to go flushes the sink. An event loop holds one while it runs the handlers that are
+/// ready, never while it waits, so that no record outlives the turn of the loop that wrote it.
+class LogBatch {
+ public:
+  LogBatch();
+  ~LogBatch();
+  LogBatch(const LogBatch&) = delete;
+  LogBatch& operator=(const LogBatch&) = delete;
+
+  /// Whether the calling thread is inside a batch.
+  static bool isActive();
+};
+
+}  // namespace platform

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// The length in bytes (1 to 4) of the well-formed UTF-8 sequence that `text` begins with, or 0 when it
+/// begins with none (RFC 3629 section 4: no overlong forms, no surrogates, nothing above U+10FFFF).
+/// `text` is not empty.
+std::size_t utf8SequenceLength(std::string_view text);
+
+/// Whether all of `text` is well-formed UTF-8.
+bool isValidUtf8(std::string_view text);
+
+/// `text` with every byte that is not part of a well-formed sequence replaced by U+FFFD.
+std::string repairedUtf8(std::string_view text);
+
+}  // namespace platform

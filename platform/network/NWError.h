@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace platform {
+
+/// A failure of a network operation. Printed as the framework prints it:
+/// `POSIXErrorCode(rawValue: 111): Connection refused`, or `-65554: NoSuchRecord` for a host that is no
+/// address.
+class NWError {
+ public:
+  /// `code` is an errno value.
+  static NWError posix(int code) { return NWError(Domain::posix, code); }
+  /// The host text is no IP address; names are never looked up.
+  static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
+
+  [[nodiscard]] int code() const { return code_; }
+  void describe(std::string& out) const;
+
+  bool operator==(const NWError&) const = default;
+
+ private:
+  enum class Domain { posix, dns };
+  static constexpr int kNoSuchRecord = -65554;
+
+  NWError(Domain domain, int code) : domain_(domain), code_(code) {}
+
+  Domain domain_;
+  int code_;
+};
+
+}  // namespace platform
