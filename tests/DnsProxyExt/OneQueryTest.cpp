@@ -39,7 +39,7 @@ std::string response(const char* quote) {
 }
 
 TEST_F(OneQueryTest, LogsItsWholeRoad) {
-  const FakeServer server([](const platform::Data&) { return std::vector{answerForA()}; });
+  const FakeServer server([](const platform::Data&) { return std::vector<platform::Data>{answerForA()}; });
   start(R"({"organizationId": "org42"})"_json);
   provider_->filteringDNS = host(server);
   log_.clear();
