@@ -1,21 +1,53 @@
 #pragma once
 
-#include <map>
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "DnsProxyExt/Utils.h"
 
 namespace quillet {
 
-/// Puts longer texts before shorter ones, texts of one length in their own order.
-struct LongestFirst {
-  bool operator()(const std::string& left, const std::string& right) const {
-    return left.size() != right.size() ? left.size() > right.size() : left < right;
-  }
-};
+/// A domain fragment to the server that answers for it. A fragment serves every domain that contains it.
+class DomainMap {
+ public:
+  /// A domain name has no more octets (RFC 1035 section 2.3.4); a longer text is none, and no server is
+  /// found for it. Bounds the time of a lookup.
+  static constexpr std::size_t kMaxDomainLength = 255;
 
-/// A domain fragment to the server that answers for it. Walked from the longest fragment to the shortest,
-/// so that where several match, the most particular one decides.
-using DomainMap = std::map<std::string, DNSHostRef, LongestFirst>;
+  DomainMap() = default;
+  DomainMap(std::initializer_list<std::pair<std::string, DNSHostRef>> entries);
+
+  /// Maps a fragment, in place of what it was mapped to.
+  void set(std::string fragment, DNSHostRef server);
+
+  /// The server of the longest fragment that `domain` contains, so that the most particular one decides;
+  /// of several of that length the one that stands first in it. Or nullptr. A fragment without text matches
+  /// nothing. Letter case counts.
+  ///
+  /// Looks up the pieces of `domain` that are as long as a fragment, so the time depends on the lengths
+  /// that fragments have and not on how many there are.
+  [[nodiscard]] DNSHostRef server(std::string_view domain) const;
+
+  [[nodiscard]] std::size_t size() const { return servers_.size(); }
+  [[nodiscard]] bool empty() const { return servers_.empty(); }
+
+  /// In the order of the fragments.
+  void describe(std::string& out) const;
+
+ private:
+  struct Hash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+
+  std::unordered_map<std::string, DNSHostRef, Hash, std::equal_to<>> servers_;
+  /// Of all fragments that have text, the longest first.
+  std::set<std::size_t, std::greater<>> lengths_;
+};
 
 }  // namespace quillet

@@ -1,0 +1,41 @@
+#include "DnsProxyExt/DomainMap.h"
+
+#include <map>
+
+#include "platform/foundation/Description.h"
+
+namespace quillet {
+
+DomainMap::DomainMap(std::initializer_list<std::pair<std::string, DNSHostRef>> entries) {
+  for (const auto& [fragment, server] : entries) {
+    set(fragment, server);
+  }
+}
+
+void DomainMap::set(std::string fragment, DNSHostRef server) {
+  if (!fragment.empty()) {
+    lengths_.insert(fragment.size());
+  }
+  servers_.insert_or_assign(std::move(fragment), std::move(server));
+}
+
+DNSHostRef DomainMap::server(std::string_view domain) const {
+  if (domain.size() > kMaxDomainLength) {
+    return nullptr;
+  }
+  for (auto length = lengths_.lower_bound(domain.size()); length != lengths_.end(); ++length) {
+    for (std::size_t start = 0; start + *length <= domain.size(); ++start) {
+      const auto found = servers_.find(domain.substr(start, *length));
+      if (found != servers_.end()) {
+        return found->second;
+      }
+    }
+  }
+  return nullptr;
+}
+
+void DomainMap::describe(std::string& out) const {
+  platform::describe(out, std::map<std::string_view, DNSHostRef>(servers_.begin(), servers_.end()));
+}
+
+}  // namespace quillet

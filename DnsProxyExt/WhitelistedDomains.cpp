@@ -1,0 +1,94 @@
+#include "DnsProxyExt/WhitelistedDomains.h"
+
+#include "platform/foundation/JSONValue.h"
+
+namespace quillet {
+
+using platform::Error;
+using platform::JSONValue;
+
+namespace {
+
+template <class T>
+using Decoded = tl::expected<T, Error>;
+
+tl::unexpected<Error> isMissing() {
+  return tl::unexpected(Error("The data couldn’t be read because it is missing."));
+}
+
+tl::unexpected<Error> isWrong() {
+  return tl::unexpected(Error("The data couldn’t be read because it isn’t in the correct format."));
+}
+
+/// The value of a member that has to be there and to be a `T`. Borrowed from `object`.
+template <class T>
+Decoded<const T*> member(const JSONValue& object, const char* key) {
+  if (!object.is_object()) {
+    return isWrong();
+  }
+  const auto found = object.find(key);
+  if (found == object.end() || found->is_null()) {
+    return isMissing();
+  }
+  const auto* value = found->get_ptr<const T*>();
+  if (value == nullptr) {
+    return isWrong();
+  }
+  return value;
+}
+
+Decoded<std::vector<std::string>> texts(const JSONValue::array_t& array) {
+  std::vector<std::string> result;
+  for (const auto& element : array) {
+    const auto* text = element.get_ptr<const std::string*>();
+    if (text == nullptr) {
+      return element.is_null() ? isMissing() : isWrong();
+    }
+    result.push_back(*text);
+  }
+  return result;
+}
+
+Decoded<WhitelistedDNS> server(const JSONValue& json) {
+  const auto domains = member<JSONValue::array_t>(json, "assignedDomains");
+  if (!domains) {
+    return tl::unexpected(domains.error());
+  }
+  auto assigned = texts(**domains);
+  if (!assigned) {
+    return tl::unexpected(assigned.error());
+  }
+  const auto address = member<std::string>(json, "dnsServerIP");
+  if (!address) {
+    return tl::unexpected(address.error());
+  }
+  return WhitelistedDNS{*std::move(assigned), **address};
+}
+
+}  // namespace
+
+tl::expected<WhitelistedDomains, Error> WhitelistedDomains::decode(platform::DataView bytes) {
+  const auto json = platform::parseJSON(platform::textOf(bytes));
+  if (!json) {
+    return isWrong();
+  }
+  const auto status = member<bool>(*json, "status");
+  if (!status) {
+    return tl::unexpected(status.error());
+  }
+  const auto settings = member<JSONValue::array_t>(*json, "dnsServerSettings");
+  if (!settings) {
+    return tl::unexpected(settings.error());
+  }
+  WhitelistedDomains result{.status = **status, .dnsServerSettings = {}};
+  for (const auto& element : **settings) {
+    auto decoded = server(element);
+    if (!decoded) {
+      return tl::unexpected(decoded.error());
+    }
+    result.dnsServerSettings.push_back(*std::move(decoded));
+  }
+  return result;
+}
+
+}  // namespace quillet
