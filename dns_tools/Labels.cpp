@@ -8,7 +8,7 @@ namespace {
 
 // The slot in which `isMatch` holds, or the free one where it would have to be.
 template <class Slot, class IsMatch>
-Slot& probe(std::span<Slot> slots, std::uint64_t hash, IsMatch isMatch) {
+Slot& probe(std::span<Slot> slots, std::uint32_t hash, IsMatch isMatch) {
   const std::size_t mask = slots.size() - 1;
   for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
     if (slots[i].text == nullptr || isMatch(slots[i])) {
@@ -19,21 +19,21 @@ Slot& probe(std::span<Slot> slots, std::uint64_t hash, IsMatch isMatch) {
 
 }  // namespace
 
-std::optional<std::uint16_t> Labels::findOrStore(std::string_view text, std::uint64_t hash,
-                                                 std::size_t offset) {
+const std::uint16_t* Labels::findOrStore(std::string_view text, std::uint32_t hash,
+                                         std::size_t offset) {
   auto& slot = probe(slots_, hash, [&](const Slot& other) {
     return other.hash == hash && std::string_view(other.text, other.size) == text;
   });
   if (slot.text != nullptr) {
-    return slot.offset;
+    return &slot.offset;
   }
   if (offset < kOffsetLimit) {
-    slot = {text.data(), hash, text.size(), static_cast<std::uint16_t>(offset)};
+    slot = {text.data(), text.size(), hash, static_cast<std::uint16_t>(offset)};
     if (++used_ > slots_.size() / 4 * 3) {
       grow();
     }
   }
-  return std::nullopt;
+  return nullptr;
 }
 
 void Labels::grow() {

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <forward_list>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,10 +27,9 @@ class Labels {
   Labels& operator=(Labels&&) = delete;
   ~Labels() = default;
 
-  /// The offset that `text` is stored under. A text that is not there yet is stored with `offset`,
+  /// The offset of `text`. Null when the text is not there yet; then it is stored with `offset`,
   /// unless that cannot be pointed to. Equal texts come with equal hashes.
-  std::optional<std::uint16_t> findOrStore(std::string_view text, std::uint64_t hash,
-                                           std::size_t offset);
+  const std::uint16_t* findOrStore(std::string_view text, std::uint32_t hash, std::size_t offset);
 
   /// Keeps a text that no record holds for as long as the dictionary lives.
   std::string_view keep(std::string text);
@@ -39,9 +37,9 @@ class Labels {
  private:
   struct Slot {
     const char* text = nullptr;  // null in a free slot
-    std::uint64_t hash = 0;
-    std::size_t size = 0;
-    std::uint16_t offset = 0;
+    std::size_t size;
+    std::uint32_t hash;
+    std::uint16_t offset;
   };
 
   void grow();

@@ -1,5 +1,7 @@
 #include "dns_tools/NameSuffix.h"
 
+#include <bit>
+#include <cstring>
 #include <random>
 
 namespace DnsToolsSocket {
@@ -32,19 +34,35 @@ struct HashedLabel {
   std::uint64_t hash;
 };
 
+// How many of eight characters come before a dot.
+std::size_t sizeBeforeDot(std::uint64_t word) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  const std::uint64_t dotsAreZero = word ^ kOnes * '.';
+  const std::uint64_t highBits = (dotsAreZero - kOnes) & ~dotsAreZero & kOnes << 7;
+  return static_cast<std::size_t>(std::countr_zero(highBits)) / 8;
+}
+
 // The label up to the first dot, or the end, of `text`.
 HashedLabel firstLabel(std::string_view text, const Seeds& seeds) {
   std::uint64_t hash = seeds.label + text.size();
   std::uint64_t word = 0;
   std::size_t size = 0;
-  for (; size < text.size() && text[size] != '.'; ++size) {
-    word = word << 8 | static_cast<unsigned char>(text[size]);
-    if (size % 8 == 7) {
-      hash = mix(hash ^ word, seeds.end);
-      word = 0;
+  for (; text.size() - size >= sizeof word; size += sizeof word) {
+    std::memcpy(&word, text.data() + size, sizeof word);
+    const auto before = sizeBeforeDot(word);
+    if (before < sizeof word) {
+      word &= (std::uint64_t{1} << 8 * before) - 1;
+      return {size + before, mix(hash ^ word, seeds.end + before)};
     }
+    hash = mix(hash ^ word, seeds.end);
   }
-  return {size, mix(hash ^ word, seeds.end + size)};
+  word = 0;
+  unsigned shift = 0;
+  for (; size < text.size() && text[size] != '.'; ++size) {
+    word |= std::uint64_t{static_cast<unsigned char>(text[size])} << shift;
+    shift += 8;
+  }
+  return {size, mix(hash ^ word, seeds.end + shift/8)};
 }
 
 std::string_view withoutLabel(std::string_view text, std::size_t size) {

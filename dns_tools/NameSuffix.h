@@ -19,7 +19,7 @@ class NameSuffix {
 
   [[nodiscard]] bool empty() const { return text_.empty(); }
   [[nodiscard]] std::string_view text() const { return text_; }
-  [[nodiscard]] std::uint64_t hash() const { return hash_; }
+  [[nodiscard]] std::uint32_t hash() const { return static_cast<std::uint32_t>(hash_); }
   /// Whether there is nothing between two dots, or before the first one.
   [[nodiscard]] bool hasEmptyLabel() const { return hasEmptyLabel_; }
 
