@@ -4,8 +4,6 @@
 #include <limits>
 #include <string>
 
-#include "dns_tools/NameSuffix.h"
-
 namespace DnsToolsSocket {
 
 namespace {
@@ -59,7 +57,7 @@ void Writer::writeBytes(platform::DataView bytes) {
 
 void Writer::writeName(std::string_view name) {
   NameSuffix rest(name);
-  if (writePointer(name, rest.hash())) {
+  if (writePointer(name, rest)) {
     return;
   }
   if (rest.hasEmptyLabel()) {
@@ -67,7 +65,7 @@ void Writer::writeName(std::string_view name) {
   }
   while (!rest.empty()) {
     writeLabel(rest.takeLabel());
-    if (!rest.empty() && writePointer(rest.text(), rest.hash())) {
+    if (!rest.empty() && writePointer(rest.text(), rest)) {
       return;
     }
   }
@@ -75,8 +73,8 @@ void Writer::writeName(std::string_view name) {
 }
 
 /// Writes a pointer to the text, if it was written before; otherwise it will have been, from here.
-bool Writer::writePointer(std::string_view text, std::uint32_t hash) {
-  const auto* offset = labels_.findOrStore(text, hash, size_);
+bool Writer::writePointer(std::string_view text, NameSuffix& name) {
+  const auto* offset = labels_.findOrStore(text, name, size_);
   if (offset != nullptr) {
     writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
   }

@@ -9,6 +9,7 @@
 
 #include "dns_tools/EncodeError.h"
 #include "dns_tools/Labels.h"
+#include "dns_tools/NameSuffix.h"
 #include "platform/foundation/Data.h"
 
 namespace DnsToolsSocket {
@@ -45,7 +46,7 @@ class Writer {
  private:
   std::uint8_t* extend(std::size_t size);
   void makeRoom(std::size_t size);
-  bool writePointer(std::string_view text, std::uint32_t hash);
+  bool writePointer(std::string_view text, NameSuffix& name);
   void writeLabel(std::string_view label);
 
   platform::Data& onto_;
