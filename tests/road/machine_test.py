@@ -32,11 +32,18 @@ def enter_namespace():
 
 
 def bring_loopback_up():
-    get_flags, set_flags, up = 0x8913, 0x8914, 1  # SIOCGIFFLAGS, SIOCSIFFLAGS, IFF_UP
+    """Without an address beyond the loopback ones the C library would not ask at all."""
+    get_flags, set_flags, set_address = 0x8913, 0x8914, 0x8916  # SIOCGIFFLAGS, SIOCSIFFLAGS, SIOCSIFADDR
+    up = 1  # IFF_UP
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
         request = fcntl.ioctl(s, get_flags, struct.pack("16sH22x", b"lo", 0))
         flags = struct.unpack_from("H", request, 16)[0]
         fcntl.ioctl(s, set_flags, struct.pack("16sH22x", b"lo", flags | up))
+        address = socket.inet_pton(socket.AF_INET, "192.0.2.1")
+        fcntl.ioctl(s, set_address, struct.pack("16sH2x4s16x", b"lo:1", socket.AF_INET, address))
+    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as s:
+        address = socket.inet_pton(socket.AF_INET6, "2001:db8::1")
+        fcntl.ioctl(s, set_address, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))
 
 
 class StubResolverTest(RoadTest):
