@@ -15,8 +15,8 @@ struct ListenAddress {
   std::uint16_t port = 0;
   bool isIPv6 = false;
 
-  /// Nothing unless `text` is an IPv4 address or an IPv6 address in brackets, a colon, and a decimal port
-  /// from 0 to 65535. Port 0 leaves the choice to the system. Names are not looked up.
+  /// Nothing unless `text` is an IPv4 address or an IPv6 address in brackets, a colon, and a
+  /// decimal port from 0 to 65535. Port 0 leaves the choice to the system. Names are not looked up.
   static std::optional<ListenAddress> parse(std::string_view text);
 
   /// The form that `parse` reads.

@@ -9,8 +9,8 @@
 
 namespace quillet {
 
-/// A bound UDP socket that reads and answers in batches: one system call for up to `kBatchSize` datagrams
-/// each way. Move-only; owns its descriptor.
+/// A bound UDP socket that reads and answers in batches: one system call for up to `kBatchSize`
+/// datagrams each way. Move-only; owns its descriptor.
 class DatagramSocket {
  public:
   static constexpr std::size_t kBatchSize = 64;
@@ -27,10 +27,12 @@ class DatagramSocket {
   /// The address as bound: a port 0 has become the system's choice.
   [[nodiscard]] const ListenAddress& address() const { return address_; }
 
-  /// Takes what has arrived, at most one batch, without waiting. The views are valid until the next call.
+  /// Takes what has arrived, at most one batch, without waiting. The views are valid until the next
+  /// call.
   std::vector<platform::DataView> receive();
 
-  /// Sets the answer to the datagram of that index of the last batch. Nothing is sent before `flush`.
+  /// Sets the answer to the datagram of that index of the last batch. Nothing is sent before
+  /// `flush`.
   void answer(std::size_t index, platform::Data bytes);
 
   /// Sends the answers of the last batch in order; returns how many the system took.

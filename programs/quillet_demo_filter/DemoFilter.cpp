@@ -6,10 +6,14 @@
 #include <string_view>
 #include <utility>
 
+#include "dns_tools/ReturnCode.h"
 #include "programs/quillet_demo_filter/DemoAnswer.h"
 #include "programs/quillet_demo_filter/QueryLine.h"
 
 namespace quillet {
+
+using DnsToolsSocket::Message;
+using DnsToolsSocket::ReturnCode;
 
 DemoFilter::DemoFilter(std::vector<DatagramSocket> sockets, bool isQuiet)
     : sockets_(std::move(sockets)), isQuiet_(isQuiet) {}
@@ -38,22 +42,30 @@ void DemoFilter::run(int stopDescriptor) {
 
 void DemoFilter::serveBatch(DatagramSocket& socket) {
   const std::vector<platform::DataView> datagrams = socket.receive();
-  std::uint64_t refused = 0;
+  totals_.queries += datagrams.size();
   for (std::size_t i = 0; i < datagrams.size(); ++i) {
-    const DecodedQuery query = decodeQuery(datagrams[i]);
-    if (!isQuiet_) {
-      appendQueryLine(lines_, query, datagrams[i].size());
+    const auto answer = answerFor(datagrams[i]);
+    if (!answer) {
+      continue;
     }
-    DemoAnswer answer = answerTo(query, datagrams[i]);
-    if (!answer.bytes.empty()) {
-      refused += answer.isRefusal ? 1 : 0;
-      socket.answer(i, std::move(answer.bytes));
+    if (auto bytes = answer->serialize()) {
+      ++(answer->returnCode == ReturnCode::noError ? totals_.answered : totals_.refused);
+      socket.answer(i, *std::move(bytes));
     }
   }
-  const std::uint64_t sent = socket.flush();
-  totals_.queries += datagrams.size();
-  totals_.refused += refused;
-  totals_.answered += sent - std::min(sent, refused);
+  socket.flush();
+}
+
+std::optional<Message> DemoFilter::answerFor(platform::DataView datagram) {
+  const auto query = Message::deserialize(datagram);
+  if (!query) {
+    return answerToUndecodable(datagram);
+  }
+  const auto answer = answerTo(*query);
+  if (answer && !isQuiet_) {
+    appendQueryLine(lines_, *query);
+  }
+  return answer;
 }
 
 void DemoFilter::printLines() {

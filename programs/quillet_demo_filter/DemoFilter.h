@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "dns_tools/Message.h"
+#include "platform/foundation/Data.h"
 #include "programs/quillet_demo_filter/DatagramSocket.h"
 
 namespace quillet {
@@ -13,8 +16,8 @@ class DemoFilter {
  public:
   struct Totals {
     std::uint64_t queries = 0;   ///< datagrams received
-    std::uint64_t answered = 0;  ///< answers sent that hold what was asked
-    std::uint64_t refused = 0;   ///< answers sent that hold an error code
+    std::uint64_t answered = 0;  ///< answered with what was asked
+    std::uint64_t refused = 0;   ///< answered with an error code
   };
 
   /// `isQuiet`: no line for each query.
@@ -27,6 +30,7 @@ class DemoFilter {
 
  private:
   void serveBatch(DatagramSocket& socket);
+  std::optional<DnsToolsSocket::Message> answerFor(platform::DataView datagram);
   void printLines();
 
   std::vector<DatagramSocket> sockets_;

@@ -13,8 +13,8 @@ struct EdnsOption {
   platform::DataView value;  ///< borrowed from the RDATA
 };
 
-/// The options in the RDATA of an OPT record (RFC 6891, section 6.1.2), in their order. Nothing when an
-/// option runs past the end.
+/// The options in the RDATA of an OPT record (RFC 6891, section 6.1.2), in their order. Nothing
+/// when an option runs past the end.
 std::optional<std::vector<EdnsOption>> readEdnsOptions(platform::DataView rdata);
 
 }  // namespace quillet

@@ -36,11 +36,13 @@ std::string checkListenAddress(const std::string& text) {
 
 /// The options, or the status to end with.
 std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
-  CLI::App app("Answers A, AAAA and HTTPS queries from the name itself and shows the identity it sees.",
-               kName);
+  CLI::App app(
+      "Answers A, AAAA and HTTPS queries from the name itself and shows the identity it sees.",
+      kName);
   std::vector<std::string> listen;
   Options options;
-  app.add_option("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
+  app.add_option("--listen", listen,
+                 "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
       ->type_name("ADDR:PORT")
       ->check(checkListenAddress)
       ->allow_extra_args(false)

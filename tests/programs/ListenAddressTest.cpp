@@ -1,10 +1,10 @@
-#include "programs/ListenAddress.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 
 #include <cstring>
+
+#include "programs/ListenAddress.h"
 
 namespace quillet {
 namespace {
