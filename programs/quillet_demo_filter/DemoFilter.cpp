@@ -61,7 +61,7 @@ std::optional<Message> DemoFilter::answerFor(platform::DataView datagram) {
   if (!query) {
     return answerToUndecodable(datagram);
   }
-  const auto answer = answerTo(*query);
+  auto answer = answerTo(*query);
   if (answer && !isQuiet_) {
     appendQueryLine(lines_, *query);
   }

@@ -4,8 +4,10 @@
 #include <sys/signalfd.h>
 
 #include <CLI/CLI.hpp>
+#include <cinttypes>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -80,14 +82,7 @@ int stopSignals() {
   return ::signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  const auto [options, status] = parseOptions(argc, argv);
-  if (status) {
-    return *status;
-  }
-  std::signal(SIGPIPE, SIG_IGN);  // the service goes on when nobody reads its lines any more
+int serve(const Options& options) {
   const int stop = stopSignals();
   std::vector<DatagramSocket> sockets;
   for (const ListenAddress& address : options.listen) {
@@ -101,10 +96,21 @@ int main(int argc, char** argv) {
   std::fflush(stdout);
   DemoFilter filter(std::move(sockets), options.isQuiet);
   filter.run(stop);
-  const DemoFilter::Totals& totals = filter.totals();
-  std::printf("queries %llu, answered %llu, refused %llu\n",
-              static_cast<unsigned long long>(totals.queries),
-              static_cast<unsigned long long>(totals.answered),
-              static_cast<unsigned long long>(totals.refused));
+  const auto& [queries, answered, refused] = filter.totals();
+  std::printf("queries %" PRIu64 ", answered %" PRIu64 ", refused %" PRIu64 "\n", queries, answered,
+              refused);
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // the service goes on when nobody reads its lines any more
+  try {
+    const auto [options, status] = parseOptions(argc, argv);
+    return status ? *status : serve(options);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", kName, error.what());
+    return 1;
+  }
 }
