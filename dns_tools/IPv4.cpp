@@ -10,15 +10,6 @@ using platform::DataView;
 
 IPv4::IPv4(std::uint32_t value) : address{htonl(value)} {}
 
-std::optional<IPv4> IPv4::networkBytes(DataView octets) {
-  IPv4 ip;
-  if (octets.size() != sizeof ip.address) {
-    return std::nullopt;
-  }
-  std::memcpy(&ip.address, octets.data(), sizeof ip.address);
-  return ip;
-}
-
 std::optional<IPv4> IPv4::fromPresentation(std::string_view text) {
   // inet_pton reads up to a zero octet; a text that holds one is no address.
   IPv4 ip;

@@ -2,6 +2,7 @@
 
 #include <netinet/in.h>
 
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,5 +43,14 @@ class IPv4 {
   /// In network order.
   in_addr address{};
 };
+
+inline std::optional<IPv4> IPv4::networkBytes(platform::DataView octets) {
+  IPv4 ip;
+  if (octets.size() != sizeof ip.address) {
+    return std::nullopt;
+  }
+  std::memcpy(&ip.address, octets.data(), sizeof ip.address);
+  return ip;
+}
 
 }  // namespace DnsToolsSocket

@@ -8,15 +8,6 @@ namespace DnsToolsSocket {
 
 using platform::DataView;
 
-std::optional<IPv6> IPv6::networkBytes(DataView octets) {
-  IPv6 ip;
-  if (octets.size() != sizeof ip.address) {
-    return std::nullopt;
-  }
-  std::memcpy(&ip.address, octets.data(), sizeof ip.address);
-  return ip;
-}
-
 std::optional<IPv6> IPv6::fromPresentation(std::string_view text) {
   // inet_pton reads up to a zero octet; a text that holds one is no address.
   IPv6 ip;

@@ -2,6 +2,7 @@
 
 #include <netinet/in.h>
 
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,5 +41,14 @@ class IPv6 {
   /// In network order.
   in6_addr address{};
 };
+
+inline std::optional<IPv6> IPv6::networkBytes(platform::DataView octets) {
+  IPv6 ip;
+  if (octets.size() != sizeof ip.address) {
+    return std::nullopt;
+  }
+  std::memcpy(&ip.address, octets.data(), sizeof ip.address);
+  return ip;
+}
 
 }  // namespace DnsToolsSocket

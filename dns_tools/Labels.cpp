@@ -1,50 +1,88 @@
 #include "dns_tools/Labels.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace DnsToolsSocket {
 
 namespace {
 
-// The slot in which `isMatch` holds, or the free one where it would have to be.
-template <class Slot, class IsMatch>
-Slot& probe(std::span<Slot> slots, std::uint64_t hash, IsMatch isMatch) {
+constexpr std::size_t kFirstSlots = 64;
+
+// The first slot, from the hash's own on, that `wanted` accepts; there is one.
+template <class Slots, class Wanted>
+auto& probe(Slots& slots, std::uint32_t hash, Wanted wanted) {
   const std::size_t mask = slots.size() - 1;
-  for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
-    if (slots[i].text == nullptr || isMatch(slots[i])) {
-      return slots[i];
-    }
+  std::size_t i = hash & mask;
+  while (!wanted(slots[i])) {
+    i = (i + 1) & mask;
   }
+  return slots[i];
+}
+
+template <class Slots, class Entry>
+void put(Slots& slots, const Entry& entry) {
+  probe(slots, entry.hash, [](const Entry& slot) { return slot.data == nullptr; }) = entry;
 }
 
 }  // namespace
 
-std::optional<std::uint16_t> Labels::findOrStore(std::string_view text, std::uint64_t hash,
-                                                 std::size_t offset) {
-  auto& slot = probe(slots_, hash, [&](const Slot& other) {
-    return other.hash == hash && std::string_view(other.text, other.size) == text;
-  });
-  if (slot.text != nullptr) {
-    return slot.offset;
+const std::uint16_t* Labels::findOrStore(std::string_view text, NameSuffix& name,
+                                         std::size_t offset) {
+  const auto* entry = slots_.empty() ? findAmongFew(text) : findInSlots(text, name.hash());
+  if (entry != nullptr) {
+    return &entry->offset;
   }
   if (offset < kOffsetLimit) {
-    slot = {text.data(), hash, text.size(), static_cast<std::uint16_t>(offset)};
-    if (++used_ > slots_.size() / 4 * 3) {
-      grow();
-    }
+    store(text, name, static_cast<std::uint16_t>(offset));
   }
-  return std::nullopt;
+  return nullptr;
 }
 
-void Labels::grow() {
-  std::vector<Slot> slots(slots_.size() * 2);
-  for (const auto& slot : slots_) {
-    if (slot.text != nullptr) {
-      probe(std::span(slots), slot.hash, [](const Slot&) { return false; }) = slot;
+const Labels::Entry* Labels::findAmongFew(std::string_view text) const {
+  const auto* end = few_.data() + used_;
+  const auto* entry =
+      std::find_if(few_.data(), end, [&](const Entry& other) { return other.text() == text; });
+  return entry == end ? nullptr : entry;
+}
+
+const Labels::Entry* Labels::findInSlots(std::string_view text, std::uint32_t hash) const {
+  const auto& slot = probe(slots_, hash, [&](const Entry& other) {
+    return other.data == nullptr || (other.hash == hash && other.text() == text);
+  });
+  return slot.data == nullptr ? nullptr : &slot;
+}
+
+void Labels::store(std::string_view text, NameSuffix& name, std::uint16_t offset) {
+  if (slots_.empty() && used_ < few_.size()) {
+    few_[used_++] = {text.data(), text.size(), 0, offset};
+    return;
+  }
+  if (slots_.empty()) {
+    moveFewToSlots();
+  } else if (used_ * 2 == slots_.size()) {
+    doubleSlots();
+  }
+  put(slots_, Entry{text.data(), text.size(), name.hash(), offset});
+  ++used_;
+}
+
+void Labels::moveFewToSlots() {
+  slots_.resize(kFirstSlots);
+  for (auto& entry : few_) {
+    entry.hash = NameSuffix(entry.text()).hash();
+    put(slots_, entry);
+  }
+}
+
+void Labels::doubleSlots() {
+  std::vector<Entry> slots(slots_.size() * 2);
+  for (const auto& entry : slots_) {
+    if (entry.data != nullptr) {
+      put(slots, entry);
     }
   }
-  moreSlots_ = std::move(slots);
-  slots_ = moreSlots_;
+  slots_ = std::move(slots);
 }
 
 std::string_view Labels::keep(std::string text) { return kept_.emplace_front(std::move(text)); }

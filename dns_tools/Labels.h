@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <forward_list>
-#include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "dns_tools/NameSuffix.h"
 
 namespace DnsToolsSocket {
 
@@ -28,29 +28,34 @@ class Labels {
   Labels& operator=(Labels&&) = delete;
   ~Labels() = default;
 
-  /// The offset that `text` is stored under. A text that is not there yet is stored with `offset`,
-  /// unless that cannot be pointed to. Equal texts come with equal hashes.
-  std::optional<std::uint16_t> findOrStore(std::string_view text, std::uint64_t hash,
-                                           std::size_t offset);
+  /// The offset of `text`, which reads as `name` does, or with empty labels more. Null when the
+  /// text is not there yet; then it is stored with `offset`, unless that cannot be pointed to.
+  const std::uint16_t* findOrStore(std::string_view text, NameSuffix& name, std::size_t offset);
 
   /// Keeps a text that no record holds for as long as the dictionary lives.
   std::string_view keep(std::string text);
 
  private:
-  struct Slot {
-    const char* text = nullptr;  // null in a free slot
-    std::uint64_t hash = 0;
-    std::size_t size = 0;
-    std::uint16_t offset = 0;
+  struct Entry {
+    const char* data;  // null in a free slot
+    std::size_t size;
+    std::uint32_t hash;  // among the few: not taken yet
+    std::uint16_t offset;
+
+    [[nodiscard]] std::string_view text() const { return {data, size}; }
   };
 
-  void grow();
+  [[nodiscard]] const Entry* findAmongFew(std::string_view text) const;
+  [[nodiscard]] const Entry* findInSlots(std::string_view text, std::uint32_t hash) const;
+  void store(std::string_view text, NameSuffix& name, std::uint16_t offset);
+  void moveFewToSlots();
+  void doubleSlots();
 
-  // Open addressing; a power of two of slots, at most three quarters of them in use. The first ones
-  // suffice for the usual answer.
-  std::array<Slot, 16> firstSlots_;
-  std::vector<Slot> moreSlots_;
-  std::span<Slot> slots_{firstSlots_};
+  // The usual answer has few texts, and to look at each is faster than to take hashes. The first
+  // one too many moves them to slots: open addressing, a power of two of them, at most half of them
+  // in use.
+  std::array<Entry, 16> few_;
+  std::vector<Entry> slots_;
   std::size_t used_ = 0;
   std::forward_list<std::string> kept_;
 };

@@ -20,8 +20,6 @@ constexpr std::size_t kMaxUInt16 = std::numeric_limits<std::uint16_t>::max();
 // The least that an entry takes, its name the root.
 constexpr std::size_t kMinQuestionSize = 5;
 constexpr std::size_t kMinRecordSize = 11;
-// What a message over UDP usually has room for (RFC 1035 section 4.2.1).
-constexpr std::size_t kUsualMessageSize = 512;
 
 // The flags word (RFC 1035 section 4.1.1).
 constexpr unsigned kResponse = 0x8000;
@@ -54,12 +52,11 @@ std::uint16_t flagsOf(const Message& message) {
 }
 
 // The count is only what the sender says: no more room is made than the bytes left could fill.
-template <class Entry, class Read>
-void readEntries(std::vector<Entry>& entries, std::size_t count, std::size_t minSize,
-                 Reader& reader, Read read) {
+template <std::size_t minSize, class Entry>
+void readEntries(std::vector<Entry>& entries, std::size_t count, Reader& reader) {
   entries.reserve(std::min(count, reader.remaining() / minSize));
   while (entries.size() < count && !reader.error()) {
-    entries.push_back(read(reader));
+    entries.push_back(Entry::read(reader));
   }
 }
 
@@ -70,10 +67,10 @@ void readMessage(Message& message, Reader& reader) {
   const auto answers = reader.readUInt16();
   const auto authorities = reader.readUInt16();
   const auto additional = reader.readUInt16();
-  readEntries(message.questions, questions, kMinQuestionSize, reader, Question::read);
-  readEntries(message.answers, answers, kMinRecordSize, reader, RecordValue::read);
-  readEntries(message.authorities, authorities, kMinRecordSize, reader, RecordValue::read);
-  readEntries(message.additional, additional, kMinRecordSize, reader, RecordValue::read);
+  readEntries<kMinQuestionSize>(message.questions, questions, reader);
+  readEntries<kMinRecordSize>(message.answers, answers, reader);
+  readEntries<kMinRecordSize>(message.authorities, authorities, reader);
+  readEntries<kMinRecordSize>(message.additional, additional, reader);
 }
 
 template <class Entries>
@@ -86,7 +83,7 @@ void writeCount(const Entries& entries, Writer& writer) {
 
 void writeRecords(const std::vector<RecordValue>& records, Writer& writer) {
   for (const auto& record : records) {
-    if (writer.error()) {
+    if (writer.failed()) {
       return;
     }
     record->write(writer);
@@ -100,7 +97,7 @@ void writeMessage(const Message& message, Writer& writer) {
   writeCount(message.authorities, writer);
   writeCount(message.additional, writer);
   for (const auto& question : message.questions) {
-    if (writer.error()) {
+    if (writer.failed()) {
       return;
     }
     question.write(writer);
@@ -137,13 +134,12 @@ tl::expected<Message, DecodeError> Message::deserializeTCP(DataView bytes) {
 }
 
 tl::expected<Data, EncodeError> Message::serialize() const {
-  Data bytes;
-  bytes.reserve(kUsualMessageSize);
+  tl::expected<Data, EncodeError> bytes;
   Labels labels;
-  Writer writer(bytes, labels);
+  Writer writer(*bytes, labels);
   writeMessage(*this, writer);
-  if (writer.error()) {
-    return tl::unexpected(*writer.error());
+  if (const auto outcome = writer.finish(); !outcome) {
+    bytes = tl::unexpected(outcome.error());
   }
   return bytes;
 }

@@ -27,49 +27,59 @@ std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
   return static_cast<std::uint64_t>(product >> 64) ^ static_cast<std::uint64_t>(product);
 }
 
-struct HashedLabel {
-  std::size_t size;
-  std::uint64_t hash;
-};
-
-// The label up to the first dot, or the end, of `text`.
-HashedLabel firstLabel(std::string_view text, const Seeds& seeds) {
-  std::uint64_t hash = seeds.label + text.size();
+std::uint64_t labelHash(std::string_view label, std::size_t distanceFromEnd) {
+  std::uint64_t hash = seeds().label + distanceFromEnd;
   std::uint64_t word = 0;
-  std::size_t size = 0;
-  for (; size < text.size() && text[size] != '.'; ++size) {
-    word = word << 8 | static_cast<unsigned char>(text[size]);
-    if (size % 8 == 7) {
-      hash = mix(hash ^ word, seeds.end);
+  for (std::size_t i = 0; i < label.size(); ++i) {
+    word = word << 8 | static_cast<unsigned char>(label[i]);
+    if (i % sizeof word == sizeof word - 1) {
+      hash = mix(hash ^ word, seeds().end);
       word = 0;
     }
   }
-  return {size, mix(hash ^ word, seeds.end + size)};
+  return mix(hash ^ word, seeds().end + label.size());
 }
 
-std::string_view withoutLabel(std::string_view text, std::size_t size) {
-  text.remove_prefix(size == text.size() ? size : size + 1);
+std::string_view firstLabel(std::string_view text) { return text.substr(0, text.find('.')); }
+
+std::string_view withoutFirstLabel(std::string_view text, std::string_view label) {
+  text.remove_prefix(label.size() == text.size() ? label.size() : label.size() + 1);
   return text;
+}
+
+std::uint64_t nameHash(std::string_view text) {
+  std::uint64_t hash = 0;
+  while (!text.empty()) {
+    const auto label = firstLabel(text);
+    hash += labelHash(label, text.size());
+    text = withoutFirstLabel(text, label);
+  }
+  return hash;
 }
 
 }  // namespace
 
 NameSuffix::NameSuffix(std::string_view name)
-    : text_(name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0))),
-      hasEmptyLabel_(text_.ends_with('.')) {
-  for (auto rest = text_; !rest.empty();) {
-    const auto label = firstLabel(rest, seeds());
-    hash_ += label.hash;
-    hasEmptyLabel_ |= label.size == 0;
-    rest = withoutLabel(rest, label.size);
+    : text_(name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0))) {}
+
+bool NameSuffix::hasEmptyLabel() const {
+  return text_.starts_with('.') || text_.ends_with('.') ||
+         text_.find("..") != std::string_view::npos;
+}
+
+std::uint32_t NameSuffix::hash() {
+  if (!hash_) {
+    hash_ = nameHash(text_);
   }
+  return static_cast<std::uint32_t>(*hash_);
 }
 
 std::string_view NameSuffix::takeLabel() {
-  const auto [size, hash] = firstLabel(text_, seeds());
-  const auto label = text_.substr(0, size);
-  hash_ -= hash;
-  text_ = withoutLabel(text_, size);
+  const auto label = firstLabel(text_);
+  if (hash_) {
+    *hash_ -= labelHash(label, text_.size());
+  }
+  text_ = withoutFirstLabel(text_, label);
   return label;
 }
 

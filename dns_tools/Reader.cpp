@@ -15,6 +15,21 @@ namespace {
 constexpr std::uint8_t kLargestLabelLength = 0xBF;
 constexpr unsigned kPointerOffsetMask = 0x3FFF;
 
+// Labels are short and nearly always plain: what there is to know of one is found out in one pass.
+struct LabelBytes {
+  explicit LabelBytes(std::string_view label) {
+    for (const char c : label) {
+      bits |= static_cast<unsigned char>(c);
+      hasDot |= c == '.';
+    }
+  }
+
+  [[nodiscard]] bool isAscii() const { return bits < 0x80; }
+
+  unsigned char bits = 0;
+  bool hasDot = false;
+};
+
 }  // namespace
 
 void Reader::fail(DecodeError error) {
@@ -25,16 +40,6 @@ void Reader::fail(DecodeError error) {
 }
 
 void Reader::skip(std::size_t size) { position_ += std::min(size, remaining()); }
-
-DataView Reader::readBytes(std::size_t size, DecodeError tooFew) {
-  if (remaining() < size) {
-    fail(tooFew);
-    return {};
-  }
-  const auto bytes = message_.subspan(position_, size);
-  position_ += size;
-  return bytes;
-}
 
 std::string_view Reader::readCharacterString() {
   if (remaining() == 0) {
@@ -48,6 +53,40 @@ std::string_view Reader::readCharacterString() {
     return {};
   }
   return text;
+}
+
+inline void Reader::spend(std::size_t cost) {
+  if (cost > nameBudget_) {
+    fail(DecodeError::invalidLabelSize);
+    return;
+  }
+  nameBudget_ -= cost;
+}
+
+/// A pointer leads towards the start of the message, always: it points before the part of the name
+/// that it ends. So every chain ends too.
+inline std::optional<std::size_t> Reader::readPointer(std::size_t nameStart) {
+  const std::size_t offset = readUInt16() & kPointerOffsetMask;
+  if (!error_ && offset >= nameStart) {
+    fail(DecodeError::invalidLabelOffset);
+  }
+  spend(1);
+  return error_ ? std::nullopt : std::optional(offset);
+}
+
+/// Into pieces at its dots, if that is asked for.
+inline void Reader::readLabel(std::size_t length, bool inPieces, NameText& name) {
+  const auto label = platform::textOf(readBytes(length, DecodeError::invalidLabelSize));
+  const LabelBytes bytes(label);
+  if (!bytes.isAscii() && !platform::isValidUtf8(label)) {
+    fail(DecodeError::unicodeDecodingError);
+  }
+  spend(1 + length);
+  if (inPieces && bytes.hasDot) {
+    name.appendPieces(label);
+  } else {
+    name.append(label);
+  }
 }
 
 std::string Reader::readName() {
@@ -70,39 +109,10 @@ std::string Reader::readName() {
       position_ = end.value_or(position_);
       return text.finish();
     }
-    const auto label = readLabel(length);
-    end ? text.appendPieces(label) : text.append(label);
+    readLabel(length, end.has_value(), text);
   }
   fail(DecodeError::invalidLabelSize);
   return {};
-}
-
-/// A pointer leads towards the start of the message, always: it points before the part of the name
-/// that it ends. So every chain ends too.
-std::optional<std::size_t> Reader::readPointer(std::size_t nameStart) {
-  const std::size_t offset = readUInt16() & kPointerOffsetMask;
-  if (!error_ && offset >= nameStart) {
-    fail(DecodeError::invalidLabelOffset);
-  }
-  spend(1);
-  return error_ ? std::nullopt : std::optional(offset);
-}
-
-std::string_view Reader::readLabel(std::size_t length) {
-  const auto label = platform::textOf(readBytes(length, DecodeError::invalidLabelSize));
-  if (!platform::isValidUtf8(label)) {
-    fail(DecodeError::unicodeDecodingError);
-  }
-  spend(1 + length);
-  return label;
-}
-
-void Reader::spend(std::size_t cost) {
-  if (cost > nameBudget_) {
-    fail(DecodeError::invalidLabelSize);
-    return;
-  }
-  nameBudget_ -= cost;
 }
 
 std::size_t Reader::readDataEnd() {

@@ -11,6 +11,8 @@
 
 namespace DnsToolsSocket {
 
+class NameText;
+
 /// A cursor over the bytes of one message. Nothing else looks at them.
 ///
 /// The first failure sticks: it moves the cursor to the end, every later read gives 0 or nothing,
@@ -55,7 +57,7 @@ class Reader {
 
  private:
   std::optional<std::size_t> readPointer(std::size_t nameStart);
-  std::string_view readLabel(std::size_t length);
+  void readLabel(std::size_t length, bool inPieces, NameText& name);
   void spend(std::size_t cost);
 
   const platform::DataView message_;
@@ -81,6 +83,16 @@ inline std::uint32_t Reader::readUInt32() {
   }
   const std::uint32_t high = readUInt16();
   return high << 16 | readUInt16();
+}
+
+inline platform::DataView Reader::readBytes(std::size_t size, DecodeError tooFew) {
+  if (remaining() < size) {
+    fail(tooFew);
+    return {};
+  }
+  const auto bytes = message_.subspan(position_, size);
+  position_ += size;
+  return bytes;
 }
 
 }  // namespace DnsToolsSocket

@@ -46,8 +46,7 @@ std::unique_ptr<ResourceRecord> readKind(std::uint16_t type, Head head, Reader& 
 }  // namespace
 
 RecordValue RecordValue::read(Reader& reader) {
-  Head head{};
-  head.name = reader.readName();
+  Head head{.name = reader.readName()};
   const auto type = reader.readUInt16();
   const ClassWord word(reader.readUInt16());
   head.unique = word.unique();

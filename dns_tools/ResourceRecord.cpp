@@ -10,10 +10,7 @@ tl::expected<void, EncodeError> ResourceRecord::serialize(platform::Data& onto,
                                                           Labels& labels) const {
   Writer writer(onto, labels);
   write(writer);
-  if (writer.error()) {
-    return tl::unexpected(*writer.error());
-  }
-  return {};
+  return writer.finish();
 }
 
 void ResourceRecord::write(Writer& writer) const {

@@ -21,9 +21,9 @@ class ResourceRecord {
   /// The fields that all kinds have in common.
   struct Head {
     std::string name;
-    bool unique;
-    std::uint16_t internetClass;
-    std::uint32_t ttl;
+    bool unique = false;
+    std::uint16_t internetClass = 0;
+    std::uint32_t ttl = 0;
   };
 
   virtual ~ResourceRecord() = default;

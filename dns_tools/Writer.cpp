@@ -1,9 +1,8 @@
 #include "dns_tools/Writer.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
-
-#include "dns_tools/NameSuffix.h"
 
 namespace DnsToolsSocket {
 
@@ -11,6 +10,8 @@ namespace {
 
 constexpr std::uint16_t kPointerMark = 0xC000;
 constexpr std::size_t kMaxLabelSize = 255;
+// What a message over UDP usually has room for (RFC 1035 section 4.2.1).
+constexpr std::size_t kUsualMessageSize = 512;
 constexpr std::size_t kMaxDataSize = std::numeric_limits<std::uint16_t>::max();
 
 std::string withoutEmptyPieces(std::string_view name) {
@@ -38,13 +39,25 @@ void Writer::fail(EncodeError error) {
   }
 }
 
+tl::expected<void, EncodeError> Writer::finish() {
+  onto_.resize(size_);
+  if (error_) {
+    return tl::unexpected(*error_);
+  }
+  return {};
+}
+
+void Writer::makeRoom(std::size_t size) {
+  onto_.resize(std::max(kUsualMessageSize, 2 * (size_ + size)));
+}
+
 void Writer::writeBytes(platform::DataView bytes) {
-  onto_.insert(onto_.end(), bytes.begin(), bytes.end());
+  std::copy(bytes.begin(), bytes.end(), extend(bytes.size()));
 }
 
 void Writer::writeName(std::string_view name) {
   NameSuffix rest(name);
-  if (writePointer(name, rest.hash())) {
+  if (writePointer(name, rest)) {
     return;
   }
   if (rest.hasEmptyLabel()) {
@@ -52,7 +65,7 @@ void Writer::writeName(std::string_view name) {
   }
   while (!rest.empty()) {
     writeLabel(rest.takeLabel());
-    if (!rest.empty() && writePointer(rest.text(), rest.hash())) {
+    if (!rest.empty() && writePointer(rest.text(), rest)) {
       return;
     }
   }
@@ -60,12 +73,12 @@ void Writer::writeName(std::string_view name) {
 }
 
 /// Writes a pointer to the text, if it was written before; otherwise it will have been, from here.
-bool Writer::writePointer(std::string_view text, std::uint64_t hash) {
-  const auto offset = labels_.findOrStore(text, hash, onto_.size());
-  if (offset) {
+bool Writer::writePointer(std::string_view text, NameSuffix& name) {
+  const auto* offset = labels_.findOrStore(text, name, size_);
+  if (offset != nullptr) {
     writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
   }
-  return offset.has_value();
+  return offset != nullptr;
 }
 
 void Writer::writeLabel(std::string_view label) {
@@ -73,17 +86,18 @@ void Writer::writeLabel(std::string_view label) {
     fail(EncodeError::labelTooLong);
     return;
   }
-  writeIntegers(static_cast<std::uint8_t>(label.size()));
-  writeBytes(platform::bytesOf(label));
+  auto* octets = extend(1 + label.size());
+  *octets = static_cast<std::uint8_t>(label.size());
+  std::copy(label.begin(), label.end(), octets + 1);
 }
 
 std::size_t Writer::beginData() {
   writeIntegers(std::uint16_t{0});
-  return onto_.size();
+  return size_;
 }
 
 void Writer::endData(std::size_t begin) {
-  const std::size_t size = onto_.size() - begin;
+  const std::size_t size = size_ - begin;
   if (size > kMaxDataSize) {
     fail(EncodeError::dataTooLong);
     return;

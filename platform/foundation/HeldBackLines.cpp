@@ -16,32 +16,32 @@ struct HeldBackLines::Outcome {
 
 namespace {
 
-// A tenth of a second in all; counted, so that no clock is needed.
-constexpr int kMaxWaits = 10;
-constexpr int kWaitMilliseconds = 10;
+constexpr int kSliceMilliseconds = 10;
 
-void waitForRoom(int descriptor) {
-  pollfd waiting{descriptor, POLLOUT, 0};
-  ::poll(&waiting, 1, kWaitMilliseconds);
+// Waits until the descriptor takes more; time spent in vain is taken off `patience`. A signal only
+// makes the wait shorter.
+bool waitForRoom(int descriptor, int& patience) {
+  for (; patience > 0; patience -= kSliceMilliseconds) {
+    pollfd waiting{descriptor, POLLOUT, 0};
+    if (::poll(&waiting, 1, kSliceMilliseconds) > 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
 
-// Writes as much of `text` as the descriptor takes, waiting at most `waits` times for room. Safe in
-// a signal handler.
-HeldBackLines::Outcome HeldBackLines::writeTo(int descriptor, std::string_view text, int waits) {
+// Writes as much of `text` as the descriptor takes. Safe in a signal handler.
+HeldBackLines::Outcome HeldBackLines::writeTo(int descriptor, std::string_view text, int patience) {
   Outcome outcome;
-  while (outcome.written < text.size()) {
+  while (outcome.written < text.size() && !outcome.isFull) {
     const std::string_view rest = text.substr(outcome.written);
     const ssize_t count = ::write(descriptor, rest.data(), rest.size());
     if (count > 0) {
       outcome.written += static_cast<std::size_t>(count);
     } else if (count < 0 && errno == EAGAIN) {
-      if (waits-- <= 0) {
-        outcome.isFull = true;
-        break;
-      }
-      waitForRoom(descriptor);
+      outcome.isFull = !waitForRoom(descriptor, patience);
     } else if (count == 0 || errno != EINTR) {
       break;
     }
@@ -49,8 +49,8 @@ HeldBackLines::Outcome HeldBackLines::writeTo(int descriptor, std::string_view t
   return outcome;
 }
 
-HeldBackLines::HeldBackLines(int descriptor)
-    : descriptor_(descriptor), buffer_(std::make_unique<char[]>(kCapacity)) {}
+HeldBackLines::HeldBackLines(int descriptor, int patience)
+    : descriptor_(descriptor), patience_(patience), buffer_(std::make_unique<char[]>(kCapacity)) {}
 
 void HeldBackLines::append(std::string_view line) {
   if (line.size() > kCapacity - size_) {
@@ -72,8 +72,8 @@ void HeldBackLines::hold(std::string_view text) {
 }
 
 HeldBackLines::Outcome HeldBackLines::writeNow(std::string_view text) {
-  const Outcome outcome = writeTo(descriptor_, text, isReaderStuck_ ? 0 : kMaxWaits);
-  isReaderStuck_ = outcome.isFull && outcome.written == 0;
+  const Outcome outcome = writeTo(descriptor_, text, isBehind_ ? 0 : patience_);
+  isBehind_ = outcome.isFull;
   if (outcome.written > 0) {
     isLineOpen_ = text[outcome.written - 1] != '\n';
   }
@@ -113,7 +113,7 @@ bool HeldBackLines::takeLoss() { return std::exchange(hasLoss_, false); }
 
 void HeldBackLines::writeFromSignalHandler() noexcept {
   const std::size_t size = size_.exchange(0);
-  writeTo(descriptor_, {buffer_.get(), size}, kMaxWaits);
+  writeTo(descriptor_, {buffer_.get(), size}, patience_);
 }
 
 }  // namespace platform

@@ -11,16 +11,19 @@ namespace platform {
 /// thread-safe, but for `writeFromSignalHandler`.
 ///
 /// Lines come out whole and in order. When the descriptor is non-blocking and full, writing waits
-/// for the reader, but not for long, and not again until the reader has moved; what was not written
-/// stays here. Lines are lost when the buffer is full, and when the descriptor takes nothing more
-/// (its reader is gone, the disk is full).
+/// for the reader, but not for long, and not again until the reader has caught up; what was not
+/// written stays here. Lines are lost when the buffer is full, and when the descriptor takes
+/// nothing more (its reader is gone, the disk is full).
 class HeldBackLines {
  public:
   /// Enough for the records of several queries; a larger batch is written in several pieces.
   static constexpr std::size_t kCapacity = 64UL * 1024;
 
+  /// Milliseconds that one write waits in vain.
+  static constexpr int kPatience = 100;
+
   /// `descriptor` is borrowed and stays open.
-  explicit HeldBackLines(int descriptor);
+  explicit HeldBackLines(int descriptor, int patience = kPatience);
 
   /// Takes one line, which ends with its line feed; writes when there is no room for it. A line
   /// larger than the buffer is written at once, and is cut when the reader does not keep up.
@@ -39,17 +42,18 @@ class HeldBackLines {
  private:
   struct Outcome;
 
-  static Outcome writeTo(int descriptor, std::string_view text, int waits);
+  static Outcome writeTo(int descriptor, std::string_view text, int patience);
   Outcome writeNow(std::string_view text);
   void writeOversized(std::string_view line);
   void hold(std::string_view text);
   void dropAll();
 
   const int descriptor_;
+  const int patience_;
   const std::unique_ptr<char[]> buffer_;
   /// How much of the buffer is filled, after the bytes that it counts are in place.
   std::atomic<std::size_t> size_{0};
-  bool isReaderStuck_ = false;
+  bool isBehind_ = false;    // the last write waited in vain
   bool isLineOpen_ = false;  // the last byte written was no line feed
   bool hasLoss_ = false;
 };

@@ -40,9 +40,6 @@ void LogSink::setShared(std::unique_ptr<LogSink> sink) {
     sink = makeStandardErrorSink();
   }
   const std::unique_ptr<LogSink> former(inUse.exchange(sink.release(), std::memory_order_acq_rel));
-  if (former != nullptr) {
-    former->flush();
-  }
 }
 
 void LogSink::flushSharedFromSignalHandler() noexcept {

@@ -17,7 +17,7 @@ class LogSink {
   /// is lost, the process goes on.
   virtual void write(std::string_view text) = 0;
 
-  /// Hands on what `write` held back during a `LogBatch`.
+  /// Hands on what `write` held back during a `LogBatch`. A sink does so at its own end, too.
   virtual void flush() {}
 
   /// The same for a signal handler of a process that is about to end: takes no lock, allocates
