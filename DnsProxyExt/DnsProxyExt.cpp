@@ -3,6 +3,7 @@
 #include <DeploymentValues.h>
 
 #include "DnsProxyExt/CommaDelimited.h"
+#include "DnsProxyExt/RelayLog.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/UserDefaults.h"
 
@@ -16,14 +17,9 @@ namespace {
 constexpr char kVendorDataOption[] = "VendorData";
 constexpr char kStoredVendorDataKey[] = "mdmConf";
 constexpr char kUserEmailKey[] = "userEmail";
+constexpr char kPolicyPort[] = "2800";
 
-DNSHostRef host(std::string_view text) { return std::make_shared<Utils::DNSHost>(text); }
-
-DNSHostRef host(const char* address, const char* port) {
-  return host(std::string(address) + ":" + port);
-}
-
-DNSHostRef defaultPolicyServer() { return host(deployment::kPolicyServer, "2800"); }
+DNSHostRef hostFrom(std::string_view text) { return std::make_shared<Utils::DNSHost>(text); }
 
 std::int64_t nextInstanceNumber() {
   static std::int64_t last = 0;
@@ -47,16 +43,20 @@ void DnsProxyExt::startProxy(std::optional<platform::NEProviderOptions> newOptio
                              StartCompletion completion) {
   NSLog("DNS Proxy Provider, startProxy, instance id: ", identity());
   NSLog("startProxy,options:", newOptions);
-  NSLog("startProxy,options - ttt:", newOptions);
+  logTwice("startProxy,options - ttt:", newOptions);
   options = std::move(newOptions);
   if (!takeVendorData()) {
     logStoredVendorData();
   }
+  initLocalDomainsMap();
   logUserEmail();
   MDMConfigurationManager::shared().initConfigurationForMacOs(macOSconfig);
   NSLog("systemDNSSettings: ", systemDNSSettings());
+  logAtRelay("starting proxy - macos config:", macOSconfig);
   initVendorSettings();
   NSLog("initVendorSettings  - done");
+  initCapPortalHelper();
+  initLocalUdp();
   completion(std::nullopt);
 }
 
@@ -76,6 +76,7 @@ bool DnsProxyExt::takeVendorData() {
     defaults->setObject(*vendorData, kStoredVendorDataKey);
   }
   NSLog("opts: ", *vendorData);
+  logAtRelay("opts:", *vendorData);
   return true;
 }
 
@@ -120,15 +121,16 @@ void DnsProxyExt::initVendorSettings() {
 
 void DnsProxyExt::initServers() {
   if (const auto* text = setting("secondDNS")) {
-    secondDNS = host(*text);
+    secondDNS = hostFrom(*text);
   }
   if (const auto* text = setting("filteringDNS")) {
-    filteringDNS = host(*text);
+    filteringDNS = hostFrom(*text);
   }
   const auto* localNetwork = setting("localNetworkDNS");
-  localNetworkDNS = localNetwork != nullptr ? host(*localNetwork) : nullptr;
+  localNetworkDNS = localNetwork != nullptr ? hostFrom(*localNetwork) : nullptr;
   const auto* policyServer = setting("policyServer");
-  policyUDPServer = policyServer != nullptr ? host(*policyServer) : defaultPolicyServer();
+  policyUDPServer = policyServer != nullptr ? hostFrom(*policyServer)
+                                            : host(deployment::kPolicyServer, kPolicyPort);
 }
 
 // "jsonVars" without a list of packages leaves the list as it is, like one that is no object.
@@ -161,6 +163,22 @@ void DnsProxyExt::initAllowedApps() {
   }
 }
 
+void DnsProxyExt::initCapPortalHelper() {
+  if (captivePortalIps.empty()) {
+    NSLog("capportal ips is empty");
+  } else {
+    NSLog("Creating CapPortalHelper instance...");
+    capPortalHelper = std::make_shared<CapPortalHelper>(captivePortalIps);
+  }
+}
+
+void DnsProxyExt::initLocalUdp() {
+  NSLog("initLocalUdp");
+  NSLog("initLocalUdp - macos");
+  xpcUdpHelper->connectToUDP(shared_from_this(), std::nullopt, std::nullopt, nullptr);
+  xpcUdpHelper->proxyStateWasUpdated("started");
+}
+
 bool DnsProxyExt::useQuilletDNS() const {
   const auto* allowAll = setting("allowAll");
   const bool result = allowAll == nullptr || *allowAll != "true";
@@ -170,15 +188,45 @@ bool DnsProxyExt::useQuilletDNS() const {
 
 void DnsProxyExt::stopProxy(platform::NEProviderStopReason reason, StopCompletion completion) {
   NSLog("stopProxy, reason: ", reason, ", instance id - ", identity());
+  logAtRelay("stopProxy, reason: ", reason);
+  if (printReportTimer) {
+    printReportTimer->invalidate();
+    printReportTimer.reset();
+  }
+  xpcUdpHelper->proxyStateWasUpdated("stopped");
+  xpcUdpHelper->closeConnection();
+  if (capPortalHelper) {
+    capPortalHelper->stopConnectivityListener();
+  }
   completion();
 }
 
 void DnsProxyExt::sleep(StopCompletion completion) {
-  NSLog("sleep proxy");
+  logTwice("sleep proxy");
   completion();
 }
 
-void DnsProxyExt::wake() { NSLog("wake proxy"); }
+void DnsProxyExt::wake() { logTwice("wake proxy"); }
+
+void DnsProxyExt::receivedCommandFromApp(const XpcUdpCommand& msg) {
+  if (msg.payload == "bypassAllOn") {
+    bypassAll = true;
+    NSLog("Received command: bypassAllOn");
+  } else if (msg.payload == "bypassAllOff") {
+    bypassAll = false;
+    NSLog("Received command: bypassAllOff");
+  } else {
+    NSLog("unknown XpcUdp command");
+  }
+}
+
+void DnsProxyExt::cfReceivedNewMessage(const std::string& /*msg*/) {}
+
+void DnsProxyExt::printToUdpLogs(std::string_view log) const { xpcUdpHelper->printLogToFile(log); }
+
+DNSHostRef DnsProxyExt::host(std::string_view address, std::string_view port) {
+  return hostFrom(std::string(address).append(":").append(port));
+}
 
 const std::string* DnsProxyExt::setting(std::string_view key) const {
   const auto found = macOSconfig.find(std::string(key));

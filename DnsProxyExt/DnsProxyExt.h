@@ -10,13 +10,17 @@
 #include <string_view>
 #include <vector>
 
+#include "DnsProxyExt/AppToExtDelegate.h"
+#include "DnsProxyExt/CapPortalHelper.h"
 #include "DnsProxyExt/DNSFlowReport.h"
 #include "DnsProxyExt/DomainMap.h"
 #include "DnsProxyExt/FlowManager.h"
 #include "DnsProxyExt/MDMConfigurationManager.h"
 #include "DnsProxyExt/ReportSettings.h"
 #include "DnsProxyExt/Utils.h"
+#include "DnsProxyExt/XpcUdpHelper.h"
 #include "dns_tools/Message.h"
+#include "platform/dispatch/Timer.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 
 namespace quillet {
@@ -25,10 +29,12 @@ namespace quillet {
 /// identity to queries for the filtering DNS service, forwards them and writes the answers back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; Reports.cpp prints what is asked for on the way.
+/// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the domain maps, Reports.cpp prints
+/// what is asked for on the way, RelayLog.h hands lines to the relay service.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll` excepted.
 class DnsProxyExt : public platform::NEDNSProxyProvider,
+                    public AppToExtDelegate,
                     public std::enable_shared_from_this<DnsProxyExt> {
  public:
   using FlowManager = quillet::FlowManager;
@@ -36,6 +42,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   using ReportSettings = quillet::ReportSettings;
   using DNSFlowReport = quillet::DNSFlowReport;
   using Flow = std::shared_ptr<platform::NEAppProxyUDPFlow>;
+  /// Takes whether a fetch brought an answer.
+  using FetchCompletion = std::function<void(bool success)>;
 
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
   /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200 octets,
@@ -55,6 +63,25 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   /// Whether the filtering DNS service is to be used: not when "allowAll" is "true".
   [[nodiscard]] bool useQuilletDNS() const;
 
+  // Commands.
+
+  /// Obeys a command that came over the command link: turns bypass on or off.
+  void receivedCommandFromApp(const XpcUdpCommand& msg) override;
+  /// Does nothing.
+  void cfReceivedNewMessage(const std::string& msg) override;
+  /// Has the relay service log a line.
+  void printToUdpLogs(std::string_view log) const;
+
+  // Policy.
+
+  /// Fetches the policy now and once more after `fetchPolicyEach`.
+  virtual void startFetchingPolicy();
+  /// Asks the policy server for the organisation's domains. A server that cannot be reached never completes.
+  void fetchPolicy(FetchCompletion completion);
+  /// Takes the policy server's answer. One that cannot be read, or says that nothing is to change, leaves
+  /// `whitelistedDomainsMap` as it is.
+  void updateWhitelistedDomains(platform::DataView policyResp);
+
   // Flow intake.
 
   bool handleNewUDPFlow(const Flow& flow,
@@ -68,8 +95,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   virtual void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,
                             std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
                             std::optional<platform::Error> error);
-  /// The server of the most particular fragment that `domain` contains, or nullptr. A fragment without
-  /// text matches nothing.
+  /// The server of the most particular fragment that `domain` contains, or nullptr.
   static DNSHostRef mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap);
 
   // Answers.
@@ -96,12 +122,16 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
 
   // State, as settings, the policy and tests set it.
 
+  const std::shared_ptr<XpcUdpHelper> xpcUdpHelper = std::make_shared<XpcUdpHelper>();
+  std::optional<std::vector<platform::NEDNSSettings>> mySystemDNSSettings;
   FlowManager flowManager;
   std::optional<platform::JSONObject> vendorData;
   std::optional<platform::NEProviderOptions> options;
   std::set<std::string> safeSearchDomains;
   bool shouldAllowAll = false;
   DNSFlowReports dnsFlowsReports;
+  /// Absent without captive-portal servers.
+  std::shared_ptr<CapPortalHelper> capPortalHelper;
   std::vector<std::string> localNetworkApps{"com.apple.opendirectoryd", "com.apple.nsupdate"};
   DomainMap localDomainsMap;
   DomainMap whitelistedDomainsMap;
@@ -112,13 +142,44 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   std::vector<std::string> allowedApps;
   std::vector<std::string> captivePortalIps;
   ConfigurationMap macOSconfig;
+  std::optional<platform::Timer> printReportTimer{std::in_place};
+  std::optional<platform::Timer> fetchPolicyTimer{std::in_place};
+  /// False until the first flow.
+  bool fetchingPolicyIsStarted = false;
   /// Takes a command as text.
   std::function<void(const std::string&)> xpcCommandListener;
   /// When true, new flows are declined. May be set from any thread.
   std::atomic<bool> bypassAll = false;
+  /// Seconds.
+  const double fetchPolicyEach = 600;
+  /// When a flow last made the policy be fetched again; seconds since 1970.
+  std::int64_t lastPolicyFetchTime = 0;
+
+ protected:
+  using AnswerHandler = std::function<void(
+      const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
+      const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error)>;
+
+  /// A server by its address and port as texts.
+  static DNSHostRef host(std::string_view address, std::string_view port);
+  /// Keeps the report of a batch that begins now, in place of an earlier one of the same flow.
+  void keepReport(std::int64_t flowHash, DNSFlowReport report);
+  /// Sends a batch to a server; each answer goes to `handler`.
+  static void exchange(const Flow& flow, std::vector<platform::Data> batch,
+                       std::vector<platform::NWHostEndpoint> endpoints,
+                       const Utils::DNSHost& server, AnswerHandler handler);
+  /// Whether there is something to send, and somebody to answer for each of it.
+  static bool isComplete(const std::optional<std::vector<platform::Data>>& data,
+                         const std::optional<std::vector<platform::NWHostEndpoint>>& endpoints);
 
  private:
   struct Route;
+
+  // The relay service's log (RelayLog.h).
+  template <class... Pieces>
+  void logTwice(const Pieces&... pieces) const;
+  template <class... Pieces>
+  void logAtRelay(const Pieces&... pieces) const;
 
   // Start (DnsProxyExt.cpp).
   void takeOptions(std::optional<platform::NEProviderOptions> newOptions);
@@ -128,8 +189,18 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   void initVendorSettings();
   void initServers();
   void initAllowedApps();
+  void initCapPortalHelper();
+  void initLocalUdp();
   [[nodiscard]] const std::string* setting(std::string_view key) const;
   [[nodiscard]] std::string identity() const;
+
+  // Policy (PolicyFetch.cpp).
+  static void logPolicyFetched(bool success);
+  void refreshPolicy();
+  void policyReceived(const std::optional<platform::Data>& content,
+                      const std::optional<platform::NWError>& error,
+                      const FetchCompletion& completion);
+  void initLocalDomainsMap();
 
   // Flow intake (FlowIntake.cpp).
   void openFlow(const Flow& flow);
@@ -143,13 +214,11 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   // Routing (Routing.cpp).
   [[nodiscard]] Route chooseRoute(const std::string& app, platform::DataView firstDatagram,
                                   std::int64_t flowHash) const;
-  static void logRoute(const Route& route);
+  void logRoute(const Route& route) const;
   [[nodiscard]] std::vector<platform::Data> injectIdentity(
       const std::string& app, const std::vector<platform::Data>& batch,
       std::int64_t flowHash) const;
   void startReport(std::int64_t flowHash, const std::string& dnsServer);
-  void exchange(const Flow& flow, std::vector<platform::Data> batch,
-                std::vector<platform::NWHostEndpoint> endpoints, const Utils::DNSHost& server);
 
   // Answers (ResponsePath.cpp).
   [[nodiscard]] std::optional<DNSFlowReport> endedReport(const std::string& key) const;

@@ -1,4 +1,5 @@
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/RelayLog.h"
 #include "DnsProxyExt/RemoveOccurrences.h"
 #include "dns_tools/DnsServerSettings.h"
 #include "dns_tools/RecordType.h"
@@ -28,6 +29,10 @@ NWHostEndpoint filteringServiceEndpoint() {
 bool DnsProxyExt::handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initialRemoteEndpoint) {
   NSLog("[DnsProxyExt] handleNewUDPFlow, instance id - ", identity());
   NSLog("bypassAll = ", bypassAll.load());
+  refreshPolicy();
+  if (capPortalHelper) {
+    capPortalHelper->checkRegistration();
+  }
   if (bypassAll) {
     return false;
   }
@@ -101,7 +106,7 @@ void DnsProxyExt::datagramsRead(const Flow& flow, std::optional<std::vector<Data
   }
   recordRequest(flow, *datagrams);
   obeyReportCommand(flow);
-  NSLog("readDatagrams hash = ", flowHash, " ,app id = ", app);
+  logTwice("readDatagrams hash = ", flowHash, " ,app id = ", app);
   if (datagrams->empty()) {
     NSLog("close read, flowHash = ", flowHash);
     return;

@@ -1,5 +1,6 @@
 #include "DnsProxyExt/DecimalText.h"
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/RelayLog.h"
 #include "platform/foundation/NSLog.h"
 
 namespace quillet {
@@ -52,6 +53,13 @@ void DnsProxyExt::printExtensionSettings() const {
   NSLog("macosConfig options: ", macOSconfig);
   NSLog("whitelistedApps: ", allowedApps);
   NSLog("systemDnsSettings: ", systemDNSSettings());
+  logAtRelay("systemDnsSettings: ", systemDNSSettings());
+  logAtRelay("vendorData: ", vendorData);
+  logAtRelay("options: ", options);
+  logAtRelay("macosConfig options: ", macOSconfig);
+  logAtRelay("whitelistedApps: ", allowedApps);
+  logAtRelay("localNetworkDNS: ", localNetworkDNS, ", filteringDNS: ", filteringDNS,
+             ", secondDNS:", secondDNS);
 }
 
 }  // namespace quillet

@@ -1,6 +1,7 @@
 #include <ranges>
 
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/RelayLog.h"
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/IPv4.h"
 #include "dns_tools/RecordType.h"
@@ -142,7 +143,7 @@ void DnsProxyExt::answerWritten(const Flow& flow, bool isFinished,
 
 std::optional<Message> DnsProxyExt::decodeDNSResponse(platform::DataView data,
                                                       std::int64_t flowHash) const {
-  NSLog("***decodeDNSResponse***,data size = ", data.size(), ", flowHash:", flowHash);
+  logTwice("***decodeDNSResponse***,data size = ", data.size(), ", flowHash:", flowHash);
   return decodeDNSData(data, "response");
 }
 

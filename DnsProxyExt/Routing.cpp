@@ -3,6 +3,7 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/IdentityOption.h"
 #include "DnsProxyExt/LetterCase.h"
+#include "DnsProxyExt/RelayLog.h"
 #include "DnsProxyExt/RemoveOccurrences.h"
 #include "dns_tools/DNSSocketClient.h"
 #include "dnscodec/DNSParser.h"
@@ -57,8 +58,8 @@ std::string millisecondsSince1970() {
 void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
                                std::optional<std::vector<NWHostEndpoint>> endpoints,
                                std::optional<Error> /*error*/) {
-  if (!data || data->empty() || !endpoints || endpoints->size() < data->size()) {
-    return;  // nothing to send, or nobody to answer
+  if (!isComplete(data, endpoints)) {
+    return;
   }
   const auto& app = flow->metaData().sourceAppSigningIdentifier;
   NSLog("datagram count = ", data->size());
@@ -69,7 +70,13 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
     batch = injectIdentity(app, batch, flow->hash());
   }
   startReport(flow->hash(), route.server->address);
-  exchange(flow, std::move(batch), *std::move(endpoints), *route.server);
+  exchange(flow, std::move(batch), *std::move(endpoints), *route.server,
+           std::bind_front(&DnsProxyExt::handleInBoundDatagram, shared_from_this()));
+}
+
+bool DnsProxyExt::isComplete(const std::optional<std::vector<Data>>& data,
+                             const std::optional<std::vector<NWHostEndpoint>>& endpoints) {
+  return data && !data->empty() && endpoints && endpoints->size() >= data->size();
 }
 
 DnsProxyExt::Route DnsProxyExt::chooseRoute(const std::string& app,
@@ -101,15 +108,15 @@ DnsProxyExt::Route DnsProxyExt::chooseRoute(const std::string& app,
   return {Rule::filtering, filteringDNS, std::move(domain)};
 }
 
-void DnsProxyExt::logRoute(const Route& route) {
+void DnsProxyExt::logRoute(const Route& route) const {
   using Rule = Route::Rule;
   const auto& [port, address] = *route.server;
   switch (route.rule) {
     case Rule::localNetworkApp:
-      NSLog("connect to local network  DNS using ", address);
+      logTwice("connect to local network  DNS using ", address);
       break;
     case Rule::allowedApp:
-      NSLog("connect to 3th part DNS using ", address);
+      logTwice("connect to 3th part DNS using ", address);
       break;
     case Rule::localDomain:
       NSLog("Mapped to use local DNS server - > connect to local  ", address, ":", port,
@@ -131,7 +138,7 @@ std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
   auto values = MDMConfigurationManager::shared().getValuesForInject(app).value_or(
       ValuesForInject());
   values[IdentityOption::kTimestamp] = millisecondsSince1970();
-  NSLog("values for inject = ", values);
+  logTwice("values for inject = ", values);
   auto injected = DNSParser::injectFlagsToDatagrams(batch, values);
   decodeDNSRequest(injected.front(), flowHash);
   return injected;
@@ -140,6 +147,10 @@ std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
 void DnsProxyExt::startReport(std::int64_t flowHash, const std::string& dnsServer) {
   auto report = DNSFlowReport::startingNow(dnsServer);
   NSLog("dnshost address = ", dnsServer);
+  keepReport(flowHash, std::move(report));
+}
+
+void DnsProxyExt::keepReport(std::int64_t flowHash, DNSFlowReport report) {
   report.startTimestamp = DispatchTime::now();
   dnsFlowsReports.insert_or_assign(std::to_string(flowHash), std::move(report));
   if (dnsFlowsReports.size() > kMaxReports) {
@@ -148,10 +159,11 @@ void DnsProxyExt::startReport(std::int64_t flowHash, const std::string& dnsServe
 }
 
 void DnsProxyExt::exchange(const Flow& flow, std::vector<Data> batch,
-                           std::vector<NWHostEndpoint> endpoints, const Utils::DNSHost& server) {
+                           std::vector<NWHostEndpoint> endpoints, const Utils::DNSHost& server,
+                           AnswerHandler handler) {
   const auto client =
       DnsToolsSocket::DNSSocketClient::create(flow, std::move(batch), std::move(endpoints));
-  client->onDataReceived = [self = shared_from_this()](
+  client->onDataReceived = [handler = std::move(handler)](
                                const Flow& answeredFlow, std::optional<Data> answer,
                                const std::optional<NWHostEndpoint>& endpoint,
                                std::optional<bool> isFinished,
@@ -160,17 +172,14 @@ void DnsProxyExt::exchange(const Flow& flow, std::vector<Data> batch,
     if (networkError) {
       error = Error(platform::description(*networkError));
     }
-    self->handleInBoundDatagram(answeredFlow, std::move(answer), isFinished.value(),
-                                endpoint.value(), std::move(error));
+    handler(answeredFlow, std::move(answer), isFinished.value(), endpoint.value(),
+            std::move(error));
   };
   client->connectWithDNS(server.address, server.port);
 }
 
 DNSHostRef DnsProxyExt::mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap) {
-  const auto found = std::find_if(dnsMap.begin(), dnsMap.end(), [domain](const auto& entry) {
-    return !entry.first.empty() && domain.find(entry.first) != std::string_view::npos;
-  });
-  return found == dnsMap.end() ? nullptr : found->second;
+  return dnsMap.server(domain);
 }
 
 }  // namespace quillet

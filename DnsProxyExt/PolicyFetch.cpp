@@ -1,0 +1,124 @@
+#include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/MappedDomains.h"
+#include "DnsProxyExt/PolicyUDPClient.h"
+#include "DnsProxyExt/WhitelistedDomains.h"
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/Utf8.h"
+
+namespace quillet {
+
+using platform::Data;
+using platform::NSLog;
+using platform::NWError;
+
+namespace {
+
+/// The organisation goes in as it is: the policy server takes it so.
+Data policyRequest(std::string_view organization) {
+  std::string text = R"({"function": "localDNSMap","companyId": ")";
+  text.append(organization).append(R"("})");
+  return {text.begin(), text.end()};
+}
+
+DomainMap mapOf(const WhitelistedDomains& policy) {
+  DomainMap map;
+  for (const auto& [assignedDomains, dnsServerIP] : policy.dnsServerSettings) {
+    const auto server = std::make_shared<Utils::DNSHost>(dnsServerIP);
+    for (const auto& domain : assignedDomains) {
+      map.set(domain, server);
+    }
+  }
+  return map;
+}
+
+}  // namespace
+
+void DnsProxyExt::logPolicyFetched(bool success) {
+  NSLog("Policy is fetched, success - ", success);
+}
+
+void DnsProxyExt::startFetchingPolicy() {
+  NSLog("startFetchingPolicy");
+  platform::DispatchQueue::global().asyncAfter(fetchPolicyEach, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) {
+      self->fetchPolicy(logPolicyFetched);
+    }
+  });
+  fetchPolicy(logPolicyFetched);
+}
+
+// The flow that starts the fetching leaves `lastPolicyFetchTime` as it is, so the second one fetches again.
+void DnsProxyExt::refreshPolicy() {
+  if (!fetchingPolicyIsStarted) {
+    startFetchingPolicy();
+    fetchingPolicyIsStarted = true;
+    return;
+  }
+  const auto now = static_cast<std::int64_t>(platform::secondsSince1970());
+  if (static_cast<double>(now - lastPolicyFetchTime) > fetchPolicyEach) {
+    lastPolicyFetchTime = now;
+    fetchPolicy(logPolicyFetched);
+  }
+}
+
+void DnsProxyExt::fetchPolicy(FetchCompletion completion) {
+  NSLog("fetchPolicy");
+  const auto* organization = setting("organizationId");
+  if (organization == nullptr || organization->empty()) {
+    NSLog("fetchPolicy: policyUDPServer - orgId = nil");
+    completion(false);
+    return;
+  }
+  if (!policyUDPServer) {
+    NSLog("fetchPolicy: policyUDPServer - nil");
+    completion(false);
+    return;
+  }
+  const auto client = std::make_shared<PolicyUDPClient>(policyRequest(*organization));
+  client->onPolicyDataReceived = [self = shared_from_this(), completion = std::move(completion)](
+                                     const std::optional<Data>& content,
+                                     std::optional<bool> /*isComplete*/,
+                                     const std::optional<NWError>& error) {
+    self->policyReceived(content, error, completion);
+  };
+  client->connectWithUDP(policyUDPServer->address, policyUDPServer->port);
+}
+
+void DnsProxyExt::policyReceived(const std::optional<Data>& content,
+                                 const std::optional<NWError>& error,
+                                 const FetchCompletion& completion) {
+  NSLog("onPolicyDataReceived");
+  if (!content || error) {
+    NSLog("onPolicyDataReceived, error");
+    completion(false);
+    return;
+  }
+  NSLog("onPolicyDataReceived, resp: ", platform::repairedUtf8(platform::textOf(*content)));
+  updateWhitelistedDomains(*content);
+  completion(true);
+}
+
+// The new map takes the old one's place whole, so that a query meets the one or the other.
+void DnsProxyExt::updateWhitelistedDomains(platform::DataView policyResp) {
+  NSLog("updateWhitelistedDomains");
+  const auto policy = WhitelistedDomains::decode(policyResp);
+  if (!policy) {
+    NSLog("JSON decoder, error: ", policy.error(), ", ");
+    return;
+  }
+  NSLog("updating WhitelistedDomains...");
+  if (policy->status) {
+    whitelistedDomainsMap = mapOf(*policy);
+  }
+  NSLog(" WhitelistedDomains updated: ", whitelistedDomainsMap);
+}
+
+void DnsProxyExt::initLocalDomainsMap() {
+  const auto* mappedDomains = setting("mappedDomains");
+  localDomainsMap = mappedDomains != nullptr ? parseMappedDomains(*mappedDomains) : DomainMap();
+  NSLog("initLocalDomainsMap - got map: ", localDomainsMap);
+}
+
+}  // namespace quillet

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "DnsProxyExt/DnsProxyExt.h"
+
+namespace quillet {
+
+/// The provider for safe search: leaves every answer to the filtering service, which it reaches on the
+/// standard DNS port. Every query goes there unchanged, without identity and without a look at the maps.
+class SafeSearchDNSProxyProvider final : public DnsProxyExt {
+ public:
+  void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,
+                    std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
+                    std::optional<platform::Error> error) override;
+  /// Does nothing.
+  void startFetchingPolicy() override {}
+
+ private:
+  void received(const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
+                const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error);
+};
+
+}  // namespace quillet

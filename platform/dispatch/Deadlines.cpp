@@ -1,0 +1,61 @@
+#include "platform/dispatch/Deadlines.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+#include <vector>
+
+#include "platform/dispatch/RunGuarded.h"
+#include "platform/foundation/Clock.h"
+
+namespace platform {
+
+namespace {
+
+// Some thirty years: nanoseconds of more seconds would not fit.
+constexpr double kMaxSeconds = 1e9;
+
+std::uint64_t now() { return Clock::shared().uptimeNanoseconds(); }
+
+}  // namespace
+
+void Deadlines::add(double seconds, std::function<void()> work) {
+  const auto due = now() + static_cast<std::uint64_t>(std::clamp(seconds, 0.0, kMaxSeconds) * 1e9);
+  const auto place = waiting_.emplace(due, std::move(work));
+  if (place == waiting_.begin()) {
+    arm();
+  }
+}
+
+bool Deadlines::runDue() {
+  const auto end = waiting_.upper_bound(now());
+  std::vector<std::function<void()>> due;
+  for (auto entry = waiting_.begin(); entry != end; ++entry) {
+    due.push_back(std::move(entry->second));
+  }
+  if (due.empty()) {
+    return false;
+  }
+  waiting_.erase(waiting_.begin(), end);
+  for (const auto& work : due) {
+    runGuarded(work);
+  }
+  arm();
+  return true;
+}
+
+void Deadlines::arm() {
+  if (waiting_.empty()) {
+    return;
+  }
+  const auto due = waiting_.begin()->first;
+  const auto rest = due - std::min(due, now());
+  timer_.expires_after(std::chrono::nanoseconds(rest));
+  timer_.async_wait([this](const asio::error_code& error) {
+    if (!error && !runDue()) {
+      arm();
+    }
+  });
+}
+
+}  // namespace platform

@@ -1,0 +1,82 @@
+#include "platform/network/NetworkInterface.h"
+
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace platform {
+
+namespace {
+
+using AddressList = std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)>;
+
+AddressList readAddresses() {
+  ifaddrs* first = nullptr;
+  if (::getifaddrs(&first) != 0) {
+    first = nullptr;
+  }
+  return {first, &::freeifaddrs};
+}
+
+template <class Address>
+Data octets(const Address& address) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(&address);
+  return {bytes, bytes + sizeof address};
+}
+
+std::optional<Data> addressOf(const sockaddr* address) {
+  if (address != nullptr && address->sa_family == AF_INET) {
+    sockaddr_in v4{};
+    std::memcpy(&v4, address, sizeof v4);
+    return octets(v4.sin_addr);
+  }
+  if (address != nullptr && address->sa_family == AF_INET6) {
+    sockaddr_in6 v6{};
+    std::memcpy(&v6, address, sizeof v6);
+    return octets(v6.sin6_addr);
+  }
+  return std::nullopt;
+}
+
+/// 169.254.0.0/16 (RFC 3927) and fe80::/10 (RFC 4291 section 2.5.6).
+bool isLinkLocal(const Data& address) {
+  return address.size() == sizeof(in_addr) ? address[0] == 169 && address[1] == 254
+                                           : address[0] == 0xFE && (address[1] & 0xC0) == 0x80;
+}
+
+}  // namespace
+
+std::vector<NetworkInterface> NetworkInterface::readAll() {
+  std::map<std::string, NetworkInterface> byName;
+  const auto list = readAddresses();
+  for (const ifaddrs* entry = list.get(); entry != nullptr; entry = entry->ifa_next) {
+    auto& interface = byName[entry->ifa_name];
+    interface.isLoopback = (entry->ifa_flags & IFF_LOOPBACK) != 0;
+    interface.isRunning =
+        (entry->ifa_flags & IFF_UP) != 0 && (entry->ifa_flags & IFF_RUNNING) != 0;
+    if (auto address = addressOf(entry->ifa_addr)) {
+      interface.addresses.push_back(*std::move(address));
+    }
+  }
+  std::vector<NetworkInterface> result;
+  for (auto& [name, interface] : byName) {
+    interface.name = name;
+    interface.index = ::if_nametoindex(name.c_str());
+    result.push_back(std::move(interface));
+  }
+  return result;
+}
+
+bool NetworkInterface::hasAddress(std::size_t length) const {
+  return std::any_of(addresses.begin(), addresses.end(), [length](const Data& address) {
+    return address.size() == length && !isLinkLocal(address);
+  });
+}
+
+}  // namespace platform
