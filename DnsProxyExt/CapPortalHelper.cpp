@@ -85,12 +85,10 @@ void CapPortalHelper::sendCapPortalRegRequest(const std::vector<std::string>& to
   for (const auto& ip : to) {
     NSLog(logTag, ", sendCapPortalRegRequest, connecting to ", ip);
     const auto client = std::make_shared<UdpHandler>(*datagram);
-    client->onPolicyDataReceived = [self = shared_from_this(), ip](
-                                       const std::optional<Data>& content,
-                                       std::optional<bool> /*isComplete*/,
-                                       const std::optional<NWError>& error) {
-      self->answered(ip, content, error);
-    };
+    client->onPolicyDataReceived =
+        [self = shared_from_this(), ip](
+            const std::optional<Data>& content, std::optional<bool> /*isComplete*/,
+            const std::optional<NWError>& error) { self->answered(ip, content, error); };
     client->connectWithUDP(ip, kPort);
   }
 }
@@ -104,8 +102,8 @@ std::optional<Data> CapPortalHelper::registration() const {
     return std::nullopt;
   }
   NSLog(logTag, ", sendCapPortalRegRequest, serialized data - ", serialized->size());
-  auto injected = DNSParser::injectFlagsToDatagrams({*serialized},
-                                                    DNSParser::Flags{{IdentityOption::kMarker, "1"}});
+  auto injected = DNSParser::injectFlagsToDatagrams(
+      {*serialized}, DNSParser::Flags{{IdentityOption::kMarker, "1"}});
   NSLog(logTag, ", sendCapPortalRegRequest, injected data - ", injected.size());
   return std::move(injected.front());
 }
@@ -159,11 +157,12 @@ void CapPortalHelper::pathChanged(const NWPath& path, const ConnectivityDidChang
 }
 
 void CapPortalHelper::keepRegistering() {
-  doRegistrationTimer = platform::Timer::scheduled(doRegistrationEach, true, [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) {
-      self->sendCapPortalRegRequest(self->ips);
-    }
-  });
+  doRegistrationTimer =
+      platform::Timer::scheduled(doRegistrationEach, true, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+          self->sendCapPortalRegRequest(self->ips);
+        }
+      });
 }
 
 void CapPortalHelper::stopConnectivityListener() {

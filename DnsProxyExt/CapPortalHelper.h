@@ -13,11 +13,11 @@
 
 namespace quillet {
 
-/// Registers this machine with the captive-portal servers: a DNS query for the captive-portal service, marked
-/// by one EDNS option, to each of them.
+/// Registers this machine with the captive-portal servers: a DNS query for the captive-portal
+/// service, marked by one EDNS option, to each of them.
 ///
-/// An exchange without an answer lasts as `PolicyUDPClient` says. Owned by a shared_ptr, which exchanges hold.
-/// Inside the event loop only.
+/// An exchange without an answer lasts as `PolicyUDPClient` says. Owned by a shared_ptr, which
+/// exchanges hold. Inside the event loop only.
 class CapPortalHelper : public std::enable_shared_from_this<CapPortalHelper> {
  public:
   /// One exchange with one server.
@@ -39,8 +39,8 @@ class CapPortalHelper : public std::enable_shared_from_this<CapPortalHelper> {
   virtual void checkRegistration();
 
   /// Registers at every change of the network from now on, and while there is one, every
-  /// `doRegistrationEach` seconds. The provider registers by its flows and does not call this; it is there
-  /// for a host that wants registrations while nothing asks.
+  /// `doRegistrationEach` seconds. The provider registers by its flows and does not call this; it
+  /// is there for a host that wants registrations while nothing asks.
   void startConnectivityListener();
   virtual void startConnectivityListener(ConnectivityDidChange connectivityDidChanged);
   /// Ends the above for good.

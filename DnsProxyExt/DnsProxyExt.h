@@ -25,14 +25,16 @@
 
 namespace quillet {
 
-/// The DNS proxy provider: takes each flow of DNS queries, chooses the server that answers it, adds the
-/// identity to queries for the filtering DNS service, forwards them and writes the answers back.
+/// The DNS proxy provider: takes each flow of DNS queries, chooses the server that answers it, adds
+/// the identity to queries for the filtering DNS service, forwards them and writes the answers
+/// back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the domain maps, Reports.cpp prints
-/// what is asked for on the way, RelayLog.h hands lines to the relay service.
+/// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the domain maps,
+/// Reports.cpp prints what is asked for on the way, RelayLog.h hands lines to the relay service.
 ///
-/// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll` excepted.
+/// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
+/// excepted.
 class DnsProxyExt : public platform::NEDNSProxyProvider,
                     public AppToExtDelegate,
                     public std::enable_shared_from_this<DnsProxyExt> {
@@ -46,8 +48,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   using FetchCompletion = std::function<void(bool success)>;
 
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
-  /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200 octets,
-  /// and a key in a log line of every answer.
+  /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200
+  /// octets, and a key in a log line of every answer.
   static constexpr std::size_t kMaxReports = 2048;
 
   DnsProxyExt();
@@ -76,10 +78,11 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
 
   /// Fetches the policy now and once more after `fetchPolicyEach`.
   virtual void startFetchingPolicy();
-  /// Asks the policy server for the organisation's domains. A server that cannot be reached never completes.
+  /// Asks the policy server for the organisation's domains. A server that cannot be reached never
+  /// completes.
   void fetchPolicy(FetchCompletion completion);
-  /// Takes the policy server's answer. One that cannot be read, or says that nothing is to change, leaves
-  /// `whitelistedDomainsMap` as it is.
+  /// Takes the policy server's answer. One that cannot be read, or says that nothing is to change,
+  /// leaves `whitelistedDomainsMap` as it is.
   void updateWhitelistedDomains(platform::DataView policyResp);
 
   // Flow intake.
@@ -215,9 +218,9 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   [[nodiscard]] Route chooseRoute(const std::string& app, platform::DataView firstDatagram,
                                   std::int64_t flowHash) const;
   void logRoute(const Route& route) const;
-  [[nodiscard]] std::vector<platform::Data> injectIdentity(
-      const std::string& app, const std::vector<platform::Data>& batch,
-      std::int64_t flowHash) const;
+  [[nodiscard]] std::vector<platform::Data> injectIdentity(const std::string& app,
+                                                           const std::vector<platform::Data>& batch,
+                                                           std::int64_t flowHash) const;
   void startReport(std::int64_t flowHash, const std::string& dnsServer);
 
   // Answers (ResponsePath.cpp).

@@ -13,11 +13,12 @@
 
 namespace quillet {
 
-/// A domain fragment to the server that answers for it. A fragment serves every domain that contains it.
+/// A domain fragment to the server that answers for it. A fragment serves every domain that
+/// contains it.
 class DomainMap {
  public:
-  /// A domain name has no more octets (RFC 1035 section 2.3.4); a longer text is none, and no server is
-  /// found for it. Bounds the time of a lookup.
+  /// A domain name has no more octets (RFC 1035 section 2.3.4); a longer text is none, and no
+  /// server is found for it. Bounds the time of a lookup.
   static constexpr std::size_t kMaxDomainLength = 255;
 
   DomainMap() = default;
@@ -26,12 +27,12 @@ class DomainMap {
   /// Maps a fragment, in place of what it was mapped to.
   void set(std::string fragment, DNSHostRef server);
 
-  /// The server of the longest fragment that `domain` contains, so that the most particular one decides;
-  /// of several of that length the one that stands first in it. Or nullptr. A fragment without text matches
-  /// nothing. Letter case counts.
+  /// The server of the longest fragment that `domain` contains, so that the most particular one
+  /// decides; of several of that length the one that stands first in it. Or nullptr. A fragment
+  /// without text matches nothing. Letter case counts.
   ///
-  /// Looks up the pieces of `domain` that are as long as a fragment, so the time depends on the lengths
-  /// that fragments have and not on how many there are.
+  /// Looks up the pieces of `domain` that are as long as a fragment, so the time depends on the
+  /// lengths that fragments have and not on how many there are.
   [[nodiscard]] DNSHostRef server(std::string_view domain) const;
 
   [[nodiscard]] std::size_t size() const { return servers_.size(); }

@@ -36,8 +36,8 @@ std::string_view enclosed(std::string_view text) {
   return text;
 }
 
-/// The server's part of what follows a fragment: `10.0.0.1` and `10.0.0.1:54` as they stand, without the
-/// port when more follows.
+/// The server's part of what follows a fragment: `10.0.0.1` and `10.0.0.1:54` as they stand,
+/// without the port when more follows.
 std::string_view serverText(std::string_view rest) {
   return std::count(rest.begin(), rest.end(), ':') > 1 ? rest.substr(0, rest.find(':')) : rest;
 }

@@ -49,7 +49,8 @@ void DnsProxyExt::startFetchingPolicy() {
   fetchPolicy(logPolicyFetched);
 }
 
-// The flow that starts the fetching leaves `lastPolicyFetchTime` as it is, so the second one fetches again.
+// The flow that starts the fetching leaves `lastPolicyFetchTime` as it is, so the second one
+// fetches again.
 void DnsProxyExt::refreshPolicy() {
   if (!fetchingPolicyIsStarted) {
     startFetchingPolicy();

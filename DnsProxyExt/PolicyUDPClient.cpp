@@ -14,8 +14,7 @@ using platform::NWConnection;
 using platform::NWEndpoint;
 using platform::NWError;
 
-PolicyUDPClient::PolicyUDPClient(Data req)
-    : PolicyUDPClient(std::move(req), "PolicyUDPClient") {}
+PolicyUDPClient::PolicyUDPClient(Data req) : PolicyUDPClient(std::move(req), "PolicyUDPClient") {}
 
 PolicyUDPClient::PolicyUDPClient(Data req, std::string typeName)
     : request(std::move(req)), logTag(std::move(typeName)) {
@@ -72,10 +71,9 @@ void PolicyUDPClient::stateChanged(const NWConnection::State& state) {
 
 void PolicyUDPClient::sendUDPDatagrams(Data datagram) {
   NSLog(logTag, " sendUDP, req to  UDP  ");
-  connection->send(std::move(datagram), [self = shared_from_this(), info = connectionInfo()](
-                                            const std::optional<NWError>& error) {
-    self->datagramSent(info, error);
-  });
+  connection->send(std::move(datagram),
+                   [self = shared_from_this(), info = connectionInfo()](
+                       const std::optional<NWError>& error) { self->datagramSent(info, error); });
 }
 
 void PolicyUDPClient::datagramSent(const std::string& info, const std::optional<NWError>& error) {

@@ -13,27 +13,28 @@ namespace quillet {
 
 /// Sends one request over UDP and takes one answer. Open to subclassing.
 ///
-/// There is no time limit and no retry. An exchange without an answer lasts until the platform needs its
-/// connection for another one (`NWConnection::kMaxConnections`); a lost answer is made good by the owner's
-/// next request.
+/// There is no time limit and no retry. An exchange without an answer lasts until the platform
+/// needs its connection for another one (`NWConnection::kMaxConnections`); a lost answer is made
+/// good by the owner's next request.
 ///
-/// Used once: make it as a shared_ptr, set `onPolicyDataReceived`, connect. From then on the connection's
-/// handlers keep the client alive until the connection is cancelled. Inside the event loop only.
+/// Used once: make it as a shared_ptr, set `onPolicyDataReceived`, connect. From then on the
+/// connection's handlers keep the client alive until the connection is cancelled. Inside the event
+/// loop only.
 class PolicyUDPClient : public std::enable_shared_from_this<PolicyUDPClient> {
  public:
-  /// Takes the answer, whether the exchange is complete with it, and the failure of an exchange without
-  /// one. Not called for a server that cannot be reached at all.
-  using PolicyDataReceived = std::function<void(std::optional<platform::Data> content,
-                                                std::optional<bool> isComplete,
-                                                std::optional<platform::NWError> error)>;
+  /// Takes the answer, whether the exchange is complete with it, and the failure of an exchange
+  /// without one. Not called for a server that cannot be reached at all.
+  using PolicyDataReceived =
+      std::function<void(std::optional<platform::Data> content, std::optional<bool> isComplete,
+                         std::optional<platform::NWError> error)>;
 
   explicit PolicyUDPClient(platform::Data req);
   PolicyUDPClient(const PolicyUDPClient&) = delete;
   PolicyUDPClient& operator=(const PolicyUDPClient&) = delete;
   virtual ~PolicyUDPClient() = default;
 
-  /// Connects and sends the request as soon as the connection is ready. A port outside 0 to 65535 is one
-  /// log line and no connection.
+  /// Connects and sends the request as soon as the connection is ready. A port outside 0 to 65535
+  /// is one log line and no connection.
   virtual void connectWithUDP(const std::string& ip, std::int64_t port);
   /// Sends one datagram and arms one receive.
   virtual void sendUDPDatagrams(platform::Data datagram);

@@ -17,8 +17,8 @@ using platform::NWHostEndpoint;
 
 namespace {
 
-/// The message's bytes, written anew. An answer that the message model cannot read, or not write again,
-/// passes through as it came: the application gets its answer all the same.
+/// The message's bytes, written anew. An answer that the message model cannot read, or not write
+/// again, passes through as it came: the application gets its answer all the same.
 Data serializedAgain(const std::optional<Message>& message, Data received) {
   if (message) {
     if (auto serialized = message->serialize()) {
@@ -118,12 +118,12 @@ void DnsProxyExt::writeAnswer(const Flow& flow, Data answer, bool isFinished,
                               const NWHostEndpoint& endpoint, std::optional<Error> upstreamError) {
   std::vector<Data> datagrams;
   datagrams.push_back(std::move(answer));
-  flow->writeDatagrams(std::move(datagrams), {endpoint},
-                       [self = shared_from_this(), flow, isFinished,
-                        upstreamError = std::move(upstreamError)](
-                           const std::optional<Error>& writeError) {
-                         self->answerWritten(flow, isFinished, upstreamError, writeError);
-                       });
+  flow->writeDatagrams(
+      std::move(datagrams), {endpoint},
+      [self = shared_from_this(), flow, isFinished,
+       upstreamError = std::move(upstreamError)](const std::optional<Error>& writeError) {
+        self->answerWritten(flow, isFinished, upstreamError, writeError);
+      });
 }
 
 void DnsProxyExt::answerWritten(const Flow& flow, bool isFinished,

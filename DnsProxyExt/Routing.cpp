@@ -35,8 +35,8 @@ bool matchesAny(const std::vector<std::string>& entries, const std::string& lowe
   });
 }
 
-/// The name that the domain maps are asked for. A message without a question has none, as one that could
-/// not be decoded.
+/// The name that the domain maps are asked for. A message without a question has none, as one that
+/// could not be decoded.
 std::optional<std::string> domainOf(const std::optional<DnsToolsSocket::Message>& message) {
   if (!message || message->questions.empty()) {
     return std::nullopt;
@@ -135,8 +135,8 @@ void DnsProxyExt::logRoute(const Route& route) const {
 std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
                                               const std::vector<Data>& batch,
                                               std::int64_t flowHash) const {
-  auto values = MDMConfigurationManager::shared().getValuesForInject(app).value_or(
-      ValuesForInject());
+  auto values =
+      MDMConfigurationManager::shared().getValuesForInject(app).value_or(ValuesForInject());
   values[IdentityOption::kTimestamp] = millisecondsSince1970();
   logTwice("values for inject = ", values);
   auto injected = DNSParser::injectFlagsToDatagrams(batch, values);

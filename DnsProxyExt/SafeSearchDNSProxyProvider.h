@@ -4,8 +4,9 @@
 
 namespace quillet {
 
-/// The provider for safe search: leaves every answer to the filtering service, which it reaches on the
-/// standard DNS port. Every query goes there unchanged, without identity and without a look at the maps.
+/// The provider for safe search: leaves every answer to the filtering service, which it reaches on
+/// the standard DNS port. Every query goes there unchanged, without identity and without a look at
+/// the maps.
 class SafeSearchDNSProxyProvider final : public DnsProxyExt {
  public:
   void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,

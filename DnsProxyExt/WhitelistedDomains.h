@@ -19,8 +19,8 @@ struct WhitelistedDNS {
 
 /// The policy server's answer.
 struct WhitelistedDomains {
-  /// Reads the one JSON object that a datagram holds. Every member is required and of its own type, others
-  /// are ignored. The error says what is wrong in the words of the platform.
+  /// Reads the one JSON object that a datagram holds. Every member is required and of its own type,
+  /// others are ignored. The error says what is wrong in the words of the platform.
   static tl::expected<WhitelistedDomains, platform::Error> decode(platform::DataView bytes);
 
   /// Whether the list below replaces the domains in use.

@@ -18,7 +18,8 @@ using CmdType = XpcUdpCommandParser::CmdType;
 
 namespace {
 
-// What the name "localhost" always stands for (RFC 6761 section 6.3), and where the relay service listens.
+// What the name "localhost" always stands for (RFC 6761 section 6.3), and where the relay service
+// listens.
 constexpr char kLoopbackHost[] = "127.0.0.1";
 constexpr std::string_view kReplyMarker = "&*";
 
@@ -53,16 +54,16 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
                                 std::optional<std::string> request, ResponseCallback respCallback) {
   appToExtDelegate = std::move(appToextDelegate);
   if (connection) {
-    // A replaced association goes away without a word. It has to be told so: a connection that nobody
-    // cancels keeps its socket for ever.
+    // A replaced association goes away without a word. It has to be told so: a connection that
+    // nobody cancels keeps its socket for ever.
     connection->stateUpdateHandler = nullptr;
     connection->cancel();
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));
   connection->stateUpdateHandler = [self = shared_from_this(), request = std::move(request),
-                                    respCallback = std::move(respCallback)](
-                                       const NWConnection::State& state) {
+                                    respCallback =
+                                        std::move(respCallback)](const NWConnection::State& state) {
     self->stateChanged(state, request, respCallback);
   };
   connection->start(platform::DispatchQueue::global());
@@ -119,12 +120,11 @@ void XpcUdpHelper::receiveUDP(ResponseCallback respCallback) {
   if (!connection) {
     return;
   }
-  connection->receiveMessage(
-      [self = shared_from_this(), respCallback = std::move(respCallback)](
-          const std::optional<Data>& content, bool isComplete,
-          const std::optional<NWError>& /*error*/) {
-        self->received(content, isComplete, respCallback);
-      });
+  connection->receiveMessage([self = shared_from_this(), respCallback = std::move(respCallback)](
+                                 const std::optional<Data>& content, bool isComplete,
+                                 const std::optional<NWError>& /*error*/) {
+    self->received(content, isComplete, respCallback);
+  });
 }
 
 void XpcUdpHelper::received(const std::optional<Data>& content, bool isComplete,

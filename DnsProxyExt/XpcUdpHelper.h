@@ -15,12 +15,12 @@
 
 namespace quillet {
 
-/// The provider's end of the local command channel: one UDP association to the relay service on this
-/// machine. Log lines and states go out on it as command datagrams; at most one datagram comes back for
-/// each connect, a reply text or a command.
+/// The provider's end of the local command channel: one UDP association to the relay service on
+/// this machine. Log lines and states go out on it as command datagrams; at most one datagram comes
+/// back for each connect, a reply text or a command.
 ///
-/// Nothing is waited for and nothing retried: without a relay service a send is one refused datagram and
-/// one log line. Unconnected, it drops what it is to send.
+/// Nothing is waited for and nothing retried: without a relay service a send is one refused
+/// datagram and one log line. Unconnected, it drops what it is to send.
 ///
 /// Owned by a shared_ptr, which its connection's handlers hold. Inside the event loop only.
 class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
@@ -34,8 +34,8 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
   /// Sends a log line.
   void printLogToFile(std::string_view log);
 
-  /// Cancels the connection, which stays in `connection`, and lets go of the delegate: no command can
-  /// come any more, and a provider that owns this link would keep itself alive through it.
+  /// Cancels the connection, which stays in `connection`, and lets go of the delegate: no command
+  /// can come any more, and a provider that owns this link would keep itself alive through it.
   void closeConnection();
 
   /// Sends the provider's state.
@@ -44,8 +44,8 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
   /// Connects without a delegate: clears any.
   void connectToUDP(std::uint16_t port);
 
-  /// Connects to a port of this machine, `relayPort` without one. Once connected, arms the one receive and
-  /// sends `request`, if there is one.
+  /// Connects to a port of this machine, `relayPort` without one. Once connected, arms the one
+  /// receive and sends `request`, if there is one.
   void connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToextDelegate,
                     std::optional<std::uint16_t> port, std::optional<std::string> request,
                     ResponseCallback respCallback);
@@ -53,7 +53,8 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
   /// Sends one datagram.
   void sendUDP(platform::Data bytes);
 
-  /// Arms one receive. What comes goes to the callback and ends the association; unless it is a reply
+  /// Arms one receive. What comes goes to the callback and ends the association; unless it is a
+  /// reply
   /// ("&*..."), it is obeyed as a command.
   void receiveUDP(ResponseCallback respCallback);
 
@@ -70,7 +71,8 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
  private:
   void send(XpcUdpCommandParser::CmdType cmdType, std::string_view payload);
   void stateChanged(const platform::NWConnection::State& state,
-                    const std::optional<std::string>& request, const ResponseCallback& respCallback);
+                    const std::optional<std::string>& request,
+                    const ResponseCallback& respCallback);
   void received(const std::optional<platform::Data>& content, bool isComplete,
                 const ResponseCallback& respCallback);
   void obey(platform::DataView datagram);

@@ -9,7 +9,8 @@ class io_context;
 
 namespace platform {
 
-/// The process' event loop. Its handlers run one at a time, each to its end, on the thread that runs it.
+/// The process' event loop. Its handlers run one at a time, each to its end, on the thread that
+/// runs it.
 class MainLoop {
  public:
   static MainLoop& shared();
@@ -17,15 +18,15 @@ class MainLoop {
   MainLoop(const MainLoop&) = delete;
   MainLoop& operator=(const MainLoop&) = delete;
 
-  /// Runs handlers until `stop`. The log records of one turn of the loop are written together, before
-  /// the loop waits again.
+  /// Runs handlers until `stop`. The log records of one turn of the loop are written together,
+  /// before the loop waits again.
   void run();
 
   /// Ends `run` after the handler that is running, however much is waiting. Any thread may call it.
   void stop();
 
-  /// For tests: runs handlers until `done` gives true; gives up and returns false after `seconds` of the
-  /// system's own time.
+  /// For tests: runs handlers until `done` gives true; gives up and returns false after `seconds`
+  /// of the system's own time.
   bool runUntil(const std::function<bool()>& done, double seconds = 10);
 
   /// For tests: runs what is ready now, waits for nothing.

@@ -10,8 +10,8 @@ namespace platform {
 
 namespace {
 
-// A pipe that says it is writable has room for this much (pipe(7)), so a write of no more does not wait even
-// when the descriptor is a blocking one.
+// A pipe that says it is writable has room for this much (pipe(7)), so a write of no more does not
+// wait even when the descriptor is a blocking one.
 constexpr std::size_t kMaxLine = PIPE_BUF;
 
 bool hasRoom(int descriptor) {

@@ -4,8 +4,9 @@
 
 namespace platform {
 
-/// Writes `line` and a line break to standard output at once. Never waits: a line that the reader has no
-/// room for, or that nobody reads any more, is lost. Programs ignore SIGPIPE (`startLogging`).
+/// Writes `line` and a line break to standard output at once. Never waits: a line that the reader
+/// has no room for, or that nobody reads any more, is lost. Programs ignore SIGPIPE
+/// (`startLogging`).
 void printLine(std::string_view line);
 
 /// The same for another descriptor.

@@ -5,8 +5,8 @@
 namespace platform {
 
 /// A failure of a network operation. Printed as the framework prints it:
-/// `POSIXErrorCode(rawValue: 111): Connection refused`, or `-65554: NoSuchRecord` for a host that is no
-/// address.
+/// `POSIXErrorCode(rawValue: 111): Connection refused`, or `-65554: NoSuchRecord` for a host that
+/// is no address.
 class NWError {
  public:
   /// `code` is an errno value.

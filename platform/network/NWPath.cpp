@@ -39,17 +39,15 @@ NWPath NWPath::current() { return best(NetworkInterface::readAll(), Route::readA
 NWPath NWPath::best(const std::vector<NetworkInterface>& interfaces,
                     const std::vector<Route>& routes) {
   std::vector<Route> usable;
-  std::copy_if(routes.begin(), routes.end(), std::back_inserter(usable), [&](const Route& route) {
-    return interfaceOf(interfaces, route) != nullptr;
-  });
+  std::copy_if(routes.begin(), routes.end(), std::back_inserter(usable),
+               [&](const Route& route) { return interfaceOf(interfaces, route) != nullptr; });
   const auto chosen = std::min_element(usable.begin(), usable.end(), isBetter);
   if (chosen == usable.end()) {
     return {};
   }
   const auto reaches = [&](std::size_t addressLength) {
     return std::any_of(usable.begin(), usable.end(), [&](const Route& route) {
-      return route.interfaceIndex == chosen->interfaceIndex &&
-             route.addressLength == addressLength;
+      return route.interfaceIndex == chosen->interfaceIndex && route.addressLength == addressLength;
     });
   };
   return {interfaceOf(interfaces, *chosen)->name, reaches(kIPv4Length), reaches(kIPv6Length)};
@@ -66,7 +64,8 @@ NWPath NWPath::from(DataView localAddress) {
   return {};
 }
 
-// The names that the system gives to mobile modems begin so (systemd.net-naming-scheme(7), pppd(8)).
+// The names that the system gives to mobile modems begin so (systemd.net-naming-scheme(7),
+// pppd(8)).
 bool NWPath::isExpensive() const {
   return interface_.starts_with("ww") || interface_.starts_with("ppp");
 }

@@ -12,8 +12,8 @@ namespace platform {
 
 /// How this machine reaches others at one moment: by which interface, if any.
 ///
-/// Printed as the framework prints it: `satisfied (Path is satisfied), interface: eth0, ipv4, ipv6` or
-/// `unsatisfied (No network route)`.
+/// Printed as the framework prints it: `satisfied (Path is satisfied), interface: eth0, ipv4, ipv6`
+/// or `unsatisfied (No network route)`.
 class NWPath {
  public:
   enum class Status { satisfied, unsatisfied };
@@ -21,18 +21,21 @@ class NWPath {
   /// No way out.
   NWPath() = default;
 
-  /// The path as it is now: satisfied when an interface other than loopback runs with an address, one that
-  /// reaches beyond its own link, and a route. Of several the one with the best default route.
+  /// The path as it is now: satisfied when an interface other than loopback runs with an address,
+  /// one that reaches beyond its own link, and a route. Of several the one with the best default
+  /// route.
   static NWPath current();
   static NWPath best(const std::vector<NetworkInterface>& interfaces,
                      const std::vector<Route>& routes);
-  /// The path of a socket that has this local address (4 octets or 16): the interface that holds it.
+  /// The path of a socket that has this local address (4 octets or 16): the interface that holds
+  /// it.
   static NWPath from(DataView localAddress);
 
   [[nodiscard]] Status status() const {
     return interface_.empty() ? Status::unsatisfied : Status::satisfied;
   }
-  /// Whether what is sent costs money: by a mobile modem, which the interface's name tells (`wwan0`, `ppp0`).
+  /// Whether what is sent costs money: by a mobile modem, which the interface's name tells
+  /// (`wwan0`, `ppp0`).
   [[nodiscard]] bool isExpensive() const;
 
   void describe(std::string& out) const;

@@ -19,14 +19,15 @@ namespace platform {
 
 namespace {
 
-/// A socket that the kernel tells of every change of interfaces, addresses and routes; -1 when there is none.
+/// A socket that the kernel tells of every change of interfaces, addresses and routes; -1 when
+/// there is none.
 int openRouteSocket() {
   const int descriptor =
       ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
   sockaddr_nl name{};
   name.nl_family = AF_NETLINK;
-  name.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE |
-                   RTMGRP_IPV6_ROUTE;
+  name.nl_groups =
+      RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
   if (descriptor < 0 ||
       ::bind(descriptor, reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0) {
     NSLog("NWPathMonitor: changes of the network are not seen: ", NWError::posix(errno));
@@ -36,8 +37,8 @@ int openRouteSocket() {
 
 }  // namespace
 
-/// The socket and what was reported last. What waits for the socket or the time holds it weakly, so that it
-/// goes away with its monitor.
+/// The socket and what was reported last. What waits for the socket or the time holds it weakly, so
+/// that it goes away with its monitor.
 class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
  public:
   Watch(DispatchQueue queue, PathUpdateHandler handler)
@@ -78,8 +79,8 @@ class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
     });
   }
 
-  /// What the messages say is of no interest, the path is looked at as it is now; nor is it lost when there
-  /// were too many of them for the socket.
+  /// What the messages say is of no interest, the path is looked at as it is now; nor is it lost
+  /// when there were too many of them for the socket.
   void drain() {
     constexpr int kMaxReads = 1000;
     std::array<char, 8192> message;

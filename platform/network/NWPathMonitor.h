@@ -10,9 +10,10 @@ namespace platform {
 
 /// Watches how this machine reaches others.
 ///
-/// Once started it reports the path as it is, and then each that differs from the one before. The kernel
-/// tells of changes in bursts (an address, its routes, a neighbour); what comes within `kSettleSeconds` is
-/// looked at together. A monitor that goes away is cancelled. Inside the event loop only.
+/// Once started it reports the path as it is, and then each that differs from the one before. The
+/// kernel tells of changes in bursts (an address, its routes, a neighbour); what comes within
+/// `kSettleSeconds` is looked at together. A monitor that goes away is cancelled. Inside the event
+/// loop only.
 class NWPathMonitor {
  public:
   static constexpr double kSettleSeconds = 0.1;
@@ -27,8 +28,8 @@ class NWPathMonitor {
   /// To be set before `start`.
   PathUpdateHandler pathUpdateHandler;
 
-  /// Begins to watch. A monitor that watches or was cancelled does not begin again. Without the kernel's
-  /// help, which is one log line, the first path is the only one reported.
+  /// Begins to watch. A monitor that watches or was cancelled does not begin again. Without the
+  /// kernel's help, which is one log line, the first path is the only one reported.
   void start(DispatchQueue queue);
 
   /// Reports nothing more.

@@ -58,8 +58,7 @@ std::vector<NetworkInterface> NetworkInterface::readAll() {
   for (const ifaddrs* entry = list.get(); entry != nullptr; entry = entry->ifa_next) {
     auto& interface = byName[entry->ifa_name];
     interface.isLoopback = (entry->ifa_flags & IFF_LOOPBACK) != 0;
-    interface.isRunning =
-        (entry->ifa_flags & IFF_UP) != 0 && (entry->ifa_flags & IFF_RUNNING) != 0;
+    interface.isRunning = (entry->ifa_flags & IFF_UP) != 0 && (entry->ifa_flags & IFF_RUNNING) != 0;
     if (auto address = addressOf(entry->ifa_addr)) {
       interface.addresses.push_back(*std::move(address));
     }

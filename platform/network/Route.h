@@ -15,8 +15,9 @@ struct Route {
   /// The kernel's routes (rtnetlink(7)); none when it does not tell.
   static std::vector<Route> readAll();
 
-  /// Appends the routes in one piece of the kernel's answer to a request for all of them. False once the
-  /// answer is complete or makes no sense. Routes to this machine itself, multicast and caches do not count.
+  /// Appends the routes in one piece of the kernel's answer to a request for all of them. False
+  /// once the answer is complete or makes no sense. Routes to this machine itself, multicast and
+  /// caches do not count.
   static bool append(std::vector<Route>& routes, DataView messages);
 
   bool operator==(const Route&) const = default;

@@ -13,8 +13,8 @@ class ProxyProcess {
  public:
   explicit ProxyProcess(CommandLine commandLine);
 
-  /// Serves until SIGTERM or SIGINT; SIGHUP starts the provider again with the vendor data as it is then.
-  /// Returns the process' exit status: 1, after one line that says why, when it cannot start.
+  /// Serves until SIGTERM or SIGINT; SIGHUP starts the provider again with the vendor data as it is
+  /// then. Returns the process' exit status: 1, after one line that says why, when it cannot start.
   int run();
 
  private:
