@@ -89,7 +89,7 @@ void CapPortalHelper::sendCapPortalRegRequest(const std::vector<std::string>& to
         [self = shared_from_this(), ip](
             const std::optional<Data>& content, std::optional<bool> /*isComplete*/,
             const std::optional<NWError>& error) { self->answered(ip, content, error); };
-    client->connectWithUDP(ip, kPort);
+    client->connectWithUDP(ip, port);
   }
 }
 

@@ -54,6 +54,8 @@ class CapPortalHelper : public std::enable_shared_from_this<CapPortalHelper> {
   /// When the last registration was sent for a flow, or one was answered; seconds since 1970.
   std::int64_t lastRegistrationTime = 0;
   std::vector<std::string> ips;
+  /// Where the servers listen.
+  std::int64_t port = kPort;
 
  private:
   void sendCapPortalRegRequest(const std::vector<std::string>& to);

@@ -19,7 +19,7 @@
 
 namespace quillet::test {
 
-/// A started provider with a clock that stands still and a folder of user defaults of its own.
+/// A started provider with a clock that stands still, and with user defaults and a relay service of its own.
 class ProviderTest : public testing::Test {
  protected:
   using Data = platform::Data;
@@ -28,9 +28,13 @@ class ProviderTest : public testing::Test {
     ::setenv("TZ", "Europe/Ljubljana", 1);
     platform::Clock::setShared(&clock_);
     MDMConfigurationManager::shared() = MDMConfigurationManager();
+    provider_->xpcUdpHelper->relayPort = static_cast<std::uint16_t>(relay_.port());
     start(std::nullopt);
+    runReady();
   }
   ~ProviderTest() override {
+    provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
+    runReady();
     runReady();
     platform::Clock::setShared(nullptr);
     ::unsetenv("TZ");
@@ -71,6 +75,16 @@ class ProviderTest : public testing::Test {
   }
   static void runReady() { platform::MainLoop::shared().runReady(); }
 
+  /// The payloads of the commands that the relay service has received so far, once there are `count`.
+  std::vector<std::string> relayed(std::size_t count) {
+    EXPECT_TRUE(runUntil([&] { return relay_.received().size() >= count; }));
+    std::vector<std::string> payloads;
+    for (const auto& datagram : relay_.received()) {
+      payloads.push_back(XpcUdpCommandParser::decodeCommand(datagram).value().payload);
+    }
+    return payloads;
+  }
+
   /// Runs until the log holds `record`.
   bool runUntilLogged(const std::string& record) {
     return runUntil([&] {
@@ -86,6 +100,7 @@ class ProviderTest : public testing::Test {
   LogCapture log_;
   DefaultsFolder defaults_;
   platform::ManualClock clock_{1'700'000'000'123'000};
+  FakeServer relay_{stayQuiet};
   std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
 };
 

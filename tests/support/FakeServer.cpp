@@ -17,10 +17,11 @@ struct BoundSocket {
   std::uint16_t port;
 };
 
-BoundSocket bindAnyPort(const char* address) {
+BoundSocket bindSocket(const char* address, std::int64_t port = 0) {
   const int descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_in name{};
   name.sin_family = AF_INET;
+  name.sin_port = htons(static_cast<std::uint16_t>(port));
   ::inet_pton(AF_INET, address, &name.sin_addr);
   socklen_t length = sizeof name;
   auto* generic = reinterpret_cast<sockaddr*>(&name);
@@ -33,9 +34,9 @@ BoundSocket bindAnyPort(const char* address) {
 
 }  // namespace
 
-FakeServer::FakeServer(Answer answer, const char* address)
+FakeServer::FakeServer(Answer answer, const char* address, std::int64_t port)
     : answer_(std::move(answer)), address_(address) {
-  const auto bound = bindAnyPort(address);
+  const auto bound = bindSocket(address, port);
   socket_ = bound.descriptor;
   port_ = bound.port;
   thread_ = std::thread([this] { serve(); });
@@ -74,8 +75,10 @@ void FakeServer::serve() {
   }
 }
 
+std::vector<platform::Data> stayQuiet(const platform::Data& /*received*/) { return {}; }
+
 std::int64_t closedPort() {
-  const auto bound = bindAnyPort("127.0.0.1");
+  const auto bound = bindSocket("127.0.0.1");
   ::close(bound.descriptor);
   return bound.port;
 }

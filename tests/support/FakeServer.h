@@ -11,14 +11,15 @@
 
 namespace quillet::test {
 
-/// A UDP server on a loopback port of the system's choice, on a thread of its own. It keeps what it
+/// A UDP server on a loopback address, on a thread of its own. It keeps what it
 /// receives and sends back what `answer` makes of it.
 class FakeServer {
  public:
   /// Gives the datagrams that go back for one that came.
   using Answer = std::function<std::vector<platform::Data>(const platform::Data&)>;
 
-  explicit FakeServer(Answer answer, const char* address = "127.0.0.1");
+  /// Port 0 is one of the system's choice.
+  explicit FakeServer(Answer answer, const char* address = "127.0.0.1", std::int64_t port = 0);
   ~FakeServer();
   FakeServer(const FakeServer&) = delete;
   FakeServer& operator=(const FakeServer&) = delete;
@@ -39,6 +40,9 @@ class FakeServer {
   std::vector<platform::Data> received_;  // guarded by mutex_
   std::thread thread_;
 };
+
+/// Answers nothing.
+std::vector<platform::Data> stayQuiet(const platform::Data& received);
 
 /// A port on 127.0.0.1 that nobody listens on.
 std::int64_t closedPort();

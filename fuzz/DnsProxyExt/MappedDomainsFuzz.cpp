@@ -1,0 +1,61 @@
+// The map is the one that a reader of its own makes of the same text, and finds a server for each fragment.
+
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include "DnsProxyExt/MappedDomains.h"
+#include "platform/foundation/Data.h"
+#include "platform/foundation/Description.h"
+#include "platform/foundation/Utf8.h"
+
+namespace {
+
+using quillet::Utils;
+
+/// Reads byte by byte what stands between the enclosing characters, one byte each.
+std::map<std::string, std::string> readEntries(std::string_view text) {
+  std::map<std::string, std::string> entries;
+  std::string parts[3];
+  std::size_t colons = 0;
+  for (const char c : std::string(text) + ",") {
+    if (c == ',') {
+      if (colons > 0) {
+        entries[parts[0]] = colons == 2 ? parts[1] + ":" + parts[2] : parts[1];
+      }
+      parts[0] = parts[1] = parts[2] = "";
+      colons = 0;
+    } else if (c == ':') {
+      ++colons;
+    } else if (colons < 3) {
+      parts[colons].push_back(c);
+    }
+  }
+  return entries;
+}
+
+void require(bool condition) {
+  if (!condition) {
+    std::abort();
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto text = platform::textOf({data, size});
+  quillet::parseMappedDomains(text);
+  const auto map = quillet::parseMappedDomains("[" + std::string(text) + "]");
+  const auto entries = readEntries(text);
+  require(map.size() == entries.size());
+  for (const auto& [fragment, server] : entries) {
+    const auto found = map.server(fragment);
+    if (fragment.empty() || fragment.size() > quillet::DomainMap::kMaxDomainLength) {
+      require(found == nullptr);
+    } else {
+      require(platform::description(found) == platform::description(Utils::DNSHost(server)));
+    }
+  }
+  return 0;
+}

@@ -1,0 +1,44 @@
+// A command that was read is written as one compact object that reads back as the same. Any text, sent as a
+// payload, comes back whole.
+
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "DnsProxyExt/XpcUdpCommandParser.h"
+#include "platform/foundation/Utf8.h"
+
+namespace {
+
+using quillet::XpcUdpCommand;
+using quillet::XpcUdpCommandParser;
+
+void require(bool condition) {
+  if (!condition) {
+    std::abort();
+  }
+}
+
+void checkRoundTrip(const XpcUdpCommand& command) {
+  const auto encoded = XpcUdpCommandParser::encodeCommand(command);
+  require(encoded.has_value());
+  for (const auto byte : *encoded) {
+    require(byte >= 0x20);
+  }
+  require(platform::textOf(*encoded).starts_with(R"({"cmdType":")"));
+  require(XpcUdpCommandParser::decodeCommand(*encoded) == command);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const platform::DataView bytes(data, size);
+  if (const auto command = XpcUdpCommandParser::decodeCommand(bytes)) {
+    checkRoundTrip(*command);
+  }
+  const auto text = platform::textOf(bytes);
+  if (platform::isValidUtf8(text) && size < 65'536) {
+    checkRoundTrip({XpcUdpCommandParser::CmdType::printToLog, std::string(text)});
+  }
+  return 0;
+}
