@@ -2,6 +2,7 @@
 
 set(QUILLET_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, for example address,undefined")
 option(QUILLET_FUZZ "Build the fuzz targets with libFuzzer (needs clang)" OFF)
+option(QUILLET_TESTS "Build the tests" ON)
 option(QUILLET_BENCH "Build the benchmarks" ON)
 
 find_program(CCACHE ccache)

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/JSONValue.h"
+
+namespace quillet {
+
+/// The settings as the whole provider reads them: a name to a text.
+using ConfigurationMap = std::map<std::string, std::string>;
+
+/// The identity that goes upstream: an EDNS option code in decimal ("65001") to the option's text.
+using ValuesForInject = std::map<std::string, std::string>;
+
+/// Keeps the managed configuration and makes of it the identity that is added to every query for the
+/// filtering DNS service. Inside the event loop only.
+class MDMConfigurationManager {
+ public:
+  static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
+  /// The managed-preferences dictionaries in the standard user defaults.
+  static constexpr char kFeedbackKey[] = "com.apple.feedback.managed";
+  static constexpr char kConfigurationKey[] = "com.apple.configuration.managed";
+
+  /// The single instance, created on first use.
+  static MDMConfigurationManager& shared();
+
+  MDMConfigurationManager();
+
+  /// The text values of the vendor settings, each under its key without any "--". When two keys become
+  /// one, the one later in the order of the keys wins.
+  static ConfigurationMap buildConfDictionary(const platform::JSONObject& from);
+
+  void initConfigurationForMacOs(const ConfigurationMap& confData);
+
+  /// Takes a configuration, or without one falls back to the hard-coded identity. Values that an earlier
+  /// configuration set stay unless this one replaces or removes them.
+  void initValues(const std::optional<ConfigurationMap>& confData);
+
+  /// The identity for a query of the application `appSenderId` (its signing identifier), a copy; the
+  /// hard-coded identity while there is no configuration.
+  std::optional<ValuesForInject> getValuesForInject(std::string_view appSenderId);
+
+  /// Names the first missing value, or nothing when the configuration is complete.
+  [[nodiscard]] std::optional<std::string> checkMDMValues() const;
+  [[nodiscard]] std::optional<std::string> getAdminPassword() const;
+  [[nodiscard]] bool isTestMode() const;
+
+  /// To be called when the managed preferences changed; logs them, the configuration in use stays.
+  void didChange() const;
+
+  [[nodiscard]] const std::optional<ConfigurationMap>& configuration() const {
+    return configuration_;
+  }
+  [[nodiscard]] const ValuesForInject& valuesForInject() const { return valuesForInject_; }
+
+ private:
+  static bool isUserAuthEnabled(const ConfigurationMap& conf);
+  static bool checkOrgId(const ConfigurationMap& conf);
+  static ValuesForInject getHardcodedMDMConf();
+
+  void initValuesWithoutUserAuth(const ConfigurationMap& conf);
+  void initValuesWithUserAuth(const ConfigurationMap& conf);
+  void updateAddressAndTimeZone();
+  void setOrRemove(const char* code, const std::string& value);
+  [[nodiscard]] const std::string* configured(std::string_view key) const;
+
+  ValuesForInject valuesForInject_;
+  std::optional<ConfigurationMap> configuration_;
+};
+
+}  // namespace quillet

@@ -1,0 +1,75 @@
+#include "DnsProxyExt/ManagedFlow.h"
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSLog.h"
+
+namespace quillet {
+
+using platform::NSLog;
+using platform::secondsSince1970;
+
+namespace {
+
+// What one octet on the wire takes at most once it is decoded: a question of six octets that points at its
+// name becomes a value of its own with a name of its own.
+constexpr std::size_t kDecodedExpansion = 100;
+
+}  // namespace
+
+ManagedFlow::ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> managed)
+    : flow(std::move(managed)), startTimestamp(secondsSince1970()) {}
+
+void ManagedFlow::addError(ErrorBreakpoint breakpoint) {
+  const double now = secondsSince1970();
+  std::string entry = "--> error: timestamp: ";
+  platform::describe(entry, now);
+  entry.append(" in ");
+  platform::describe(entry, now - startTimestamp);
+  entry.append(" after start handling, breakboint: ");
+  platform::describe(entry, static_cast<int>(breakpoint));
+  errors.push_back(std::move(entry));
+}
+
+void ManagedFlow::printReport(const ReportSettings& settings) const {
+  const double delay = endTimestamp != 0 ? endTimestamp - startTimestamp : 0;
+  NSLog("->flow ", flow->hash(), ", isFinished: ", isFinished,
+        ", senderId: ", flow->metaData().sourceAppSigningIdentifier, ",  delay: ", delay,
+        ", url: ", answeredName(), ", errors: ", errors);
+  if (delay == 0) {
+    NSLog("time from now = ", secondsSince1970() - startTimestamp);
+  }
+  const auto count = rawReqData ? std::optional(rawReqData->size()) : std::nullopt;
+  NSLog("rawReqData: count = ", count, ", raw: ", rawReqData);
+  if (settings.detailed) {
+    printDetails();
+  }
+}
+
+void ManagedFlow::printDetails() const {
+  NSLog("flow ", flow->hash(), " detailed, isBound: ", flow->isBound(),
+        ", localEndpoint: ", flow->localEndpoint(), ", remoteHostname: ", flow->remoteHostname(),
+        ", nettworkInterface: ", flow->networkInterface());
+}
+
+std::string ManagedFlow::answeredName() const {
+  if (reqMessages.empty()) {
+    return "reqMessages is empty";
+  }
+  const auto& message = reqMessages.front();
+  if (!message || message->answers.empty()) {
+    return "answers is empty";
+  }
+  return message->answers.front()->name();
+}
+
+std::size_t ManagedFlow::cost() const {
+  std::size_t octets = 0;
+  if (rawReqData) {
+    for (const auto& datagram : *rawReqData) {
+      octets += datagram.size() * (1 + kDecodedExpansion);
+    }
+  }
+  return octets;
+}
+
+}  // namespace quillet

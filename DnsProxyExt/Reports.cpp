@@ -1,0 +1,57 @@
+#include "DnsProxyExt/DecimalText.h"
+#include "DnsProxyExt/DnsProxyExt.h"
+#include "platform/foundation/NSLog.h"
+
+namespace quillet {
+
+using platform::NSLog;
+
+namespace {
+
+std::vector<std::string_view> splitAtUnderscores(std::string_view text) {
+  std::vector<std::string_view> tokens;
+  while (true) {
+    const auto end = text.find('_');
+    tokens.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) {
+      return tokens;
+    }
+    text.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
+
+// A parameter with nothing after it stays at its default.
+ReportSettings DnsProxyExt::checkDomainForCommand(std::string_view domain) {
+  NSLog("got params string: ", domain);
+  const auto tokens = splitAtUnderscores(domain);
+  ReportSettings settings;
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    const bool hasNext = i + 1 < tokens.size();
+    if (tokens[i] == "p") {
+      if (hasNext) {
+        settings.package = tokens[i + 1];
+      }
+    } else if (tokens[i] == "tf") {
+      if (hasNext) {
+        settings.forLastSecs = decimalInteger(tokens[i + 1]);
+      }
+    } else if (tokens[i] == "d") {
+      settings.detailed = true;
+    } else {
+      NSLog("");
+    }
+  }
+  return settings;
+}
+
+void DnsProxyExt::printExtensionSettings() const {
+  NSLog("vendorData: ", vendorData);
+  NSLog("options: ", options);
+  NSLog("macosConfig options: ", macOSconfig);
+  NSLog("whitelistedApps: ", allowedApps);
+  NSLog("systemDnsSettings: ", systemDNSSettings());
+}
+
+}  // namespace quillet

@@ -1,0 +1,176 @@
+#include <algorithm>
+
+#include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/IdentityOption.h"
+#include "DnsProxyExt/LetterCase.h"
+#include "DnsProxyExt/RemoveOccurrences.h"
+#include "dns_tools/DNSSocketClient.h"
+#include "dnscodec/DNSParser.h"
+#include "platform/foundation/NSLog.h"
+
+namespace quillet {
+
+using platform::Data;
+using platform::DispatchTime;
+using platform::Error;
+using platform::NSLog;
+using platform::NWHostEndpoint;
+
+/// The outcome of routing: which rule applied, and the server that it names.
+struct DnsProxyExt::Route {
+  enum class Rule { localNetworkApp, allowedApp, localDomain, whitelistedDomain, filtering };
+
+  Rule rule;
+  DNSHostRef server;
+  std::optional<std::string> domain;
+};
+
+namespace {
+
+// An entry without text (from a comma too many in the list) matches no application, not every one.
+bool matchesAny(const std::vector<std::string>& entries, const std::string& lowercasedApp) {
+  return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
+    return !entry.empty() && lowercasedApp.find(lowercased(entry)) != std::string::npos;
+  });
+}
+
+/// The name that the domain maps are asked for. A message without a question has none, as one that could
+/// not be decoded.
+std::optional<std::string> domainOf(const std::optional<DnsToolsSocket::Message>& message) {
+  if (!message || message->questions.empty()) {
+    return std::nullopt;
+  }
+  auto domain = removingOccurrences(message->questions.front().name, "www.");
+  if (domain.ends_with('.')) {
+    domain.pop_back();
+  }
+  return domain;
+}
+
+std::string millisecondsSince1970() {
+  const double seconds = platform::secondsSince1970();
+  return std::to_string(static_cast<std::int64_t>(seconds * 1000.0));
+}
+
+}  // namespace
+
+void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
+                               std::optional<std::vector<NWHostEndpoint>> endpoints,
+                               std::optional<Error> /*error*/) {
+  if (!data || data->empty() || !endpoints || endpoints->size() < data->size()) {
+    return;  // nothing to send, or nobody to answer
+  }
+  const auto& app = flow->metaData().sourceAppSigningIdentifier;
+  NSLog("datagram count = ", data->size());
+  const auto route = chooseRoute(app, data->front(), flow->hash());
+  logRoute(route);
+  auto batch = *std::move(data);
+  if (route.rule == Route::Rule::filtering) {
+    batch = injectIdentity(app, batch, flow->hash());
+  }
+  startReport(flow->hash(), route.server->address);
+  exchange(flow, std::move(batch), *std::move(endpoints), *route.server);
+}
+
+DnsProxyExt::Route DnsProxyExt::chooseRoute(const std::string& app,
+                                            platform::DataView firstDatagram,
+                                            std::int64_t flowHash) const {
+  using Rule = Route::Rule;
+  const auto lowercasedApp = lowercased(app);
+  const bool isAllowed = matchesAny(allowedApps, lowercasedApp);
+  const bool isLocalNetwork = matchesAny(localNetworkApps, lowercasedApp);
+  const auto message = decodeDNSRequest(firstDatagram, flowHash);
+  NSLog("msg: ", message);
+  auto domain = domainOf(message);
+  const auto localHit = mappedForOtherDNS(domain.value_or(""), localDomainsMap);
+  const auto whitelistHit = mappedForOtherDNS(domain.value_or(""), whitelistedDomainsMap);
+  NSLog("shouldAllowAll = ", shouldAllowAll, ", useSecondDNS = ", isAllowed, ", app = ", app,
+        ", allowedApps = ", allowedApps);
+  if (isLocalNetwork && localNetworkDNS) {
+    return {Rule::localNetworkApp, localNetworkDNS, std::move(domain)};
+  }
+  if (isAllowed || shouldAllowAll) {
+    return {Rule::allowedApp, secondDNS, std::move(domain)};
+  }
+  if (localHit) {
+    return {Rule::localDomain, localHit, std::move(domain)};
+  }
+  if (whitelistHit) {
+    return {Rule::whitelistedDomain, whitelistHit, std::move(domain)};
+  }
+  return {Rule::filtering, filteringDNS, std::move(domain)};
+}
+
+void DnsProxyExt::logRoute(const Route& route) {
+  using Rule = Route::Rule;
+  const auto& [port, address] = *route.server;
+  switch (route.rule) {
+    case Rule::localNetworkApp:
+      NSLog("connect to local network  DNS using ", address);
+      break;
+    case Rule::allowedApp:
+      NSLog("connect to 3th part DNS using ", address);
+      break;
+    case Rule::localDomain:
+      NSLog("Mapped to use local DNS server - > connect to local  ", address, ":", port,
+            ", q: ", route.domain);
+      break;
+    case Rule::whitelistedDomain:
+      NSLog("Mapped to use whitelisted DNS server - > connect to DNS  ", address, ":", port,
+            ", q: ", route.domain);
+      break;
+    case Rule::filtering:
+      NSLog("connect to DNS using Quillet DNS (", address, ":", port, ", q: ", route.domain);
+      break;
+  }
+}
+
+std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
+                                              const std::vector<Data>& batch,
+                                              std::int64_t flowHash) const {
+  auto values = MDMConfigurationManager::shared().getValuesForInject(app).value_or(
+      ValuesForInject());
+  values[IdentityOption::kTimestamp] = millisecondsSince1970();
+  NSLog("values for inject = ", values);
+  auto injected = DNSParser::injectFlagsToDatagrams(batch, values);
+  decodeDNSRequest(injected.front(), flowHash);
+  return injected;
+}
+
+void DnsProxyExt::startReport(std::int64_t flowHash, const std::string& dnsServer) {
+  auto report = DNSFlowReport::startingNow(dnsServer);
+  NSLog("dnshost address = ", dnsServer);
+  report.startTimestamp = DispatchTime::now();
+  dnsFlowsReports.insert_or_assign(std::to_string(flowHash), std::move(report));
+  if (dnsFlowsReports.size() > kMaxReports) {
+    dnsFlowsReports.erase(dnsFlowsReports.begin());
+  }
+}
+
+void DnsProxyExt::exchange(const Flow& flow, std::vector<Data> batch,
+                           std::vector<NWHostEndpoint> endpoints, const Utils::DNSHost& server) {
+  const auto client =
+      DnsToolsSocket::DNSSocketClient::create(flow, std::move(batch), std::move(endpoints));
+  client->onDataReceived = [self = shared_from_this()](
+                               const Flow& answeredFlow, std::optional<Data> answer,
+                               const std::optional<NWHostEndpoint>& endpoint,
+                               std::optional<bool> isFinished,
+                               const std::optional<platform::NWError>& networkError) {
+    std::optional<Error> error;
+    if (networkError) {
+      error = Error(platform::description(*networkError));
+    }
+    self->handleInBoundDatagram(answeredFlow, std::move(answer), isFinished.value(),
+                                endpoint.value(), std::move(error));
+  };
+  client->connectWithDNS(server.address, server.port);
+}
+
+DNSHostRef DnsProxyExt::mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap) {
+  const auto found = std::find_if(dnsMap.begin(), dnsMap.end(), [domain](const auto& entry) {
+    return !entry.first.empty() && domain.find(entry.first) != std::string_view::npos;
+  });
+  return found == dnsMap.end() ? nullptr : found->second;
+}
+
+}  // namespace quillet

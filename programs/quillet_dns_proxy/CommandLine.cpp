@@ -1,0 +1,80 @@
+#include "programs/quillet_dns_proxy/CommandLine.h"
+
+#include <DeploymentValues.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+
+namespace quillet {
+
+namespace {
+
+constexpr int kBadUsage = 2;
+constexpr char kDefaultListen[] = "127.0.0.1:5300";
+
+std::optional<std::string> environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? std::optional<std::string>(value) : std::nullopt;
+}
+
+/// The service manager's state directory, else the user's (XDG base directories), else the system's.
+std::filesystem::path usualDefaultsDirectory() {
+  if (const auto state = environment("STATE_DIRECTORY")) {
+    return state->substr(0, state->find(':'));  // the first of several
+  }
+  if (const auto state = environment("XDG_STATE_HOME")) {
+    return std::filesystem::path(*state) / "quillet";
+  }
+  if (const auto home = environment("HOME")) {
+    return std::filesystem::path(*home) / ".local" / "state" / "quillet";
+  }
+  return "/var/lib/quillet";
+}
+
+std::string checkListenAddress(const std::string& text) {
+  return ListenAddress::parse(text) ? "" : text + " is no ADDR:PORT";
+}
+
+}  // namespace
+
+std::variant<CommandLine, int> parseCommandLine(int argc, const char* const* argv) {
+  CLI::App app("DNS proxy: adds the identity of organisation, user and application to DNS queries.",
+               "quillet-dns-proxy");
+  std::vector<std::string> listen{kDefaultListen};
+  std::optional<std::string> vendorData;
+  std::string defaultsDirectory = usualDefaultsDirectory();
+  std::string sourceApp = "unknown";
+  app.add_option("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5300")
+      ->type_name("ADDR:PORT")
+      ->check(checkListenAddress)
+      ->allow_extra_args(false)
+      ->capture_default_str();
+  app.add_option("--vendor-data", vendorData,
+                 "JSON object with the provider's settings; read again on SIGHUP")
+      ->type_name("FILE");
+  app.add_option("--defaults-dir", defaultsDirectory, "Folder of the user defaults")
+      ->type_name("DIR")
+      ->capture_default_str();
+  app.add_option("--source-app", sourceApp,
+                 "Signing identifier of flows whose application is not known")
+      ->type_name("ID")
+      ->capture_default_str();
+  app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kBadUsage;
+  }
+  CommandLine result;
+  for (const auto& text : listen) {
+    result.listen.push_back(ListenAddress::parse(text).value());
+  }
+  if (vendorData) {
+    result.vendorData = *vendorData;
+  }
+  result.defaultsDirectory = defaultsDirectory;
+  result.sourceApp = sourceApp;
+  return result;
+}
+
+}  // namespace quillet

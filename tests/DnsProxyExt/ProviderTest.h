@@ -1,0 +1,99 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "DnsProxyExt/DnsProxyExt.h"
+#include "platform/dispatch/MainLoop.h"
+#include "tests/support/DefaultsFolder.h"
+#include "tests/support/FakeFlow.h"
+#include "tests/support/FakeServer.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Wire.h"
+
+namespace quillet::test {
+
+/// A started provider with a clock that stands still and a folder of user defaults of its own.
+class ProviderTest : public testing::Test {
+ protected:
+  using Data = platform::Data;
+
+  ProviderTest() {
+    ::setenv("TZ", "Europe/Ljubljana", 1);
+    platform::Clock::setShared(&clock_);
+    MDMConfigurationManager::shared() = MDMConfigurationManager();
+    start(std::nullopt);
+  }
+  ~ProviderTest() override {
+    runReady();
+    platform::Clock::setShared(nullptr);
+    ::unsetenv("TZ");
+  }
+
+  void start(std::optional<platform::JSONValue> vendorData) {
+    std::optional<platform::NEProviderOptions> options;
+    if (vendorData) {
+      options.emplace();
+      options->emplace("VendorData", *std::move(vendorData));
+    }
+    int completions = 0;
+    provider_->startProxy(std::move(options), [&](const std::optional<platform::Error>& error) {
+      EXPECT_EQ(error, std::nullopt);
+      ++completions;
+    });
+    EXPECT_EQ(completions, 1);
+  }
+
+  static std::shared_ptr<FakeFlow> makeFlow(std::vector<Data> datagrams,
+                                            const char* app = "com.example.app") {
+    static std::int64_t lastKey = 100;
+    return std::make_shared<FakeFlow>(++lastKey, std::move(datagrams), app);
+  }
+
+  bool offer(const std::shared_ptr<FakeFlow>& flow) {
+    return provider_->handleNewUDPFlow(flow, {"127.0.0.1", "5300"});
+  }
+
+  /// Offers the flow and waits until the provider has closed both sides of it.
+  void serve(const std::shared_ptr<FakeFlow>& flow) {
+    ASSERT_TRUE(offer(flow));
+    ASSERT_TRUE(runUntil([&] { return flow->closed.size() == 2; })) << "the flow is not closed";
+  }
+
+  static bool runUntil(const std::function<bool()>& done) {
+    return platform::MainLoop::shared().runUntil(done);
+  }
+  static void runReady() { platform::MainLoop::shared().runReady(); }
+
+  /// Runs until the log holds `record`.
+  bool runUntilLogged(const std::string& record) {
+    return runUntil([&] {
+      const auto& records = log_.records();
+      return std::find(records.begin(), records.end(), record) != records.end();
+    });
+  }
+
+  static DNSHostRef host(const FakeServer& server) {
+    return std::make_shared<Utils::DNSHost>(server.text());
+  }
+
+  LogCapture log_;
+  DefaultsFolder defaults_;
+  platform::ManualClock clock_{1'700'000'000'123'000};
+  std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
+};
+
+/// An answer to `query("a")`: one A record 1.2.3.4, the owner name compressed.
+inline platform::Data answerForA() {
+  return hex(
+      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
+      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
+}
+
+}  // namespace quillet::test

@@ -1,0 +1,166 @@
+#include "dns_tools/DNSSocketClient.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/dispatch/MainLoop.h"
+#include "platform/foundation/Description.h"
+#include "tests/support/FakeFlow.h"
+#include "tests/support/FakeServer.h"
+#include "tests/support/LogCapture.h"
+
+namespace DnsToolsSocket {
+namespace {
+
+using platform::Data;
+using platform::NWConnection;
+using platform::NWHostEndpoint;
+using quillet::test::FakeFlow;
+using quillet::test::FakeServer;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+/// What the owner was told, as one comparable line: `ANSWER@PORT finished|more ERROR`.
+std::string told(const std::optional<Data>& answer, const std::optional<NWHostEndpoint>& endpoint,
+                 std::optional<bool> isFinished, const std::optional<platform::NWError>& error) {
+  const auto text = answer ? std::string(platform::textOf(*answer)) : "nothing";
+  return text + "@" + endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
+         platform::description(error);
+}
+
+class DNSSocketClientTest : public testing::Test {
+ protected:
+  void connect(std::vector<std::string> texts, const std::string& ip, std::int64_t port) {
+    std::vector<Data> datagrams;
+    std::vector<NWHostEndpoint> endpoints;
+    for (const auto& text : texts) {
+      endpoints.push_back({"127.0.0.1", std::to_string(endpoints.size())});
+      const auto bytes = platform::bytesOf(text);
+      datagrams.emplace_back(bytes.begin(), bytes.end());
+    }
+    auto client = DNSSocketClient::create(flow_, datagrams, endpoints);
+    client->onDataReceived = [this](const DNSSocketClient::Flow& flow, const std::optional<Data>& answer,
+                                    const std::optional<NWHostEndpoint>& endpoint,
+                                    std::optional<bool> isFinished,
+                                    const std::optional<platform::NWError>& error) {
+      EXPECT_EQ(flow, flow_);
+      told_.push_back(told(answer, endpoint, isFinished, error));
+    };
+    client->connectWithDNS(ip, port);
+    client_ = client;
+  }
+  void connect(const std::vector<std::string>& texts, const FakeServer& server) {
+    connect(texts, "127.0.0.1", server.port());
+  }
+
+  static bool runUntil(const std::function<bool()>& done) {
+    return platform::MainLoop::shared().runUntil(done);
+  }
+  bool runUntilReleased() {
+    return runUntil([this] { return client_.expired(); });
+  }
+
+  quillet::test::LogCapture log_;
+  std::shared_ptr<FakeFlow> flow_ = std::make_shared<FakeFlow>(5);
+  std::weak_ptr<DNSSocketClient> client_;
+  std::vector<std::string> told_;
+};
+
+std::vector<Data> echo(const Data& received) { return {received}; }
+
+TEST_F(DNSSocketClientTest, LogsEveryStepOfOneExchange) {
+  const FakeServer server(echo);
+  connect({"q"}, server);
+  ASSERT_TRUE(runUntilReleased()) << "the connection keeps the client alive until it is cancelled";
+  EXPECT_THAT(told_, ElementsAre("q@0 finished nil"));
+  const std::string changed = "DNSSocketClient stateUpdateHandler:, flowHash = 5, state = ";
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("init new DNSSocketClient, flowHash = 5", "Connecting to udp, flowHash = 5",
+                  changed + "setup", "State: Setup, flowHash = 5\n", changed + "preparing",
+                  "State: Preparing, flowHash = 5\n", changed + "ready", "State: Ready, flowHash = 5\n",
+                  "sendUDP, content count = 1, flowHash = 5", "Data was sent to UDP, flowHash = 5",
+                  "receiveUdp callback called, flowHash = 5, isComplete = true",
+                  "Udp received, flowHash = 5, arr.count = 1, content.count = 1",
+                  "self.connection?.cancel(), arr.count = 1, content count = 1, flowHash = 5",
+                  changed + "cancelled", "State: Cancelled, flowHash = 5\n"));
+}
+
+TEST_F(DNSSocketClientTest, MatchesAnswersInTheOrderOfArrival) {
+  std::vector<Data> kept;
+  const FakeServer server([&kept](const Data& received) {
+    kept.insert(kept.begin(), received);
+    return kept.size() == 3 ? kept : std::vector<Data>();
+  });
+  connect({"a", "b", "c"}, server);
+  ASSERT_TRUE(runUntilReleased());
+  EXPECT_THAT(told_, ElementsAre("c@0 more nil", "b@1 more nil", "a@2 finished nil"));
+}
+
+TEST_F(DNSSocketClientTest, EqualDatagramsShareTheFirstEndpoint) {
+  const FakeServer server(echo);
+  connect({"x", "a", "a"}, server);
+  ASSERT_TRUE(runUntilReleased());
+  EXPECT_THAT(told_, ElementsAre("x@0 more nil", "a@1 more nil", "a@1 finished nil"));
+}
+
+TEST_F(DNSSocketClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
+  for (const auto& batch : {std::vector<std::string>{"a"}, std::vector<std::string>{"a", "b"}}) {
+    told_.clear();
+    log_.clear();
+    connect(batch, "127.0.0.1", quillet::test::closedPort());
+    ASSERT_TRUE(runUntilReleased());
+    EXPECT_THAT(told_, ElementsAre("nothing@0 more Optional(POSIXErrorCode(rawValue: 111): "
+                                   "Connection refused)"));
+    EXPECT_THAT(log_.records(),
+                testing::Contains("udp socket error: POSIXErrorCode(rawValue: 111): Connection refused, "
+                                  "flowHash = 5"));
+  }
+}
+
+TEST_F(DNSSocketClientTest, AnEmptyAnswerIsNoneAndTheConnectionStays) {
+  const FakeServer server([](const Data& received) {
+    return received == Data{'a'} ? std::vector<Data>{Data()} : std::vector<Data>{received};
+  });
+  connect({"a", "b"}, server);
+  ASSERT_TRUE(runUntil([this] { return told_.size() == 2; }));
+  EXPECT_THAT(told_, ElementsAre("nothing@0 more nil", "b@1 more nil"));
+  const auto connection = client_.lock()->connection();
+  EXPECT_EQ(connection->state().kind, NWConnection::State::Kind::ready);
+  connection->cancel();
+  EXPECT_TRUE(runUntilReleased());
+}
+
+TEST_F(DNSSocketClientTest, ADatagramTooLargeToSendIsOneLine) {
+  const FakeServer server(echo);
+  connect({std::string(70'000, 'x'), "b"}, server);
+  ASSERT_TRUE(runUntil([this] { return told_.size() == 1; }));
+  EXPECT_THAT(told_, ElementsAre("b@1 more nil"));
+  EXPECT_THAT(log_.records(),
+              testing::Contains("(5): ERROR! Error when data (Type: Data) sending. NWError: \n "
+                                "POSIXErrorCode(rawValue: 90): Message too long"));
+  client_.lock()->connection()->cancel();
+}
+
+TEST_F(DNSSocketClientTest, ConnectsToNoPortOutsideTheRange) {
+  for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}, INT64_MIN, INT64_MAX}) {
+    connect({"a"}, "127.0.0.1", port);
+    EXPECT_TRUE(client_.expired());
+  }
+  EXPECT_EQ(log_.records().back(),
+            "DNSSocketClient, no such port: 9223372036854775807, flowHash = 5");
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+}
+
+TEST_F(DNSSocketClientTest, AnAddressThatIsNoneWaits) {
+  connect({"a"}, "dns.example", 53);
+  ASSERT_TRUE(runUntil([this] { return log_.records().back().starts_with("State: Waiting"); }));
+  EXPECT_EQ(log_.records().back(), "State: Waiting,flowHash = 5, error: -65554: NoSuchRecord");
+  EXPECT_THAT(told_, IsEmpty());
+  client_.lock()->connection()->cancel();
+  EXPECT_TRUE(runUntilReleased());
+}
+
+}  // namespace
+}  // namespace DnsToolsSocket

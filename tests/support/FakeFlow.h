@@ -1,0 +1,88 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Description.h"
+#include "platform/networkextension/NEAppProxyUDPFlow.h"
+
+namespace quillet::test {
+
+/// A flow whose datagrams, failures and key a test chooses, and that keeps what is done with it.
+class FakeFlow final : public platform::NEAppProxyUDPFlow {
+ public:
+  explicit FakeFlow(std::int64_t key, std::vector<platform::Data> datagrams = {},
+                    std::string app = "com.example.app")
+      : key_(key), metaData_{std::move(app)} {
+    std::vector<platform::NWHostEndpoint> asked;
+    for (std::size_t i = 0; i < datagrams.size(); ++i) {
+      asked.push_back({"127.0.0.1", std::to_string(5300 + i)});
+    }
+    toRead = std::move(datagrams);
+    readEndpoints = std::move(asked);
+  }
+
+  // What the flow does.
+  std::optional<std::vector<platform::Data>> toRead;
+  std::optional<std::vector<platform::NWHostEndpoint>> readEndpoints;
+  std::optional<platform::Error> openError;
+  std::optional<platform::Error> readError;
+  std::optional<platform::Error> writeError;
+
+  // What was done with it.
+  std::vector<std::optional<platform::NWHostEndpoint>> opened;
+  int reads = 0;
+  std::vector<std::pair<platform::Data, platform::NWHostEndpoint>> written;
+  std::vector<std::string> closed;
+
+  void openWithLocalEndpoint(std::optional<platform::NWHostEndpoint> localEndpoint,
+                             OpenCompletion completion) override {
+    opened.push_back(std::move(localEndpoint));
+    later([completion = std::move(completion), error = openError] { completion(error); });
+  }
+  void readDatagrams(ReadCompletion completion) override {
+    ++reads;
+    later([completion = std::move(completion), datagrams = toRead, endpoints = readEndpoints,
+           error = readError] { completion(datagrams, endpoints, error); });
+  }
+  void writeDatagrams(std::vector<platform::Data> datagrams,
+                      std::vector<platform::NWHostEndpoint> sentByEndpoints,
+                      WriteCompletion completion) override {
+    for (std::size_t i = 0; i < datagrams.size(); ++i) {
+      written.emplace_back(datagrams[i], sentByEndpoints.at(i));
+    }
+    later([completion = std::move(completion), error = writeError] { completion(error); });
+  }
+  void closeReadWithError(std::optional<platform::Error> error) override {
+    closed.push_back("read " + platform::description(error));
+  }
+  void closeWriteWithError(std::optional<platform::Error> error) override {
+    closed.push_back("write " + platform::description(error));
+  }
+
+  [[nodiscard]] const platform::NEFlowMetaData& metaData() const override { return metaData_; }
+  [[nodiscard]] std::int64_t hash() const override { return key_; }
+  [[nodiscard]] bool isBound() const override { return false; }
+  [[nodiscard]] std::optional<std::string> networkInterface() const override {
+    return std::nullopt;
+  }
+  [[nodiscard]] std::optional<platform::NWHostEndpoint> localEndpoint() const override {
+    return platform::NWHostEndpoint{"127.0.0.1", "40000"};
+  }
+  [[nodiscard]] std::optional<std::string> remoteHostname() const override { return "127.0.0.1"; }
+  [[nodiscard]] std::string debugDescription() const override { return "<FakeFlow>"; }
+
+ private:
+  static void later(std::function<void()> work) {
+    platform::DispatchQueue::global().async(std::move(work));
+  }
+
+  const std::int64_t key_;
+  const platform::NEFlowMetaData metaData_;
+};
+
+}  // namespace quillet::test
