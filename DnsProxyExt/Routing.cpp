@@ -56,7 +56,7 @@ std::string millisecondsSince1970() {
 
 void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
                                std::optional<std::vector<NWHostEndpoint>> endpoints,
-                               std::optional<Error> /*error*/) {
+                               const std::optional<Error>& /*error*/) {
   if (!data || data->empty() || !endpoints || endpoints->size() < data->size()) {
     return;  // nothing to send, or nobody to answer
   }
