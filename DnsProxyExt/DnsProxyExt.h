@@ -97,7 +97,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   /// Chooses the server for a batch by its first datagram and starts the exchange with it.
   virtual void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,
                             std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
-                            std::optional<platform::Error> error);
+                            const std::optional<platform::Error>& error);
   /// The server of the most particular fragment that `domain` contains, or nullptr.
   static DNSHostRef mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap);
 

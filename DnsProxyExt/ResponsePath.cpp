@@ -1,5 +1,3 @@
-#include <ranges>
-
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RelayLog.h"
 #include "dns_tools/HostRecord.h"
@@ -16,6 +14,22 @@ using platform::NSLog;
 using platform::NWHostEndpoint;
 
 namespace {
+
+/// Printed as the list of the reports' keys.
+struct KeysOf {
+  void describe(std::string& out) const {
+    out.push_back('[');
+    const char* separator = "";
+    for (const auto& [key, report] : reports) {
+      out.append(separator);
+      platform::debugDescribe(out, key);
+      separator = ", ";
+    }
+    out.push_back(']');
+  }
+
+  const DNSFlowReports& reports;
+};
 
 /// The message's bytes, written anew. An answer that the message model cannot read, or not write
 /// again, passes through as it came: the application gets its answer all the same.
@@ -54,7 +68,7 @@ void DnsProxyExt::handleInBoundDatagram(const Flow& flow, std::optional<Data> da
   NSLog("handleInBoundDatagram,hash = ", flowHash, ", isFinish = ", isFinished,
         ", error = ", error);
   auto report = endedReport(reportKey);
-  NSLog("flow reports: ", std::views::keys(dnsFlowsReports));
+  NSLog("flow reports: ", KeysOf{dnsFlowsReports});
   if (error) {
     flowManager.addErrorToFlow(*flow, ErrorBreakpoint::upstream);
   }

@@ -57,7 +57,7 @@ std::string millisecondsSince1970() {
 
 void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
                                std::optional<std::vector<NWHostEndpoint>> endpoints,
-                               std::optional<Error> /*error*/) {
+                               const std::optional<Error>& /*error*/) {
   if (!isComplete(data, endpoints)) {
     return;
   }

@@ -16,7 +16,7 @@ using platform::NWHostEndpoint;
 void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
                                               std::optional<std::vector<Data>> data,
                                               std::optional<std::vector<NWHostEndpoint>> endpoints,
-                                              std::optional<Error> /*error*/) {
+                                              const std::optional<Error>& /*error*/) {
   if (!isComplete(data, endpoints)) {
     return;
   }

@@ -11,7 +11,7 @@ class SafeSearchDNSProxyProvider final : public DnsProxyExt {
  public:
   void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,
                     std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
-                    std::optional<platform::Error> error) override;
+                    const std::optional<platform::Error>& error) override;
   /// Does nothing.
   void startFetchingPolicy() override {}
 
