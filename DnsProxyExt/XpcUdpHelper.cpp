@@ -18,9 +18,7 @@ using CmdType = XpcUdpCommandParser::CmdType;
 
 namespace {
 
-// What the name "localhost" always stands for (RFC 6761 section 6.3), and where the relay service
-// listens.
-constexpr char kLoopbackHost[] = "127.0.0.1";
+constexpr char kLoopbackHost[] = "localhost";
 constexpr std::string_view kReplyMarker = "&*";
 
 }  // namespace
@@ -61,6 +59,7 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));
+  connection->sendsAfterRefusal = false;
   connection->stateUpdateHandler = [self = shared_from_this(), request = std::move(request),
                                     respCallback =
                                         std::move(respCallback)](const NWConnection::State& state) {

@@ -1,6 +1,7 @@
 #include "platform/network/NWPath.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <tuple>
 #include <utility>
@@ -29,6 +30,16 @@ bool isBetter(const Route& left, const Route& right) {
   return rank(left) < rank(right);
 }
 
+Data octetsOf(const SocketAddress& address) {
+  const void* octets = &address.v4().sin_addr;
+  if (address.isIPv6()) {
+    octets = &address.v6().sin6_addr;
+  }
+  Data result(address.isIPv6() ? kIPv6Length : kIPv4Length);
+  std::memcpy(result.data(), octets, result.size());
+  return result;
+}
+
 }  // namespace
 
 NWPath::NWPath(std::string interface, bool hasIPv4, bool hasIPv6)
@@ -53,12 +64,12 @@ NWPath NWPath::best(const std::vector<NetworkInterface>& interfaces,
   return {interfaceOf(interfaces, *chosen)->name, reaches(kIPv4Length), reaches(kIPv6Length)};
 }
 
-NWPath NWPath::from(DataView localAddress) {
-  const Data address(localAddress.begin(), localAddress.end());
+NWPath NWPath::from(const SocketAddress& local) {
+  const auto address = octetsOf(local);
   for (const auto& interface : NetworkInterface::readAll()) {
     const auto& all = interface.addresses;
     if (std::find(all.begin(), all.end(), address) != all.end()) {
-      return {interface.name, address.size() == kIPv4Length, address.size() == kIPv6Length};
+      return {interface.name, !local.isIPv6(), local.isIPv6()};
     }
   }
   return {};

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Data.h"
 #include "platform/foundation/Description.h"
 #include "platform/network/NetworkInterface.h"
 #include "platform/network/Route.h"
+#include "platform/network/SocketAddress.h"
 
 namespace platform {
 
@@ -27,9 +27,8 @@ class NWPath {
   static NWPath current();
   static NWPath best(const std::vector<NetworkInterface>& interfaces,
                      const std::vector<Route>& routes);
-  /// The path of a socket that has this local address (4 octets or 16): the interface that holds
-  /// it.
-  static NWPath from(DataView localAddress);
+  /// The path of a socket that has this address on its own side: the interface that holds it.
+  static NWPath from(const SocketAddress& local);
 
   [[nodiscard]] Status status() const {
     return interface_.empty() ? Status::unsatisfied : Status::satisfied;
