@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <iostream>
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
@@ -17,12 +16,11 @@ namespace quillet {
 
 using platform::FlowHost;
 using platform::NEProviderStopReason;
+using platform::NSLog;
 
 namespace {
 
 constexpr int kCannotStart = 1;
-
-void complain(const std::string& what) { std::cerr << "quillet-dns-proxy: " << what << std::endl; }
 
 /// Asks for as many descriptors as the bound on connections allows for, where the system grants
 /// them.
@@ -69,7 +67,7 @@ bool ProxyProcess::startHost() {
   options.sourceApp = commandLine_.sourceApp;
   auto host = FlowHost::start(*provider_, options);
   if (!host) {
-    complain(host.error().text());
+    NSLog(host.error().text());
     return false;
   }
   host_ = *std::move(host);
@@ -79,7 +77,7 @@ bool ProxyProcess::startHost() {
 bool ProxyProcess::startProvider() {
   auto options = readProviderOptions(commandLine_.vendorData);
   if (!options) {
-    complain(options.error());
+    NSLog(options.error());
     return false;
   }
   provider_->setSystemDNSSettings(systemSettings());
