@@ -56,6 +56,7 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   NWConnection& operator=(const NWConnection&) = delete;
   virtual ~NWConnection() = default;
 
+  /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
   /// Opens and connects the socket. Called once.
@@ -68,7 +69,7 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
 
   /// Takes the next datagram that arrives, up to 65,535 bytes whole. Several may be armed; they are
   /// served in order. The completion runs once, later; never when the connection is cancelled
-  /// first.
+  /// first. After waiting or failed it carries that error.
   virtual void receiveMessage(ReceiveCompletion completion) = 0;
 
   /// Closes the socket, drops every completion that has not run, and reports cancelled. A second

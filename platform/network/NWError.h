@@ -15,6 +15,8 @@ class NWError {
   static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
 
   [[nodiscard]] int code() const { return code_; }
+  /// What has failed, without the number: `Connection refused`, whatever the locale.
+  [[nodiscard]] std::string text() const;
   void describe(std::string& out) const;
 
   bool operator==(const NWError&) const = default;

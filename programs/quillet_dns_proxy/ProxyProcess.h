@@ -18,15 +18,13 @@ class ProxyProcess {
   int run();
 
  private:
-  bool start();
+  bool startHost();
   bool startProvider();
   void handleSignal(int signal);
-  void stop();
 
   const CommandLine commandLine_;
-  std::shared_ptr<DnsProxyExt> provider_;
+  const std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
-  bool isStopping_ = false;
 };
 
 }  // namespace quillet
