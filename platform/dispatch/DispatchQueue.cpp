@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/dispatch/Deadlines.h"
 #include "platform/dispatch/MainLoop.h"
 
 namespace platform {
@@ -10,6 +11,10 @@ DispatchQueue DispatchQueue::global() { return {}; }
 
 void DispatchQueue::async(std::function<void()> work) const {
   MainLoop::shared().give(std::move(work));
+}
+
+void DispatchQueue::asyncAfter(double seconds, std::function<void()> work) const {
+  MainLoop::shared().deadlines().add(seconds, std::move(work));
 }
 
 }  // namespace platform

@@ -18,6 +18,10 @@ class DispatchQueue {
   /// it.
   void async(std::function<void()> work) const;
 
+  /// Runs `work` once `seconds` have passed by the monotonic time of `Clock::shared()`. Inside the
+  /// event loop only.
+  void asyncAfter(double seconds, std::function<void()> work) const;
+
  private:
   DispatchQueue() = default;
 };

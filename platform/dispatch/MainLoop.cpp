@@ -9,6 +9,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/dispatch/Deadlines.h"
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/dispatch/SocketEvents.h"
 #include "platform/foundation/Clock.h"
@@ -34,6 +35,7 @@ struct MainLoop::State {
   asio::executor_work_guard<asio::io_context::executor_type> staysOpen{context.get_executor()};
   std::atomic<bool> isStopping{false};
   SocketEvents socketEvents{context, isStopping};
+  Deadlines deadlines{context};
 
   std::mutex mutex;
   std::deque<Work> given;  // guarded by mutex
@@ -162,7 +164,7 @@ bool MainLoop::runUntil(const std::function<bool()>& done, double seconds) {
       return false;
     }
     const LogBatch batch;
-    if (!state_->runOneGiven()) {
+    if (!state_->runOneGiven() && !state_->deadlines.runDue()) {
       state_->runEventWithin(Nanoseconds(deadline - time));
     }
   }
@@ -171,11 +173,13 @@ bool MainLoop::runUntil(const std::function<bool()>& done, double seconds) {
 
 void MainLoop::runReady() {
   const LogBatch batch;
-  while (state_->runOneGiven() || state_->runReadyEvent()) {
+  while (state_->runOneGiven() || state_->runReadyEvent() || state_->deadlines.runDue()) {
   }
 }
 
 asio::io_context& MainLoop::context() { return state_->context; }
+
+Deadlines& MainLoop::deadlines() { return state_->deadlines; }
 
 SocketEvents& MainLoop::socketEvents() { return state_->socketEvents; }
 

@@ -9,6 +9,7 @@ class io_context;
 
 namespace platform {
 
+class Deadlines;
 class SocketEvents;
 
 /// The process' event loop. Its handlers run one at a time, each to its end, on the thread that
@@ -37,6 +38,9 @@ class MainLoop {
 
   /// What the platform's own signals and timers are made with.
   asio::io_context& context();
+
+  /// What waits for its time (`DispatchQueue::asyncAfter`, `Timer`).
+  Deadlines& deadlines();
 
   /// What the platform's own sockets are watched with (`WatchedSocket`).
   SocketEvents& socketEvents();

@@ -9,6 +9,7 @@
 #include "platform/foundation/Data.h"
 #include "platform/network/NWEndpoint.h"
 #include "platform/network/NWError.h"
+#include "platform/network/NWPath.h"
 
 namespace platform {
 
@@ -59,12 +60,16 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
+  /// What becomes of a send that finds the refusal of an earlier one at the socket: it is sent all
+  /// the same, or else dropped with that error, for datagrams that nobody misses.
+  bool sendsAfterRefusal = true;
+
   /// Opens and connects the socket. Called once.
   virtual void start(DispatchQueue queue) = 0;
 
   /// Sends `content` as one datagram. The completion runs once, later, in the order of the sends;
-  /// never when the connection is cancelled first. Before ready, and after waiting or failed, it
-  /// carries an error.
+  /// never when the connection is cancelled first. Sent from `start` on, before
+  /// ready is reported; without a socket it carries an error.
   virtual void send(Data content, SendCompletion completion) = 0;
 
   /// Takes the next datagram that arrives, up to 65,535 bytes whole. Several may be armed; they are
@@ -75,6 +80,9 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// Closes the socket, drops every completion that has not run, and reports cancelled. A second
   /// call does nothing.
   virtual void cancel() = 0;
+
+  /// How the datagrams go; absent while the socket is not connected.
+  [[nodiscard]] virtual std::optional<NWPath> currentPath() const = 0;
 
   /// The state last reported.
   [[nodiscard]] virtual State state() const = 0;

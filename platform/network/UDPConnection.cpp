@@ -139,7 +139,7 @@ void UDPConnection::send(Data content, SendCompletion completion) {
   if (isCancelled_) {
     return;
   }
-  if (state_.kind != Kind::ready) {
+  if (!socket_.isOpen()) {
     finish(std::move(completion), state_.error.value_or(NWError::posix(ENOTCONN)));
     return;
   }
@@ -153,9 +153,20 @@ void UDPConnection::send(Data content, SendCompletion completion) {
   }
 }
 
+std::optional<NWPath> UDPConnection::currentPath() const {
+  if (!socket_.isOpen()) {
+    return std::nullopt;
+  }
+  SocketAddress local;
+  socklen_t size = SocketAddress::kMaxSize;
+  const bool isKnown = ::getsockname(socket_.get(), local.data(), &size) == 0;
+  return isKnown ? std::optional(NWPath::from(local)) : std::nullopt;
+}
+
 int UDPConnection::trySend(const Data& content) {
   const int error = sendOnce(socket_.get(), content);
-  if (error == 0 || error == EAGAIN) {
+  const bool isDropped = error == ECONNREFUSED && !sendsAfterRefusal;
+  if (error == 0 || error == EAGAIN || isDropped) {
     return error;
   }
   const int again = sendOnce(socket_.get(), content);

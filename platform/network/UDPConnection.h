@@ -25,6 +25,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   void send(Data content, SendCompletion completion) override;
   void receiveMessage(ReceiveCompletion completion) override;
   void cancel() override;
+  [[nodiscard]] std::optional<NWPath> currentPath() const override;
   [[nodiscard]] State state() const override { return state_; }
 
  private:

@@ -27,7 +27,7 @@ class CapPortalHelperTest : public test::ProviderTest {
     return helper;
   }
 
-  [[nodiscard]] auto count(const std::string& record) const {
+  [[nodiscard]] std::ptrdiff_t count(const std::string& record) const {
     return std::count(log_.records().begin(), log_.records().end(), record);
   }
   [[nodiscard]] auto registrations() const {

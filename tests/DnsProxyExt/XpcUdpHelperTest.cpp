@@ -54,7 +54,7 @@ class XpcUdpHelperTest : public testing::Test {
   bool runUntilLogged(const std::string& record) {
     return runUntil([&] { return count(record) > 0; });
   }
-  [[nodiscard]] auto count(const std::string& record) const {
+  [[nodiscard]] std::ptrdiff_t count(const std::string& record) const {
     return std::count(log_.records().begin(), log_.records().end(), record);
   }
   static std::vector<std::string> texts(const FakeServer& server) {
