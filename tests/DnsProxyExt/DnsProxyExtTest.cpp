@@ -33,7 +33,7 @@ TEST_F(DnsProxyExtTest, LogsAStartWithoutOptions) {
       ElementsAre(StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxyExt: "),
                   "startProxy,options:nil", "startProxy,options - ttt:nil",
                   "options(vendor data) are nil --> retrieving previous params from local storage",
-                  "retrieved options: Optional([\"k\": \"v\"])",
+                  "retrieved options: Optional([\"k\": \"v\"])", "initLocalDomainsMap - got map: [:]",
                   "users email from Content Filter:  u@x.example",
                   "userEmail is nil -> using userEmail from local store",
                   "initConfigurationForMacOs, confData = [:]",
@@ -42,7 +42,8 @@ TEST_F(DnsProxyExtTest, LogsAStartWithoutOptions) {
                   "initVendorSettings, vendorData: nil, macosConfig: [:]",
                   "shouldAllowAll: false, secondDNS = 127.0.0.3:53, allowedApps = [], "
                   "captivePortalIps = []",
-                  "initVendorSettings  - done"));
+                  "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
+                  "initLocalUdp - macos"));
 }
 
 TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
@@ -58,7 +59,7 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
           StartsWith("DNS Proxy Provider, startProxy, instance id: "),
           "startProxy,options:" + options, "startProxy,options - ttt:" + options,
           "----vendor data----", "key:--allowAll: Optional(\"true\")", "key:n: Optional(1)",
-          "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor),
+          "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor), "initLocalDomainsMap - got map: [:]",
           "users email from Content Filter:  ",
           "initConfigurationForMacOs, confData = " + std::string(kConfig),
           "init edns values confData = Optional(" + std::string(kConfig) + ")",
@@ -68,7 +69,8 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
               "), macosConfig: " + kConfig,
           "initVendorSettings1",
           "shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
-          "initVendorSettings  - done"));
+          "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
+                  "initLocalUdp - macos"));
   EXPECT_TRUE(provider_->shouldAllowAll);
   EXPECT_EQ(provider_->localNetworkDNS, nullptr);
   EXPECT_EQ(description(provider_->policyUDPServer), "127.0.0.5:2800");
@@ -134,18 +136,69 @@ TEST_F(DnsProxyExtTest, OnlyTheExactWordAllowsAll) {
   EXPECT_FALSE(provider_->useQuilletDNS());
 }
 
-TEST_F(DnsProxyExtTest, StopsSleepsAndWakes) {
+TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStart) {
+  ASSERT_THAT(relayed(1), ElementsAre("started")) << "there was no link before";
+  EXPECT_EQ(platform::textOf(relay_.received()[0]),
+            R"({"cmdType":"notification","payload":"started"})");
+  start(R"({"allowAll": "true"})"_json);
+  EXPECT_THAT(relayed(5),
+              ElementsAre("started",
+                          R"(startProxy,options - ttt:Optional(["VendorData": ["allowAll": "true"]]))",
+                          R"(opts:["allowAll": "true"])",
+                          R"(starting proxy - macos config:["allowAll": "true"])", "started"));
+}
+
+TEST_F(DnsProxyExtTest, SleepsWakesAndStops) {
+  relayed(1);
   log_.clear();
   int completions = 0;
-  provider_->stopProxy(platform::NEProviderStopReason::kUserInitiated, [&] { ++completions; });
   provider_->sleep([&] { ++completions; });
   provider_->wake();
+  provider_->stopProxy(platform::NEProviderStopReason::kUserInitiated, [&] { ++completions; });
   EXPECT_EQ(completions, 2);
-  EXPECT_THAT(
-      log_.records(),
-      ElementsAre(testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
-                                        "instance id - <DnsProxyExt: [0-9]+>"),
-                  "sleep proxy", "wake proxy"));
+  EXPECT_THAT(log_.records(),
+              ElementsAre("sleep proxy", "wake proxy",
+                          testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
+                                                "instance id - <DnsProxyExt: [0-9]+>")));
+  provider_->wake();
+  EXPECT_FALSE(provider_->printReportTimer);
+  ASSERT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
+  EXPECT_THAT(relayed(5),
+              ElementsAre("started", "sleep proxy", "wake proxy",
+                          "stopProxy, reason: NEProviderStopReason(rawValue: 1)", "stopped"));
+}
+
+TEST_F(DnsProxyExtTest, ObeysACommandOfEachLink) {
+  relayed(1);
+  const struct {
+    const char* datagram;
+    bool bypassAll;
+    const char* record;
+  } rows[] = {
+      {R"({"cmdType":"command","payload":"bypassAllOn"})", true, "Received command: bypassAllOn"},
+      {R"({"cmdType":"command","payload":"BypassAllOff"})", true, "unknown XpcUdp command"},
+      {R"({"cmdType":"printToLog","payload":"bypassAllOff"})", true, "default"},
+      {R"({"cmdType":"command","payload":"bypassAllOff"})", false, "Received command: bypassAllOff"},
+  };
+  for (const auto& row : rows) {
+    relay_.setAnswer([&row](const platform::Data& /*received*/) {
+      const std::string_view text = row.datagram;
+      return std::vector<platform::Data>{{text.begin(), text.end()}};
+    });
+    log_.clear();
+    start(std::nullopt);
+    EXPECT_TRUE(runUntilLogged(row.record)) << row.record;
+    EXPECT_EQ(provider_->bypassAll, row.bypassAll) << row.datagram;
+    ASSERT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
+  }
+}
+
+TEST_F(DnsProxyExtTest, AStoppedProviderGoesAway) {
+  provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
+  const std::weak_ptr<DnsProxyExt> weak = provider_;
+  provider_ = std::make_shared<DnsProxyExt>();
+  runReady();
+  EXPECT_TRUE(weak.expired());
 }
 
 }  // namespace

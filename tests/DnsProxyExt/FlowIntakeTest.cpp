@@ -37,7 +37,7 @@ TEST_F(FlowIntakeTest, DeclinesWhileBypassed) {
   runReady();
   EXPECT_THAT(flow->opened, IsEmpty());
   EXPECT_THAT(provider_->flowManager.flows(), IsEmpty());
-  EXPECT_EQ(log_.records().back(), "bypassAll = true");
+  EXPECT_THAT(log_.records(), Not(Contains(testing::StartsWith("handleNewUDPFlow, hash"))));
   provider_->bypassAll = false;
   serve(makeFlow({query("a")}));
 }
@@ -88,7 +88,7 @@ TEST_F(FlowIntakeTest, StopsAtWhatCannotBeRead) {
   for (const auto& row : rows) {
     ASSERT_TRUE(offer(row.flow));
     runReady();
-    EXPECT_EQ(log_.records().back(), row.lastRecord);
+    EXPECT_EQ(records().back(), row.lastRecord);
     EXPECT_EQ(row.flow->reads, 1);
     EXPECT_THAT(row.flow->closed, IsEmpty());
   }

@@ -48,6 +48,10 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       [](const platform::Data&) { return std::vector<platform::Data>{answerForA()}; });
   start(R"({"organizationId": "org42"})"_json);
   provider_->filteringDNS = host(server);
+  // The policy was fetched a moment ago.
+  provider_->fetchingPolicyIsStarted = true;
+  provider_->lastPolicyFetchTime = 1'700'000'000;
+  runReady();
   log_.clear();
   const auto flow = makeFlow({query("a")});
   serve(flow);
@@ -107,6 +111,8 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "dnshost address = 127.0.0.1",
       "init new DNSSocketClient, flowHash = " + key,
       "Connecting to udp, flowHash = " + key,
+      "*Xpc Udp Data was sent to UDP*",
+      "*Xpc Udp Data was sent to UDP*",
       state + "setup",
       "State: Setup, flowHash = " + key + "\n",
       state + "preparing",
@@ -133,6 +139,7 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
           key + ", additional: Optional([])",
       "handleInBoundDatagram, closing read/write,hash = " + key,
       "self.connection?.cancel(), arr.count = 1, content count = 1, flowHash = " + key,
+      "*Xpc Udp Data was sent to UDP*",
       "handleInBoundDatagram -> write datagrams, hash  = " + key + ", hasError = false",
       state + "cancelled",
       "State: Cancelled, flowHash = " + key + "\n",
@@ -142,6 +149,13 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
     records.push_back(withoutInstance(record));
   }
   EXPECT_EQ(records, expected);
+  const auto atRelay = relayed(8);
+  EXPECT_THAT(std::vector(atRelay.begin() + 5, atRelay.end()),
+              testing::ElementsAre(
+                  "readDatagrams hash = " + key + " ,app id = com.example.app",
+                  "values for inject = [\"65001\": \"org42\", \"65004\": \"127.0.0.1\", \"65006\": "
+                  "\"Europe/Ljubljana\", \"65007\": \"1\", \"65015\": \"1700000000123\"]",
+                  "***decodeDNSResponse***,data size = 35, flowHash:" + key));
 }
 
 }  // namespace

@@ -31,6 +31,7 @@ class PolicyFetchTest : public test::ProviderTest {
     runReady();
     provider_->filteringDNS = host(filtering_);
     provider_->policyUDPServer = host(policy_);
+    setPolicy(kPolicy);
     log_.clear();
   }
 
@@ -46,10 +47,13 @@ class PolicyFetchTest : public test::ProviderTest {
   }
   void offerNew() { ASSERT_TRUE(offer(makeFlow({query("a")}))); }
 
-  std::string policyText_ = kPolicy;
-  FakeServer policy_{[this](const Data& /*received*/) {
-    return std::vector<Data>{{policyText_.begin(), policyText_.end()}};
-  }};
+  void setPolicy(std::string_view text) {
+    policy_.setAnswer([answer = Data(text.begin(), text.end())](const Data& /*received*/) {
+      return std::vector<Data>{answer};
+    });
+  }
+
+  FakeServer policy_{test::stayQuiet};
   FakeServer filtering_{answerA};
 };
 
@@ -150,7 +154,7 @@ TEST_F(PolicyFetchTest, LogsWhatCameOfIt) {
   const auto& records = log_.records();
   const auto at = std::find(records.begin(), records.end(), "onPolicyDataReceived");
   ASSERT_LE(at + 6, records.end());
-  EXPECT_EQ(at[1], "onPolicyDataReceived, resp: " + policyText_);
+  EXPECT_EQ(at[1], std::string("onPolicyDataReceived, resp: ") + kPolicy);
   EXPECT_EQ(at[2], "updateWhitelistedDomains");
   EXPECT_EQ(at[3], "updating WhitelistedDomains...");
   EXPECT_EQ(at[4], std::string(" WhitelistedDomains updated: ") + kPolicyMap);
@@ -209,7 +213,7 @@ TEST_F(PolicyFetchTest, DomainsOfOneServerShareIt) {
 }
 
 TEST_F(PolicyFetchTest, AnAnswerThatIsNoTextIsLoggedRepaired) {
-  policyText_ = "\xFF{";
+  setPolicy("\xFF{");
   provider_->startFetchingPolicy();
   ASSERT_TRUE(runUntilLogged("Policy is fetched, success - true")) << "an answer came";
   EXPECT_THAT(log_.records(), Contains("onPolicyDataReceived, resp: \uFFFD{"));
@@ -222,8 +226,8 @@ TEST_F(PolicyFetchTest, AFlowMeetsTheOldMapOrTheNewOne) {
   for (int i = 0; i < 3'000; ++i) {
     domains += '"' + std::to_string(i) + ".corp\",";
   }
-  policyText_ = R"({"status": true, "dnsServerSettings": [{"assignedDomains": [)" + domains +
-                R"("last.corp"], "dnsServerIP": ")" + mapped.text() + R"("}]})";
+  setPolicy(R"({"status": true, "dnsServerSettings": [{"assignedDomains": [)" + domains +
+            R"("last.corp"], "dnsServerIP": ")" + mapped.text() + R"("}]})");
   const auto first = makeFlow({query("last.corp")});
   ASSERT_TRUE(offer(first));  // begins the fetch, is routed before its answer
   runReady();

@@ -11,6 +11,7 @@
 
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/dispatch/MainLoop.h"
+#include "platform/network/OpenConnections.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
@@ -34,6 +35,8 @@ class ProviderTest : public testing::Test {
   }
   ~ProviderTest() override {
     provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
+    while (platform::OpenConnections::shared().cancelIdleLongest()) {
+    }
     runReady();
     runReady();
     platform::Clock::setShared(nullptr);
@@ -92,6 +95,13 @@ class ProviderTest : public testing::Test {
       const auto& records = log_.records();
       return std::find(records.begin(), records.end(), record) != records.end();
     });
+  }
+
+  /// The log without what the command link says of its own sends.
+  [[nodiscard]] std::vector<std::string> records() const {
+    auto result = log_.records();
+    std::erase(result, "*Xpc Udp Data was sent to UDP*");
+    return result;
   }
 
   static DNSHostRef host(const FakeServer& server) {

@@ -64,7 +64,7 @@ TEST_F(ResponsePathTest, WritesTheAnswerAndClosesTheFlow) {
   runReady();
   const std::string message = std::string(kMessage) + ")";
   EXPECT_THAT(
-      log_.records(),
+      records(),
       ElementsAre("handleInBoundDatagram,hash = 12, isFinish = true, error = nil",
                   "flow reports: [\"12\"]", "***decodeDNSResponse***,data size = 35, flowHash:12",
                   "decode response:" + message,
@@ -137,7 +137,7 @@ TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
   answer(garbage);
   runReady();
   EXPECT_THAT(
-      log_.records(),
+      records(),
       ElementsAre(
           "handleInBoundDatagram,hash = 12, isFinish = true, error = nil", "flow reports: [\"12\"]",
           "***decodeDNSResponse***,data size = 3, flowHash:12", "decodeDNSResponse error",

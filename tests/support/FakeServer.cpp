@@ -8,6 +8,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "platform/dispatch/DispatchQueue.h"
+
 namespace quillet::test {
 
 namespace {
@@ -35,7 +37,7 @@ BoundSocket bindSocket(const char* address, std::int64_t port = 0) {
 }  // namespace
 
 FakeServer::FakeServer(Answer answer, const char* address, std::int64_t port)
-    : answer_(std::move(answer)), address_(address) {
+    : address_(address), answer_(std::move(answer)) {
   const auto bound = bindSocket(address, port);
   socket_ = bound.descriptor;
   port_ = bound.port;
@@ -53,6 +55,11 @@ std::vector<platform::Data> FakeServer::received() const {
   return received_;
 }
 
+void FakeServer::setAnswer(Answer answer) {
+  const std::lock_guard lock(mutex_);
+  answer_ = std::move(answer);
+}
+
 void FakeServer::serve() {
   std::vector<std::uint8_t> buffer(65536);
   while (true) {
@@ -64,12 +71,15 @@ void FakeServer::serve() {
       return;
     }
     const platform::Data datagram(buffer.begin(), buffer.begin() + size);
+    Answer answer;
     {
       const std::lock_guard lock(mutex_);
       received_.push_back(datagram);
+      answer = answer_;
     }
-    for (const auto& answer : answer_(datagram)) {
-      ::sendto(socket_, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr*>(&client),
+    platform::DispatchQueue::global().async([] {});  // whoever waits for it looks again
+    for (const auto& bytes : answer(datagram)) {
+      ::sendto(socket_, bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr*>(&client),
                length);
     }
   }

@@ -12,7 +12,7 @@
 namespace quillet::test {
 
 /// A UDP server on a loopback address, on a thread of its own. It keeps what it
-/// receives and sends back what `answer` makes of it.
+/// receives, wakes the main loop, and sends back what `answer` makes of it.
 class FakeServer {
  public:
   /// Gives the datagrams that go back for one that came.
@@ -28,15 +28,17 @@ class FakeServer {
   /// `127.0.0.1:40123`.
   [[nodiscard]] std::string text() const { return address_ + ":" + std::to_string(port_); }
   [[nodiscard]] std::vector<platform::Data> received() const;
+  /// What the server answers from now on.
+  void setAnswer(Answer answer);
 
  private:
   void serve();
 
-  const Answer answer_;
   const std::string address_;
   int socket_ = -1;
   std::int64_t port_ = 0;
   mutable std::mutex mutex_;
+  Answer answer_;                         // guarded by mutex_
   std::vector<platform::Data> received_;  // guarded by mutex_
   std::thread thread_;
 };

@@ -1,0 +1,117 @@
+#include "platform/dispatch/Timer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <vector>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/MainLoop.h"
+#include "platform/foundation/Clock.h"
+
+namespace platform {
+namespace {
+
+using testing::ElementsAre;
+
+class TimerTest : public testing::Test {
+ protected:
+  TimerTest() { Clock::setShared(&clock_); }
+  ~TimerTest() override { Clock::setShared(nullptr); }
+
+  void pass(double seconds) {
+    clock_.advanceSeconds(seconds);
+    MainLoop::shared().runReady();
+  }
+  void after(double seconds, int number) {
+    DispatchQueue::global().asyncAfter(seconds, [this, number] { done_.push_back(number); });
+  }
+
+  ManualClock clock_;
+  std::vector<int> done_;
+};
+
+TEST_F(TimerTest, WorkIsDoneWhenItIsDueAndInOrder) {
+  after(3, 3);
+  after(1, 1);
+  after(3, 4);
+  after(2, 2);
+  pass(0.999);
+  EXPECT_THAT(done_, ElementsAre());
+  pass(0.001);
+  EXPECT_THAT(done_, ElementsAre(1));
+  pass(10);
+  EXPECT_THAT(done_, ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(TimerTest, WorkWithoutDelayIsDoneLater) {
+  after(0, 1);
+  after(-5, 2);
+  EXPECT_THAT(done_, ElementsAre());
+  pass(0);
+  EXPECT_THAT(done_, ElementsAre(1, 2));
+  after(1e300, 3);  // never, but no harm
+  pass(1e6);
+  EXPECT_THAT(done_, ElementsAre(1, 2));
+}
+
+TEST_F(TimerTest, WorkThatGivesMoreWork) {
+  DispatchQueue::global().asyncAfter(1, [this] {
+    done_.push_back(1);
+    after(1, 2);
+  });
+  pass(1);
+  EXPECT_THAT(done_, ElementsAre(1));
+  pass(1);
+  EXPECT_THAT(done_, ElementsAre(1, 2));
+}
+
+TEST_F(TimerTest, TheSystemsClockNeedsNobodyToLook) {
+  Clock::setShared(nullptr);
+  after(0.01, 1);
+  after(0.005, 2);
+  EXPECT_TRUE(MainLoop::shared().runUntil([this] { return done_.size() == 2; }));
+  EXPECT_THAT(done_, ElementsAre(2, 1));
+}
+
+TEST_F(TimerTest, TheLoopItselfRunsWhatIsDue) {
+  Clock::setShared(nullptr);
+  DispatchQueue::global().asyncAfter(0.001, [] { MainLoop::shared().stop(); });
+  MainLoop::shared().run();
+}
+
+TEST_F(TimerTest, FiresOnceOrAgainAndAgain) {
+  const auto once = Timer::scheduled(2, false, [this] { done_.push_back(1); });
+  const auto again = Timer::scheduled(3, true, [this] { done_.push_back(2); });
+  EXPECT_TRUE(once.isValid());
+  for (int second = 0; second < 9; ++second) {
+    pass(1);
+  }
+  EXPECT_THAT(done_, ElementsAre(1, 2, 2, 2));
+  EXPECT_FALSE(once.isValid());
+  EXPECT_TRUE(again.isValid());
+  pass(300);
+  EXPECT_THAT(done_, ElementsAre(1, 2, 2, 2, 2)) << "missed firings count as one";
+}
+
+TEST_F(TimerTest, FiresNoMoreWhenInvalidatedOrGone) {
+  EXPECT_FALSE(Timer().isValid());
+  auto invalidated = Timer::scheduled(1, true, [this] { done_.push_back(1); });
+  std::optional gone = Timer::scheduled(1, true, [this] { done_.push_back(2); });
+  auto itself = Timer();
+  itself = Timer::scheduled(1, true, [&] {
+    done_.push_back(3);
+    itself.invalidate();
+    gone.reset();
+  });
+  invalidated.invalidate();
+  EXPECT_FALSE(invalidated.isValid());
+  pass(1);
+  pass(1);
+  EXPECT_THAT(done_, ElementsAre(2, 3));
+  EXPECT_FALSE(itself.isValid());
+}
+
+}  // namespace
+}  // namespace platform
