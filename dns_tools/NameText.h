@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace DnsToolsSocket {
 
@@ -34,12 +35,13 @@ class NameText {
     }
   }
 
-  /// The whole text; "." when nothing was appended.
+  /// The whole text, once; "." when nothing was appended.
   [[nodiscard]] std::string finish() {
     if (longText_.empty()) {
       return used_ == 0 ? "." : std::string(head_, used_);
     }
     flush();
+    longText_.shrink_to_fit();
     return std::move(longText_);
   }
 
