@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,8 +18,7 @@ class NameText {
       longText_.append(label).push_back('.');
       return;
     }
-    std::memcpy(head_ + used_, label.data(), label.size());
-    used_ += label.size();
+    used_ += label.copy(head_ + used_, label.size());
     head_[used_++] = '.';
   }
 
