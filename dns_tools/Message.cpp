@@ -54,6 +54,9 @@ std::uint16_t flagsOf(const Message& message) {
 // The count is only what the sender says: no more room is made than the bytes left could fill.
 template <std::size_t minSize, class Entry>
 void readEntries(std::vector<Entry>& entries, std::size_t count, Reader& reader) {
+  if (count == 0) {
+    return;
+  }
   entries.reserve(std::min(count, reader.remaining() / minSize));
   while (entries.size() < count && !reader.error()) {
     entries.push_back(Entry::read(reader));

@@ -15,7 +15,7 @@ NameServerRecord::NameServerRecord(std::string name, std::uint16_t type,
       nameServer(std::move(server)),
       type_(type) {}
 
-NameServerRecord::NameServerRecord(Head head, Reader& reader)
+NameServerRecord::NameServerRecord(Head&& head, Reader& reader)
     : ResourceRecord(std::move(head)), type_(RecordType::nameServer) {
   const auto end = reader.readDataEnd();
   nameServer = reader.readName();

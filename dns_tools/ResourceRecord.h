@@ -46,7 +46,7 @@ class ResourceRecord {
   [[nodiscard]] virtual std::unique_ptr<ResourceRecord> clone() const = 0;
 
  protected:
-  explicit ResourceRecord(Head head) : head_(std::move(head)) {}
+  explicit ResourceRecord(Head&& head) : head_(std::move(head)) {}
   ResourceRecord(const ResourceRecord&) = default;
   ResourceRecord& operator=(const ResourceRecord&) = default;
   ResourceRecord(ResourceRecord&&) = default;

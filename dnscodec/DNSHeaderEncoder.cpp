@@ -11,12 +11,11 @@ std::uint8_t bit(bool isSet, std::uint8_t mask) { return isSet ? mask : std::uin
 
 std::uint8_t firstFlags(const DNSHeader& header) {
   using Bits = HeaderBits;
-  return static_cast<std::uint8_t>(
-      bit(!header.isQuery, Bits::kResponse) |
-      (header.opCode & Bits::kCodeMask) << Bits::kOpCodeShift |
-      bit(header.authoritativeAnswer, Bits::kAuthoritativeAnswer) |
-      bit(header.truncated, Bits::kTruncated) |
-      bit(header.recursionDesired, Bits::kRecursionDesired));
+  return static_cast<std::uint8_t>(bit(!header.isQuery, Bits::kResponse) |
+                                   (header.opCode & Bits::kCodeMask) << Bits::kOpCodeShift |
+                                   bit(header.authoritativeAnswer, Bits::kAuthoritativeAnswer) |
+                                   bit(header.truncated, Bits::kTruncated) |
+                                   bit(header.recursionDesired, Bits::kRecursionDesired));
 }
 
 std::uint8_t secondFlags(const DNSHeader& header) {

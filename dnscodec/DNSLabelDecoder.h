@@ -16,8 +16,8 @@ class DNSLabelDecoder {
   /// Charges what it reads to the budget of a whole message.
   explicit DNSLabelDecoder(DecodeBudget& shared) : budget_(&shared) {}
 
-  /// Reads the name at `offset` and moves it behind the name, behind the first pointer if there is one. A
-  /// broken name leaves `name` unset.
+  /// Reads the name at `offset` and moves it behind the name, behind the first pointer if there is
+  /// one. A broken name leaves `name` unset.
   void decodeLabelInBuffer(platform::DataView buffer, std::uint32_t& offset);
 
   std::optional<std::string> name;

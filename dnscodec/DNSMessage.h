@@ -9,7 +9,8 @@
 
 namespace quillet {
 
-/// A message taken apart. A copy has its own header and lists; the lists hold the same questions and records.
+/// A message taken apart. A copy has its own header and lists; the lists hold the same questions
+/// and records.
 struct DNSMessage {
   using Records = std::vector<std::shared_ptr<DNSResourceRecord>>;
 

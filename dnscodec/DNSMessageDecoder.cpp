@@ -31,8 +31,7 @@ void DNSMessageDecoder::decodeMessageInBuffer(DataView buffer) {
   if (decodeQuestions(header.questionCount, buffer, offset, read) &&
       decodeResourceRecords(header.answerRecordCount, buffer, offset, read.answers) &&
       decodeResourceRecords(header.authorityRecordCount, buffer, offset, read.authorityRecords) &&
-      decodeResourceRecords(header.additionalRecordCount, buffer, offset,
-                            read.additionalRecords)) {
+      decodeResourceRecords(header.additionalRecordCount, buffer, offset, read.additionalRecords)) {
     message = std::move(read);
   }
 }
@@ -47,8 +46,8 @@ bool DNSMessageDecoder::decodeHeader(DataView buffer, std::uint32_t& offset, DNS
   return true;
 }
 
-bool DNSMessageDecoder::decodeQuestions(std::uint16_t count, DataView buffer,
-                                        std::uint32_t& offset, DNSMessage& into) {
+bool DNSMessageDecoder::decodeQuestions(std::uint16_t count, DataView buffer, std::uint32_t& offset,
+                                        DNSMessage& into) {
   if (!fits(count, kMinQuestionSize, buffer, offset)) {
     return false;
   }

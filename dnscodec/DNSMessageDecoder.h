@@ -12,8 +12,8 @@ namespace quillet {
 /// Takes a message apart. Made fresh for each.
 class DNSMessageDecoder {
  public:
-  /// Reads the message that `buffer` begins with; octets behind its last record are ignored. A broken
-  /// element, or a count that promises more than there is, leaves `message` unset.
+  /// Reads the message that `buffer` begins with; octets behind its last record are ignored. A
+  /// broken element, or a count that promises more than there is, leaves `message` unset.
   void decodeMessageInBuffer(platform::DataView buffer);
 
   std::optional<DNSMessage> message;

@@ -6,8 +6,8 @@
 
 namespace quillet {
 
-/// An EDNS OPT pseudo-record (RFC 6891 section 6.1): class and TTL carry fields of their own, `data` the
-/// options.
+/// An EDNS OPT pseudo-record (RFC 6891 section 6.1): class and TTL carry fields of their own,
+/// `data` the options.
 class DNSOPTResourceRecord final : public DNSResourceRecord {
  public:
   static constexpr std::uint16_t kType = 41;

@@ -48,8 +48,8 @@ void appendOption(Data& block, std::uint16_t code, std::string_view value) {
   writer.writeBytes(platform::bytesOf(value));
 }
 
-/// The decimal integer that `key` begins with, cut to 16 bits: an optional sign, then digits. The arithmetic of
-/// 16 bits gives the low bits of a number of any length.
+/// The decimal integer that `key` begins with, cut to 16 bits: an optional sign, then digits. The
+/// arithmetic of 16 bits gives the low bits of a number of any length.
 std::uint16_t optionCode(std::string_view key) {
   const bool negative = key.starts_with('-');
   if (negative || key.starts_with('+')) {
@@ -150,7 +150,8 @@ Data DNSParser::buildEdnsDataWithCodes(const std::vector<std::uint16_t>& codes,
 
 Data DNSParser::buildEdnsDataFromDict(const std::optional<Flags>& flags) {
   Data block;
-  std::string debugLine = std::string("dig @") + deployment::kFilteringDns + " -p 81 +edns=0 +bufsize=4096 ";
+  std::string debugLine =
+      std::string("dig @") + deployment::kFilteringDns + " -p 81 +edns=0 +bufsize=4096 ";
   if (flags) {
     for (const auto& [key, value] : *flags) {
       const auto code = optionCode(key);

@@ -16,7 +16,8 @@ class DNSQuestionDecoder {
   /// Charges what it reads to the budget of a whole message.
   explicit DNSQuestionDecoder(DecodeBudget& shared) : budget_(&shared) {}
 
-  /// Reads the question at `offset` and moves it behind the question. A broken one leaves `question` unset.
+  /// Reads the question at `offset` and moves it behind the question. A broken one leaves
+  /// `question` unset.
   void decodeQuestionInBuffer(platform::DataView buffer, std::uint32_t& offset);
 
   std::shared_ptr<DNSQuestion> question;

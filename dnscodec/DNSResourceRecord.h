@@ -8,8 +8,8 @@
 
 namespace quillet {
 
-/// A resource record whose RDATA is kept as bytes (RFC 1035 section 4.1.3). Decoding yields these whatever the
-/// type; `fromResource` turns one into a record of a particular kind.
+/// A resource record whose RDATA is kept as bytes (RFC 1035 section 4.1.3). Decoding yields these
+/// whatever the type; `fromResource` turns one into a record of a particular kind.
 class DNSResourceRecord {
  public:
   DNSResourceRecord() = default;

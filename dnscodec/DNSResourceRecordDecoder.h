@@ -16,7 +16,8 @@ class DNSResourceRecordDecoder {
   /// Charges what it reads to the budget of a whole message.
   explicit DNSResourceRecordDecoder(DecodeBudget& shared) : budget_(&shared) {}
 
-  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource` unset.
+  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource`
+  /// unset.
   void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset);
 
   std::shared_ptr<DNSResourceRecord> resource;

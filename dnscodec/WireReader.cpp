@@ -33,7 +33,8 @@ std::string WireReader::readName() {
     if (position == buffer_.size()) {
       break;
     }
-    const std::size_t target = (byte & ~kPointerBits) << 8 | buffer_[position++];
+    const std::size_t high = byte & (0xFFU ^ kPointerBits);
+    const std::size_t target = high << 8 | buffer_[position++];
     if (!lengthAtPointer) {
       offset_ = position;
     }

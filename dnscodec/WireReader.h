@@ -8,9 +8,9 @@
 
 namespace quillet {
 
-/// What decoding one message may cost, so that names which point at each other cannot multiply its few
-/// octets into much text or much time. Each octet of text costs one, each pointer followed `kPointerCost`.
-/// An honest message of 64 KiB stays far below.
+/// What decoding one message may cost, so that names which point at each other cannot multiply its
+/// few octets into much text or much time. Each octet of text costs one, each pointer followed
+/// `kPointerCost`. An honest message of 64 KiB stays far below.
 class DecodeBudget {
  public:
   static constexpr std::size_t kTotal = 1 << 20;
@@ -29,8 +29,8 @@ class DecodeBudget {
   std::size_t left_ = kTotal;
 };
 
-/// The cursor that every decoder reads through: big-endian numbers, runs of bytes and names, never past the
-/// end. After the first failure it stays failed, and what it gives means nothing.
+/// The cursor that every decoder reads through: big-endian numbers, runs of bytes and names, never
+/// past the end. After the first failure it stays failed, and what it gives means nothing.
 class WireReader {
  public:
   /// Reads from `offset` on. Names may point anywhere in `buffer`.
@@ -63,9 +63,9 @@ class WireReader {
     return bytes;
   }
 
-  /// The labels joined by "." without a trailing one, "." for the root. Fails when the bytes end before the
-  /// name does or a label is not ASCII. A pointer to a name that fails so ends the name at the pointer; a
-  /// chain of more than `kMaxPointers`, such as one that goes in a circle, fails.
+  /// The labels joined by "." without a trailing one, "." for the root. Fails when the bytes end
+  /// before the name does or a label is not ASCII. A pointer to a name that fails so ends the name
+  /// at the pointer; a chain of more than `kMaxPointers`, such as one that goes in a circle, fails.
   std::string readName();
 
  private:

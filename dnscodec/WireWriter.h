@@ -7,7 +7,8 @@
 
 namespace quillet {
 
-/// What every encoder writes through: big-endian numbers, runs of bytes and names, appended to a message.
+/// What every encoder writes through: big-endian numbers, runs of bytes and names, appended to a
+/// message.
 class WireWriter {
  public:
   /// Appends to `out`.
@@ -25,9 +26,9 @@ class WireWriter {
   }
   void writeBytes(platform::DataView bytes) { out_.insert(out_.end(), bytes.begin(), bytes.end()); }
 
-  /// Without compression. "." is the root; any other text is split at ".", each piece written as it is, an
-  /// empty one as a label of length 0. A piece of more than 191 octets would read as a pointer and is cut
-  /// there; decoding never yields one.
+  /// Without compression. "." is the root; any other text is split at ".", each piece written as it
+  /// is, an empty one as a label of length 0. A piece of more than 191 octets would read as a
+  /// pointer and is cut there; decoding never yields one.
   void writeName(std::string_view name);
 
  private:
