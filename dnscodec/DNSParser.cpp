@@ -1,7 +1,5 @@
 #include "dnscodec/DNSParser.h"
 
-#include <DeploymentValues.h>
-
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -9,7 +7,9 @@
 #include "dnscodec/DNSMessageDecoder.h"
 #include "dnscodec/DNSMessageEncoder.h"
 #include "dnscodec/DNSOPTResourceRecord.h"
-#include "dnscodec/WireWriter.h"
+#include "dnscodec/DigCommand.h"
+#include "dnscodec/HexText.h"
+#include "dnscodec/OptionBlock.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/URLHost.h"
 
@@ -23,40 +23,9 @@ namespace {
 
 using OptRef = std::shared_ptr<DNSOPTResourceRecord>;
 
-constexpr std::size_t kOptionHeadSize = 4;
-constexpr std::size_t kMaxOptionLength = 0xFFFF;
-
 constexpr std::uint16_t kTypeA = 1;
 constexpr std::uint16_t kTypeAaaa = 28;
 constexpr std::uint16_t kTypeHttps = 65;
-
-// Reckoned, not looked up: so the compiler makes sixteen digits at a time.
-char hexDigit(int nibble) { return static_cast<char>(nibble + (nibble > 9 ? 'a' - 10 : '0')); }
-
-void appendHex(std::string& out, DataView bytes) {
-  const auto start = out.size();
-  out.resize(start + 2 * bytes.size());
-  char* const digits = out.data() + start;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    digits[2 * i] = hexDigit(bytes[i] >> 4);
-    digits[2 * i + 1] = hexDigit(bytes[i] & 0xF);
-  }
-}
-
-/// Whether `value` can be an option's text; when it cannot, that is logged.
-bool fitsOption(std::uint16_t code, std::string_view value) {
-  if (value.size() > kMaxOptionLength) {
-    NSLog("inject value: ", code, " left out, too long: ", value.size(), " bytes");
-    return false;
-  }
-  return true;
-}
-
-void writeOption(WireWriter& block, std::uint16_t code, std::string_view value) {
-  block.writeUInt16(code);
-  block.writeUInt16(static_cast<std::uint16_t>(value.size()));
-  block.writeBytes(platform::bytesOf(value));
-}
 
 /// The decimal integer that `key` begins with, cut to 16 bits: an optional sign, then digits. The
 /// arithmetic of 16 bits gives the low bits of a number of any length.
@@ -75,36 +44,10 @@ std::uint16_t optionCode(std::string_view key) {
   return negative ? static_cast<std::uint16_t>(-code) : code;
 }
 
-/// The sizes of all options together.
-std::size_t blockSize(const DNSParser::Flags& flags) {
-  std::size_t size = 0;
-  for (const auto& [key, value] : flags) {
-    size += kOptionHeadSize + value.size();
-  }
-  return size;
-}
-
-/// The command line that sends the same options by hand, as far as it stands without them.
-std::string beginDebugLine(const DNSParser::Flags& flags) {
-  constexpr std::size_t kFixedSize = 64;
-  constexpr std::size_t kFixedSizeOfOption = 17;  // "+ednsopt=65001: "
-  std::string line;
-  line.reserve(kFixedSize + kFixedSizeOfOption * flags.size() + 2 * blockSize(flags));
-  line.append("dig @");
-  line.append(deployment::kFilteringDns);
-  line.append(" -p 81 +edns=0 +bufsize=4096 ");
-  return line;
-}
-
-void appendToDebugLine(std::string& line, std::uint16_t code, std::string_view value) {
-  line.append("+ednsopt=");
-  platform::describe(line, code);
-  line.push_back(':');
-  appendHex(line, platform::bytesOf(value));
-  line.push_back(' ');
-}
-
 OptRef optRecord(Data options) {
+  if (options.size() > DNSResourceRecord::kMaxDataSize) {
+    NSLog("inject value: all left out, too long: ", options.size(), " bytes");
+  }
   auto opt = std::make_shared<DNSOPTResourceRecord>();
   opt->name = "0";
   opt->type = DNSOPTResourceRecord::kType;
@@ -174,26 +117,21 @@ Data DNSParser::injectFlagsTo(const Data& datagram, const std::vector<std::uint1
 }
 
 Data DNSParser::buildEdnsDataWithCode(std::uint16_t code, std::string_view value) {
-  if (!fitsOption(code, value)) {
-    return {};
-  }
-  WireWriter option(kOptionHeadSize + value.size());
-  writeOption(option, code, value);
-  return option.finish();
+  OptionBlock block(OptionBlock::kHeadSize + value.size());
+  block.add(code, value);
+  return block.finish();
 }
 
 Data DNSParser::buildEdnsDataWithCodes(const std::vector<std::uint16_t>& codes,
                                        const std::vector<std::string>& values) {
   const auto count = std::min(codes.size(), values.size());
-  std::size_t size = 0;
+  std::size_t size = OptionBlock::kHeadSize * count;
   for (std::size_t i = 0; i < count; ++i) {
-    size += kOptionHeadSize + values[i].size();
+    size += values[i].size();
   }
-  WireWriter block(size);
+  OptionBlock block(size);
   for (std::size_t i = 0; i < count; ++i) {
-    if (fitsOption(codes[i], values[i])) {
-      writeOption(block, codes[i], values[i]);
-    }
+    block.add(codes[i], values[i]);
   }
   return block.finish();
 }
@@ -201,17 +139,20 @@ Data DNSParser::buildEdnsDataWithCodes(const std::vector<std::uint16_t>& codes,
 Data DNSParser::buildEdnsDataFromDict(const std::optional<Flags>& flags) {
   static const Flags kNone;
   const Flags& options = flags ? *flags : kNone;
-  WireWriter block(blockSize(options));
-  std::string debugLine = beginDebugLine(options);
+  std::size_t valueSize = 0;
+  for (const auto& [key, value] : options) {
+    valueSize += value.size();
+  }
+  OptionBlock block(OptionBlock::kHeadSize * options.size() + valueSize);
+  DigCommand command(options.size(), valueSize);
   for (const auto& [key, value] : options) {
     const std::uint16_t code = optionCode(key);
-    if (fitsOption(code, value)) {
+    if (block.add(code, value)) {
       NSLog("inject value: ", code, " : ", value, " ");
-      appendToDebugLine(debugLine, code, value);
-      writeOption(block, code, value);
+      command.addOption(code, value);
     }
   }
-  NSLog(debugLine);
+  NSLog(command.text());
   return block.finish();
 }
 

@@ -9,7 +9,6 @@ namespace {
 
 // Type, class, TTL and RDLENGTH.
 constexpr std::size_t kFixedSize = 10;
-constexpr std::size_t kMaxDataSize = 0xFFFF;
 
 }  // namespace
 

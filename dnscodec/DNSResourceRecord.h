@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -16,6 +17,9 @@ namespace quillet {
 /// `encodeData`, or `encodeTo` when more than the RDATA is its own.
 class DNSResourceRecord {
  public:
+  /// The most octets of RDATA that RDLENGTH can tell.
+  static constexpr std::size_t kMaxDataSize = 0xFFFF;
+
   DNSResourceRecord() = default;
   virtual ~DNSResourceRecord() = default;
 
@@ -33,7 +37,7 @@ class DNSResourceRecord {
   virtual void decodeFromResource(const DNSResourceRecord& record);
   /// The whole record's wire bytes.
   [[nodiscard]] platform::Data encode() const;
-  /// Writes the whole record. RDATA beyond 65,535 octets has no length and is left out whole.
+  /// Writes the whole record. RDATA beyond `kMaxDataSize` is left out whole.
   virtual void encodeTo(WireWriter& writer) const;
   /// The RDATA to write.
   [[nodiscard]] virtual platform::Data encodeData() const;
