@@ -1,6 +1,7 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RemoveOccurrences.h"
 #include "dns_tools/DnsServerSettings.h"
+#include "dns_tools/RecordType.h"
 #include "platform/foundation/NSLog.h"
 
 namespace quillet {

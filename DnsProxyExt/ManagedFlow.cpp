@@ -12,12 +12,12 @@ namespace {
 
 // What one octet on the wire takes at most once it is decoded: a question of six octets that points at its
 // name becomes a value of its own with a name of its own.
-constexpr std::size_t kDecodedExpansion = 32;
+constexpr std::size_t kDecodedExpansion = 100;
 
 }  // namespace
 
-ManagedFlow::ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> flow)
-    : flow(std::move(flow)), startTimestamp(secondsSince1970()) {}
+ManagedFlow::ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> managed)
+    : flow(std::move(managed)), startTimestamp(secondsSince1970()) {}
 
 void ManagedFlow::addError(ErrorBreakpoint breakpoint) {
   const double now = secondsSince1970();

@@ -18,7 +18,7 @@ enum class ErrorBreakpoint { writingAnswer = 0, upstream = 1, openingFlow = 3, r
 /// What the registry knows of one flow. Keeps the flow alive.
 class ManagedFlow {
  public:
-  explicit ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> flow);
+  explicit ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> managed);
 
   /// Appends an error entry with the current time.
   void addError(ErrorBreakpoint breakpoint);

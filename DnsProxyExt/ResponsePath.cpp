@@ -1,6 +1,9 @@
 #include <ranges>
 
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "dns_tools/HostRecord.h"
+#include "dns_tools/IPv4.h"
+#include "dns_tools/RecordType.h"
 #include "platform/foundation/NSLog.h"
 
 namespace quillet {

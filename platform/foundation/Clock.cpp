@@ -1,7 +1,9 @@
 #include "platform/foundation/Clock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 
 namespace platform {
 
@@ -23,20 +25,26 @@ class SystemClock final : public Clock {
   }
 };
 
-const SystemClock kSystemClock;
-std::atomic<const Clock*> sharedClock{&kSystemClock};
+std::atomic<const Clock*> sharedClock{nullptr};  // nullptr: the system's
 
 }  // namespace
 
-const Clock& Clock::shared() { return *sharedClock.load(std::memory_order_acquire); }
-
-void Clock::setShared(const Clock* clock) {
-  sharedClock.store(clock != nullptr ? clock : &kSystemClock, std::memory_order_release);
+const Clock& Clock::system() {
+  // Never destroyed: what runs while the process exits may still ask for the time.
+  static const Clock* const clock = new SystemClock;
+  return *clock;
 }
 
+const Clock& Clock::shared() {
+  const Clock* const clock = sharedClock.load(std::memory_order_acquire);
+  return clock != nullptr ? *clock : system();
+}
+
+void Clock::setShared(const Clock* clock) { sharedClock.store(clock, std::memory_order_release); }
+
 void ManualClock::advanceSeconds(double seconds) {
-  microsecondsSince1970_ += static_cast<std::int64_t>(seconds * 1e6);
-  uptimeNanoseconds_ += static_cast<std::uint64_t>(seconds * 1e9);
+  microsecondsSince1970_ += std::llround(seconds * 1e6);
+  uptimeNanoseconds_ += static_cast<std::uint64_t>(std::llround(std::max(seconds, 0.0) * 1e9));
 }
 
 double secondsSince1970() {

@@ -18,10 +18,13 @@ class Clock {
   /// Nanoseconds of a clock that only ever moves forward.
   [[nodiscard]] virtual std::uint64_t uptimeNanoseconds() const = 0;
 
+  /// The system's clock, whichever is in use: for what is set against times that the kernel gave,
+  /// such as those of files.
+  static const Clock& system();
   /// The clock in use: the system's, unless `setShared` gave another.
   static const Clock& shared();
-  /// Puts `clock` in use, or the system's again for nullptr. The caller keeps it alive meanwhile; to be
-  /// called while no other thread runs.
+  /// Puts `clock` in use, or the system's again for nullptr. The caller keeps it alive meanwhile;
+  /// to be called while no other thread runs.
   static void setShared(const Clock* clock);
 };
 
@@ -36,6 +39,7 @@ class ManualClock final : public Clock {
   }
   [[nodiscard]] std::uint64_t uptimeNanoseconds() const override { return uptimeNanoseconds_; }
 
+  /// Moves both times on; a negative number sets the time of day back and leaves the other.
   void advanceSeconds(double seconds);
 
  private:

@@ -22,9 +22,9 @@
 ///     describe(out, Data{1, 2, 3})                3 bytes
 ///     describe(out, 12.0)                         12.0
 ///
-/// A type of one's own brings a member `void describe(std::string& out) const`; where its form inside
-/// other values differs, a `void debugDescribe(std::string& out) const` too. For a type of another library
-/// `Describer` is specialised instead.
+/// A type of one's own brings a member `void describe(std::string& out) const`; where its form
+/// inside other values differs, a `void debugDescribe(std::string& out) const` too. For a type of
+/// another library `Describer` is specialised instead.
 namespace platform {
 
 /// Specialised with static `describe(out, value)` and `debugDescribe(out, value)`.
@@ -40,10 +40,14 @@ concept HasDescriber = requires(const T& value, std::string& out) {
 };
 
 template <class T>
-concept Describable = requires(const T& value, std::string& out) { value.describe(out); };
+concept Describable = requires(const T& value, std::string& out) {
+  value.describe(out);
+};
 
 template <class T>
-concept DebugDescribable = requires(const T& value, std::string& out) { value.debugDescribe(out); };
+concept DebugDescribable = requires(const T& value, std::string& out) {
+  value.debugDescribe(out);
+};
 
 template <class T>
 concept Pointer = requires(const T& value) {
@@ -59,11 +63,22 @@ concept Optional = requires(const T& value) {
 };
 
 template <class T>
-concept Map = std::ranges::range<T> && requires { typename T::mapped_type; };
+concept Map = std::ranges::range<T> && requires {
+  typename T::mapped_type;
+};
 
 template <class T>
 concept Bytes = std::ranges::range<T> &&
-                std::same_as<std::remove_cv_t<std::ranges::range_value_t<T>>, std::uint8_t>;
+    std::same_as<std::remove_cv_t<std::ranges::range_value_t<T>>, std::uint8_t>;
+
+template <class T>
+constexpr bool isNullPointer(const T& value) {
+  if constexpr (std::is_pointer_v<T>) {
+    return value == nullptr;
+  } else {
+    return false;
+  }
+}
 
 void describeFloating(std::string& out, double value);
 void describeQuoted(std::string& out, std::string_view text);
@@ -87,8 +102,10 @@ void describe(std::string& out, const T& value) {
     Describer<T>::describe(out, value);
   } else if constexpr (detail::Describable<T>) {
     value.describe(out);
+  } else if constexpr (std::same_as<T, char>) {
+    out.push_back(value);
   } else if constexpr (std::convertible_to<const T&, std::string_view>) {
-    out.append(std::string_view(value));
+    out.append(detail::isNullPointer(value) ? std::string_view("nil") : std::string_view(value));
   } else if constexpr (std::same_as<T, bool>) {
     out.append(value ? "true" : "false");
   } else if constexpr (std::same_as<T, std::nullopt_t>) {
@@ -147,8 +164,14 @@ void debugDescribe(std::string& out, const T& value) {
     value.debugDescribe(out);
   } else if constexpr (detail::Describable<T>) {
     value.describe(out);
+  } else if constexpr (std::same_as<T, char>) {
+    detail::describeQuoted(out, std::string_view(&value, 1));
   } else if constexpr (std::convertible_to<const T&, std::string_view>) {
-    detail::describeQuoted(out, value);
+    if (detail::isNullPointer(value)) {
+      out.append("nil");
+    } else {
+      detail::describeQuoted(out, value);
+    }
   } else if constexpr (detail::Pointer<T>) {
     if (value) {
       debugDescribe(out, *value);

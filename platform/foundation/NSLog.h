@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "platform/foundation/Description.h"
@@ -10,9 +9,11 @@ namespace platform {
 
 namespace detail {
 
-/// The calling thread's buffer for the text being put together; kept, so that a record costs no allocation.
-std::string& logText();
-void writeLogText(std::string_view text);
+/// An empty text to put a record together in. It brings the memory of the thread's last one, so
+/// that a record costs no allocation.
+std::string takeLogText();
+/// Writes the finished text as one record and keeps its memory for the next.
+void writeLogText(std::string text);
 
 }  // namespace detail
 
@@ -21,12 +22,9 @@ void writeLogText(std::string_view text);
 ///     NSLog("flows count = ", flows.size());
 template <class... Pieces>
 void NSLog(const Pieces&... pieces) {
-  // Moved out while it is in use: describing a piece may itself write a record.
-  std::string text = std::move(detail::logText());
-  text.clear();
+  std::string text = detail::takeLogText();
   (describe(text, pieces), ...);
-  detail::writeLogText(text);
-  detail::logText() = std::move(text);
+  detail::writeLogText(std::move(text));
 }
 
 }  // namespace platform

@@ -5,17 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/HeldBackLines.h"
 #include "platform/foundation/LogSink.h"
 
 namespace platform {
 
-/// Appends `text` to `out` such that it stays one line and reaches no terminal raw: a line feed becomes
-/// `\n`; any other control character (C0, DEL, C1) and any byte that is not part of valid UTF-8 becomes
-/// `\xNN`.
-void appendEscaped(std::string& out, std::string_view text);
-
-/// Writes each record as one line to a file descriptor:
-/// `2026-11-22 22:19:54.123 NAME[PID] TEXT`, in local time.
+/// Writes each record as one line (see `appendEscaped`) to a file descriptor:
+/// `2026-11-22 22:19:54.123 NAME[PID] TEXT`, in local time. Where lines were lost (see
+/// `HeldBackLines`), a record says so.
 class StreamLogSink final : public LogSink {
  public:
   /// `descriptor` is borrowed and stays open; `processName` is the NAME of each line.
@@ -24,17 +21,19 @@ class StreamLogSink final : public LogSink {
 
   void write(std::string_view text) override;
   void flush() override;
+  void flushFromSignalHandler() noexcept override;
 
  private:
-  void appendPrefix();
-  void flushLocked();
+  void append(std::string_view text);
+  void updatePrefix();
 
-  const int descriptor_;
   const std::string nameAndPid_;
   std::mutex mutex_;
-  std::string lines_;               // guarded by mutex_: whole lines not yet written
-  std::int64_t prefixSecond_ = -1;  // guarded by mutex_: the second that datePrefix_ shows
-  std::string datePrefix_;          // guarded by mutex_
+  HeldBackLines lines_;  // guarded by mutex_
+  std::string line_;     // guarded by mutex_: the line being put together
+  std::string prefix_;   // guarded by mutex_: what stands before the text
+  std::int64_t prefixTime_ =
+      -1000;  // guarded by mutex_: milliseconds since 1970 that prefix_ shows
 };
 
 }  // namespace platform

@@ -43,6 +43,9 @@ std::size_t announcedLength(unsigned char first) {
 }  // namespace
 
 std::size_t utf8SequenceLength(std::string_view text) {
+  if (text.empty()) {
+    return 0;
+  }
   const auto first = static_cast<unsigned char>(text.front());
   const std::size_t length = announcedLength(first);
   if (length <= 1) {

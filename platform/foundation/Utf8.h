@@ -6,9 +6,9 @@
 
 namespace platform {
 
-/// The length in bytes (1 to 4) of the well-formed UTF-8 sequence that `text` begins with, or 0 when it
-/// begins with none (RFC 3629 section 4: no overlong forms, no surrogates, nothing above U+10FFFF).
-/// `text` is not empty.
+/// The length in bytes (1 to 4) of the well-formed UTF-8 sequence that `text` begins with, or 0
+/// when it begins with none (RFC 3629 section 4: no overlong forms, no surrogates, nothing above
+/// U+10FFFF) or is empty.
 std::size_t utf8SequenceLength(std::string_view text);
 
 /// Whether all of `text` is well-formed UTF-8.

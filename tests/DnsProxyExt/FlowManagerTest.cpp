@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/foundation/Clock.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"

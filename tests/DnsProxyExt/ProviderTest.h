@@ -27,9 +27,11 @@ class ProviderTest : public testing::Test {
   ProviderTest() {
     ::setenv("TZ", "Europe/Ljubljana", 1);
     platform::Clock::setShared(&clock_);
+    MDMConfigurationManager::shared() = MDMConfigurationManager();
     start(std::nullopt);
   }
   ~ProviderTest() override {
+    runReady();
     platform::Clock::setShared(nullptr);
     ::unsetenv("TZ");
   }

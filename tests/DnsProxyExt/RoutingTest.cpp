@@ -107,7 +107,7 @@ TEST_F(RoutingTest, InjectsTheIdentityIntoEveryDatagram) {
   serve(makeFlow({query("a", 1, 1), query("b", 28, 2)}, "app"));
   // Options 65001, 65003, 65004, 65005, 65006, 65007 and 65015, in the order of their codes.
   const std::string opt =
-      "01 30 00 00 29 00 00 00 00 00 00 00 4f"
+      "01 30 00 00 29 00 00 00 00 00 00 00 4d"
       "fd e9 00 05 6f 72 67 34 32"
       "fd eb 00 02 75 31"
       "fd ec 00 09 31 32 37 2e 30 2e 30 2e 31"

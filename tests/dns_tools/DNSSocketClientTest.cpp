@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/dispatch/MainLoop.h"
+#include "platform/foundation/Description.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
 #include "tests/support/LogCapture.h"

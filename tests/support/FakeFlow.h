@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Description.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
 namespace quillet::test {

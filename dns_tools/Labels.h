@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <forward_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "dns_tools/NameSuffix.h"
+
+namespace DnsToolsSocket {
+
+/// The compression dictionary of one message: which text was written as a name, or as the rest of
+/// one, at which offset. Texts are told apart character for character.
+///
+/// Texts are borrowed: the records written with a dictionary must outlive it.
+class Labels {
+ public:
+  /// Offsets from here on do not fit a compression pointer (RFC 1035 section 4.1.4).
+  static constexpr std::size_t kOffsetLimit = 0x4000;
+
+  Labels() = default;
+  Labels(const Labels&) = delete;
+  Labels& operator=(const Labels&) = delete;
+  Labels(Labels&&) = delete;
+  Labels& operator=(Labels&&) = delete;
+  ~Labels() = default;
+
+  /// The offset of `text`, which reads as `name` does, or with empty labels more. Null when the
+  /// text is not there yet; then it is stored with `offset`, unless that cannot be pointed to.
+  const std::uint16_t* findOrStore(std::string_view text, NameSuffix& name, std::size_t offset);
+
+  /// Keeps a text that no record holds for as long as the dictionary lives.
+  std::string_view keep(std::string text);
+
+ private:
+  struct Entry {
+    const char* data;  // null in a free slot
+    std::size_t size;
+    std::uint32_t hash;  // among the few: not taken yet
+    std::uint16_t offset;
+
+    [[nodiscard]] std::string_view text() const { return {data, size}; }
+  };
+
+  [[nodiscard]] const Entry* findAmongFew(std::string_view text) const;
+  [[nodiscard]] const Entry* findInSlots(std::string_view text, std::uint32_t hash) const;
+  void store(std::string_view text, NameSuffix& name, std::uint16_t offset);
+  void moveFewToSlots();
+  void doubleSlots();
+
+  // The usual answer has few texts, and to look at each is faster than to take hashes. The first
+  // one too many moves them to slots: open addressing, a power of two of them, at most half of them
+  // in use.
+  std::array<Entry, 16> few_;
+  std::vector<Entry> slots_;
+  std::size_t used_ = 0;
+  std::forward_list<std::string> kept_;
+};
+
+}  // namespace DnsToolsSocket

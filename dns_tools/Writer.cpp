@@ -1,0 +1,109 @@
+#include "dns_tools/Writer.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace DnsToolsSocket {
+
+namespace {
+
+constexpr std::uint16_t kPointerMark = 0xC000;
+constexpr std::size_t kMaxLabelSize = 255;
+// What a message over UDP usually has room for (RFC 1035 section 4.2.1).
+constexpr std::size_t kUsualMessageSize = 512;
+constexpr std::size_t kMaxDataSize = std::numeric_limits<std::uint16_t>::max();
+
+std::string withoutEmptyPieces(std::string_view name) {
+  std::string result;
+  bool betweenPieces = false;
+  for (const char c : name) {
+    if (c == '.') {
+      betweenPieces = !result.empty();
+      continue;
+    }
+    if (betweenPieces) {
+      result.push_back('.');
+      betweenPieces = false;
+    }
+    result.push_back(c);
+  }
+  return result;
+}
+
+}  // namespace
+
+void Writer::fail(EncodeError error) {
+  if (!error_) {
+    error_ = error;
+  }
+}
+
+tl::expected<void, EncodeError> Writer::finish() {
+  onto_.resize(size_);
+  if (error_) {
+    return tl::unexpected(*error_);
+  }
+  return {};
+}
+
+void Writer::makeRoom(std::size_t size) {
+  onto_.resize(std::max(kUsualMessageSize, 2 * (size_ + size)));
+}
+
+void Writer::writeBytes(platform::DataView bytes) {
+  std::copy(bytes.begin(), bytes.end(), extend(bytes.size()));
+}
+
+void Writer::writeName(std::string_view name) {
+  NameSuffix rest(name);
+  if (writePointer(name, rest)) {
+    return;
+  }
+  if (rest.hasEmptyLabel()) {
+    rest = NameSuffix(labels_.keep(withoutEmptyPieces(name)));
+  }
+  while (!rest.empty()) {
+    writeLabel(rest.takeLabel());
+    if (!rest.empty() && writePointer(rest.text(), rest)) {
+      return;
+    }
+  }
+  writeIntegers(std::uint8_t{0});
+}
+
+/// Writes a pointer to the text, if it was written before; otherwise it will have been, from here.
+bool Writer::writePointer(std::string_view text, NameSuffix& name) {
+  const auto* offset = labels_.findOrStore(text, name, size_);
+  if (offset != nullptr) {
+    writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
+  }
+  return offset != nullptr;
+}
+
+void Writer::writeLabel(std::string_view label) {
+  if (label.size() > kMaxLabelSize) {
+    fail(EncodeError::labelTooLong);
+    return;
+  }
+  auto* octets = extend(1 + label.size());
+  *octets = static_cast<std::uint8_t>(label.size());
+  std::copy(label.begin(), label.end(), octets + 1);
+}
+
+std::size_t Writer::beginData() {
+  writeIntegers(std::uint16_t{0});
+  return size_;
+}
+
+void Writer::endData(std::size_t begin) {
+  const std::size_t size = size_ - begin;
+  if (size > kMaxDataSize) {
+    fail(EncodeError::dataTooLong);
+    return;
+  }
+  onto_[begin - 2] = static_cast<std::uint8_t>(size >> 8);
+  onto_[begin - 1] = static_cast<std::uint8_t>(size);
+}
+
+}  // namespace DnsToolsSocket

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "dnscodec/DNSHeader.h"
+#include "platform/foundation/Data.h"
+
+namespace quillet {
+
+/// Writes headers.
+class DNSHeaderEncoder {
+ public:
+  /// The 12 octets of a header, with the counts that it holds.
+  static platform::Data encode(const DNSHeader& header);
+};
+
+}  // namespace quillet

@@ -1,0 +1,39 @@
+// What parses is within the bounds, has a printed form, and comes back the same from its own text.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/JSONValue.h"
+
+namespace {
+
+int depthOf(const platform::JSONValue& value) {
+  if (!value.is_structured()) {
+    return 0;
+  }
+  int deepest = 0;
+  for (const auto& element : value) {
+    deepest = std::max(deepest, depthOf(element));
+  }
+  return deepest + 1;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto value = platform::parseJSON({reinterpret_cast<const char*>(data), size});
+  if (!value) {
+    return 0;
+  }
+  const auto* const text = value->get_ptr<const std::string*>();
+  const bool isEmptyText = text != nullptr && text->empty();
+  const auto again = platform::parseJSON(value->dump());
+  if (size > platform::kMaxJSONSize || depthOf(*value) > platform::kMaxJSONDepth ||
+      platform::description(*value).empty() != isEmptyText || !again || *again != *value) {
+    std::abort();
+  }
+  return 0;
+}

@@ -1,0 +1,61 @@
+#include "platform/foundation/JournalLogSink.h"
+
+// The place in the source would always be this file.
+#define SD_JOURNAL_SUPPRESS_LOCATION
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <systemd/sd-journal.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kMessage = "MESSAGE=";
+// There are no levels; this one is what the journal gives to lines of standard error.
+constexpr std::string_view kPriorityField = "PRIORITY=6";
+
+iovec fieldOf(std::string_view text) {
+  return {const_cast<char*>(text.data()), text.size()};  // only read, the type is C's
+}
+
+std::optional<std::uint64_t> numberIn(std::string_view text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+JournalLogSink::JournalLogSink(std::string_view processName)
+    : identifierField_("SYSLOG_IDENTIFIER=" + std::string(processName)) {}
+
+void JournalLogSink::write(std::string_view text) {
+  std::string message;
+  message.reserve(kMessage.size() + text.size());
+  message.append(kMessage).append(text);
+  const std::array fields{fieldOf(message), fieldOf(kPriorityField), fieldOf(identifierField_)};
+  ::sd_journal_sendv(fields.data(), static_cast<int>(fields.size()));
+}
+
+bool JournalLogSink::isStandardErrorJournal() {
+  const char* const variable = std::getenv("JOURNAL_STREAM");
+  const std::string_view stream = variable != nullptr ? variable : "";
+  const std::size_t colon = stream.find(':');
+  if (colon == std::string_view::npos) {
+    return false;
+  }
+  const auto device = numberIn(stream.substr(0, colon));
+  const auto inode = numberIn(stream.substr(colon + 1));
+  struct stat status {};
+  return ::fstat(STDERR_FILENO, &status) == 0 && device == status.st_dev && inode == status.st_ino;
+}
+
+}  // namespace platform

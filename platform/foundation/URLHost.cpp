@@ -1,0 +1,52 @@
+#include "platform/foundation/URLHost.h"
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// RFC 3986 section 3.1.
+bool isScheme(std::string_view text) {
+  return !text.empty() && isLetter(text.front()) &&
+         std::all_of(text.begin(), text.end(), [](char c) {
+           return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+         });
+}
+
+/// RFC 3986 section 3.2.2: reg-name, the colons of an IP literal included.
+bool isHostCharacter(char c) {
+  return isLetter(c) || isDigit(c) || std::string_view("-._~!$&'()*+,;=%:").find(c) != std::string_view::npos;
+}
+
+/// The authority without user information and port; what stands in brackets without them.
+std::string_view hostOfAuthority(std::string_view authority) {
+  if (const auto at = authority.rfind('@'); at != std::string_view::npos) {
+    authority.remove_prefix(at + 1);
+  }
+  if (authority.starts_with('[')) {
+    const auto close = authority.find(']');
+    return close == std::string_view::npos ? std::string_view() : authority.substr(1, close - 1);
+  }
+  return authority.substr(0, authority.find(':'));
+}
+
+}  // namespace
+
+std::optional<std::string> urlHost(std::string_view text) {
+  const auto separator = text.find("://");
+  if (separator == std::string_view::npos || !isScheme(text.substr(0, separator))) {
+    return std::nullopt;
+  }
+  text.remove_prefix(separator + 3);
+  const auto host = hostOfAuthority(text.substr(0, text.find_first_of("/?#")));
+  if (host.empty() || !std::all_of(host.begin(), host.end(), isHostCharacter)) {
+    return std::nullopt;
+  }
+  return std::string(host);
+}
+
+}  // namespace platform

@@ -1,0 +1,194 @@
+#include "platform/foundation/UserDefaults.h"
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <memory>
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSLog.h"
+
+namespace platform {
+
+namespace {
+
+// A file name has 255 bytes at most (NAME_MAX); the rest is for what the name of a temporary file
+// adds.
+constexpr std::size_t kMaxNameLength = 200;
+
+bool canNameFile(std::string_view name) {
+  return !name.empty() && name.size() <= kMaxNameLength && name.front() != '.' &&
+         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+std::filesystem::path fileOf(const std::filesystem::path& directory, std::string_view name) {
+  return directory / (std::string(name) + ".json");
+}
+
+// Whether any further change of a file in this state is sure to show in its times.
+bool isPastTimeStep(const FileState& state) {
+  const auto now = static_cast<std::uint64_t>(Clock::system().microsecondsSince1970()) * 1000;
+  return now - state.changed + FileState::kTimeStep > 2 * FileState::kTimeStep;
+}
+
+std::int64_t integerFrom(double number) {
+  constexpr double kBeyond = 9223372036854775808.0;  // 2 to the power of 63
+  if (std::isnan(number)) {
+    return 0;
+  }
+  if (number >= kBeyond) {
+    return std::numeric_limits<std::int64_t>::max();
+  }
+  return number < -kBeyond ? std::numeric_limits<std::int64_t>::min()
+                           : static_cast<std::int64_t>(number);
+}
+
+}  // namespace
+
+struct UserDefaults::Suites {
+  std::filesystem::path directory;
+  std::map<std::string, std::unique_ptr<UserDefaults>, std::less<>> byName;
+};
+
+UserDefaults::Suites& UserDefaults::suites() {
+  static Suites suites;
+  return suites;
+}
+
+void UserDefaults::setDirectory(const std::filesystem::path& directory) {
+  suites().directory = directory;
+  for (const auto& [name, suite] : suites().byName) {
+    suite->moveTo(fileOf(directory, name));
+  }
+}
+
+UserDefaults* UserDefaults::suite(std::string_view name) {
+  auto& [directory, byName] = suites();
+  if (directory.empty() || !canNameFile(name)) {
+    return nullptr;
+  }
+  auto found = byName.find(name);
+  if (found == byName.end()) {
+    found = byName.emplace(name, std::unique_ptr<UserDefaults>(new UserDefaults)).first;
+    found->second->moveTo(fileOf(directory, name));
+  }
+  found->second->refresh();
+  return found->second->isUsable_ ? found->second.get() : nullptr;
+}
+
+void UserDefaults::moveTo(std::filesystem::path file) {
+  file_ = std::move(file);
+  becomeEmpty();
+}
+
+void UserDefaults::refresh() {
+  const auto found = regularFileState(file_);
+  if (found) {
+    if (!isSettled_ || state_ != *found) {
+      read(*found);
+    }
+  } else if (found.error() != std::errc::no_such_file_or_directory) {
+    becomeUnusable(found.error().message());
+  } else if (state_ || !isUsable_) {
+    becomeEmpty();
+  }
+}
+
+void UserDefaults::read(const FileState& found) {
+  auto content = readRegularFile(file_, kMaxJSONSize);
+  auto value = content ? parseJSON(content->text) : std::nullopt;
+  if (value && value->is_object()) {
+    values_ = std::move(value->get_ref<JSONObject&>());
+    isUsable_ = true;
+  } else {
+    becomeUnusable(content ? "it holds no JSON object" : content.error().message());
+  }
+  state_ = content ? content->state : found;
+  isSettled_ = isPastTimeStep(*state_);
+}
+
+void UserDefaults::becomeEmpty() {
+  values_.clear();
+  state_.reset();
+  isUsable_ = true;
+  isSettled_ = true;
+}
+
+void UserDefaults::becomeUnusable(std::string_view reason) {
+  if (isUsable_) {
+    NSLog("user defaults ", file_.native(), " cannot be used: ", reason);
+  }
+  becomeEmpty();
+  isUsable_ = false;
+}
+
+void UserDefaults::setObject(JSONValue value, std::string_view key) {
+  refresh();
+  if (value.is_null()) {
+    values_.erase(std::string(key));
+  } else {
+    values_.insert_or_assign(std::string(key), std::move(value));
+  }
+  write();
+}
+
+void UserDefaults::write() {
+  if (const auto state = replaced()) {
+    state_ = *state;
+    isSettled_ = isPastTimeStep(*state);
+  } else {
+    NSLog("user defaults ", file_.native(), " not written: ", state.error().message());
+    isSettled_ = true;  // else the value would soon be replaced by what the file holds
+  }
+}
+
+tl::expected<FileState, std::error_code> UserDefaults::replaced() const {
+  if (!isUsable_) {
+    return tl::make_unexpected(std::make_error_code(std::errc::file_exists));
+  }
+  const std::string text =
+      JSONValue(values_).dump(2, ' ', false, JSONValue::error_handler_t::replace) + '\n';
+  if (!parseJSON(text)) {
+    return tl::make_unexpected(std::make_error_code(std::errc::value_too_large));
+  }
+  return replaceFile(file_, text);
+}
+
+const JSONValue* UserDefaults::find(std::string_view key) const {
+  const auto found = values_.find(key);
+  return found == values_.end() ? nullptr : &found->second;
+}
+
+std::optional<JSONObject> UserDefaults::dictionaryForKey(std::string_view key) const {
+  const JSONValue* value = find(key);
+  return value != nullptr && value->is_object() ? std::optional(value->get_ref<const JSONObject&>())
+                                                : std::nullopt;
+}
+
+std::optional<std::string> UserDefaults::stringForKey(std::string_view key) const {
+  const JSONValue* value = find(key);
+  return value != nullptr && value->is_string() ? std::optional(value->get<std::string>())
+                                                : std::nullopt;
+}
+
+std::optional<bool> UserDefaults::boolForKey(std::string_view key) const {
+  const JSONValue* value = find(key);
+  return value != nullptr && value->is_boolean() ? std::optional(value->get<bool>()) : std::nullopt;
+}
+
+std::int64_t UserDefaults::integerForKey(std::string_view key) const {
+  const JSONValue* value = find(key);
+  if (value == nullptr || !value->is_number()) {
+    return 0;
+  }
+  if (value->is_number_float()) {
+    return integerFrom(value->get<double>());
+  }
+  if (value->is_number_unsigned() &&
+      value->get<std::uint64_t>() > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
+    return std::numeric_limits<std::int64_t>::max();
+  }
+  return value->get<std::int64_t>();
+}
+
+}  // namespace platform

@@ -1,0 +1,90 @@
+#include "programs/ListenAddress.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
+#include <array>
+#include <charconv>
+#include <cstring>
+
+namespace quillet {
+
+namespace {
+
+struct HostAndPort {
+  std::string_view host;
+  std::string_view port;
+  bool inBrackets = false;
+};
+
+std::optional<HostAndPort> split(std::string_view text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == std::string_view::npos) {
+    return std::nullopt;
+  }
+  HostAndPort parts{text.substr(0, colon), text.substr(colon + 1)};
+  if (parts.host.size() >= 2 && parts.host.front() == '[' && parts.host.back() == ']') {
+    parts.host = parts.host.substr(1, parts.host.size() - 2);
+    parts.inBrackets = true;
+  }
+  return parts;
+}
+
+std::optional<std::uint16_t> parsePort(std::string_view digits) {
+  std::uint16_t port = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stopped, error] = std::from_chars(digits.data(), end, port);
+  if (error != std::errc() || stopped != end) {
+    return std::nullopt;
+  }
+  return port;
+}
+
+// The address as the system writes it, so that two spellings of one address are equal.
+std::optional<std::string> canonicalHost(std::string_view host, int family) {
+  std::array<unsigned char, sizeof(in6_addr)> bytes{};
+  if (::inet_pton(family, std::string(host).c_str(), bytes.data()) != 1) {
+    return std::nullopt;
+  }
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  return ::inet_ntop(family, bytes.data(), text.data(), text.size());
+}
+
+}  // namespace
+
+std::optional<ListenAddress> ListenAddress::parse(std::string_view text) {
+  const auto parts = split(text);
+  if (!parts || text.find('\0') != std::string_view::npos) {
+    return std::nullopt;
+  }
+  const auto host = canonicalHost(parts->host, parts->inBrackets ? AF_INET6 : AF_INET);
+  const auto port = parsePort(parts->port);
+  if (!host || !port) {
+    return std::nullopt;
+  }
+  return ListenAddress{*host, *port, parts->inBrackets};
+}
+
+std::string ListenAddress::text() const {
+  return (isIPv6 ? '[' + host + ']' : host) + ':' + std::to_string(port);
+}
+
+socklen_t ListenAddress::toSockaddr(sockaddr_storage& storage) const {
+  storage = {};
+  if (isIPv6) {
+    sockaddr_in6 address{};
+    address.sin6_family = AF_INET6;
+    address.sin6_port = htons(port);
+    ::inet_pton(AF_INET6, host.c_str(), &address.sin6_addr);
+    std::memcpy(&storage, &address, sizeof address);
+    return sizeof address;
+  }
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  ::inet_pton(AF_INET, host.c_str(), &address.sin_addr);
+  std::memcpy(&storage, &address, sizeof address);
+  return sizeof address;
+}
+
+}  // namespace quillet

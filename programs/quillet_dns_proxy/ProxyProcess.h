@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+#include "DnsProxyExt/DnsProxyExt.h"
+#include "platform/flowhost/FlowHost.h"
+#include "programs/quillet_dns_proxy/CommandLine.h"
+
+namespace quillet {
+
+/// The wiring of the process: flow host, provider and signals.
+class ProxyProcess {
+ public:
+  explicit ProxyProcess(CommandLine commandLine);
+
+  /// Serves until SIGTERM or SIGINT; SIGHUP starts the provider again with the vendor data as it is then.
+  /// Returns the process' exit status: 1, after one line that says why, when it cannot start.
+  int run();
+
+ private:
+  bool start();
+  bool startProvider();
+  void handleSignal(int signal);
+  void stop();
+
+  const CommandLine commandLine_;
+  std::shared_ptr<DnsProxyExt> provider_;
+  std::unique_ptr<platform::FlowHost> host_;
+  bool isStopping_ = false;
+};
+
+}  // namespace quillet

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+
+#include "platform/foundation/CrashHandler.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/StreamLogSink.h"
+
+namespace platform {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kIsSanitized = false;
+#endif
+
+class CrashHandlerTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (kIsSanitized) {
+      GTEST_SKIP() << "a sanitizer has handlers of its own";
+    }
+  }
+
+  // Runs in the process that is to die.
+  static void holdBackOneRecord() {
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "doomed"));
+    writeLogOnCrash();
+    static const LogBatch batch;
+    NSLog("the last words");
+  }
+
+  static constexpr char kLastLine[] = "doomed\\[[0-9]+\\] the last words\n$";
+};
+
+int overflowStack(int depth) {
+  volatile char block[4096];
+  block[0] = static_cast<char>(depth);
+  return depth < INT_MAX ? overflowStack(depth + 1) + block[0] : 0;
+}
+
+TEST_F(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
+  for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    EXPECT_EXIT(
+        {
+          holdBackOneRecord();
+          ::raise(signal);
+        },
+        testing::KilledBySignal(signal), kLastLine)
+        << signal;
+  }
+}
+
+TEST_F(CrashHandlerTest, aFaultOfTheProcessor) {
+  EXPECT_EXIT(
+      {
+        holdBackOneRecord();
+        volatile char* const nowhere = nullptr;
+        *nowhere = 1;
+      },
+      testing::KilledBySignal(SIGSEGV), kLastLine);
+}
+
+TEST_F(CrashHandlerTest, abort) {
+  EXPECT_EXIT(
+      {
+        holdBackOneRecord();
+        std::abort();
+      },
+      testing::KilledBySignal(SIGABRT), kLastLine);
+}
+
+TEST_F(CrashHandlerTest, aStackOverflow) {
+  EXPECT_EXIT(
+      {
+        holdBackOneRecord();
+        overflowStack(0);
+      },
+      testing::KilledBySignal(SIGSEGV), kLastLine);
+}
+
+TEST(LogSinkTest, aNormalExitWritesWhatIsHeldBack) {
+  EXPECT_EXIT(
+      {
+        LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "leaving"));
+        const LogBatch batch;
+        NSLog("goodbye");
+        std::exit(3);
+      },
+      testing::ExitedWithCode(3), "leaving\\[[0-9]+\\] goodbye\n$");
+}
+
+}  // namespace
+}  // namespace platform

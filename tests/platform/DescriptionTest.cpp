@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/Data.h"
+#include "platform/foundation/Description.h"
+#include "platform/foundation/Error.h"
+
+namespace platform {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(DescriptionTest, numbersAndTruth) {
+  EXPECT_EQ(description(0), "0");
+  EXPECT_EQ(description(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
+  EXPECT_EQ(description(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
+  EXPECT_EQ(description(std::uint8_t{65}), "65");
+  EXPECT_EQ(description('A'), "A");
+  EXPECT_EQ(description(true), "true");
+  EXPECT_EQ(description(std::vector{false, true}), "[false, true]");
+}
+
+TEST(DescriptionTest, fractions) {
+  const struct {
+    double value;
+    const char* text;
+  } rows[] = {
+      {0, "0.0"},
+      {-0.0, "-0.0"},
+      {12, "12.0"},
+      {0.1, "0.1"},
+      {1234.5678, "1234.5678"},
+      {0.0001, "0.0001"},
+      {0.00001, "1e-05"},
+      {1e15, "1000000000000000.0"},
+      {1e16, "1e+16"},
+      {123456789012345680000.0, "1.2345678901234568e+20"},
+      {-1.7976931348623157e308, "-1.7976931348623157e+308"},
+      {INFINITY, "inf"},
+      {-INFINITY, "-inf"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(description(row.value), row.text);
+  }
+  EXPECT_EQ(description(std::nan("")), "nan");
+}
+
+TEST(DescriptionTest, textsArePlainAloneAndQuotedInside) {
+  EXPECT_EQ(description("a\"b"), "a\"b");
+  EXPECT_EQ(description(static_cast<const char*>(nullptr)), "nil");
+  EXPECT_EQ(description(std::vector{"a\"\\b"s, ""s}), R"(["a\"\\b", ""])");
+  EXPECT_EQ(description(std::vector{"\n\r\t\0\x01\x1F\x7F"s + "é"}),
+            "[\"\\n\\r\\t\\0\\u{01}\\u{1F}\\u{7F}é\"]");
+  EXPECT_EQ(description(std::array{'a', '"'}), R"(["a", "\""])");
+}
+
+TEST(DescriptionTest, whatMayBeAbsent) {
+  EXPECT_EQ(description(std::optional<int>()), "nil");
+  EXPECT_EQ(description(std::nullopt), "nil");
+  EXPECT_EQ(description(std::optional("a"s)), "Optional(\"a\")");
+  EXPECT_EQ(description(std::optional<std::optional<int>>(1)), "Optional(Optional(1))");
+  EXPECT_EQ(description(std::make_unique<std::string>("a")), "a");
+  EXPECT_EQ(description(std::shared_ptr<int>()), "nil");
+}
+
+TEST(DescriptionTest, containers) {
+  EXPECT_EQ(description(std::vector<int>()), "[]");
+  EXPECT_EQ(description(std::map<std::string, int>()), "[:]");
+  EXPECT_EQ(description(std::map<std::string, std::optional<int>>{{"a", 1}, {"b", std::nullopt}}),
+            R"(["a": Optional(1), "b": nil])");
+  EXPECT_EQ(description(std::map<int, std::vector<std::string>>{{7, {"x"}}}), R"([7: ["x"]])");
+  EXPECT_EQ(description(Data{1, 2, 3}), "3 bytes");
+  EXPECT_EQ(description(std::optional(std::vector<Data>{{}})), "Optional([0 bytes])");
+}
+
+struct Server {
+  void describe(std::string& out) const { out.append("10.0.0.1:53"); }
+};
+
+TEST(DescriptionTest, typesWithAFormOfTheirOwn) {
+  EXPECT_EQ(description(Server{}), "10.0.0.1:53");
+  EXPECT_EQ(description(std::map<std::string, std::shared_ptr<Server>>{
+                {"a", std::make_shared<Server>()}, {"b", nullptr}}),
+            R"(["a": 10.0.0.1:53, "b": nil])");
+  EXPECT_EQ(description(std::optional(Error("refused"))), "Optional(refused)");
+}
+
+}  // namespace
+}  // namespace platform

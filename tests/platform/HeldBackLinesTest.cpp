@@ -1,0 +1,197 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include "platform/foundation/HeldBackLines.h"
+#include "tests/platform/Pipe.h"
+#include "tests/platform/TemporaryDirectory.h"
+
+namespace platform {
+namespace {
+
+using test::Pipe;
+
+// Patience in milliseconds.
+constexpr int kNone = 0;
+constexpr int kEndless = 60'000;
+
+/// Line number `i`, of about 70 bytes.
+std::string lineOf(int i) { return std::to_string(i) + ' ' + std::string(64, 'x') + '\n'; }
+
+std::string linesUpTo(int count) {
+  std::string lines;
+  for (int i = 0; i < count; ++i) {
+    lines.append(lineOf(i));
+  }
+  return lines;
+}
+
+TEST(HeldBackLinesTest, holdsBackUntilWritten) {
+  const Pipe pipe(O_NONBLOCK);
+  ::fcntl(pipe.reader.get(), F_SETFL, O_NONBLOCK);
+  HeldBackLines lines(pipe.writer.get());
+  lines.append("a\n");
+  lines.append("b\n");
+  EXPECT_EQ(pipe.read(), "");
+  lines.write();
+  EXPECT_EQ(pipe.read(), "a\nb\n");
+  lines.write();
+  EXPECT_EQ(pipe.read(), "");
+}
+
+TEST(HeldBackLinesTest, aFullPipeThatIsReadAtLastLosesNothing) {
+  const Pipe pipe(O_NONBLOCK);
+  HeldBackLines lines(pipe.writer.get(), kNone);
+  constexpr int kCount = 300;  // five times the pipe's room, a third of the buffer's
+  for (int i = 0; i < kCount; ++i) {
+    lines.append(lineOf(i));
+    lines.write();
+  }
+  const std::string expected = linesUpTo(kCount);
+  std::string received;
+  while (received.size() < expected.size()) {
+    received.append(pipe.read());
+    lines.write();
+  }
+  EXPECT_TRUE(received == expected);
+  EXPECT_FALSE(lines.takeLoss());
+}
+
+TEST(HeldBackLinesTest, beyondTheBufferWholeLinesAreLost) {
+  Pipe pipe(O_NONBLOCK);
+  HeldBackLines lines(pipe.writer.get(), kNone);
+  for (int i = 0; i < 2000; ++i) {
+    lines.append(lineOf(i));
+  }
+  EXPECT_TRUE(lines.takeLoss());
+  EXPECT_FALSE(lines.takeLoss());
+  std::string received = pipe.read();
+  while (received.size() < HeldBackLines::kCapacity) {  // less than what pipe and buffer hold
+    lines.write();
+    received.append(pipe.read());
+  }
+  lines.append("end\n");
+  lines.write();
+  pipe.writer = FileDescriptor();
+  received.append(pipe.readToEnd());
+  ASSERT_TRUE(received.ends_with("\nend\n"));
+  received.resize(received.size() - 4);
+  EXPECT_TRUE(received == linesUpTo(2000).substr(0, received.size()));
+  EXPECT_GT(received.size(), HeldBackLines::kCapacity);
+}
+
+TEST(HeldBackLinesTest, aSlowReaderIsWaitedFor) {
+  Pipe pipe(O_NONBLOCK);
+  std::string received;
+  std::thread reader([&] { received = pipe.readToEnd(); });
+  HeldBackLines lines(pipe.writer.get(), kEndless);
+  constexpr int kCount = 5000;
+  for (int i = 0; i < kCount; ++i) {
+    lines.append(lineOf(i));
+  }
+  lines.write();
+  pipe.writer = FileDescriptor();
+  reader.join();
+  EXPECT_TRUE(received == linesUpTo(kCount));
+}
+
+TEST(HeldBackLinesTest, signalsDoNotTearLines) {
+  struct sigaction ignoring {};
+  ignoring.sa_handler = [](int) {};  // without SA_RESTART
+  struct sigaction former {};
+  ::sigaction(SIGALRM, &ignoring, &former);
+  const itimerval often{{0, 200}, {0, 200}};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+
+  Pipe pipe;
+  std::string received;
+  std::thread reader([&] { received = pipe.readToEnd(); });
+  HeldBackLines lines(pipe.writer.get());
+  constexpr int kCount = 5000;
+  for (int i = 0; i < kCount; ++i) {
+    lines.append(lineOf(i));
+  }
+  lines.write();
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  pipe.writer = FileDescriptor();
+  reader.join();
+  ::sigaction(SIGALRM, &former, nullptr);
+  EXPECT_TRUE(received == linesUpTo(kCount));
+}
+
+TEST(HeldBackLinesTest, aReaderThatIsGone) {
+  ::signal(SIGPIPE, SIG_IGN);
+  Pipe pipe;
+  HeldBackLines lines(pipe.writer.get());
+  pipe.reader = FileDescriptor();
+  lines.append("a\n");
+  lines.write();
+  EXPECT_TRUE(lines.takeLoss());
+  lines.append(std::string(2 * HeldBackLines::kCapacity, 'x') + '\n');
+  EXPECT_TRUE(lines.takeLoss());
+}
+
+class FileLines : public testing::Test {
+ protected:
+  const test::TemporaryDirectory directory_;
+  const std::filesystem::path path_ = directory_.path() / "log";
+  const FileDescriptor file_{::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
+};
+
+TEST_F(FileLines, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
+  ::signal(SIGXFSZ, SIG_IGN);
+  rlimit former{};
+  ::getrlimit(RLIMIT_FSIZE, &former);
+  const rlimit small{8, former.rlim_max};
+  HeldBackLines lines(file_.get());
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  lines.append("first\n");
+  lines.append("second\n");
+  lines.write();
+  ::setrlimit(RLIMIT_FSIZE, &former);
+  EXPECT_TRUE(lines.takeLoss());
+  lines.append("third\n");
+  lines.write();
+  EXPECT_EQ(test::readFile(path_), "first\nse\nthird\n");
+}
+
+TEST_F(FileLines, aLineLargerThanTheBuffer) {
+  HeldBackLines lines(file_.get());
+  const std::string large(3 * HeldBackLines::kCapacity, 'x');
+  lines.append("before\n");
+  lines.append(large + '\n');
+  lines.append("after\n");
+  lines.write();
+  EXPECT_TRUE(test::readFile(path_) == "before\n" + large + "\nafter\n");
+}
+
+TEST_F(FileLines, sizesAroundTheBuffersEnd) {
+  for (const std::size_t size :
+       {HeldBackLines::kCapacity - 1, HeldBackLines::kCapacity, HeldBackLines::kCapacity + 1}) {
+    ASSERT_EQ(::ftruncate(file_.get(), 0), 0);
+    ASSERT_EQ(::lseek(file_.get(), 0, SEEK_SET), 0);
+    HeldBackLines lines(file_.get());
+    const std::string line = std::string(size - 1, 'x') + '\n';
+    lines.append(line);
+    lines.append("\n");
+    lines.write();
+    EXPECT_TRUE(test::readFile(path_) == line + '\n') << size;
+  }
+}
+
+TEST_F(FileLines, theSignalHandlersWriteTakesTheLinesOnce) {
+  HeldBackLines lines(file_.get());
+  lines.append("a\n");
+  lines.writeFromSignalHandler();
+  lines.write();
+  EXPECT_EQ(test::readFile(path_), "a\n");
+}
+
+}  // namespace
+}  // namespace platform

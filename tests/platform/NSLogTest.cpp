@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/foundation/NSLog.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+using quillet::test::LogCapture;
+
+TEST(NSLogTest, piecesOneAfterAnotherVerbatim) {
+  const LogCapture log;
+  NSLog("100% \n", 5, ", ", std::vector{"a"}, "%s");
+  NSLog();
+  NSLog("");
+  EXPECT_EQ(log.records(), (std::vector<std::string>{"100% \n5, [\"a\"]%s", "", ""}));
+}
+
+struct Talkative {
+  void describe(std::string& out) const {
+    NSLog("inner");
+    out.append("value");
+  }
+};
+
+TEST(NSLogTest, aPieceMayItselfLog) {
+  const LogCapture log;
+  NSLog("outer ", Talkative(), " end");
+  NSLog("next");
+  EXPECT_EQ(log.records(), (std::vector<std::string>{"inner", "outer value end", "next"}));
+}
+
+TEST(NSLogTest, aLargeRecordAndASmallOneAfterIt) {
+  const LogCapture log;
+  const std::string large(300'000, 'x');
+  NSLog(large);
+  NSLog("small");
+  EXPECT_TRUE(log.records() == (std::vector<std::string>{large, "small"}));
+}
+
+struct LogsAtThreadEnd {
+  ~LogsAtThreadEnd() { NSLog("the thread has ended, long enough for memory of its own"); }
+};
+
+TEST(NSLogTest, whatRunsWhileAThreadEndsMayLog) {
+  const LogCapture log;
+  std::thread([] {
+    thread_local const LogsAtThreadEnd
+        last;  // made before the log's own text, so destroyed after it
+    static_cast<void>(last);
+    NSLog("a record that is long enough for memory of its own");
+  }).join();
+  EXPECT_EQ(log.records().size(), 2U);
+}
+
+}  // namespace
+}  // namespace platform

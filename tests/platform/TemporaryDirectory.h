@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace platform::test {
+
+/// An empty directory, removed at the end with all that is in it.
+class TemporaryDirectory {
+ public:
+  TemporaryDirectory() {
+    std::string shape = std::filesystem::temp_directory_path() / "quillet-test.XXXXXX";
+    path_ = ::mkdtemp(shape.data());
+  }
+  ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// Writes the file in place, not by a replacement.
+inline void writeFile(const std::filesystem::path& path, std::string_view text) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace platform::test

@@ -1,0 +1,265 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <functional>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/foundation/UserDefaults.h"
+#include "tests/platform/TemporaryDirectory.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using quillet::test::LogCapture;
+using test::readFile;
+using test::writeFile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class UserDefaultsTest : public testing::Test {
+ protected:
+  UserDefaultsTest() { UserDefaults::setDirectory(directory_.path()); }
+  ~UserDefaultsTest() override { UserDefaults::setDirectory({}); }
+
+  static UserDefaults* suite() { return UserDefaults::suite("group"); }
+
+  const test::TemporaryDirectory directory_;
+  const fs::path file_ = directory_.path() / "group.json";
+  LogCapture log_;
+};
+
+TEST_F(UserDefaultsTest, withoutADirectoryThereIsNone) {
+  UserDefaults::setDirectory({});
+  EXPECT_EQ(suite(), nullptr);
+  EXPECT_EQ(UserDefaults::standard(), nullptr);
+}
+
+TEST_F(UserDefaultsTest, namesThatNoFileCanHave) {
+  const std::string names[] = {
+      "", ".", "..", "../group", "a/b", std::string("a\0b", 3), std::string(201, 'a')};
+  for (const auto& name : names) {
+    EXPECT_EQ(UserDefaults::suite(name), nullptr) << name;
+  }
+  EXPECT_NE(UserDefaults::suite(std::string(200, 'a')), nullptr);
+  EXPECT_NE(UserDefaults::suite("group.com.quillet.filteringosx"), nullptr);
+}
+
+TEST_F(UserDefaultsTest, aFileThatIsNotThereIsEmpty) {
+  ASSERT_NE(suite(), nullptr);
+  EXPECT_EQ(suite()->stringForKey("ip"), std::nullopt);
+  EXPECT_EQ(suite()->boolForKey("send_ip"), std::nullopt);
+  EXPECT_EQ(suite()->dictionaryForKey("mdmConf"), std::nullopt);
+  EXPECT_EQ(suite()->integerForKey("send_timezone"), 0);
+  EXPECT_THAT(log_.records(), ElementsAre());
+}
+
+TEST_F(UserDefaultsTest, valuesByType) {
+  constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
+  constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
+  const struct {
+    const char* json;
+    std::optional<std::string> text;
+    std::optional<bool> truth;
+    std::int64_t integer;
+    bool isDictionary;
+  } rows[] = {
+      {"\"1\"", "1", {}, 0, false},
+      {"\"\"", "", {}, 0, false},
+      {"true", {}, true, 0, false},
+      {"false", {}, false, 0, false},
+      {"null", {}, {}, 0, false},
+      {"1", {}, {}, 1, false},
+      {"-1", {}, {}, -1, false},
+      {"1.9", {}, {}, 1, false},
+      {"-1.9", {}, {}, -1, false},
+      {"9223372036854775807", {}, {}, kMax, false},
+      {"9223372036854775808", {}, {}, kMax, false},
+      {"18446744073709551616", {}, {}, kMax, false},
+      {"1e300", {}, {}, kMax, false},
+      {"-9223372036854775808", {}, {}, kMin, false},
+      {"-1e300", {}, {}, kMin, false},
+      {"[]", {}, {}, 0, false},
+      {"{}", {}, {}, 0, true},
+  };
+  for (const auto& row : rows) {
+    writeFile(file_, std::string("{\"key\":") + row.json + "}");
+    ASSERT_NE(suite(), nullptr) << row.json;
+    EXPECT_EQ(suite()->stringForKey("key"), row.text) << row.json;
+    EXPECT_EQ(suite()->boolForKey("key"), row.truth) << row.json;
+    EXPECT_EQ(suite()->integerForKey("key"), row.integer) << row.json;
+    EXPECT_EQ(suite()->dictionaryForKey("key").has_value(), row.isDictionary) << row.json;
+  }
+}
+
+TEST_F(UserDefaultsTest, theStandardDefaults) {
+  writeFile(directory_.path() / "standard.json", R"({"managed":{"a":"b"}})");
+  ASSERT_NE(UserDefaults::standard(), nullptr);
+  EXPECT_EQ(description(UserDefaults::standard()->dictionaryForKey("managed")),
+            R"(Optional(["a": "b"]))");
+}
+
+// Same file, same size, and mostly within one step of the file's times.
+TEST_F(UserDefaultsTest, everyChangeInPlaceShows) {
+  for (int i = 0; i < 100; ++i) {
+    writeFile(file_, "{\"send_timezone\":" + std::to_string(i % 10) + "}");
+    ASSERT_NE(suite(), nullptr);
+    ASSERT_EQ(suite()->integerForKey("send_timezone"), i % 10);
+  }
+}
+
+TEST_F(UserDefaultsTest, aChangeThatKeepsTheModificationTimeShows) {
+  const timespec past[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+  for (const std::string value : {"a", "b"}) {
+    writeFile(file_, R"({"ip":")" + value + "\"}");
+    ASSERT_EQ(::utimensat(AT_FDCWD, file_.c_str(), past, 0), 0);
+    ASSERT_NE(suite(), nullptr);
+    EXPECT_EQ(suite()->stringForKey("ip"), value);
+  }
+}
+
+TEST_F(UserDefaultsTest, replacedAndRemovedFilesShow) {
+  auto* const defaults = suite();
+  writeFile(directory_.path() / "other", R"({"ip":"10.0.0.1"})");
+  fs::rename(directory_.path() / "other", file_);
+  EXPECT_EQ(suite(), defaults);
+  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");
+  fs::remove(file_);
+  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");  // only `suite` looks
+  EXPECT_EQ(suite(), defaults);
+  EXPECT_EQ(defaults->stringForKey("ip"), std::nullopt);
+}
+
+TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
+  const auto holding = [this](std::string text) {
+    return [this, text = std::move(text)] { writeFile(file_, text); };
+  };
+  const struct {
+    const char* what;
+    std::function<void()> damage;
+  } rows[] = {
+      {"empty", holding("")},
+      {"no JSON", holding("{\"a\":")},
+      {"no object", holding("[{}]")},
+      {"invalid UTF-8", holding("{\"a\":\"\xFF\"}")},
+      {"a NUL after it", holding(std::string("{}\0", 3))},
+      {"too large", holding("{}" + std::string(1 << 20, ' '))},
+      {"too deep", holding("{\"a\":" + std::string(64, '[') + std::string(64, ']') + "}")},
+      {"a directory", [this] { fs::create_directory(file_); }},
+      {"a FIFO", [this] { ::mkfifo(file_.c_str(), 0600); }},
+      {"a device", [this] { fs::create_symlink("/dev/zero", file_); }},
+      {"a link to itself", [this] { fs::create_symlink(file_, file_); }},
+  };
+  for (const auto& row : rows) {
+    writeFile(file_, R"({"a":"b"})");
+    ASSERT_NE(suite(), nullptr);
+    auto& defaults = *suite();
+    log_.clear();
+    fs::remove(file_);
+    row.damage();
+    EXPECT_EQ(suite(), nullptr) << row.what;
+    EXPECT_EQ(suite(), nullptr) << row.what;
+    EXPECT_EQ(defaults.stringForKey("a"), std::nullopt);
+    EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(file_.string() + " cannot be used: ")))
+        << row.what;
+    fs::remove(file_);
+  }
+}
+
+TEST_F(UserDefaultsTest, settingWritesTheFile) {
+  auto* const defaults = suite();
+  ASSERT_NE(defaults, nullptr);
+  defaults->setObject({{"--userId", "u1"}, {"ttl", 5}}, "mdmConf");
+  defaults->setObject("x\xFFy", "text");
+  EXPECT_EQ(readFile(file_),
+            "{\n  \"mdmConf\": {\n    \"--userId\": \"u1\",\n    \"ttl\": 5\n  },\n"
+            "  \"text\": \"x\xEF\xBF\xBDy\"\n}\n");
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
+  EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), fs::directory_iterator()), 1);
+  EXPECT_EQ(suite(), defaults);
+  EXPECT_EQ(description(defaults->dictionaryForKey("mdmConf")),
+            R"(Optional(["--userId": "u1", "ttl": 5]))");
+  defaults->setObject(nullptr, "mdmConf");
+  defaults->setObject(nullptr, "text");
+  EXPECT_EQ(readFile(file_), "{}\n");
+  EXPECT_THAT(log_.records(), ElementsAre());
+}
+
+TEST_F(UserDefaultsTest, settingKeepsWhatOthersPutThere) {
+  auto* const defaults = suite();
+  writeFile(file_, R"({"userEmail":"a@b"})");
+  defaults->setObject(true, "send_ip");
+  EXPECT_EQ(readFile(file_), "{\n  \"send_ip\": true,\n  \"userEmail\": \"a@b\"\n}\n");
+}
+
+TEST_F(UserDefaultsTest, aFailureToWriteKeepsTheValueInMemory) {
+  UserDefaults::setDirectory(directory_.path() / "missing");
+  ASSERT_NE(suite(), nullptr);
+  suite()->setObject("a", "ip");
+  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(" not written: No such file or directory")));
+  ASSERT_NE(suite(), nullptr);
+  EXPECT_EQ(suite()->stringForKey("ip"), "a");
+}
+
+TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
+  writeFile(file_, R"({"a":1})");
+  JSONValue deep = 1;
+  for (int i = 0; i < 64; ++i) {
+    deep = JSONValue::array({deep});
+  }
+  suite()->setObject(deep, "deep");
+  suite()->setObject(std::string(1 << 20, 'x'), "large");
+  EXPECT_EQ(readFile(file_), R"({"a":1})");
+  EXPECT_EQ(log_.records().size(), 2U);
+  ASSERT_NE(suite(), nullptr);
+  EXPECT_EQ(suite()->integerForKey("a"), 1);
+  EXPECT_EQ(suite()->stringForKey("large")->size(), 1U << 20);
+}
+
+TEST_F(UserDefaultsTest, aFileThatCannotBeReadIsNotOverwritten) {
+  auto* const defaults = suite();
+  writeFile(file_, "{ \"mdmConf\": a slip of the pen }");
+  defaults->setObject("a", "ip");
+  EXPECT_EQ(readFile(file_), "{ \"mdmConf\": a slip of the pen }");
+  EXPECT_THAT(log_.records(),
+              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: ")));
+}
+
+TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {
+  suite()->setObject(std::string(20'000, 'a'), "text");
+  std::atomic<bool> isDone{false};
+  std::thread writer([&] {
+    for (int i = 0; i < 100; ++i) {
+      suite()->setObject(std::string(20'000, i % 2 == 0 ? 'b' : 'a'), "text");
+    }
+    isDone = true;
+  });
+  int damaged = 0;
+  while (!isDone) {
+    const auto value = parseJSON(readFile(file_));
+    damaged += value && value->at("text").get_ref<const std::string&>().size() == 20'000 ? 0 : 1;
+  }
+  writer.join();
+  EXPECT_EQ(damaged, 0);
+}
+
+TEST_F(UserDefaultsTest, openSuitesGoOverToANewDirectory) {
+  const test::TemporaryDirectory other;
+  writeFile(file_, R"({"a":"here"})");
+  writeFile(other.path() / "group.json", R"({"a":"there"})");
+  auto* const defaults = suite();
+  EXPECT_EQ(defaults->stringForKey("a"), "here");
+  UserDefaults::setDirectory(other.path());
+  EXPECT_EQ(suite(), defaults);
+  EXPECT_EQ(defaults->stringForKey("a"), "there");
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/foundation/Utf8.h"
+
+namespace platform {
+namespace {
+
+constexpr char kReplacement[] = "\xEF\xBF\xBD";
+
+// The bounds of each row of the table of RFC 3629 section 4.
+TEST(Utf8Test, sequences) {
+  const struct {
+    std::string text;
+    std::size_t length;
+  } rows[] = {
+      {"", 0},
+      {std::string(1, '\0'), 1},
+      {"\x7F", 1},
+      {"\x80", 0},
+      {"\xC1\xBF", 0},
+      {"\xC2\x80", 2},
+      {"\xDF\xBF", 2},
+      {"\xC2\x7F", 0},
+      {"\xC2\xC0", 0},
+      {"\xE0\x9F\xBF", 0},
+      {"\xE0\xA0\x80", 3},
+      {"\xED\x9F\xBF", 3},
+      {"\xED\xA0\x80", 0},
+      {"\xEE\x80\x80", 3},
+      {"\xEF\xBF\xBF", 3},
+      {"\xF0\x8F\xBF\xBF", 0},
+      {"\xF0\x90\x80\x80", 4},
+      {"\xF4\x8F\xBF\xBF", 4},
+      {"\xF4\x90\x80\x80", 0},
+      {"\xF5\x80\x80\x80", 0},
+      {"\xFF", 0},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(utf8SequenceLength(row.text), row.length) << testing::PrintToString(row.text);
+    EXPECT_EQ(utf8SequenceLength(row.text + "x"), row.text.empty() ? 1 : row.length);
+    EXPECT_EQ(isValidUtf8("a" + row.text + "b"), row.length == row.text.size());
+    for (std::size_t cut = 1; cut < row.length; ++cut) {
+      EXPECT_EQ(utf8SequenceLength(row.text.substr(0, cut)), 0U);
+    }
+  }
+}
+
+TEST(Utf8Test, everyStrayByteIsReplaced) {
+  EXPECT_EQ(repairedUtf8("plain \xC3\xA9"), "plain \xC3\xA9");
+  EXPECT_EQ(repairedUtf8("a\xFF\xE2\x82z"),
+            std::string("a") + kReplacement + kReplacement + kReplacement + "z");
+}
+
+}  // namespace
+}  // namespace platform

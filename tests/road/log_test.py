@@ -1,0 +1,48 @@
+"""The proxy's log: one line a record, in one form, whatever a query holds."""
+
+import re
+
+from roadlib import wire
+from roadlib.case import RoadTest, main
+from roadlib.client import ask
+
+
+class LogTest(RoadTest):
+    def records_of(self, name):
+        """The log texts of one query, each line's form checked; the flow's numbers replaced."""
+        _, proxy = self.road()
+        query = wire.query(name)
+        self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
+        proxy.wait_for_line("State: Cancelled")
+        self.assertEqual(proxy.stop(), 0)
+        form = re.compile(rf"\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{{3}} quillet-dns-proxy\[{proxy.pid}\] (.*)")
+        texts = []
+        for line in proxy.output():
+            match = form.fullmatch(line)
+            self.assertIsNotNone(match, line)
+            self.assertNotRegex(line, r"[\x00-\x1f\x7f-\x9f]")
+            texts.append(match[1])
+        start = next(i for i, text in enumerate(texts) if "handleNewUDPFlow, instance id" in text)
+        return texts[start:]
+
+    def test_control_characters_make_no_record_of_their_own(self):
+        plain = self.records_of(("ab", "cdefg", "example"))
+        for name, shown in (
+                ((b"a\n", b"cdefg", b"example"), r"a\n.cdefg.example"),
+                ((b"ab", b"\x1b[31m", b"example"), r"ab.\x1B[31m.example"),
+                ((b"a\r", b"\0\x07\x08\x7f.", b"example"), r"a\x0D.\x00\x07\x08\x7F..example"),
+                ((b"\xc2\x85", b"cdefg", b"example"), r"\xC2\x85.cdefg.example"),
+                ((b"%s", b"%n%x%", b"example"), "%s.%n%x%.example")):
+            with self.subTest(name=name):
+                texts = self.records_of(name)
+                self.assertEqual(len(texts), len(plain))
+                self.assertIn(f"question domain is: {shown}.", texts)
+
+    def test_record_is_forged_by_nobody(self):
+        forged = b"\n2026-01-01 00:00:00.000 quillet-dns-proxy[1] stopProxy"
+        texts = self.records_of((forged, b"example"))
+        self.assertFalse(any(text.startswith("stopProxy, reason: ") for text in texts[:-3]))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,79 @@
+"""The base of the end-to-end tests: what a test starts is ended after it, and must have ended well."""
+
+import itertools
+import json
+import os
+import signal
+import tempfile
+import unittest
+
+from roadlib.processes import DemoFilter, Proxy
+from roadlib.upstream import Upstream
+
+# The part of the usual load that a slow build carries.
+LOAD = float(os.environ.get("QUILLET_LOAD", "1"))
+IS_SANITIZED = os.environ.get("QUILLET_SANITIZED", "") != ""
+
+IDENTITY = {
+    "organizationId": "org42",
+    "orgUnitId": "unit7",
+    "userId": "u1",
+    "serialNumber": "C02XL0GYJGH5",
+    "ttl": "300",
+}
+
+
+class RoadTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="quillet-road-")
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self._numbers = itertools.count()
+
+    def vendor_file(self, settings, name="vendor-data.json"):
+        path = os.path.join(self.folder, name)
+        text = settings if isinstance(settings, str) else json.dumps(settings)
+        with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
+            file.write(text)
+        return path
+
+    def upstream(self, respond=None, **how):
+        server = Upstream(respond, **how)
+        self.addCleanup(server.close)
+        return server
+
+    def demo_filter(self, **how):
+        process = DemoFilter(**how)
+        self.addCleanup(self._end, process)
+        return process
+
+    def proxy(self, settings=None, **how):
+        """A proxy with `settings` as vendor data (none for None)."""
+        path = None if settings is None else self.vendor_file(settings)
+        how.setdefault("defaults_folder", os.path.join(self.folder, f"defaults{next(self._numbers)}"))
+        process = Proxy(vendor_data_file=path, **how)
+        self.addCleanup(self._end, process)
+        return process
+
+    def reconfigure(self, proxy, settings):
+        """Replaces the vendor data of a proxy that `proxy` started, and has it read."""
+        done = "initVendorSettings  - done"
+        before = len(proxy.wait_for_line(done))
+        self.vendor_file(settings)
+        proxy.send_signal(signal.SIGHUP)
+        proxy.wait_for_line(done, before + 1)
+
+    def road(self, respond=None, settings=None, **how):
+        """An upstream in the filtering service's place and a proxy that uses it."""
+        server = self.upstream(respond)
+        return server, self.proxy({"filteringDNS": server.address, **IDENTITY, **(settings or {})}, **how)
+
+    def _end(self, process):
+        status = process.stop()
+        self.assertEqual(status, 0, "\n".join(process.output()[-40:]))
+
+
+def main():
+    unittest.main(verbosity=2)

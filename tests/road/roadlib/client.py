@@ -1,0 +1,61 @@
+"""DNS clients: one socket by hand, and the usual tools."""
+
+import select
+import socket
+import subprocess
+
+from roadlib.processes import PATIENCE, family_of
+
+
+class Client:
+    """One connected UDP socket: only what comes from the asked address reaches it."""
+
+    def __init__(self, endpoint):
+        self.socket = socket.socket(family_of(endpoint[0]), socket.SOCK_DGRAM)
+        self.socket.connect(endpoint)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.socket.close()
+
+    def send(self, query):
+        self.socket.send(query)
+
+    def receive(self, seconds=PATIENCE):
+        """The next datagram, or None after `seconds`."""
+        ready, _, _ = select.select([self.socket], [], [], seconds)
+        return self.socket.recv(65535) if ready else None
+
+    def ask(self, query):
+        self.send(query)
+        answer = self.receive()
+        if answer is None:
+            raise AssertionError(f"no answer to {query.hex()}")
+        return answer
+
+
+def ask(endpoint, query):
+    """One query from a socket of its own; its answer."""
+    with Client(endpoint) as client:
+        return client.ask(query)
+
+
+def tool(*command):
+    """Runs a command-line tool; what it printed. It must end with status 0."""
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                          timeout=PATIENCE, check=False)
+    if done.returncode != 0:
+        raise AssertionError(f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+def dig(endpoint, *arguments):
+    host, port = endpoint
+    return tool("dig", f"@{host}", "-p", str(port), "+tries=1", "+timeout=15", *arguments)
+
+
+def kdig(endpoint, *arguments):
+    host, port = endpoint
+    return tool("kdig", f"@{host}", "-p", str(port), "+retry=0", "+timeout=15", *arguments)

@@ -1,0 +1,182 @@
+"""The programs under test as child processes: started, watched, and ended whatever happens."""
+
+import os
+import random
+import re
+import signal
+import socket
+import subprocess
+import threading
+import time
+
+# Seconds to wait for something that ought to happen at once; how slow a build is multiplies it.
+SLOWNESS = float(os.environ.get("QUILLET_SLOWNESS", "1"))
+PATIENCE = 20 * SLOWNESS
+
+
+def poll(condition, what, seconds=PATIENCE):
+    """Asks `condition` again and again, for a bounded time, until it gives something true."""
+    deadline = time.monotonic() + seconds
+    while True:
+        result = condition()
+        if result:
+            return result
+        if time.monotonic() > deadline:
+            raise AssertionError(f"not within {seconds:.0f} s: {what}")
+        time.sleep(0.005)
+
+
+def family_of(host):
+    return socket.AF_INET6 if ":" in host else socket.AF_INET
+
+
+def free_port(host="127.0.0.1"):
+    """A UDP port that nobody holds: from below those that the system gives to sockets without a wish, since
+    with thousands of those around one of them might take it before its user does."""
+    with open("/proc/sys/net/ipv4/ip_local_port_range", encoding="ascii") as ephemeral:
+        first = int(ephemeral.read().split()[0])
+    for _ in range(1000):
+        port = random.randrange(10_000, max(first, 11_000))
+        with socket.socket(family_of(host), socket.SOCK_DGRAM) as s:
+            try:
+                s.bind((host, port))
+                return port
+            except OSError:
+                continue
+    raise AssertionError(f"no free port at {host}")
+
+
+def address_text(host, port):
+    return f"[{host}]:{port}" if ":" in host else f"{host}:{port}"
+
+
+class Process:
+    """A child process whose output is read line by line as it comes, or dropped."""
+
+    def __init__(self, command, discard=False, environment=None, preparation=None):
+        sink = subprocess.DEVNULL if discard else subprocess.PIPE
+        inherited = {k: v for k, v in os.environ.items() if k not in ("JOURNAL_STREAM", "STATE_DIRECTORY")}
+        self.child = subprocess.Popen(
+            command, stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT,
+            env=inherited | (environment or {}), preexec_fn=preparation)
+        self.pid = self.child.pid
+        self.lines = []
+        self._changed = threading.Condition()
+        self._reader = None
+        if not discard:
+            self._reader = threading.Thread(target=self._read, daemon=True)
+            self._reader.start()
+
+    def _read(self):
+        for line in self.child.stdout:
+            with self._changed:
+                self.lines.append(line.rstrip(b"\n").decode("utf-8", "surrogateescape"))
+                self._changed.notify_all()
+
+    def wait_for_line(self, text, count=1):
+        """The lines so far that contain `text`, once there are `count` of them."""
+        seen, found = 0, []
+
+        def enough():
+            nonlocal seen
+            found.extend(line for line in self.lines[seen:] if text in line)
+            seen = len(self.lines)
+            return len(found) >= count
+
+        with self._changed:
+            if not self._changed.wait_for(enough, PATIENCE):
+                tail = "\n".join(self.lines[-20:])
+                raise AssertionError(f"no line with {text!r} ({count} times) in:\n{tail}")
+        return found
+
+    def output(self):
+        """All lines; for a process that has ended."""
+        if self._reader:
+            self._reader.join(PATIENCE)
+        return list(self.lines)
+
+    def is_running(self):
+        return self.child.poll() is None
+
+    def wait(self, seconds=PATIENCE):
+        return self.child.wait(seconds)
+
+    def send_signal(self, number):
+        self.child.send_signal(number)
+
+    def stop(self):
+        """Ends the process; gives its exit status."""
+        if self.is_running():
+            self.child.send_signal(signal.SIGTERM)
+            try:
+                self.child.wait(PATIENCE)
+            except subprocess.TimeoutExpired:
+                self.child.kill()
+                self.child.wait()
+        if self._reader:
+            self._reader.join(PATIENCE)
+            self.child.stdout.close()
+        return self.child.returncode
+
+    def resident_kib(self):
+        with open(f"/proc/{self.pid}/status", encoding="ascii") as status:
+            return int(re.search(r"VmRSS:\s+(\d+)", status.read()).group(1))
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.pid}/fd"))
+
+    def bound_ports(self):
+        """The ports of the process' own UDP sockets, by the kernel's tables."""
+        inodes = set()
+        for descriptor in os.scandir(f"/proc/{self.pid}/fd"):
+            try:
+                inodes.add(os.readlink(descriptor.path))
+            except FileNotFoundError:
+                pass  # closed meanwhile
+        ports = set()
+        for table in ("/proc/net/udp", "/proc/net/udp6"):
+            with open(table, encoding="ascii") as lines:
+                rows = [line.split() for line in lines][1:]
+            ports.update(int(row[1].rsplit(":", 1)[1], 16) for row in rows if f"socket:[{row[9]}]" in inodes)
+        return ports
+
+
+class DemoFilter(Process):
+    """The demo filtering service on ports of the system's choice."""
+
+    def __init__(self, hosts=("127.0.0.1",), quiet=False):
+        listen = [x for host in hosts for x in ("--listen", address_text(host, 0))]
+        super().__init__([os.environ["QUILLET_DEMO_FILTER"], *listen, *(["--quiet"] if quiet else [])])
+        lines = self.wait_for_line("listening on ", len(hosts))
+        self.addresses = [line.split("listening on ")[1] for line in lines]
+        self.address = self.addresses[0]
+        self.port = int(self.address.rsplit(":", 1)[1])
+
+    def totals(self):
+        """Ends the service; what it counted: queries, answered, refused."""
+        self.stop()
+        return [int(x) for x in re.findall(r"\d+", self.output()[-1])]
+
+
+class Proxy(Process):
+    """The proxy, listening on `hosts` at free ports, once it has bound them."""
+
+    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(),
+                 **how):
+        self.defaults_folder = defaults_folder
+        self.endpoints = [(host, port or free_port(host)) for host in hosts]
+        self.endpoint = self.endpoints[0]
+        command = [os.environ["QUILLET_PROXY"]]
+        if defaults_folder:
+            command += ["--defaults-dir", defaults_folder]
+        for host, port in self.endpoints:
+            command += ["--listen", address_text(host, port)]
+        if vendor_data_file:
+            command += ["--vendor-data", str(vendor_data_file)]
+        super().__init__([*command, *arguments], **how)
+        poll(self._is_bound, "the proxy has bound its ports")
+
+    def _is_bound(self):
+        if not self.is_running():
+            raise AssertionError("the proxy has ended:\n" + "\n".join(self.output()))
+        return self.bound_ports() >= {port for _, port in self.endpoints}

@@ -1,0 +1,66 @@
+"""An upstream DNS server of the test's own: keeps every query as received, answers as told."""
+
+import socket
+import struct
+import threading
+
+from roadlib import wire
+from roadlib.processes import PATIENCE, family_of
+
+
+class Upstream:
+    """`respond` gets a query's bytes and gives the datagrams to send back, none to stay silent."""
+
+    def __init__(self, respond=None, host="127.0.0.1", port=0):
+        self.respond = respond or (lambda query: [wire.answer_to(query)])
+        self.queries = []
+        self._changed = threading.Condition()
+        self._socket = socket.socket(family_of(host), socket.SOCK_DGRAM)
+        self._socket.bind((host, port))
+        self.port = self._socket.getsockname()[1]
+        self.address = f"{host}:{self.port}"
+        self._thread = threading.Thread(target=self._serve, daemon=True)
+        self._thread.start()
+
+    def _serve(self):
+        while True:
+            query, peer = self._socket.recvfrom(65535)
+            if query == self._farewell:
+                return
+            with self._changed:
+                self.queries.append(query)
+                self._changed.notify_all()
+            for answer in self._answers(query):
+                self._socket.sendto(answer, peer)
+
+    def _answers(self, query):
+        try:
+            return self.respond(query)
+        except (IndexError, struct.error):
+            return []  # the query was cut or garbled: nothing to answer
+
+    _farewell = b"\0the test is over\0"
+
+    def wait_for_queries(self, count):
+        """The queries so far, once there are `count` of them."""
+        with self._changed:
+            if not self._changed.wait_for(lambda: len(self.queries) >= count, PATIENCE):
+                raise AssertionError(f"{len(self.queries)} of {count} queries reached the upstream")
+            return list(self.queries)
+
+    def close(self):
+        with socket.socket(self._socket.family, socket.SOCK_DGRAM) as s:
+            s.sendto(self._farewell, self._socket.getsockname())
+        self._thread.join(PATIENCE)
+        self._socket.close()
+
+
+def by_name(rules, otherwise=None):
+    """A `respond` that goes by the question's name: `rules` maps a part of the name to a `respond`."""
+    def respond(query):
+        name = wire.question_name(query)
+        for part, rule in rules.items():
+            if part in name:
+                return rule(query)
+        return otherwise(query) if otherwise else [wire.answer_to(query)]
+    return respond

@@ -1,0 +1,99 @@
+"""DNS messages put together and taken apart by hand, independent of the code under test."""
+
+import random
+import struct
+
+A, NS, CNAME, SOA, PTR, MX, TXT, AAAA, SRV, OPT, HTTPS = 1, 2, 5, 6, 12, 15, 16, 28, 33, 41, 65
+
+QR, AA, TC, RD, RA, Z, AD, CD = 0x8000, 0x0400, 0x0200, 0x0100, 0x0080, 0x0040, 0x0020, 0x0010
+
+NOERROR, FORMERR, SERVFAIL, NXDOMAIN, NOTIMP, REFUSED = range(6)
+
+
+def name_bytes(name):
+    """`a.b` and `a.b.` as labels without compression; a label may be given as bytes in a tuple."""
+    labels = name if isinstance(name, tuple) else [x for x in name.split(".") if x]
+    out = b""
+    for label in labels:
+        label = label if isinstance(label, bytes) else label.encode()
+        out += bytes([len(label)]) + label
+    return out + b"\0"
+
+
+def header(identifier, flags, questions=0, answers=0, authorities=0, additional=0):
+    return struct.pack("!6H", identifier, flags, questions, answers, authorities, additional)
+
+
+def question(name, qtype, qclass=1):
+    return name_bytes(name) + struct.pack("!2H", qtype, qclass)
+
+
+def record(owner, rtype, rdata, ttl=60, rclass=1):
+    """A resource record; `owner` is a name or, as bytes, the name's wire form (a pointer, say)."""
+    owner = owner if isinstance(owner, bytes) else name_bytes(owner)
+    return owner + struct.pack("!2HIH", rtype, rclass, ttl, len(rdata)) + rdata
+
+
+def query(name, qtype=A, identifier=None, flags=RD, additional=b"", additional_count=None):
+    identifier = random.randrange(0x10000) if identifier is None else identifier
+    count = (1 if additional else 0) if additional_count is None else additional_count
+    return header(identifier, flags, 1, additional=count) + question(name, qtype) + additional
+
+
+def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
+    return owner + struct.pack("!2HIH", OPT, size, ttl, len(options)) + options
+
+
+def option(code, value):
+    value = value if isinstance(value, bytes) else value.encode()
+    return struct.pack("!2H", code, len(value)) + value
+
+
+def identifier_of(message):
+    return message[:2]
+
+
+def rcode_of(message):
+    return message[3] & 0x0F
+
+
+def question_end(message):
+    """Where the first question ends, its name written without compression."""
+    at = 12
+    while message[at]:
+        at += 1 + message[at]
+    return at + 5
+
+
+def question_name(message):
+    """The first question's name without the final dot."""
+    labels, at = [], 12
+    while message[at]:
+        labels.append(message[at + 1:at + 1 + message[at]])
+        at += 1 + message[at]
+    return b".".join(labels).decode("latin-1")
+
+
+def injected_options(message):
+    """The options that follow the question in the one OPT record named `0`, as (code, value) pairs."""
+    end = question_end(message)
+    fixed = bytes.fromhex("013000 0029 0000 00000000")
+    assert message[end:end + len(fixed)] == fixed, message[end:].hex()
+    rest = message[end + len(fixed) + 2:]
+    length = struct.unpack_from("!H", message, end + len(fixed))[0]
+    assert length == len(rest), (length, len(rest))
+    options = []
+    while rest:
+        code, size = struct.unpack_from("!2H", rest)
+        assert len(rest) >= 4 + size, rest.hex()
+        options.append((code, rest[4:4 + size]))
+        rest = rest[4 + size:]
+    return options
+
+
+def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, rcode=NOERROR, count=1):
+    """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
+    body = record(b"\xc0\x0c", rtype, rdata) * count
+    flags = QR | RD | RA | rcode
+    return (message[:2] + struct.pack("!5H", flags, 1, count, 0, 0)
+            + message[12:question_end(message)] + body)
