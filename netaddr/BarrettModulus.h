@@ -7,8 +7,8 @@
 
 namespace quillet {
 
-/// Arithmetic modulo one number, where a product is reduced by two multiplications with a constant made
-/// beforehand instead of by a division (Handbook of Applied Cryptography, algorithm 14.42).
+/// Arithmetic modulo one number, where a product is reduced by two multiplications with a constant
+/// made beforehand instead of by a division (Handbook of Applied Cryptography, algorithm 14.42).
 class BarrettModulus {
  public:
   /// A number below the modulus. Words at and above the modulus' size are without meaning.
@@ -16,8 +16,8 @@ class BarrettModulus {
 
   /// `modulus` is trimmed, not zero, and outlives this object.
   explicit BarrettModulus(words::View modulus);
-  /// The same with a constant at hand: floor(2^(64 * w) / modulus), where w is the modulus' size in words.
-  /// A constant that is not it is replaced by it.
+  /// The same with a constant at hand: floor(2^(64 * w) / modulus), where w is the modulus' size in
+  /// words. A constant that is not it is replaced by it.
   BarrettModulus(words::View modulus, words::View constant);
 
   /// Any number of up to twice the modulus' size, reduced.

@@ -8,7 +8,8 @@
 namespace quillet {
 
 BigInt BigInt::add(const BigInt& other) const {
-  // Words above dataLength are 0 here, so that a sum needs one word more than the longer operand at most.
+  // Words above dataLength are 0 here, so that a sum needs one word more than the longer operand at
+  // most.
   const std::size_t used = std::min(std::max(dataLength_, other.dataLength_) + 1, kWords);
   BigInt sum = *this;
   words::add(words::Buffer(sum.data_).first(used), words::View(other.data_).first(used));

@@ -50,9 +50,9 @@ void doubleIndex(const BarrettModulus& m, Terms& terms) {
   terms.qPower = m.squared(terms.qPower);
 }
 
-/// The first of 5, -7, 9, -11, ... whose Jacobi symbol over n is -1; 0 when n turns out to be composite on the
-/// way. A square has none, and for all other numbers one comes soon, so that a square is looked for
-/// only after some.
+/// The first of 5, -7, 9, -11, ... whose Jacobi symbol over n is -1; 0 when n turns out to be
+/// composite on the way. A square has none, and for all other numbers one comes soon, so that a
+/// square is looked for only after some.
 std::int64_t lucasDiscriminant(const BigInt& n) {
   for (std::int64_t d = 5;; d += 2) {
     const std::int64_t signedD = d % 4 == 1 ? d : -d;
@@ -68,7 +68,8 @@ std::int64_t lucasDiscriminant(const BigInt& n) {
   }
 }
 
-/// n + 1 is k * 2^s for an odd k, and a prime n makes U_k zero, or one of V_k, V_2k, ..., V_(2^(s-1) * k).
+/// n + 1 is k * 2^s for an odd k, and a prime n makes U_k zero, or one of V_k, V_2k, ...,
+/// V_(2^(s-1) * k).
 bool passesStrongLucas(View n, std::int64_t discriminant) {
   constexpr Word one = 1;
   Residue k{};

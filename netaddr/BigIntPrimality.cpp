@@ -68,8 +68,8 @@ Verdict trialDivision(View n) {
   return Verdict::open;
 }
 
-/// One round for n, odd and above 4, to a base from 2 to n - 2: n - 1 is d * 2^s for an odd d, and a prime
-/// makes base^d one, or minus one of base^d, base^2d, ..., base^(2^(s-1) * d).
+/// One round for n, odd and above 4, to a base from 2 to n - 2: n - 1 is d * 2^s for an odd d, and
+/// a prime makes base^d one, or minus one of base^d, base^2d, ..., base^(2^(s-1) * d).
 bool passesStrongTest(const BarrettModulus& m, const Residue& base) {
   const Residue one = m.reduced(View(&kOne, 1));
   const Residue minusOne = m.difference(m.reduced(View()), one);
@@ -86,8 +86,8 @@ bool passesStrongTest(const BarrettModulus& m, const Residue& base) {
   return m.equal(power, minusOne);
 }
 
-/// A random number from 2 to n - 2 for an n above 4. Numbers at the lower end come up to twice as often,
-/// which a base may.
+/// A random number from 2 to n - 2 for an n above 4. Numbers at the lower end come up to twice as
+/// often, which a base may.
 Residue randomBase(const BarrettModulus& m, View n) {
   const Word three = 3;
   Residue random{};

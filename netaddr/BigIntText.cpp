@@ -51,8 +51,9 @@ void requireDigits(std::string_view text, int radix) {
   }
 }
 
-/// The number that the digits make, without zeros at the top; nothing when it is longer than the room
-/// given. More digits than there are bits are refused unread, so that long texts cost no more than one look.
+/// The number that the digits make, without zeros at the top; nothing when it is longer than the
+/// room given. More digits than there are bits are refused unread, so that long texts cost no more
+/// than one look.
 std::optional<words::View> readDigits(words::Buffer room, std::string_view digits, Word radix) {
   digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
   if (digits.size() > BigInt::kBits) {
@@ -89,9 +90,8 @@ BigInt::BigInt(std::string_view text, int radix) {
   const auto number = readDigits(room, digits, static_cast<Word>(radix));
   const bool lostSign = negativeText && number && number->empty();
   if (!number || lostSign || !Magnitude::fits(*number, negativeText)) {
-    throw NamedException("ArithmeticException", negativeText
-                                                    ? "Negative underflow in constructor."
-                                                    : "Positive overflow in constructor.");
+    throw NamedException("ArithmeticException", negativeText ? "Negative underflow in constructor."
+                                                             : "Positive overflow in constructor.");
   }
   *this = Magnitude::toBigInt(*number, negativeText);
 }

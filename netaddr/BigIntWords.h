@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <span>
 
-/// Unsigned numbers as runs of 32-bit words, the least significant first: the schoolbook steps of which BigInt
-/// is made. Nothing here knows a sign or a capacity; the caller brings room for every result.
+/// Unsigned numbers as runs of 32-bit words, the least significant first: the schoolbook steps of
+/// which BigInt is made. Nothing here knows a sign or a capacity; the caller brings room for every
+/// result.
 namespace quillet::words {
 
 using Word = std::uint32_t;
@@ -18,14 +19,15 @@ inline constexpr int kWordBits = 32;
 /// The words without zeros at the top: none for zero.
 View trimmed(View words);
 
-/// Less than, equal to or greater than 0 as a is below, equal to or above b; both trimmed, or of one size.
+/// Less than, equal to or greater than 0 as a is below, equal to or above b; both trimmed, or of
+/// one size.
 int compare(View a, View b);
 
 /// The position of the highest set bit plus one; trimmed.
 int bitLength(View words);
 
-/// The number that `width` bits from bit `position` up make; 0 past the end. The width divides 32, the position
-/// is a multiple of it.
+/// The number that `width` bits from bit `position` up make; 0 past the end. The width divides 32,
+/// the position is a multiple of it.
 Word digitAt(View words, int position, int width);
 
 /// The number of zero bits below the lowest set bit; 0 for zero.
@@ -59,15 +61,16 @@ void square(Buffer product, View a);
 void shiftLeft(Buffer words, std::size_t bits);
 void shiftRight(Buffer words, std::size_t bits);
 
-/// The quotient by a word that is not 0, as long as the dividend and maybe its own buffer; the remainder.
+/// The quotient by a word that is not 0, as long as the dividend and maybe its own buffer; the
+/// remainder.
 Word divideByWord(Buffer quotient, View dividend, Word divisor);
 
 /// The remainder alone.
 Word remainderByWord(View dividend, Word divisor);
 
-/// Division by a divisor that is trimmed and not zero. The quotient has dividend.size() - divisor.size() + 1
-/// words (0 when the divisor is longer), the remainder as many as the divisor; neither overlaps an operand.
-/// The dividend has at most kLongestDividend words.
+/// Division by a divisor that is trimmed and not zero. The quotient has dividend.size() -
+/// divisor.size() + 1 words (0 when the divisor is longer), the remainder as many as the divisor;
+/// neither overlaps an operand. The dividend has at most kLongestDividend words.
 inline constexpr std::size_t kLongestDividend = 2 * 70 + 1;
 void divide(Buffer quotient, Buffer remainder, View dividend, View divisor);
 

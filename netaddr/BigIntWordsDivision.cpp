@@ -9,8 +9,9 @@ namespace {
 
 constexpr DoubleWord kMaxWord = 0xFFFFFFFF;
 
-/// Knuth, The Art of Computer Programming 4.3.1, step D3: one quotient digit from the top three words of
-/// what is left and the top two of the normalised divisor. It is right or, rarely, one too large.
+/// Knuth, The Art of Computer Programming 4.3.1, step D3: one quotient digit from the top three
+/// words of what is left and the top two of the normalised divisor. It is right or, rarely, one too
+/// large.
 DoubleWord estimatedDigit(View top, Word divisorTop, Word divisorNext) {
   const DoubleWord two = (DoubleWord{top[2]} << kWordBits) | top[1];
   DoubleWord digit = two / divisorTop;
@@ -25,8 +26,8 @@ DoubleWord estimatedDigit(View top, Word divisorTop, Word divisorNext) {
   return digit;
 }
 
-/// Steps D4 to D6: takes digit * divisor from `left`, which is one word longer than the divisor, and
-/// adds the divisor back when the digit was one too large. The digit that was right.
+/// Steps D4 to D6: takes digit * divisor from `left`, which is one word longer than the divisor,
+/// and adds the divisor back when the digit was one too large. The digit that was right.
 Word takeAway(Buffer left, View divisor, Word digit) {
   const Word borrow = subtractProduct(left, divisor, digit);
   Word& top = left[divisor.size()];

@@ -34,7 +34,8 @@ IPAddress IPAddress::addressWithData(platform::DataView bytes) {
 }
 
 IPAddress IPAddress::startAddress() const {
-  return std::visit([](const auto& ip) { return IPAddress(ip.startAddress()); }, underlyingAddress_);
+  return std::visit([](const auto& ip) { return IPAddress(ip.startAddress()); },
+                    underlyingAddress_);
 }
 
 IPAddress IPAddress::endAddress() const {

@@ -46,7 +46,9 @@ class IPAddress {
   [[nodiscard]] std::string bitsBase2WithStart(int start, int end) const {
     return ip().bitsBase2WithStart(start, end);
   }
-  [[nodiscard]] bool isInSubnet(const IPAddress& other) const { return ip().isInSubnet(other.ip()); }
+  [[nodiscard]] bool isInSubnet(const IPAddress& other) const {
+    return ip().isInSubnet(other.ip());
+  }
   [[nodiscard]] std::string binaryZeroPad() const { return ip().binaryZeroPad(); }
   [[nodiscard]] std::string reversedForm() const { return ip().reversedForm(); }
   [[nodiscard]] platform::Data data() const { return ip().data(); }

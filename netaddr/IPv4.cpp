@@ -14,12 +14,13 @@ constexpr std::size_t kLongestText = std::string_view("255.255.255.255").size();
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Where the "/" of a prefix length stands, which ends the text after one or two digits; its size when there
-/// is none. The end is the text's very end: a line break after it makes no address.
+/// Where the "/" of a prefix length stands, which ends the text after one or two digits; its size
+/// when there is none. The end is the text's very end: a line break after it makes no address.
 std::size_t subnetBegin(std::string_view text) {
   const std::size_t slash = std::min(text.rfind('/'), text.size());
   const std::string_view digits = text.substr(std::min(slash + 1, text.size()));
-  const bool isSubnet = digits.size() <= 2 && !digits.empty() && std::ranges::all_of(digits, isDigit);
+  const bool isSubnet =
+      digits.size() <= 2 && !digits.empty() && std::ranges::all_of(digits, isDigit);
   return isSubnet ? slash : text.size();
 }
 

@@ -7,14 +7,14 @@ namespace quillet {
 /// An IPv4 address in dotted form, with an optional prefix length.
 class IPv4 : public SubnetAddress {
  public:
-  /// Reads four octets of one to three decimal digits, each up to 255, and maybe "/" and one or two digits.
-  /// Errors: "Invalid subnet mask" for a prefix length above 32, "Invalid IPv4 Address".
+  /// Reads four octets of one to three decimal digits, each up to 255, and maybe "/" and one or two
+  /// digits. Errors: "Invalid subnet mask" for a prefix length above 32, "Invalid IPv4 Address".
   explicit IPv4(std::string_view address);
 
   /// Big-endian: 0x01020304 is 1.2.3.4.
   static IPv4 ipv4FromInteger(std::uint32_t value);
-  /// Eight hexadecimal digits, ":" between them ignored and zeros added in front. What is no hexadecimal
-  /// gives an address that is not valid; digits after the eighth are ignored.
+  /// Eight hexadecimal digits, ":" between them ignored and zeros added in front. What is no
+  /// hexadecimal gives an address that is not valid; digits after the eighth are ignored.
   static IPv4 ipv4FromHex(std::string_view hex);
   /// The low 32 bits of the value.
   static IPv4 fromBigInteger(const BigInt& value);

@@ -69,7 +69,9 @@ std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {
     return std::string(address);
   }
   const IPv4 ipv4(dotted);
-  const auto leadingZero = [](const std::string& octet) { return octet.size() > 1 && octet[0] == '0'; };
+  const auto leadingZero = [](const std::string& octet) {
+    return octet.size() > 1 && octet[0] == '0';
+  };
   if (std::ranges::any_of(ipv4.parsedAddress(), leadingZero)) {
     fail("IPv4 addresses cannot have leading zeroes");
     return std::nullopt;

@@ -4,8 +4,8 @@
 
 namespace quillet {
 
-/// An IPv6 address (RFC 4291 section 2.2) with an optional prefix length and zone. Hexadecimal digits may be
-/// of either case; what is read is kept in lower case.
+/// An IPv6 address (RFC 4291 section 2.2) with an optional prefix length and zone. Hexadecimal
+/// digits may be of either case; what is read is kept in lower case.
 class IPv6 : public SubnetAddress {
  public:
   static constexpr int kGroups = 8;
@@ -19,25 +19,25 @@ class IPv6 : public SubnetAddress {
   /// Stands in a list of groups for a run of zeros: no group is an empty text.
   static constexpr std::string_view kElision = "";
 
-  /// Reads the groups, "::" for a run of zeros, maybe dotted IPv4 at the end, a prefix length and a zone.
-  /// Errors: "Invalid subnet mask", "IPv4 addresses cannot have leading zeroes", "Bad character...",
-  /// "Address failed regex: ...", "Too many :: groups found", "Error parsing groups" (a "::" that stands
-  /// for nothing), "Incorrect number of groups found".
-  /// Part of an address is read with fewer groups than 8; there is none with more.
+  /// Reads the groups, "::" for a run of zeros, maybe dotted IPv4 at the end, a prefix length and a
+  /// zone. Errors: "Invalid subnet mask", "IPv4 addresses cannot have leading zeroes", "Bad
+  /// character...", "Address failed regex: ...", "Too many :: groups found", "Error parsing groups"
+  /// (a "::" that stands for nothing), "Incorrect number of groups found". Part of an address is
+  /// read with fewer groups than 8; there is none with more.
   explicit IPv6(std::string_view address, int groups = kGroups);
 
   /// The low 128 bits of the value.
   static IPv6 fromBigInteger(const BigInt& value);
 
-  /// The groups before the run, `kElision`, and the groups after it. A run that reaches past the groups ends
-  /// with them.
+  /// The groups before the run, `kElision`, and the groups after it. A run that reaches past the
+  /// groups ends with them.
   static std::vector<std::string> compact(const std::vector<std::string>& groups, Slice slice);
 
-  /// Reads an address without prefix length and zone into `parsedAddress`, `valid`, `v4`, `error` and the
-  /// fields of the elision.
+  /// Reads an address without prefix length and zone into `parsedAddress`, `valid`, `v4`, `error`
+  /// and the fields of the elision.
   void parse(std::string_view address);
-  /// The first step of `parse`: the address with a dotted IPv4 at its end rewritten as two groups, and `v4`
-  /// set. Absent, with the error set, when an octet of it has a leading zero.
+  /// The first step of `parse`: the address with a dotted IPv4 at its end rewritten as two groups,
+  /// and `v4` set. Absent, with the error set, when an octet of it has a leading zero.
   std::optional<std::string> parsev4inv6(std::string_view address);
 
   /// The text without prefix length and zone.
@@ -64,8 +64,8 @@ class IPv6 : public SubnetAddress {
   [[nodiscard]] BigInt bigInteger() const override;
   [[nodiscard]] platform::Data data() const override;
 
-  /// The bits of a range as text of 0 and 1, or as lower-case hexadecimal with a digit for every four bits
-  /// begun.
+  /// The bits of a range as text of 0 and 1, or as lower-case hexadecimal with a digit for every
+  /// four bits begun.
   [[nodiscard]] std::string bitsWithStart(int start, int end) const {
     return bitsBase2WithStart(start, end);
   }

@@ -51,7 +51,8 @@ std::vector<std::string> IPv6::compact(const std::vector<std::string>& groups, S
   compacted.reserve(begin + 1 + groups.size() - end);
   compacted.assign(groups.begin(), groups.begin() + static_cast<std::ptrdiff_t>(begin));
   compacted.emplace_back(kElision);
-  compacted.insert(compacted.end(), groups.begin() + static_cast<std::ptrdiff_t>(end), groups.end());
+  compacted.insert(compacted.end(), groups.begin() + static_cast<std::ptrdiff_t>(end),
+                   groups.end());
   return compacted;
 }
 

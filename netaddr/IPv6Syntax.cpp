@@ -7,21 +7,26 @@
 namespace quillet {
 namespace {
 
-constexpr std::string_view kDecimalDigits = "0123456789";
-constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
+bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
+bool isColon(char c) { return c == ':'; }
+bool isHexDigit(char c) {
+  const char lower = static_cast<char>(c | 0x20);
+  return isDecimalDigit(c) || (lower >= 'a' && lower <= 'f');
+}
 
 /// The length of the run of such characters at the text's front.
-std::size_t runLength(std::string_view text, std::string_view characters) {
-  return std::min(text.find_first_not_of(characters), text.size());
+template <class Predicate>
+std::size_t runLength(std::string_view text, Predicate predicate) {
+  return static_cast<std::size_t>(std::ranges::find_if_not(text, predicate) - text.begin());
 }
 
 /// The length of the malformed part that begins at a position; 0 for none there.
 std::size_t malformedLength(std::string_view text, std::size_t position) {
   const std::string_view rest = text.substr(position);
-  if (const std::size_t digits = runLength(rest, kHexDigits); digits > 4) {
+  if (const std::size_t digits = runLength(rest, isHexDigit); digits > 4) {
     return digits;
   }
-  if (const std::size_t colons = runLength(rest, ":"); colons > 2) {
+  if (const std::size_t colons = runLength(rest, isColon); colons > 2) {
     return colons;
   }
   const bool atEnd = rest.size() == 2 && rest[0] != ':' && rest[1] == ':';
@@ -37,7 +42,7 @@ std::size_t malformedLength(std::string_view text, std::size_t position) {
 IPv6Prefix findIPv6Prefix(std::string_view text) {
   for (std::size_t slash = text.find('/'); slash < text.size(); slash = text.find('/', slash + 1)) {
     const std::string_view rest = text.substr(slash + 1);
-    const std::size_t digits = runLength(rest.substr(0, 4), kDecimalDigits);
+    const std::size_t digits = runLength(rest.substr(0, 4), isDecimalDigit);
     const bool ends = digits == rest.size() || rest[digits] == '%';
     if (digits >= 1 && digits <= 3 && ends) {
       return {slash, rest.substr(0, digits)};
@@ -55,14 +60,14 @@ std::string badCharactersError(std::string_view text) {
   std::string bad;
   std::size_t count = 0;
   while (!text.empty()) {
-    const std::size_t length = std::max<std::size_t>(platform::utf8SequenceLength(text), 1);
-    const bool good = kHexDigits.find(text[0]) != std::string_view::npos || text[0] == ':' ||
-                      text[0] == '/' || text[0] == '%';
-    if (!good) {
-      bad.append(text.substr(0, length));
-      ++count;
+    if (isHexDigit(text[0]) || text[0] == ':' || text[0] == '/' || text[0] == '%') {
+      text.remove_prefix(1);
+      continue;
     }
+    const std::size_t length = std::max<std::size_t>(platform::utf8SequenceLength(text), 1);
+    bad.append(text.substr(0, length));
     text.remove_prefix(length);
+    ++count;
   }
   if (count == 0) {
     return {};

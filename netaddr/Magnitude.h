@@ -7,9 +7,9 @@
 
 namespace quillet {
 
-/// The absolute value of a BigInt as unsigned words, and the way back. The most negative value, whose
-/// absolute value no BigInt holds, has one here. Looks into the BigInt that it was made of where it can, so it
-/// must not outlive it.
+/// The absolute value of a BigInt as unsigned words, and the way back. The most negative value,
+/// whose absolute value no BigInt holds, has one here. Looks into the BigInt that it was made of
+/// where it can, so it must not outlive it.
 class Magnitude {
  public:
   explicit Magnitude(const BigInt& value);
@@ -23,8 +23,8 @@ class Magnitude {
 
   /// Whether there is a BigInt of that magnitude and sign.
   static bool fits(words::View words, bool negative);
-  /// That BigInt. A magnitude that does not fit throws as `BigInt::negate` does: the callers' results are no
-  /// longer than their operands, so that 2^2239 is the only such one.
+  /// That BigInt. A magnitude that does not fit throws as `BigInt::negate` does: the callers'
+  /// results are no longer than their operands, so that 2^2239 is the only such one.
   static BigInt toBigInt(words::View words, bool negative = false);
 
  private:

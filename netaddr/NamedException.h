@@ -5,8 +5,8 @@
 
 namespace quillet {
 
-/// A misuse of an address or number class, told by a name and a reason. Both are fixed texts: an exception
-/// neither allocates nor owns anything.
+/// A misuse of an address or number class, told by a name and a reason. Both are fixed texts: an
+/// exception neither allocates nor owns anything.
 class NamedException : public std::exception {
  public:
   /// Both texts are string literals.

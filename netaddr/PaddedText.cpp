@@ -18,8 +18,7 @@ void appendNumber(std::string& out, std::uint64_t number, int radix, std::size_t
 
 std::string stringByPaddingLeftToLength(std::string_view text, std::size_t length,
                                         std::string_view pad) {
-  const std::size_t missing =
-      pad.empty() || text.size() >= length ? 0 : length - text.size();
+  const std::size_t missing = pad.empty() || text.size() >= length ? 0 : length - text.size();
   std::string padded;
   padded.reserve(missing + text.size());
   while (padded.size() < missing) {

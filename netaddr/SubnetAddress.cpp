@@ -58,7 +58,8 @@ bool SubnetAddress::isInSubnet(const SubnetAddress& other) const {
   if (!valid_ || !other.valid_ || width_ != other.width_ || subnetMask_ < other.subnetMask_) {
     return false;
   }
-  return maskWith(other.subnetMask_) == other.mask();
+  // The first bit in which they differ lies behind the other's mask.
+  return bigInteger().xOr(other.bigInteger()).bitCount() <= width_ - other.subnetMask_;
 }
 
 BigInt SubnetAddress::boundary(char hostBit) const {

@@ -10,11 +10,13 @@
 
 namespace quillet {
 
-/// What IPv4 and IPv6 have in common: an address read from a text, and the subnet of which it is a part.
+/// What IPv4 and IPv6 have in common: an address read from a text, and the subnet of which it is a
+/// part.
 ///
-/// Reading never throws: a text that is no address gives an object that is not `valid` and tells why in
-/// `error`. Every query may be asked of it too and works on what has been read: absent groups count as 0,
-/// text forms are empty when there are none, and it is `correct` never and in no subnet.
+/// Reading never throws: a text that is no address gives an object that is not `valid` and tells
+/// why in `error`. Every query may be asked of it too and works on what has been read: absent
+/// groups count as 0, text forms are empty when there are none, and it is `correct` never and in no
+/// subnet.
 class SubnetAddress {
  public:
   virtual ~SubnetAddress() = default;
@@ -55,8 +57,8 @@ class SubnetAddress {
   [[nodiscard]] std::string maskWith(int n) const { return bitsBase2WithStart(0, n); }
   /// The bits that all addresses of the subnet share.
   [[nodiscard]] std::string mask() const { return maskWith(subnetMask_); }
-  /// Whether this address, or the whole subnet that it names, lies in the other's. Addresses of two families
-  /// have no bits to compare: false.
+  /// Whether this address, or the whole subnet that it names, lies in the other's. Addresses of two
+  /// families have no bits to compare: false.
   [[nodiscard]] bool isInSubnet(const SubnetAddress& other) const;
 
  protected:
@@ -71,7 +73,8 @@ class SubnetAddress {
 
   void fail(std::string error);
   void resetParsed();
-  /// Takes at most three digits as the prefix length; false, with the error set, for one above the width.
+  /// Takes at most three digits as the prefix length; false, with the error set, for one above the
+  /// width.
   bool setSubnet(std::string_view digits);
   /// The subnet's first address for '0', its last for '1'.
   [[nodiscard]] BigInt boundary(char hostBit) const;

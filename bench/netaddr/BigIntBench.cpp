@@ -1,11 +1,12 @@
-// BigInt beside GMP on the same operands. GMP keeps its results in place, BigInt returns new values.
-
-#include "netaddr/BigInt.h"
+// BigInt beside GMP on the same operands. GMP keeps its results in place, BigInt returns new
+// values.
 
 #include <benchmark/benchmark.h>
 #include <gmp.h>
 
 #include <string>
+
+#include "netaddr/BigInt.h"
 
 namespace quillet {
 namespace {

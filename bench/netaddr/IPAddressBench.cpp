@@ -1,12 +1,12 @@
-// Parsing and formatting addresses beside inet_pton and inet_ntop, which know neither prefix lengths nor
-// zones, make no error texts and keep nothing of the text.
-
-#include "netaddr/IPAddress.h"
+// Parsing and formatting addresses beside inet_pton and inet_ntop, which know neither prefix
+// lengths nor zones, make no error texts and keep nothing of the text.
 
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 
 #include <array>
+
+#include "netaddr/IPAddress.h"
 
 namespace quillet {
 namespace {
@@ -31,7 +31,13 @@ void format(benchmark::State& state, const char* text) {
   }
 }
 
-void parsePlatform(benchmark::State& state, int family, const char* text) {
+constexpr auto BM_parseIPv4 = parse<IPv4>;
+constexpr auto BM_parseIPv6 = parse<IPv6>;
+constexpr auto BM_parseIPAddress = parse<IPAddress>;
+constexpr auto BM_formatIPv4 = format<IPv4>;
+constexpr auto BM_formatIPv6 = format<IPv6>;
+
+void BM_inet_pton(benchmark::State& state, int family, const char* text) {
   std::array<std::uint8_t, 16> bytes;
   for (auto _ : state) {
     benchmark::DoNotOptimize(inet_pton(family, text, bytes.data()));
@@ -39,7 +45,7 @@ void parsePlatform(benchmark::State& state, int family, const char* text) {
   }
 }
 
-void formatPlatform(benchmark::State& state, int family, const char* text) {
+void BM_inet_ntop(benchmark::State& state, int family, const char* text) {
   std::array<std::uint8_t, 16> bytes;
   inet_pton(family, text, bytes.data());
   std::array<char, INET6_ADDRSTRLEN> written;
@@ -49,7 +55,7 @@ void formatPlatform(benchmark::State& state, int family, const char* text) {
   }
 }
 
-void isInSubnet(benchmark::State& state, const char* text, const char* subnet) {
+void BM_isInSubnet(benchmark::State& state, const char* text, const char* subnet) {
   const IPAddress ip(text);
   const IPAddress other(subnet);
   for (auto _ : state) {
@@ -57,25 +63,25 @@ void isInSubnet(benchmark::State& state, const char* text, const char* subnet) {
   }
 }
 
-BENCHMARK_CAPTURE(parse<IPv4>, ipv4, kIPv4);
-BENCHMARK_CAPTURE(parsePlatform, ipv4, AF_INET, kIPv4);
-BENCHMARK_CAPTURE(format<IPv4>, ipv4, kIPv4);
-BENCHMARK_CAPTURE(formatPlatform, ipv4, AF_INET, kIPv4);
-BENCHMARK_CAPTURE(parse<IPv6>, short, kShort);
-BENCHMARK_CAPTURE(parsePlatform, short, AF_INET6, kShort);
-BENCHMARK_CAPTURE(format<IPv6>, short, kShort);
-BENCHMARK_CAPTURE(formatPlatform, short, AF_INET6, kShort);
-BENCHMARK_CAPTURE(parse<IPv6>, gap, kGap);
-BENCHMARK_CAPTURE(parsePlatform, gap, AF_INET6, kGap);
-BENCHMARK_CAPTURE(format<IPv6>, gap, kGap);
-BENCHMARK_CAPTURE(formatPlatform, gap, AF_INET6, kGap);
-BENCHMARK_CAPTURE(parse<IPv6>, long, kLong);
-BENCHMARK_CAPTURE(parsePlatform, long, AF_INET6, kLong);
-BENCHMARK_CAPTURE(format<IPv6>, long, kLong);
-BENCHMARK_CAPTURE(formatPlatform, long, AF_INET6, kLong);
-BENCHMARK_CAPTURE(parse<IPAddress>, long, kLong);
-BENCHMARK_CAPTURE(isInSubnet, ipv4, "10.0.0.5", "10.0.0.0/8");
-BENCHMARK_CAPTURE(isInSubnet, ipv6, kGap, "2001:db8::/32");
+BENCHMARK_CAPTURE(BM_parseIPv4, ipv4, kIPv4);
+BENCHMARK_CAPTURE(BM_inet_pton, ipv4, AF_INET, kIPv4);
+BENCHMARK_CAPTURE(BM_formatIPv4, ipv4, kIPv4);
+BENCHMARK_CAPTURE(BM_inet_ntop, ipv4, AF_INET, kIPv4);
+BENCHMARK_CAPTURE(BM_parseIPv6, short, kShort);
+BENCHMARK_CAPTURE(BM_inet_pton, short, AF_INET6, kShort);
+BENCHMARK_CAPTURE(BM_formatIPv6, short, kShort);
+BENCHMARK_CAPTURE(BM_inet_ntop, short, AF_INET6, kShort);
+BENCHMARK_CAPTURE(BM_parseIPv6, gap, kGap);
+BENCHMARK_CAPTURE(BM_inet_pton, gap, AF_INET6, kGap);
+BENCHMARK_CAPTURE(BM_formatIPv6, gap, kGap);
+BENCHMARK_CAPTURE(BM_inet_ntop, gap, AF_INET6, kGap);
+BENCHMARK_CAPTURE(BM_parseIPv6, long, kLong);
+BENCHMARK_CAPTURE(BM_inet_pton, long, AF_INET6, kLong);
+BENCHMARK_CAPTURE(BM_formatIPv6, long, kLong);
+BENCHMARK_CAPTURE(BM_inet_ntop, long, AF_INET6, kLong);
+BENCHMARK_CAPTURE(BM_parseIPAddress, long, kLong);
+BENCHMARK_CAPTURE(BM_isInSubnet, ipv4, "10.0.0.5", "10.0.0.0/8");
+BENCHMARK_CAPTURE(BM_isInSubnet, ipv6, kGap, "2001:db8::/32");
 
 }  // namespace
 }  // namespace quillet

@@ -1,5 +1,6 @@
-// One byte for the radix, then two numbers as text with a line feed between them. What is read is written
-// back as it was, but for leading zeros and letter case, and divided numbers are made whole again.
+// One byte for the radix, then two numbers as text with a line feed between them. What is read is
+// written back as it was, but for leading zeros and letter case, and divided numbers are made whole
+// again.
 
 #include <algorithm>
 #include <optional>
@@ -54,7 +55,8 @@ void calculate(const BigInt& a, const BigInt& b) {
   if (const auto divisor = unlessThrown([&] { return a.gcd(b); })) {
     require(a.mod(*divisor) == BigInt() || divisor->equals(BigInt()));
   }
-  require(a.xOr(b) == a.bitOr(b).subtract(a.bitAnd(b)) || a.lessThan(BigInt()) || b.lessThan(BigInt()));
+  require(a.xOr(b) == a.bitOr(b).subtract(a.bitAnd(b)) || a.lessThan(BigInt()) ||
+          b.lessThan(BigInt()));
   const int shift = b.intValue();
   require(shift < 0 || shift > 31 || a.bitCount() > 2200 ||
           a.shiftLeft(shift).shiftRight(shift) == a);

@@ -1,5 +1,5 @@
-// A text as an address: what is valid survives the way through its forms, its bytes and its number, and the
-// platform's own parser agrees on what an address is.
+// A text as an address: what is valid survives the way through its forms, its bytes and its number,
+// and the platform's own parser agrees on what an address is.
 
 #include <arpa/inet.h>
 
@@ -72,7 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   quillet::query(quillet::IPv4(text));
   quillet::query(ipv6);
   quillet::queryForms(ipv6);
-  quillet::require(quillet::IPAddress(text).valid() == (quillet::IPv4(text).valid() || ipv6.valid()));
+  quillet::require(quillet::IPAddress(text).valid() ==
+                   (quillet::IPv4(text).valid() || ipv6.valid()));
   (void)quillet::IPv4::ipv4FromHex(text).valid();
   (void)quillet::IPv6(text, static_cast<int>(size)).valid();
   return 0;

@@ -52,8 +52,9 @@ TEST(BigIntPrimalityTest, KnowsLargePrimes) {
 TEST(BigIntPrimalityTest, SeesThroughPseudoprimes) {
   const char* const composites[] = {
       // Carmichael numbers
-      "561", "1105", "1729", "2465", "2821", "6601", "8911", "10585", "41041", "825265", "321197185",
-      "5394826801", "232250619601", "9746347772161", "1436697831295441", "60977817398996785",
+      "561", "1105", "1729", "2465", "2821", "6601", "8911", "10585", "41041", "825265",
+      "321197185", "5394826801", "232250619601", "9746347772161", "1436697831295441",
+      "60977817398996785",
       // strong pseudoprimes to base 2
       "2047", "3277", "4033", "4681", "8321", "15841", "29341", "42799", "49141", "52633", "65281",
       "74665", "80581", "85489", "88357", "90751", "1082401", "1194649", "12327121",
@@ -117,9 +118,11 @@ TEST(BigIntPrimalityTest, LucasSequenceGivesFibonacciNumbers) {
   EXPECT_EQ(terms.u, BigInt(144));
   EXPECT_EQ(terms.v, BigInt(322));
   EXPECT_EQ(terms.qPower, BigInt(1));
-  const auto same = BigInt::lucasSequence(BigInt(1), BigInt(-1), BigInt(-3), n.negate(), BigInt(3), 2);
+  const auto same =
+      BigInt::lucasSequence(BigInt(1), BigInt(-1), BigInt(-3), n.negate(), BigInt(3), 2);
   EXPECT_EQ(same.u, terms.u);
-  EXPECT_EQ(BigInt::lucasSequence(BigInt(1), BigInt(1), BigInt(1), BigInt(), BigInt(), -5).u, BigInt());
+  EXPECT_EQ(BigInt::lucasSequence(BigInt(1), BigInt(1), BigInt(1), BigInt(), BigInt(), -5).u,
+            BigInt());
 }
 
 }  // namespace

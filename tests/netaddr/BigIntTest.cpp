@@ -1,11 +1,10 @@
-#include "netaddr/BigInt.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
 #include <vector>
 
+#include "netaddr/BigInt.h"
 #include "tests/netaddr/BigIntSamples.h"
 #include "tests/netaddr/Thrown.h"
 
@@ -184,8 +183,9 @@ TEST(BigIntTest, SquareRootAndPowerRefuseTheNegative) {
 TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
   const BigInt n = hex("FEDCBA9876543210FEDCBA987");
   const BigInt constant = BigInt(1).shiftLeft(256).divide(n);
-  const std::vector<BigInt> numbers = {BigInt(),    BigInt(5),         n,        n.subtract(BigInt(1)),
-                                       n.multiply(n), hex("123").shiftLeft(200), highest(), lowest()};
+  const std::vector<BigInt> numbers = {
+      BigInt(),  BigInt(5), n, n.subtract(BigInt(1)), n.multiply(n), hex("123").shiftLeft(200),
+      highest(), lowest()};
   for (const BigInt& x : numbers) {
     EXPECT_EQ(BigInt::barrettReduction(x, n, constant), x.mod(n));
     EXPECT_EQ(BigInt::barrettReduction(x, n, BigInt(99)), x.mod(n));

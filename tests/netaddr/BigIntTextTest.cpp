@@ -34,7 +34,8 @@ TEST(BigIntTextTest, ReadsDigits) {
 }
 
 TEST(BigIntTextTest, RefusesWhatIsNoNumber) {
-  for (const std::string text : {"", "-", "1g", "g1", "--1", "1-", "+1", " 1", "1 ", "0x1", "\xC3\xA9", "."}) {
+  for (const std::string text :
+       {"", "-", "1g", "g1", "--1", "1-", "+1", " 1", "1 ", "0x1", "\xC3\xA9", "."}) {
     EXPECT_EQ(thrownByText(text, 16), kInvalid) << text;
   }
   EXPECT_EQ(thrownByText(std::string("1\0", 2), 16), kInvalid);

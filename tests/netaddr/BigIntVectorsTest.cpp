@@ -36,21 +36,29 @@ std::string outcome(Call call) {
 
 Texts lucas(const Texts& in) {
   const BigInt n = hex(in[4]);
-  const auto terms = BigInt::lucasSequence(hex(in[0]), hex(in[1]), hex(in[2]), n, BigInt(),
-                                           hex(in[3]).intValue());
+  const auto terms =
+      BigInt::lucasSequence(hex(in[0]), hex(in[1]), hex(in[2]), n, BigInt(), hex(in[3]).intValue());
   return {shown(terms.u), shown(terms.v), shown(terms.qPower)};
 }
 
 /// Takes the results of an operation line's operands anew.
 const std::map<std::string, std::function<Texts(const Texts&)>> kOperations = {
-    {"add", [](const Texts& in) -> Texts { return {outcome([&] { return hex(in[0]).add(hex(in[1])); })}; }},
+    {"add",
+     [](const Texts& in) -> Texts {
+       return {outcome([&] { return hex(in[0]).add(hex(in[1])); })};
+     }},
     {"subtract",
-     [](const Texts& in) -> Texts { return {outcome([&] { return hex(in[0]).subtract(hex(in[1])); })}; }},
+     [](const Texts& in) -> Texts {
+       return {outcome([&] { return hex(in[0]).subtract(hex(in[1])); })};
+     }},
     {"multiply",
-     [](const Texts& in) -> Texts { return {outcome([&] { return hex(in[0]).multiply(hex(in[1])); })}; }},
+     [](const Texts& in) -> Texts {
+       return {outcome([&] { return hex(in[0]).multiply(hex(in[1])); })};
+     }},
     {"divide",
      [](const Texts& in) -> Texts {
-       return {outcome([&] { return hex(in[0]).divide(hex(in[1])); }), shown(hex(in[0]).mod(hex(in[1])))};
+       return {outcome([&] { return hex(in[0]).divide(hex(in[1])); }),
+               shown(hex(in[0]).mod(hex(in[1])))};
      }},
     {"bits",
      [](const Texts& in) -> Texts {
@@ -65,11 +73,14 @@ const std::map<std::string, std::function<Texts(const Texts&)>> kOperations = {
      }},
     {"sqrt", [](const Texts& in) -> Texts { return {shown(hex(in[0]).sqrt())}; }},
     {"gcd", [](const Texts& in) -> Texts { return {shown(hex(in[0]).gcd(hex(in[1])))}; }},
-    {"text", [](const Texts& in) -> Texts { return {hex(in[0]).toStringWithRadix(std::stoi(in[1]))}; }},
+    {"text",
+     [](const Texts& in) -> Texts { return {hex(in[0]).toStringWithRadix(std::stoi(in[1]))}; }},
     {"modPow",
      [](const Texts& in) -> Texts { return {shown(hex(in[0]).modPow(hex(in[1]), hex(in[2])))}; }},
     {"jacobi",
-     [](const Texts& in) -> Texts { return {std::to_string(BigInt::jacobi(hex(in[0]), hex(in[1])))}; }},
+     [](const Texts& in) -> Texts {
+       return {std::to_string(BigInt::jacobi(hex(in[0]), hex(in[1])))};
+     }},
     {"lucas", lucas},
 };
 

@@ -1,8 +1,7 @@
-#include "netaddr/DNSAResourceRecord.h"
-
 #include <gtest/gtest.h>
 
 #include "dnscodec/DNSMessageDecoder.h"
+#include "netaddr/DNSAResourceRecord.h"
 #include "tests/netaddr/Thrown.h"
 
 namespace quillet {
@@ -60,9 +59,10 @@ TEST(DNSAResourceRecordTest, OtherLengthsThrow) {
   Data record = kRecord;
   record[14] = 3;
   const auto generic = decodedRecord(record);
-  EXPECT_EQ(thrownBy([&] { DNSResourceRecord::fromResource<DNSAResourceRecord>(*generic); }),
-            "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 nor a "
-            "IPv6 address");
+  EXPECT_EQ(
+      thrownBy([&] { DNSResourceRecord::fromResource<DNSAResourceRecord>(*generic); }),
+      "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 nor a "
+      "IPv6 address");
 }
 
 TEST(DNSAResourceRecordTest, WithoutAnAddressThereAreNoBytes) {

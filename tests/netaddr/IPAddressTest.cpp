@@ -1,7 +1,6 @@
-#include "netaddr/IPAddress.h"
-
 #include <gtest/gtest.h>
 
+#include "netaddr/IPAddress.h"
 #include "tests/netaddr/Thrown.h"
 
 namespace quillet {

@@ -1,11 +1,11 @@
-#include "netaddr/IPv4.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <random>
 #include <string>
+
+#include "netaddr/IPv4.h"
 
 namespace quillet {
 namespace {
@@ -136,7 +136,8 @@ TEST(IPv4Test, KnowsItsSubnet) {
 }
 
 TEST(IPv4Test, AnswersWhenNotValid) {
-  for (const std::string text : {"256.1.1.1", "1.2.3", "", "x", "1.2.3.4/99", "99999999999999.", "-1.a.0.7"}) {
+  for (const std::string text :
+       {"256.1.1.1", "1.2.3", "", "x", "1.2.3.4/99", "99999999999999.", "-1.a.0.7"}) {
     const IPv4 ip(text);
     EXPECT_EQ(ip.bigInteger(), BigInt());
     EXPECT_EQ(ip.data().size(), 4U);
@@ -169,7 +170,8 @@ TEST(IPv4Test, AgreesWithInetPtonAndNtop) {
     EXPECT_EQ(IPv4(text).correctForm(), text);
 
     text[random() % text.size()] = alphabet[random() % alphabet.size()];
-    if (text.find('/') == std::string::npos && inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) {
+    if (text.find('/') == std::string::npos &&
+        inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) {
       EXPECT_TRUE(IPv4(text).correct()) << text;
       EXPECT_EQ(IPv4(text).data(), Data(bytes.begin(), bytes.end())) << text;
       ++accepted;

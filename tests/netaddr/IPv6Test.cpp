@@ -1,11 +1,11 @@
-#include "netaddr/IPv6.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <random>
 #include <string>
+
+#include "netaddr/IPv6.h"
 
 namespace quillet {
 namespace {
@@ -130,7 +130,8 @@ TEST(IPv6Test, ValidatesTexts) {
 }
 
 TEST(IPv6Test, LongTextsEndQuickly) {
-  for (const std::string piece : {":", "1:", "::1", "g", "/", "%", "/1", "12345:", "1.", "\xC3\xA9"}) {
+  for (const std::string piece :
+       {":", "1:", "::1", "g", "/", "%", "/1", "12345:", "1.", "\xC3\xA9"}) {
     std::string text;
     while (text.size() < 1000000) {
       text.append(piece);
@@ -247,7 +248,8 @@ TEST(IPv6Test, IsMadeOfNumbers) {
   EXPECT_EQ(IPv6::fromBigInteger(BigInt("20010DB8000000000000000000000001", 16)).address(),
             "2001:0db8:0000:0000:0000:0000:0000:0001");
   EXPECT_EQ(IPv6::fromBigInteger(BigInt()).correctForm(), "::");
-  EXPECT_EQ(IPv6::fromBigInteger(BigInt("100000000000000000000000000000002", 16)).correctForm(), "::2");
+  EXPECT_EQ(IPv6::fromBigInteger(BigInt("100000000000000000000000000000002", 16)).correctForm(),
+            "::2");
   EXPECT_EQ(IPv6::fromBigInteger(BigInt(-1)).correctForm(),
             "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff");
 }
@@ -264,7 +266,8 @@ TEST(IPv6Test, KnowsItsSubnet) {
 }
 
 TEST(IPv6Test, AnswersWhenNotValid) {
-  for (const char* const text : {"", "::1/999", "1:2:3", "nonsense", "1::2::3", "::ffff:01.2.3.4"}) {
+  for (const char* const text :
+       {"", "::1/999", "1:2:3", "nonsense", "1::2::3", "::ffff:01.2.3.4"}) {
     const IPv6 ip(text);
     EXPECT_EQ(ip.correctForm(), std::nullopt);
     EXPECT_EQ(ip.canonicalForm() + ip.decimal() + ip.v4inv6() + ip.reversedForm(), "");

@@ -1,6 +1,6 @@
-#include "netaddr/PaddedText.h"
-
 #include <gtest/gtest.h>
+
+#include "netaddr/PaddedText.h"
 
 namespace quillet {
 namespace {
