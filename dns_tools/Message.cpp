@@ -15,7 +15,6 @@ using platform::DataView;
 namespace {
 
 constexpr std::size_t kHeaderSize = 12;
-constexpr std::size_t kLengthPrefixSize = 2;
 constexpr std::size_t kMaxUInt16 = std::numeric_limits<std::uint16_t>::max();
 // The least that an entry takes, its name the root.
 constexpr std::size_t kMinQuestionSize = 5;

@@ -25,7 +25,7 @@ NameServerRecord::NameServerRecord(Head&& head, Reader& reader)
 void NameServerRecord::describe(std::string& out) const {
   StructureText text(out, "NameServerRecord");
   describeHead(text);
-  text.field("nameServer", nameServer);
+  text.field("type", type_).field("nameServer", nameServer);
 }
 
 std::unique_ptr<ResourceRecord> NameServerRecord::clone() const {

@@ -31,7 +31,7 @@ class DNSParser {
                                                   const std::vector<std::string>& values);
 
   /// `dataForInjection` are finished options, see `buildEdnsDataWithCodes`.
-  static Data injectFlagsTo(const Data& datagram, const Data& dataForInjection);
+  static Data injectFlagsTo(const Data& datagram, Data dataForInjection);
   static Data injectFlagsTo(const Data& datagram, const std::vector<std::uint16_t>& codes,
                             const std::vector<std::string>& values);
 
@@ -48,7 +48,7 @@ class DNSParser {
 
   /// Logs the questions. A name that is a URL is replaced by the URL's host; one that only contains
   /// "http" and has no host stays as it is.
-  static DNSMessage checkDnsMessage(DNSMessage message);
+  static DNSMessage& checkDnsMessage(DNSMessage& message);
 
   /// Two lower-case digits for each octet; nothing for nothing.
   static std::optional<std::string> hexStringForData(std::optional<platform::DataView> data);

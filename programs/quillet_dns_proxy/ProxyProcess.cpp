@@ -34,6 +34,13 @@ void raiseDescriptorLimit() {
   }
 }
 
+/// A folder that cannot be made shows when the first value is to be kept there.
+void useDefaultsDirectory(const std::filesystem::path& directory) {
+  std::error_code ignored;
+  std::filesystem::create_directories(directory, ignored);
+  platform::UserDefaults::setDirectory(directory);
+}
+
 std::optional<std::vector<platform::NEDNSSettings>> systemSettings() {
   auto settings = platform::NEDNSSettings::fromFile();
   if (!settings) {
@@ -49,7 +56,7 @@ ProxyProcess::ProxyProcess(CommandLine commandLine)
 
 int ProxyProcess::run() {
   raiseDescriptorLimit();
-  platform::UserDefaults::setDirectory(commandLine_.defaultsDirectory);
+  useDefaultsDirectory(commandLine_.defaultsDirectory);
   const platform::SignalSource signals({SIGTERM, SIGINT, SIGHUP},
                                        [this](int signal) { handleSignal(signal); });
   if (!startHost() || !startProvider()) {

@@ -43,7 +43,7 @@ class ProviderTest : public testing::Test {
     ::unsetenv("TZ");
   }
 
-  void start(std::nullopt_t noOptions) { startWith(noOptions); }
+  void start(std::nullopt_t /*without options*/) { startWith(std::nullopt); }
   void start(platform::JSONValue vendorData) {
     platform::NEProviderOptions options;
     options.emplace("VendorData", std::move(vendorData));
