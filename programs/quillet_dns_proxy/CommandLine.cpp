@@ -60,6 +60,9 @@ std::variant<CommandLine, int> parseCommandLine(int argc, const char* const* arg
                  "Signing identifier of flows whose application is not known")
       ->type_name("ID")
       ->capture_default_str();
+  bool safeSearch = false;
+  app.add_flag("--safe-search", safeSearch,
+               "Send every query unchanged to the filtering service's standard DNS port");
   app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
   try {
     app.parse(argc, argv);
@@ -75,6 +78,7 @@ std::variant<CommandLine, int> parseCommandLine(int argc, const char* const* arg
   }
   result.defaultsDirectory = defaultsDirectory;
   result.sourceApp = sourceApp;
+  result.safeSearch = safeSearch;
   return result;
 }
 

@@ -16,6 +16,8 @@ struct CommandLine {
   std::optional<std::filesystem::path> vendorData;
   std::filesystem::path defaultsDirectory;
   std::string sourceApp;
+  /// Whether the provider is the one for safe search.
+  bool safeSearch = false;
 };
 
 /// The command line read, or the status that the program ends with because help or the version was

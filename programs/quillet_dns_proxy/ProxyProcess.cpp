@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
 #include "platform/foundation/NSLog.h"
@@ -49,10 +50,17 @@ std::optional<std::vector<platform::NEDNSSettings>> systemSettings() {
   return std::vector{*std::move(settings)};
 }
 
+std::shared_ptr<DnsProxyExt> makeProvider(bool safeSearch) {
+  if (safeSearch) {
+    return std::make_shared<SafeSearchDNSProxyProvider>();
+  }
+  return std::make_shared<DnsProxyExt>();
+}
+
 }  // namespace
 
 ProxyProcess::ProxyProcess(CommandLine commandLine)
-    : commandLine_(std::move(commandLine)), provider_(std::make_shared<DnsProxyExt>()) {}
+    : commandLine_(std::move(commandLine)), provider_(makeProvider(commandLine_.safeSearch)) {}
 
 int ProxyProcess::run() {
   raiseDescriptorLimit();
