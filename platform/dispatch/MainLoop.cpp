@@ -7,6 +7,7 @@
 #include <chrono>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
@@ -65,12 +66,12 @@ struct MainLoop::State {
     const std::lock_guard lock(mutex);
     return given.size();
   }
-  Work takeGiven() {
+  std::optional<Work> takeGiven() {
     const std::lock_guard lock(mutex);
     if (given.empty()) {
-      return nullptr;
+      return std::nullopt;
     }
-    Work work = std::move(given.front());
+    std::optional<Work> work = std::move(given.front());
     given.pop_front();
     return work;
   }
@@ -83,11 +84,11 @@ struct MainLoop::State {
 };
 
 bool MainLoop::State::runOneGiven() {
-  const Work work = takeGiven();
+  const auto work = takeGiven();
   if (work) {
-    runGuarded(work);
+    runGuarded(*work);
   }
-  return work != nullptr;
+  return work.has_value();
 }
 
 void MainLoop::State::runGiven() {

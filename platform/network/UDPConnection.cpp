@@ -95,10 +95,7 @@ void UDPConnection::reportStart(const State& outcome) {
   report({Kind::setup, std::nullopt});
   report({Kind::preparing, std::nullopt});
   report(outcome);
-  if (!isCancelled_ && !receives_.empty()) {
-    watchAsNeeded();
-    deliverReceiveErrors();
-  }
+  deliverReceiveErrors();
 }
 
 void UDPConnection::report(const State& state) {
@@ -194,7 +191,7 @@ void UDPConnection::receiveMessage(ReceiveCompletion completion) {
   receives_.push_back(std::move(completion));
   if (state_.error || !receiveErrors_.empty()) {
     deliverLater();
-  } else if (state_.kind == Kind::ready) {
+  } else {
     watchAsNeeded();
   }
 }
@@ -214,7 +211,7 @@ void UDPConnection::socketIsReady(bool canRead, bool canWrite) {
 /// Watching is ended late, by an event that nobody wants: the usual connection is cancelled before
 /// that.
 void UDPConnection::watchAsNeeded() {
-  if (!socket_.isOpen()) {
+  if (state_.kind != Kind::ready || isCancelled_) {
     return;
   }
   if (const auto error = socket_.watch(*this, {!receives_.empty(), !waiting_.empty()})) {
@@ -233,9 +230,10 @@ void UDPConnection::receiveOne() {
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
     return;
   }
+  const int error = errno;
   touch();
   if (size < 0) {
-    completeOldestReceive(std::nullopt, false, NWError::posix(errno));
+    completeOldestReceive(std::nullopt, false, NWError::posix(error));
     return;
   }
   const auto length = static_cast<std::size_t>(size);
@@ -280,6 +278,7 @@ void UDPConnection::deliverReceiveErrors() {
   while (!receives_.empty()) {
     const auto error = takeReceiveError();
     if (!error) {
+      watchAsNeeded();
       return;
     }
     completeOldestReceive(std::nullopt, false, error);
