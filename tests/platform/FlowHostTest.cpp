@@ -1,5 +1,3 @@
-#include "platform/flowhost/FlowHost.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,6 +9,7 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/DatagramSlots.h"
+#include "platform/flowhost/FlowHost.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/foundation/Description.h"
 #include "tests/platform/FlowProvider.h"
@@ -52,7 +51,9 @@ class FlowHostTest : public testing::Test {
     ASSERT_TRUE(host) << host.error().text();
     host_ = *std::move(host);
   }
-  SocketAddress bound(std::size_t index = 0) { return addressOf(host_->boundEndpoints().at(index)); }
+  SocketAddress bound(std::size_t index = 0) {
+    return addressOf(host_->boundEndpoints().at(index));
+  }
 
   static void runReady() { MainLoop::shared().runReady(); }
   static bool runUntil(const std::function<bool()>& done) {
@@ -178,10 +179,14 @@ TEST_F(FlowHostTest, AnswersLeaveFromTheAddressThatWasAsked) {
     const char* asked;
     const char* client;
   } rows[] = {
-      {"127.0.0.1", "127.0.0.1", "127.0.0.1"}, {"127.0.0.9", "127.0.0.9", "127.0.0.1"},
-      {"::1", "::1", "::1"},                   {"0.0.0.0", "127.0.0.1", "127.0.0.1"},
-      {"0.0.0.0", "127.0.0.7", "127.0.0.1"},   {"0.0.0.0", "127.0.0.8", "127.0.0.8"},
-      {"::", "::1", "::1"},                    {"::ffff:127.0.0.6", "127.0.0.6", "127.0.0.1"},
+      {"127.0.0.1", "127.0.0.1", "127.0.0.1"},
+      {"127.0.0.9", "127.0.0.9", "127.0.0.1"},
+      {"::1", "::1", "::1"},
+      {"0.0.0.0", "127.0.0.1", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.7", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.8", "127.0.0.8"},
+      {"::", "::1", "::1"},
+      {"::ffff:127.0.0.6", "127.0.0.6", "127.0.0.1"},
   };
   for (const auto& row : rows) {
     provider_.offers.clear();
@@ -371,17 +376,16 @@ TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
   std::map<std::string, int> outcomes;
   const auto count = ListenSocket::kMaxWaiting + 10;
   for (std::size_t i = 0; i < count; ++i) {
-    flow->writeDatagrams({bytes("a")}, {asked}, [&](const auto& error) {
-      ++outcomes[error ? error->text() : ""];
-    });
+    flow->writeDatagrams({bytes("a")}, {asked},
+                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
   }
   flow->closeReadWithError(std::nullopt);
   flow->closeWriteWithError(std::nullopt);
   runReady();
-  EXPECT_THAT(outcomes,
-              ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
-                          testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available",
-                                        10)));
+  EXPECT_THAT(
+      outcomes,
+      ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
+                  testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
   EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
 }
 

@@ -28,9 +28,7 @@ int nextResult() {
 
 }  // namespace
 
-SendFailures::SendFailures(std::initializer_list<int> results) {
-  test::results().assign(results);
-}
+SendFailures::SendFailures(std::initializer_list<int> results) { test::results().assign(results); }
 
 SendFailures::~SendFailures() { results().clear(); }
 
