@@ -534,10 +534,10 @@ class DescriptorLimit {
   rlimit former_{};
 };
 
-/// The lowest limit under which one more descriptor can be opened.
-rlim_t roomForOneMore() {
+/// A limit under which no descriptor can be opened; what is open stays so.
+rlim_t noRoom() {
   const FileDescriptor next(::dup(STDIN_FILENO));
-  return static_cast<rlim_t>(next.get()) + 1;
+  return static_cast<rlim_t>(next.get());
 }
 
 TEST_F(NWConnectionTest, TheBoundLeavesDescriptorsForOthers) {
@@ -555,15 +555,21 @@ TEST_F(NWConnectionTest, WithoutADescriptorTheOneIdleLongestMakesRoom) {
   const UDPSocket server;
   const auto a = readyTo(server.port(), "a ");
   const auto b = readyTo(server.port(), "b ");
-  const DescriptorLimit limit(roomForOneMore() - 1);
-  const auto c = startedTo(server.port(), "c ");
+  const auto c = make("127.0.0.1", server.port(), "c ");
+  {
+    const DescriptorLimit limit(noRoom());
+    start(c);
+  }
   runReady();
   EXPECT_THAT(lines_, ElementsAre("a cancelled", "c setup", "c preparing", "c ready"));
 }
 
 TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
-  const DescriptorLimit limit(roomForOneMore() - 1);
-  const auto connection = startedTo(53);
+  const auto connection = make("127.0.0.1", 53);
+  {
+    const DescriptorLimit limit(noRoom());
+    start(connection);
+  }
   receive(connection);
   runReady();
   const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";

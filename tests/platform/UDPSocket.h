@@ -59,7 +59,7 @@ class UDPSocket {
 
   /// The next datagram, if there is one.
   [[nodiscard]] std::optional<Received> receive() const {
-    std::string text(65536, '\0');
+    std::string text(65536, 0);
     Received received;
     received.from = address_;
     socklen_t size = SocketAddress::kMaxSize;
