@@ -16,6 +16,10 @@ add_compile_options(
   -Wcast-align -Wformat=2 -Wimplicit-fallthrough
   -fstack-protector-strong
 )
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # g++ 12 sees overlaps in std::string's own assignments that cannot be (GCC bug 105651).
+  add_compile_options(-Wno-restrict)
+endif()
 add_compile_definitions(ASIO_STANDALONE ASIO_NO_DEPRECATED JSON_USE_IMPLICIT_CONVERSIONS=0)
 
 if(NOT QUILLET_SANITIZE AND CMAKE_BUILD_TYPE STREQUAL "Release")

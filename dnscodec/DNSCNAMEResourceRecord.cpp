@@ -16,8 +16,4 @@ platform::Data DNSCNAMEResourceRecord::encodeData() const {
   return DNSLabelEncoder::encode(canonicalName);
 }
 
-std::shared_ptr<DNSResourceRecord> DNSCNAMEResourceRecord::copy() const {
-  return std::shared_ptr<DNSResourceRecord>(new DNSCNAMEResourceRecord(*this));
-}
-
 }  // namespace quillet

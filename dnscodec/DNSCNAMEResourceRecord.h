@@ -2,17 +2,17 @@
 
 #include <string>
 
-#include "dnscodec/DNSResourceRecord.h"
+#include "dnscodec/DNSTypedResourceRecord.h"
 
 namespace quillet {
 
 /// A CNAME record with its target as text (RFC 1035 section 3.3.1).
-class DNSCNAMEResourceRecord final : public DNSResourceRecord {
+class DNSCNAMEResourceRecord final : public DNSTypedResourceRecord<DNSCNAMEResourceRecord> {
  public:
-  /// Reads the target from the RDATA alone; one that points out of it leaves the name empty.
+  /// Reads the target from the RDATA alone, without the message around it; one that cannot be read
+  /// leaves the name empty.
   void decodeFromResource(const DNSResourceRecord& record) override;
   [[nodiscard]] platform::Data encodeData() const override;
-  [[nodiscard]] std::shared_ptr<DNSResourceRecord> copy() const override;
 
   std::string canonicalName;
 };

@@ -4,8 +4,8 @@
 
 namespace quillet {
 
-/// The fixed first part of a message (RFC 1035 section 4.1.1; AD and CD: RFC 4035 section 3). The reserved Z
-/// bit has no place here: it is dropped on reading and written as 0.
+/// The fixed first part of a message (RFC 1035 section 4.1.1; AD and CD: RFC 4035 section 3). The
+/// reserved Z bit has no place here: it is dropped on reading and written as 0.
 struct DNSHeader {
   std::uint16_t id = 0;
   /// True when QR is clear.

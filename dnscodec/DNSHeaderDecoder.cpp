@@ -7,8 +7,7 @@ namespace quillet {
 
 void DNSHeaderDecoder::decodeHeaderInBuffer(platform::DataView buffer, std::uint32_t& offset) {
   using Bits = HeaderBits;
-  DecodeBudget budget;
-  WireReader reader(buffer, offset, budget);
+  WireReader reader(buffer, offset);
   DNSHeader read;
   read.id = reader.readUInt16();
   const std::uint8_t first = reader.readUInt8();
@@ -28,7 +27,7 @@ void DNSHeaderDecoder::decodeHeaderInBuffer(platform::DataView buffer, std::uint
   read.additionalRecordCount = reader.readUInt16();
   if (!reader.failed()) {
     header = read;
-    offset = static_cast<std::uint32_t>(reader.offset());
+    offset = reader.offset();
   }
 }
 

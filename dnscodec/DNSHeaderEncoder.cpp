@@ -1,7 +1,6 @@
 #include "dnscodec/DNSHeaderEncoder.h"
 
 #include "dnscodec/HeaderBits.h"
-#include "dnscodec/WireWriter.h"
 
 namespace quillet {
 
@@ -11,12 +10,11 @@ std::uint8_t bit(bool isSet, std::uint8_t mask) { return isSet ? mask : std::uin
 
 std::uint8_t firstFlags(const DNSHeader& header) {
   using Bits = HeaderBits;
-  return static_cast<std::uint8_t>(
-      bit(!header.isQuery, Bits::kResponse) |
-      (header.opCode & Bits::kCodeMask) << Bits::kOpCodeShift |
-      bit(header.authoritativeAnswer, Bits::kAuthoritativeAnswer) |
-      bit(header.truncated, Bits::kTruncated) |
-      bit(header.recursionDesired, Bits::kRecursionDesired));
+  return static_cast<std::uint8_t>(bit(!header.isQuery, Bits::kResponse) |
+                                   (header.opCode & Bits::kCodeMask) << Bits::kOpCodeShift |
+                                   bit(header.authoritativeAnswer, Bits::kAuthoritativeAnswer) |
+                                   bit(header.truncated, Bits::kTruncated) |
+                                   bit(header.recursionDesired, Bits::kRecursionDesired));
 }
 
 std::uint8_t secondFlags(const DNSHeader& header) {
@@ -30,9 +28,12 @@ std::uint8_t secondFlags(const DNSHeader& header) {
 }  // namespace
 
 platform::Data DNSHeaderEncoder::encode(const DNSHeader& header) {
-  platform::Data bytes;
-  bytes.reserve(HeaderBits::kHeaderSize);
-  WireWriter writer(bytes);
+  WireWriter writer(HeaderBits::kHeaderSize);
+  encodeTo(writer, header);
+  return writer.finish();
+}
+
+void DNSHeaderEncoder::encodeTo(WireWriter& writer, const DNSHeader& header) {
   writer.writeUInt16(header.id);
   writer.writeUInt8(firstFlags(header));
   writer.writeUInt8(secondFlags(header));
@@ -40,7 +41,6 @@ platform::Data DNSHeaderEncoder::encode(const DNSHeader& header) {
   writer.writeUInt16(header.answerRecordCount);
   writer.writeUInt16(header.authorityRecordCount);
   writer.writeUInt16(header.additionalRecordCount);
-  return bytes;
 }
 
 }  // namespace quillet

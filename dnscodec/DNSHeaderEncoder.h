@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dnscodec/DNSHeader.h"
+#include "dnscodec/WireWriter.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
@@ -10,6 +11,8 @@ class DNSHeaderEncoder {
  public:
   /// The 12 octets of a header, with the counts that it holds.
   static platform::Data encode(const DNSHeader& header);
+  /// The same behind what the writer holds.
+  static void encodeTo(WireWriter& writer, const DNSHeader& header);
 };
 
 }  // namespace quillet

@@ -1,30 +1,60 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
+#include "dnscodec/DecodeBudget.h"
 #include "dnscodec/WireReader.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
 
-/// Reads one name, compressed or not. Made fresh for each.
+/// Reads one name, compressed or not (RFC 1035 section 4.1.4). Made fresh for each.
+///
+/// A length octet below 192 announces a label of that many ASCII octets, 0 the end; 192 and above
+/// begin a pointer. What stands at a pointer's target is a name of its own: it joins the labels as
+/// one more entry, "." when it is the root, and a target that is no name adds nothing. A name of
+/// more than `kMaxPointers` pointers, such as a circle of them, fails: 255 octets hold no more
+/// labels (RFC 1035 section 2.3.4).
 class DNSLabelDecoder {
  public:
-  DNSLabelDecoder() = default;
-  /// Charges what it reads to the budget of a whole message.
-  explicit DNSLabelDecoder(DecodeBudget& shared) : budget_(&shared) {}
+  static constexpr int kMaxPointers = 127;
 
-  /// Reads the name at `offset` and moves it behind the name, behind the first pointer if there is one. A
-  /// broken name leaves `name` unset.
-  void decodeLabelInBuffer(platform::DataView buffer, std::uint32_t& offset);
+  /// Reads the name at `offset` and moves it behind the name, behind the first pointer if there is
+  /// one. A name that fails leaves `name` unset and `offset` where it was.
+  void decodeLabelInBuffer(platform::DataView message, std::uint32_t& offset);
+  /// The same, charged to the budget of a whole message; what it does not allow fails.
+  void decodeLabelInBuffer(platform::DataView message, std::uint32_t& offset, DecodeBudget& budget);
 
+  /// The labels joined by "." without a trailing one; "." for the root.
   std::optional<std::string> name;
 
  private:
-  DecodeBudget own_;
-  DecodeBudget* budget_ = nullptr;
+  enum class State { expectingLength, readingLabel, readingPointer, finished };
+
+  void expectLength(WireReader& reader);
+  void readLabel(WireReader& reader, DecodeBudget& budget);
+  void readPointer(WireReader& reader, platform::DataView message, DecodeBudget& budget);
+  void breakOff();
+  void endName();
+  void addLabel(std::string_view label);
+  void resetBufferToSize(std::size_t size);
+  void compileNameAndReset();
+
+  State state_ = State::expectingLength;
+  std::size_t bufferSize_ = 0;   // octets of the label to read
+  std::size_t pointerHigh_ = 0;  // the first octet of the pointer to read
+  std::string labels_;           // those read so far, joined
+
+  // A target is read in the same run as the name that points at it, so that no chain of them
+  // recurses. These say how much of `labels_` there was when the last two pointers were followed.
+  int openTargets_ = 0;
+  std::size_t targetStart_ = 0;
+  std::size_t parentStart_ = 0;
+  std::optional<std::uint32_t> behindFirstPointer_;
 };
 
 }  // namespace quillet

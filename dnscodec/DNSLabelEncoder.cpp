@@ -5,10 +5,9 @@
 namespace quillet {
 
 platform::Data DNSLabelEncoder::encode(std::string_view name) {
-  platform::Data bytes;
-  bytes.reserve(name.size() + 2);
-  WireWriter(bytes).writeName(name);
-  return bytes;
+  WireWriter writer(WireWriter::maxNameSize(name));
+  writer.writeName(name);
+  return writer.finish();
 }
 
 }  // namespace quillet

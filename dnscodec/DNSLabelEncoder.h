@@ -9,7 +9,7 @@ namespace quillet {
 /// Writes names.
 class DNSLabelEncoder {
  public:
-  /// A name without compression, see WireWriter::writeName.
+  /// A name without compression, see `WireWriter::writeName`.
   static platform::Data encode(std::string_view name);
 };
 

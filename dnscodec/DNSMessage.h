@@ -9,12 +9,14 @@
 
 namespace quillet {
 
-/// A message taken apart. A copy has its own header and lists; the lists hold the same questions and records.
+/// A message taken apart. A copy has its own header and lists; the lists hold the same questions
+/// and records.
 struct DNSMessage {
+  using Questions = std::vector<std::shared_ptr<DNSQuestion>>;
   using Records = std::vector<std::shared_ptr<DNSResourceRecord>>;
 
   DNSHeader header;
-  std::vector<std::shared_ptr<DNSQuestion>> questions;
+  Questions questions;
   Records answers;
   Records authorityRecords;
   Records additionalRecords;

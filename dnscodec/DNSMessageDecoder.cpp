@@ -1,5 +1,7 @@
 #include "dnscodec/DNSMessageDecoder.h"
 
+#include <utility>
+
 #include "dnscodec/DNSHeaderDecoder.h"
 #include "dnscodec/DNSQuestionDecoder.h"
 #include "dnscodec/DNSResourceRecordDecoder.h"
@@ -15,7 +17,7 @@ constexpr std::size_t kMinQuestionSize = 5;
 constexpr std::size_t kMinRecordSize = 11;
 
 /// Whether `count` elements can stand in what is left, so that a count that lies reserves nothing.
-bool fits(std::uint16_t count, std::size_t minSize, DataView buffer, std::uint32_t offset) {
+bool fits(std::size_t count, std::size_t minSize, DataView buffer, std::uint32_t offset) {
   return count <= (buffer.size() - offset) / minSize;
 }
 
@@ -23,60 +25,61 @@ bool fits(std::uint16_t count, std::size_t minSize, DataView buffer, std::uint32
 
 void DNSMessageDecoder::decodeMessageInBuffer(DataView buffer) {
   std::uint32_t offset = 0;
-  DNSMessage read;
-  if (!decodeHeader(buffer, offset, read)) {
-    return;
-  }
+  DNSMessage& read = message.emplace();
   const auto& header = read.header;
-  if (decodeQuestions(header.questionCount, buffer, offset, read) &&
-      decodeResourceRecords(header.answerRecordCount, buffer, offset, read.answers) &&
-      decodeResourceRecords(header.authorityRecordCount, buffer, offset, read.authorityRecords) &&
-      decodeResourceRecords(header.additionalRecordCount, buffer, offset,
-                            read.additionalRecords)) {
-    message = std::move(read);
+  const bool isWhole =
+      decodeHeaderWithBuffer(buffer, offset, read.header) &&
+      decodeQuestionsWithCount(header.questionCount, buffer, offset, read.questions) &&
+      decodeResourceRecordWithCount(header.answerRecordCount, buffer, offset, read.answers) &&
+      decodeResourceRecordWithCount(header.authorityRecordCount, buffer, offset,
+                                    read.authorityRecords) &&
+      decodeResourceRecordWithCount(header.additionalRecordCount, buffer, offset,
+                                    read.additionalRecords);
+  if (!isWhole) {
+    message.reset();
   }
 }
 
-bool DNSMessageDecoder::decodeHeader(DataView buffer, std::uint32_t& offset, DNSMessage& into) {
+bool DNSMessageDecoder::decodeHeaderWithBuffer(DataView buffer, std::uint32_t& offset,
+                                               DNSHeader& header) {
   DNSHeaderDecoder decoder;
   decoder.decodeHeaderInBuffer(buffer, offset);
-  if (!decoder.header) {
-    return false;
-  }
-  into.header = *decoder.header;
-  return true;
+  header = decoder.header.value_or(DNSHeader());
+  return decoder.header.has_value();
 }
 
-bool DNSMessageDecoder::decodeQuestions(std::uint16_t count, DataView buffer,
-                                        std::uint32_t& offset, DNSMessage& into) {
+bool DNSMessageDecoder::decodeQuestionsWithCount(std::size_t count, DataView buffer,
+                                                 std::uint32_t& offset,
+                                                 DNSMessage::Questions& questions) {
   if (!fits(count, kMinQuestionSize, buffer, offset)) {
     return false;
   }
-  into.questions.reserve(count);
-  for (; count > 0; --count) {
-    DNSQuestionDecoder decoder(budget_);
-    decoder.decodeQuestionInBuffer(buffer, offset);
+  questions.reserve(count);
+  while (questions.size() < count) {
+    DNSQuestionDecoder decoder;
+    decoder.decodeQuestionInBuffer(buffer, offset, budget_);
     if (!decoder.question) {
       return false;
     }
-    into.questions.push_back(std::move(decoder.question));
+    questions.push_back(std::move(decoder.question));
   }
   return true;
 }
 
-bool DNSMessageDecoder::decodeResourceRecords(std::uint16_t count, DataView buffer,
-                                              std::uint32_t& offset, DNSMessage::Records& into) {
+bool DNSMessageDecoder::decodeResourceRecordWithCount(std::size_t count, DataView buffer,
+                                                      std::uint32_t& offset,
+                                                      DNSMessage::Records& records) {
   if (!fits(count, kMinRecordSize, buffer, offset)) {
     return false;
   }
-  into.reserve(count);
-  for (; count > 0; --count) {
-    DNSResourceRecordDecoder decoder(budget_);
-    decoder.decodeResourceInBuffer(buffer, offset);
+  records.reserve(count);
+  while (records.size() < count) {
+    DNSResourceRecordDecoder decoder;
+    decoder.decodeResourceInBuffer(buffer, offset, budget_);
     if (!decoder.resource) {
       return false;
     }
-    into.push_back(std::move(decoder.resource));
+    records.push_back(std::move(decoder.resource));
   }
   return true;
 }

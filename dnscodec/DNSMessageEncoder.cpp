@@ -1,7 +1,10 @@
 #include "dnscodec/DNSMessageEncoder.h"
 
+#include <array>
+
 #include "dnscodec/DNSHeaderEncoder.h"
 #include "dnscodec/DNSQuestionEncoder.h"
+#include "dnscodec/HeaderBits.h"
 #include "dnscodec/WireWriter.h"
 
 namespace quillet {
@@ -22,21 +25,40 @@ DNSHeader countedHeader(const DNSMessage& message) {
   return header;
 }
 
+using Sections = std::array<const DNSMessage::Records*, 3>;
+
+/// The lists of records in the order in which a message holds them.
+Sections recordSections(const DNSMessage& message) {
+  return {&message.answers, &message.authorityRecords, &message.additionalRecords};
+}
+
+std::size_t expectedSize(const DNSMessage& message) {
+  std::size_t size = HeaderBits::kHeaderSize;
+  for (const auto& question : message.questions) {
+    size += DNSQuestionEncoder::expectedSize(*question);
+  }
+  for (const auto* section : recordSections(message)) {
+    for (const auto& record : *section) {
+      size += record->expectedSize();
+    }
+  }
+  return size;
+}
+
 }  // namespace
 
 platform::Data DNSMessageEncoder::encode(const DNSMessage& message) {
-  auto bytes = DNSHeaderEncoder::encode(countedHeader(message));
-  WireWriter writer(bytes);
+  WireWriter writer(expectedSize(message));
+  DNSHeaderEncoder::encodeTo(writer, countedHeader(message));
   for (const auto& question : message.questions) {
-    writer.writeBytes(DNSQuestionEncoder::encode(*question));
+    DNSQuestionEncoder::encodeTo(writer, *question);
   }
-  for (const auto* section :
-       {&message.answers, &message.authorityRecords, &message.additionalRecords}) {
+  for (const auto* section : recordSections(message)) {
     for (const auto& record : *section) {
-      writer.writeBytes(record->encode());
+      record->encodeTo(writer);
     }
   }
-  return bytes;
+  return writer.finish();
 }
 
 }  // namespace quillet

@@ -17,15 +17,11 @@ void DNSOPTResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
   dnssecOK = (record.ttl & kDnssecOk) != 0;
 }
 
-platform::Data DNSOPTResourceRecord::encode() const {
+void DNSOPTResourceRecord::encodeTo(WireWriter& writer) const {
   const std::uint32_t fields = static_cast<std::uint32_t>(extendedRCode) << kExtendedRCodeShift |
                                static_cast<std::uint32_t>(version) << kVersionShift |
                                (dnssecOK ? kDnssecOk : 0);
-  return encodeAs(udpPayloadSize, fields);
-}
-
-std::shared_ptr<DNSResourceRecord> DNSOPTResourceRecord::copy() const {
-  return std::shared_ptr<DNSResourceRecord>(new DNSOPTResourceRecord(*this));
+  encodeAs(writer, udpPayloadSize, fields, data);
 }
 
 }  // namespace quillet

@@ -1,13 +1,15 @@
 #include "dnscodec/DNSParser.h"
 
-#include <DeploymentValues.h>
-
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "dnscodec/DNSMessageDecoder.h"
 #include "dnscodec/DNSMessageEncoder.h"
 #include "dnscodec/DNSOPTResourceRecord.h"
-#include "dnscodec/WireWriter.h"
+#include "dnscodec/DigCommand.h"
+#include "dnscodec/HexText.h"
+#include "dnscodec/OptionBlock.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/URLHost.h"
 
@@ -19,37 +21,14 @@ using platform::NSLog;
 
 namespace {
 
-constexpr std::size_t kMaxOptionLength = 0xFFFF;
-constexpr std::size_t kOptionHeadSize = 4;
+using OptRef = std::shared_ptr<DNSOPTResourceRecord>;
 
 constexpr std::uint16_t kTypeA = 1;
 constexpr std::uint16_t kTypeAaaa = 28;
 constexpr std::uint16_t kTypeHttps = 65;
 
-void appendHex(std::string& out, DataView bytes) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  const auto start = out.size();
-  out.resize(start + 2 * bytes.size());
-  char* digit = out.data() + start;
-  for (const std::uint8_t byte : bytes) {
-    *digit++ = kDigits[byte >> 4];
-    *digit++ = kDigits[byte & 0xF];
-  }
-}
-
-void appendOption(Data& block, std::uint16_t code, std::string_view value) {
-  if (value.size() > kMaxOptionLength) {
-    NSLog("inject value: ", code, " is too long, ", value.size(), " bytes");
-    return;
-  }
-  WireWriter writer(block);
-  writer.writeUInt16(code);
-  writer.writeUInt16(static_cast<std::uint16_t>(value.size()));
-  writer.writeBytes(platform::bytesOf(value));
-}
-
-/// The decimal integer that `key` begins with, cut to 16 bits: an optional sign, then digits. The arithmetic of
-/// 16 bits gives the low bits of a number of any length.
+/// The decimal integer that `key` begins with, cut to 16 bits: an optional sign, then digits. The
+/// arithmetic of 16 bits gives the low bits of a number of any length.
 std::uint16_t optionCode(std::string_view key) {
   const bool negative = key.starts_with('-');
   if (negative || key.starts_with('+')) {
@@ -63,6 +42,28 @@ std::uint16_t optionCode(std::string_view key) {
     code = static_cast<std::uint16_t>(code * 10 + (c - '0'));
   }
   return negative ? static_cast<std::uint16_t>(-code) : code;
+}
+
+OptRef optRecord(Data options) {
+  if (options.size() > DNSResourceRecord::kMaxDataSize) {
+    NSLog("inject value: all left out, too long: ", options.size(), " bytes");
+  }
+  auto opt = std::make_shared<DNSOPTResourceRecord>();
+  opt->name = "0";
+  opt->type = DNSOPTResourceRecord::kType;
+  opt->data = std::move(options);
+  return opt;
+}
+
+Data inject(const Data& datagram, const OptRef& opt) {
+  DNSMessageDecoder decoder;
+  decoder.decodeMessageInBuffer(datagram);
+  if (!decoder.message) {
+    return datagram;
+  }
+  auto& message = DNSParser::checkDnsMessage(*decoder.message);
+  message.additionalRecords.assign(1, opt);
+  return DNSMessageEncoder::encode(message);
 }
 
 void logType(std::uint16_t type) {
@@ -85,12 +86,12 @@ void logType(std::uint16_t type) {
 
 std::vector<Data> DNSParser::injectFlagsToDatagrams(const std::vector<Data>& datagrams,
                                                     const std::optional<Flags>& flags) {
-  const auto block = buildEdnsDataFromDict(flags);
+  const auto opt = optRecord(buildEdnsDataFromDict(flags));
   std::vector<Data> injected;
   injected.reserve(datagrams.size());
   for (const auto& datagram : datagrams) {
-    injected.push_back(injectFlagsTo(datagram, block));
-    NSLog("hex data = ", *hexStringForData(injected.back()));
+    injected.push_back(inject(datagram, opt));
+    NSLog("hex data = ", hexStringForData(injected.back()).value());
   }
   return injected;
 }
@@ -106,19 +107,8 @@ std::vector<Data> DNSParser::injectFlagsToDatagrams(const std::vector<Data>& dat
   return injected;
 }
 
-Data DNSParser::injectFlagsTo(const Data& datagram, const Data& dataForInjection) {
-  DNSMessageDecoder decoder;
-  decoder.decodeMessageInBuffer(datagram);
-  if (!decoder.message) {
-    return datagram;
-  }
-  auto message = checkDnsMessage(*std::move(decoder.message));
-  auto opt = std::make_shared<DNSOPTResourceRecord>();
-  opt->name = "0";
-  opt->type = DNSOPTResourceRecord::kType;
-  opt->data = dataForInjection;
-  message.additionalRecords.assign(1, std::move(opt));
-  return DNSMessageEncoder::encode(message);
+Data DNSParser::injectFlagsTo(const Data& datagram, Data dataForInjection) {
+  return inject(datagram, optRecord(std::move(dataForInjection)));
 }
 
 Data DNSParser::injectFlagsTo(const Data& datagram, const std::vector<std::uint16_t>& codes,
@@ -127,47 +117,46 @@ Data DNSParser::injectFlagsTo(const Data& datagram, const std::vector<std::uint1
 }
 
 Data DNSParser::buildEdnsDataWithCode(std::uint16_t code, std::string_view value) {
-  Data option;
-  option.reserve(kOptionHeadSize + std::min(value.size(), kMaxOptionLength));
-  appendOption(option, code, value);
-  return option;
+  OptionBlock block(OptionBlock::kHeadSize + value.size());
+  block.add(code, value);
+  return block.finish();
 }
 
 Data DNSParser::buildEdnsDataWithCodes(const std::vector<std::uint16_t>& codes,
                                        const std::vector<std::string>& values) {
   const auto count = std::min(codes.size(), values.size());
-  std::size_t size = 0;
+  std::size_t size = OptionBlock::kHeadSize * count;
   for (std::size_t i = 0; i < count; ++i) {
-    size += kOptionHeadSize + values[i].size();
+    size += values[i].size();
   }
-  Data block;
-  block.reserve(size);
+  OptionBlock block(size);
   for (std::size_t i = 0; i < count; ++i) {
-    appendOption(block, codes[i], values[i]);
+    block.add(codes[i], values[i]);
   }
-  return block;
+  return block.finish();
 }
 
 Data DNSParser::buildEdnsDataFromDict(const std::optional<Flags>& flags) {
-  Data block;
-  std::string debugLine = std::string("dig @") + deployment::kFilteringDns + " -p 81 +edns=0 +bufsize=4096 ";
-  if (flags) {
-    for (const auto& [key, value] : *flags) {
-      const auto code = optionCode(key);
+  static const Flags kNone;
+  const Flags& options = flags ? *flags : kNone;
+  std::size_t valueSize = 0;
+  for (const auto& [key, value] : options) {
+    valueSize += value.size();
+  }
+  OptionBlock block(OptionBlock::kHeadSize * options.size() + valueSize);
+  DigCommand command(options.size(), valueSize);
+  for (const auto& [key, value] : options) {
+    const std::uint16_t code = optionCode(key);
+    if (block.add(code, value)) {
       NSLog("inject value: ", code, " : ", value, " ");
-      debugLine.append("+ednsopt=");
-      platform::describe(debugLine, code);
-      debugLine.push_back(':');
-      appendHex(debugLine, platform::bytesOf(value));
-      debugLine.push_back(' ');
-      appendOption(block, code, value);
+      command.addOption(code, value);
     }
   }
-  NSLog(debugLine);
-  return block;
+  NSLog(command.text());
+  return block.finish();
 }
 
-DNSMessage DNSParser::checkDnsMessage(DNSMessage message) {
+DNSMessage& DNSParser::checkDnsMessage(DNSMessage& message) {
   for (const auto& question : message.questions) {
     if (question->name.find("http") == std::string::npos) {
       logType(question->type);

@@ -12,11 +12,11 @@
 
 namespace quillet {
 
-/// Puts EDNS options into query datagrams: replaces the whole additional section of each by one OPT record that
-/// carries them (RFC 6891 section 6.1). Keeps no state; any thread.
+/// Puts EDNS options into query datagrams: replaces the whole additional section of each by one OPT
+/// record that carries them (RFC 6891 section 6.1). Keeps no state; any thread.
 ///
-/// A list of results has one entry for each datagram, in order. A datagram that is no DNS message comes back as
-/// it is, so that the server may say what it thinks of it.
+/// A list of results has one entry for each datagram, in order. A datagram that is no DNS message
+/// comes back as it is, so that the server may say what it thinks of it.
 class DNSParser {
  public:
   using Data = platform::Data;
@@ -31,24 +31,24 @@ class DNSParser {
                                                   const std::vector<std::string>& values);
 
   /// `dataForInjection` are finished options, see `buildEdnsDataWithCodes`.
-  static Data injectFlagsTo(const Data& datagram, const Data& dataForInjection);
+  static Data injectFlagsTo(const Data& datagram, Data dataForInjection);
   static Data injectFlagsTo(const Data& datagram, const std::vector<std::uint16_t>& codes,
                             const std::vector<std::string>& values);
 
-  /// One option: code, length, text (RFC 6891 section 6.1.2). A text of more than 65,535 octets has no such
-  /// form; it is left out, which is one log line.
+  /// One option: code, length, text (RFC 6891 section 6.1.2). A text of more than 65,535 octets has
+  /// no such form; it is left out, which is one log line.
   static Data buildEdnsDataWithCode(std::uint16_t code, std::string_view value);
-  /// The options one after another, each code with the value of the same index; codes beyond the last value
-  /// are left out.
+  /// The options one after another, each code with the value of the same index; codes beyond the
+  /// last value are left out.
   static Data buildEdnsDataWithCodes(const std::vector<std::uint16_t>& codes,
                                      const std::vector<std::string>& values);
-  /// The options of a dictionary in the order of its keys, none for none. A key counts as the decimal integer
-  /// that it begins with, 0 without one, cut to 16 bits.
+  /// The options of a dictionary in the order of its keys, none for none. A key counts as the
+  /// decimal integer that it begins with, 0 without one, cut to 16 bits.
   static Data buildEdnsDataFromDict(const std::optional<Flags>& flags);
 
-  /// Logs the questions. A name that is a URL is replaced by the URL's host; one that only contains "http" and
-  /// has no host stays as it is.
-  static DNSMessage checkDnsMessage(DNSMessage message);
+  /// Logs the questions. A name that is a URL is replaced by the URL's host; one that only contains
+  /// "http" and has no host stays as it is.
+  static DNSMessage& checkDnsMessage(DNSMessage& message);
 
   /// Two lower-case digits for each octet; nothing for nothing.
   static std::optional<std::string> hexStringForData(std::optional<platform::DataView> data);

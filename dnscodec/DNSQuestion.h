@@ -5,7 +5,8 @@
 
 namespace quillet {
 
-/// One entry of the question section (RFC 1035 section 4.1.2). The name has no trailing dot; the root is ".".
+/// One entry of the question section (RFC 1035 section 4.1.2). The name has no trailing dot; the
+/// root is ".".
 struct DNSQuestion {
   std::string name;
   std::uint16_t type = 0;

@@ -1,16 +1,14 @@
 #include "dnscodec/DNSResourceRecord.h"
 
-#include "dnscodec/WireWriter.h"
-
 namespace quillet {
 
 using platform::Data;
+using platform::DataView;
 
 namespace {
 
 // Type, class, TTL and RDLENGTH.
 constexpr std::size_t kFixedSize = 10;
-constexpr std::size_t kMaxDataSize = 0xFFFF;
 
 }  // namespace
 
@@ -24,7 +22,15 @@ void DNSResourceRecord::copyFromResource(const DNSResourceRecord& record) {
 
 void DNSResourceRecord::decodeFromResource(const DNSResourceRecord& /*record*/) {}
 
-Data DNSResourceRecord::encode() const { return encodeAs(resourceClass, ttl); }
+Data DNSResourceRecord::encode() const {
+  WireWriter writer(expectedSize());
+  encodeTo(writer);
+  return writer.finish();
+}
+
+void DNSResourceRecord::encodeTo(WireWriter& writer) const {
+  encodeAs(writer, resourceClass, ttl, encodeData());
+}
 
 Data DNSResourceRecord::encodeData() const { return data; }
 
@@ -32,21 +38,21 @@ std::shared_ptr<DNSResourceRecord> DNSResourceRecord::copy() const {
   return std::shared_ptr<DNSResourceRecord>(new DNSResourceRecord(*this));
 }
 
-Data DNSResourceRecord::encodeAs(std::uint16_t classToWrite, std::uint32_t ttlToWrite) const {
-  auto rdata = encodeData();
+std::size_t DNSResourceRecord::expectedSize() const {
+  return WireWriter::maxNameSize(name) + kFixedSize + data.size();
+}
+
+void DNSResourceRecord::encodeAs(WireWriter& writer, std::uint16_t classToWrite,
+                                 std::uint32_t ttlToWrite, DataView rdata) const {
   if (rdata.size() > kMaxDataSize) {
-    rdata.clear();
+    rdata = {};
   }
-  Data bytes;
-  bytes.reserve(name.size() + 2 + kFixedSize + rdata.size());
-  WireWriter writer(bytes);
   writer.writeName(name);
   writer.writeUInt16(type);
   writer.writeUInt16(classToWrite);
   writer.writeUInt32(ttlToWrite);
   writer.writeUInt16(static_cast<std::uint16_t>(rdata.size()));
   writer.writeBytes(rdata);
-  return bytes;
 }
 
 }  // namespace quillet

@@ -1,22 +1,27 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 
+#include "dnscodec/WireWriter.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
 
-/// A resource record whose RDATA is kept as bytes (RFC 1035 section 4.1.3). Decoding yields these whatever the
-/// type; `fromResource` turns one into a record of a particular kind.
+/// A resource record whose RDATA is kept as bytes (RFC 1035 section 4.1.3). Decoding yields these
+/// whatever the type; `fromResource` turns one into a record of a particular kind.
+///
+/// A kind of record derives from `DNSTypedResourceRecord` and overrides `decodeFromResource` and
+/// `encodeData`, or `encodeTo` when more than the RDATA is its own.
 class DNSResourceRecord {
  public:
+  /// The most octets of RDATA that RDLENGTH can tell.
+  static constexpr std::size_t kMaxDataSize = 0xFFFF;
+
   DNSResourceRecord() = default;
   virtual ~DNSResourceRecord() = default;
-
-  /// Takes name, type, class and TTL from `record`, then what `decodeFromResource` makes of it.
-  void copyFromResource(const DNSResourceRecord& record);
 
   /// A record of `Kind` filled from a generic one.
   template <class Kind>
@@ -26,14 +31,21 @@ class DNSResourceRecord {
     return typed;
   }
 
+  /// Takes name, type, class and TTL from `record`, then what `decodeFromResource` makes of it.
+  void copyFromResource(const DNSResourceRecord& record);
   /// Fills the fields of the record's own kind; here there are none.
   virtual void decodeFromResource(const DNSResourceRecord& record);
-  /// The whole record's wire bytes. RDATA beyond 65,535 octets is left out, with an RDLENGTH of 0.
-  [[nodiscard]] virtual platform::Data encode() const;
+  /// The whole record's wire bytes.
+  [[nodiscard]] platform::Data encode() const;
+  /// Writes the whole record. RDATA beyond `kMaxDataSize` is left out whole.
+  virtual void encodeTo(WireWriter& writer) const;
   /// The RDATA to write.
   [[nodiscard]] virtual platform::Data encodeData() const;
   /// A copy of the same kind.
   [[nodiscard]] virtual std::shared_ptr<DNSResourceRecord> copy() const;
+
+  /// The octets to make room for before the record is written.
+  [[nodiscard]] std::size_t expectedSize() const;
 
   std::string name;
   std::uint16_t type = 0;
@@ -49,8 +61,9 @@ class DNSResourceRecord {
   DNSResourceRecord(DNSResourceRecord&&) = default;
   DNSResourceRecord& operator=(DNSResourceRecord&&) = default;
 
-  /// The record's wire bytes with this class and TTL.
-  [[nodiscard]] platform::Data encodeAs(std::uint16_t classToWrite, std::uint32_t ttlToWrite) const;
+  /// Writes the record with this class, TTL and RDATA in place of its own.
+  void encodeAs(WireWriter& writer, std::uint16_t classToWrite, std::uint32_t ttlToWrite,
+                platform::DataView rdata) const;
 };
 
 }  // namespace quillet

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "dnscodec/DNSResourceRecord.h"
-#include "dnscodec/WireReader.h"
+#include "dnscodec/DecodeBudget.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
@@ -12,18 +12,14 @@ namespace quillet {
 /// Reads one resource record as a plain one, whatever its type. Made fresh for each.
 class DNSResourceRecordDecoder {
  public:
-  DNSResourceRecordDecoder() = default;
-  /// Charges what it reads to the budget of a whole message.
-  explicit DNSResourceRecordDecoder(DecodeBudget& shared) : budget_(&shared) {}
-
-  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource` unset.
+  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource`
+  /// unset.
   void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset);
+  /// The same, charged to the budget of a whole message.
+  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset,
+                              DecodeBudget& budget);
 
   std::shared_ptr<DNSResourceRecord> resource;
-
- private:
-  DecodeBudget own_;
-  DecodeBudget* budget_ = nullptr;
 };
 
 }  // namespace quillet

@@ -5,7 +5,8 @@
 
 namespace quillet {
 
-/// The flags of a message header (RFC 1035 section 4.1.1, RFC 4035 section 3), in its octets 2 and 3.
+/// The flags of a message header (RFC 1035 section 4.1.1, RFC 4035 section 3), in its octets 2
+/// and 3.
 struct HeaderBits {
   static constexpr std::size_t kHeaderSize = 12;
 

@@ -10,6 +10,10 @@ constexpr std::size_t kMaxLabelLength = 191;
 
 }  // namespace
 
+void WireWriter::writeBytes(platform::DataView bytes) {
+  std::copy(bytes.begin(), bytes.end(), room(bytes.size()));
+}
+
 void WireWriter::writeName(std::string_view name) {
   if (name != ".") {
     while (true) {
@@ -24,6 +28,15 @@ void WireWriter::writeName(std::string_view name) {
     }
   }
   writeUInt8(0);
+}
+
+platform::Data WireWriter::finish() {
+  bytes_.resize(std::exchange(used_, 0));
+  return std::exchange(bytes_, {});
+}
+
+void WireWriter::grow(std::size_t count) {
+  bytes_.resize(std::max(used_ + count, bytes_.size() * 2));
 }
 
 }  // namespace quillet

@@ -1,37 +1,56 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "platform/foundation/Data.h"
 
 namespace quillet {
 
-/// What every encoder writes through: big-endian numbers, runs of bytes and names, appended to a message.
+/// What every encoder writes through: big-endian numbers, runs of bytes and names, one after
+/// another.
 class WireWriter {
  public:
-  /// Appends to `out`.
-  explicit WireWriter(platform::Data& out) : out_(out) {}
+  /// Makes room for `expected` octets ahead; more than that costs an allocation, no failure.
+  explicit WireWriter(std::size_t expected) : bytes_(expected) {}
 
-  void writeUInt8(std::uint8_t value) { out_.push_back(value); }
+  void writeUInt8(std::uint8_t value) { *room(1) = value; }
   void writeUInt16(std::uint16_t value) {
-    const std::uint8_t bytes[] = {static_cast<std::uint8_t>(value >> 8),
-                                  static_cast<std::uint8_t>(value)};
-    writeBytes(bytes);
+    std::uint8_t* const at = room(2);
+    at[0] = static_cast<std::uint8_t>(value >> 8);
+    at[1] = static_cast<std::uint8_t>(value);
   }
   void writeUInt32(std::uint32_t value) {
     writeUInt16(static_cast<std::uint16_t>(value >> 16));
     writeUInt16(static_cast<std::uint16_t>(value));
   }
-  void writeBytes(platform::DataView bytes) { out_.insert(out_.end(), bytes.begin(), bytes.end()); }
+  void writeBytes(platform::DataView bytes);
 
-  /// Without compression. "." is the root; any other text is split at ".", each piece written as it is, an
-  /// empty one as a label of length 0. A piece of more than 191 octets would read as a pointer and is cut
-  /// there; decoding never yields one.
+  /// Writes a name without compression. "." is the root; any other text is split at "." and each
+  /// piece written as it is, an empty one as a label of length 0. A piece of more than 191 octets
+  /// would read as a pointer and is cut there; decoding never yields one.
   void writeName(std::string_view name);
 
+  /// The most octets that `writeName` makes of a name.
+  static std::size_t maxNameSize(std::string_view name) { return name.size() + 2; }
+
+  /// What was written; the writer is empty after it.
+  platform::Data finish();
+
  private:
-  platform::Data& out_;
+  /// The next `count` octets to write to.
+  std::uint8_t* room(std::size_t count) {
+    if (bytes_.size() - used_ < count) {
+      grow(count);
+    }
+    return bytes_.data() + std::exchange(used_, used_ + count);
+  }
+  void grow(std::size_t count);
+
+  platform::Data bytes_;
+  std::size_t used_ = 0;
 };
 
 }  // namespace quillet

@@ -17,9 +17,10 @@ bool isScheme(std::string_view text) {
          });
 }
 
-/// RFC 3986 section 3.2.2: reg-name, the colons of an IP literal included.
+/// RFC 3986 section 3.2.2: reg-name, and the colons of an IP literal.
 bool isHostCharacter(char c) {
-  return isLetter(c) || isDigit(c) || std::string_view("-._~!$&'()*+,;=%:").find(c) != std::string_view::npos;
+  return isLetter(c) || isDigit(c) ||
+         std::string_view("-._~!$&'()*+,;=%:").find(c) != std::string_view::npos;
 }
 
 /// The authority without user information and port; what stands in brackets without them.
@@ -27,11 +28,16 @@ std::string_view hostOfAuthority(std::string_view authority) {
   if (const auto at = authority.rfind('@'); at != std::string_view::npos) {
     authority.remove_prefix(at + 1);
   }
-  if (authority.starts_with('[')) {
-    const auto close = authority.find(']');
-    return close == std::string_view::npos ? std::string_view() : authority.substr(1, close - 1);
+  if (!authority.starts_with('[')) {
+    return authority.substr(0, authority.find(':'));
   }
-  return authority.substr(0, authority.find(':'));
+  const auto close = authority.find(']');
+  if (close == std::string_view::npos) {
+    return {};
+  }
+  const auto behind = authority.substr(close + 1);
+  return behind.empty() || behind.starts_with(':') ? authority.substr(1, close - 1)
+                                                   : std::string_view();
 }
 
 }  // namespace

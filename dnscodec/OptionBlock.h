@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "dnscodec/WireWriter.h"
+#include "platform/foundation/Data.h"
+
+namespace quillet {
+
+/// EDNS options one after another, each a code, a length and a text (RFC 6891 section 6.1.2).
+class OptionBlock {
+ public:
+  /// Code and length of one option.
+  static constexpr std::size_t kHeadSize = 4;
+
+  /// Makes room for `expected` octets ahead.
+  explicit OptionBlock(std::size_t expected) : writer_(expected) {}
+
+  /// Adds one option; false for a value of more than 65,535 octets, which has no length. It is left
+  /// out whole, and that is one log line.
+  bool add(std::uint16_t code, std::string_view value);
+  /// The options added; the block is empty after it.
+  platform::Data finish() { return writer_.finish(); }
+
+ private:
+  WireWriter writer_;
+};
+
+}  // namespace quillet

@@ -1,0 +1,107 @@
+// Every datagram gives one result: itself when it is no message, else a message that ends with the
+// one OPT record, in which a walker of its own finds the options.
+//
+// The first octet says how many of those behind it are the text of the second option.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "dnscodec/DNSMessageDecoder.h"
+#include "dnscodec/DNSParser.h"
+#include "fuzz/dnscodec/WritableNames.h"
+#include "platform/foundation/LogSink.h"
+
+namespace {
+
+using namespace quillet;
+using platform::Data;
+
+void require(bool condition) {
+  if (!condition) {
+    std::abort();
+  }
+}
+
+struct NullSink final : platform::LogSink {
+  void write(std::string_view /*text*/) override {}
+};
+
+void dropTheLog() {
+  static const bool once = [] {
+    platform::LogSink::setShared(std::make_unique<NullSink>());
+    return true;
+  }();
+  static_cast<void>(once);
+}
+
+/// The injected record as RFC 1035 section 4.1.3 and RFC 6891 section 6.1.2 lay it out.
+Data expectedRecord(const std::string& value) {
+  const auto length = static_cast<std::uint8_t>(value.size());
+  Data record{1, '0', 0, 0, 41, 0, 0, 0, 0, 0, 0};
+  const std::size_t blockSize = 5U + 4U + value.size();
+  record.push_back(static_cast<std::uint8_t>(blockSize >> 8));
+  record.push_back(static_cast<std::uint8_t>(blockSize));
+  record.insert(record.end(), {0xFD, 0xEF, 0, 1, '1', 0xFD, 0xE9, 0, length});
+  record.insert(record.end(), value.begin(), value.end());
+  return record;
+}
+
+/// Where the one additional record begins, by a walk over names without compression.
+std::size_t additionalOffset(const Data& message) {
+  std::size_t at = 12;
+  const auto octet = [&](std::size_t i) -> std::size_t { return message.at(i); };
+  const auto count = [&](std::size_t i) { return octet(i) << 8 | octet(i + 1); };
+  const auto skipName = [&] {
+    while (octet(at) != 0) {
+      at += 1 + octet(at);
+    }
+    ++at;
+  };
+  for (std::size_t i = count(4); i > 0; --i) {
+    skipName();
+    at += 4;
+  }
+  for (std::size_t i = count(6) + count(8); i > 0; --i) {
+    skipName();
+    at += 10 + count(at + 8);
+  }
+  return at;
+}
+
+bool hasWritableNamesOnceChecked(const Data& datagram) {
+  DNSMessageDecoder decoder;
+  decoder.decodeMessageInBuffer(datagram);
+  return test::hasWritableNames(DNSParser::checkDnsMessage(*decoder.message));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) {
+    return 0;
+  }
+  dropTheLog();
+  const std::size_t valueSize = std::min<std::size_t>(data[0], size - 1);
+  const std::string value(data + 1, data + 1 + valueSize);
+  const Data datagram(data + 1 + valueSize, data + size);
+  const auto injected = DNSParser::injectFlagsTo(datagram, {65007, 65001}, {"1", value});
+
+  DNSMessageDecoder decoder;
+  decoder.decodeMessageInBuffer(datagram);
+  if (!decoder.message) {
+    require(injected == datagram);
+    return 0;
+  }
+  const auto record = expectedRecord(value);
+  require(injected.size() >= 12 + record.size());
+  require(injected[10] == 0 && injected[11] == 1);
+  require(std::equal(record.rbegin(), record.rend(), injected.rbegin()));
+  if (hasWritableNamesOnceChecked(datagram)) {
+    require(additionalOffset(injected) + record.size() == injected.size());
+  }
+  return 0;
+}

@@ -1,0 +1,168 @@
+#include <gtest/gtest.h>
+
+#include "dnscodec/DNSLabelDecoder.h"
+#include "tests/support/Wire.h"
+
+namespace quillet {
+
+namespace {
+
+using platform::Data;
+using test::hex;
+
+struct Row {
+  const char* what;
+  const char* bytes;
+  std::uint32_t offset;
+  std::string name;
+  std::uint32_t behind;
+};
+
+TEST(DNSLabelDecoder, ReadsLabelsAndPointers) {
+  const Row rows[] = {
+      {"one label", "03777777 00", 0, "www", 5},
+      {"the root", "00", 0, ".", 1},
+      {"in the middle", "ffff 0161 0162 00 ff", 2, "a.b", 7},
+      {"a pointer", "0161 00 c000", 3, "a", 5},
+      {"labels, then a pointer", "0161 00 0162 c000", 3, "b.a", 7},
+      {"a pointer to a pointer", "0161 00 0162 c000 0163 c003", 7, "c.b.a", 11},
+      {"a pointer forward", "c003 ff 0161 00", 0, "a", 2},
+      {"a pointer into the name's own end", "0161 c004 00", 0, "a..", 4},
+      {"a pointer to the root", "00 c000", 1, ".", 3},
+      {"a label and a pointer to the root", "00 0161 c000", 1, "a..", 5},
+      {"any ASCII octet", "04 00 7f 2e 20 00", 0, std::string("\0\x7f. ", 4), 6},
+  };
+  for (const auto& [what, bytes, offset, name, behind] : rows) {
+    const auto buffer = hex(bytes);
+    DNSLabelDecoder decoder;
+    auto moved = offset;
+    decoder.decodeLabelInBuffer(buffer, moved);
+    EXPECT_EQ(decoder.name, name) << what;
+    EXPECT_EQ(moved, behind) << what;
+  }
+}
+
+TEST(DNSLabelDecoder, EndsANameAtAPointerToNoName) {
+  const Row rows[] = {
+      {"behind the end", "c0ff", 0, ".", 2},
+      {"at the end", "c002", 0, ".", 2},
+      {"a label before it", "0161 c0ff", 0, "a", 4},
+      {"a target that is cut", "0161 c004 05 62", 0, "a", 4},
+      {"a target cut after a label", "0161 c004 0162 05", 0, "a", 4},
+      {"a target cut in its pointer", "0161 c004 c0", 0, "a", 4},
+      {"a target that is not ASCII", "0161 c004 0180 00", 0, "a", 4},
+      {"a target with a label and such a pointer", "0161 c004 0162 c0ff", 0, "a.b", 4},
+      {"a target that is such a pointer", "0161 c004 c0ff", 0, "a..", 4},
+  };
+  for (const auto& [what, bytes, offset, name, behind] : rows) {
+    const auto buffer = hex(bytes);
+    DNSLabelDecoder decoder;
+    auto moved = offset;
+    decoder.decodeLabelInBuffer(buffer, moved);
+    EXPECT_EQ(decoder.name, name) << what;
+    EXPECT_EQ(moved, behind) << what;
+  }
+}
+
+TEST(DNSLabelDecoder, Fails) {
+  struct FailingRow {
+    const char* what;
+    const char* bytes;
+    std::uint32_t offset;
+  };
+  const FailingRow rows[] = {
+      {"nothing", "", 0},
+      {"behind the end", "00", 1},
+      {"far behind the end", "00", 0xFFFFFFFF},
+      {"no end", "0161", 0},
+      {"a label cut", "026100", 0},
+      {"a label of 191 octets cut", "bf 61 00", 0},
+      {"a pointer cut", "0161 c0", 0},
+      {"not ASCII", "0180 00", 0},
+      {"a pointer to itself", "c000", 0},
+      {"a label and a pointer to it", "0161 c000", 0},
+      {"two pointers in a circle", "c002 c000", 0},
+      {"a pointer to such a circle", "c002 c004 c002", 0},
+  };
+  for (const auto& [what, bytes, offset] : rows) {
+    const auto buffer = hex(bytes);
+    DNSLabelDecoder decoder;
+    auto moved = offset;
+    decoder.decodeLabelInBuffer(buffer, moved);
+    EXPECT_FALSE(decoder.name) << what;
+    EXPECT_EQ(moved, offset) << what;
+  }
+}
+
+TEST(DNSLabelDecoder, TakesLabelsOfUpTo191Octets) {
+  for (std::size_t length = 1; length <= 191; ++length) {
+    Data buffer{static_cast<std::uint8_t>(length)};
+    buffer.resize(1 + length, 'x');
+    buffer.push_back(0);
+    DNSLabelDecoder decoder;
+    std::uint32_t offset = 0;
+    decoder.decodeLabelInBuffer(buffer, offset);
+    EXPECT_EQ(decoder.name, std::string(length, 'x'));
+  }
+}
+
+TEST(DNSLabelDecoder, PointersHaveFourteenBits) {
+  struct PointerRow {
+    const char* pointer;
+    std::size_t target;
+  };
+  const PointerRow rows[] = {{"c105", 261}, {"ffff", 16383}};
+  for (const auto& [pointer, target] : rows) {
+    auto buffer = hex(pointer);
+    buffer.resize(target, 0xFF);
+    buffer.insert(buffer.end(), {1, 'a', 0});
+    DNSLabelDecoder decoder;
+    std::uint32_t offset = 0;
+    decoder.decodeLabelInBuffer(buffer, offset);
+    EXPECT_EQ(decoder.name, "a") << pointer;
+  }
+}
+
+/// `pointers` pointers, each to the next, and behind them a name.
+Data chain(int pointers) {
+  Data buffer;
+  for (int i = 1; i <= pointers; ++i) {
+    buffer.push_back(static_cast<std::uint8_t>(0xC0 | (2 * i) >> 8));
+    buffer.push_back(static_cast<std::uint8_t>(2 * i));
+  }
+  buffer.insert(buffer.end(), {1, 'a', 0});
+  return buffer;
+}
+
+TEST(DNSLabelDecoder, FollowsSoManyPointersAndNoMore) {
+  DNSLabelDecoder decoder;
+  std::uint32_t offset = 0;
+  decoder.decodeLabelInBuffer(chain(DNSLabelDecoder::kMaxPointers), offset);
+  EXPECT_EQ(decoder.name, "a");
+  EXPECT_EQ(offset, 2U);
+
+  DNSLabelDecoder refused;
+  offset = 0;
+  refused.decodeLabelInBuffer(chain(DNSLabelDecoder::kMaxPointers + 1), offset);
+  EXPECT_FALSE(refused.name);
+}
+
+TEST(DNSLabelDecoder, ChargesOctetsAndPointers) {
+  const auto buffer = hex("0161 0162 c007 00 0163 00");
+  DecodeBudget budget;
+  ASSERT_TRUE(budget.charge(DecodeBudget::kTotal - DecodeBudget::kPointerCost - 6));
+  DNSLabelDecoder decoder;
+  std::uint32_t offset = 0;
+  decoder.decodeLabelInBuffer(buffer, offset, budget);
+  EXPECT_EQ(decoder.name, "a.b.c");
+  EXPECT_FALSE(budget.charge(1));
+
+  DNSLabelDecoder refused;
+  offset = 0;
+  refused.decodeLabelInBuffer(buffer, offset, budget);
+  EXPECT_FALSE(refused.name);
+}
+
+}  // namespace
+
+}  // namespace quillet

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include "dnscodec/DNSOPTResourceRecord.h"
+#include "dnscodec/DNSResourceRecordDecoder.h"
+#include "tests/support/Wire.h"
+
+namespace quillet {
+
+namespace {
+
+using test::hex;
+
+std::shared_ptr<DNSResourceRecord> decoded(platform::DataView bytes, std::uint32_t offset = 0) {
+  DNSResourceRecordDecoder decoder;
+  decoder.decodeResourceInBuffer(bytes, offset);
+  return decoder.resource;
+}
+
+TEST(DNSResourceRecordDecoder, ReadsEachField) {
+  const auto bytes = hex("ff 01 61 00 0001 0003 01020304 0002 aabb ff");
+  std::uint32_t offset = 1;
+  DNSResourceRecordDecoder decoder;
+  decoder.decodeResourceInBuffer(bytes, offset);
+  ASSERT_TRUE(decoder.resource);
+  EXPECT_EQ(decoder.resource->name, "a");
+  EXPECT_EQ(decoder.resource->type, 1);
+  EXPECT_EQ(decoder.resource->resourceClass, 3);
+  EXPECT_EQ(decoder.resource->ttl, 0x01020304U);
+  EXPECT_EQ(decoder.resource->data, hex("aabb"));
+  EXPECT_EQ(offset, 16U);
+}
+
+TEST(DNSResourceRecordDecoder, TakesRecordsWithoutData) {
+  const auto bytes = hex("00 0001 0001 00000000 0000");
+  const auto record = decoded(bytes);
+  ASSERT_TRUE(record);
+  EXPECT_TRUE(record->data.empty());
+  EXPECT_EQ(record->encode(), bytes);
+}
+
+TEST(DNSResourceRecordDecoder, ReadsEveryTypeAsAPlainRecord) {
+  const auto record = decoded(hex("00 0029 1000 00008000 0000"));
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->type, DNSOPTResourceRecord::kType);
+  EXPECT_EQ(std::dynamic_pointer_cast<DNSOPTResourceRecord>(record), nullptr);
+}
+
+TEST(DNSResourceRecordDecoder, FailsWhereverItIsCut) {
+  const auto bytes = hex("01 61 00 0001 0001 00000000 0004 01020304");
+  const platform::DataView whole(bytes);
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    EXPECT_FALSE(decoded(whole.first(size))) << size;
+  }
+  EXPECT_FALSE(decoded(whole, static_cast<std::uint32_t>(bytes.size())));
+  EXPECT_FALSE(decoded(whole, static_cast<std::uint32_t>(bytes.size() + 1)));
+}
+
+}  // namespace
+
+}  // namespace quillet
