@@ -13,7 +13,7 @@
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/foundation/Description.h"
 #include "tests/platform/FlowProvider.h"
-#include "tests/platform/SendFailures.h"
+#include "tests/platform/SocketFailures.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"
@@ -23,7 +23,7 @@ namespace {
 
 using test::bytes;
 using test::FlowProvider;
-using test::SendFailures;
+using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -357,7 +357,7 @@ TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
   client.send("q", bound());
   const auto flow = offered(0);
   const auto asked = host_->boundEndpoints().at(0);
-  const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
+  const SocketFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
   EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {asked, asked, asked, asked}),
             "POSIXErrorCode(rawValue: 1): Operation not permitted");
   EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d"));
@@ -372,7 +372,7 @@ TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
   client.send("q", bound());
   const auto flow = offered(0);
   const auto asked = host_->boundEndpoints().at(0);
-  const SendFailures failures({EAGAIN});
+  const SocketFailures failures({EAGAIN});
   std::map<std::string, int> outcomes;
   const auto count = ListenSocket::kMaxWaiting + 10;
   for (std::size_t i = 0; i < count; ++i) {
@@ -389,6 +389,19 @@ TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
   EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
 }
 
+TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAndServiceGoesOn) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const SocketFailures failures({EINTR, ENOMEM, ENOMEM, ENOMEM, 0});
+  EXPECT_EQ(answer(offered(0), "a"), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("FlowHost: cannot receive on " + description(host_->boundEndpoints().at(0)) +
+                  ": POSIXErrorCode(rawValue: 12): Cannot allocate memory"));
+}
+
 TEST_F(FlowHostTest, StopEndsEverything) {
   start({"127.0.0.1", "::1"});
   const auto address = bound();
@@ -398,7 +411,7 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   const auto flow = offered(0);
   std::string outcome;
   {
-    const SendFailures failures({EAGAIN});
+    const SocketFailures failures({EAGAIN});
     flow->writeDatagrams({bytes("a")}, {endpoint},
                          [&](const auto& error) { outcome = error.value().text(); });
     client.send("not read any more", address);

@@ -13,7 +13,7 @@
 #include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
-#include "tests/platform/SendFailures.h"
+#include "tests/platform/SocketFailures.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"
 
@@ -21,7 +21,7 @@ namespace platform {
 namespace {
 
 using test::bytes;
-using test::SendFailures;
+using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -294,6 +294,28 @@ TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
   }
 }
 
+// Each error in a turn of its own: an owner that asks again and again does not stop the loop.
+TEST_F(NWConnectionTest, AnOwnerMayAskAgainAfterEveryError) {
+  const auto connection = make("no address", 53);
+  start(connection);
+  runReady();
+  lines_.clear();
+  int errors = 0;
+  std::function<void()> ask = [&] {
+    connection->receiveMessage([&](auto&&...) {
+      if (++errors < 100) {
+        ask();
+      }
+      DispatchQueue::global().async([&] { lines_.emplace_back("meanwhile"); });
+    });
+  };
+  ask();
+  ASSERT_TRUE(runUntilLines(1));
+  EXPECT_EQ(errors, 2);
+  runReady();
+  EXPECT_EQ(errors, 100);
+}
+
 TEST_F(NWConnectionTest, AnAddressThatCannotBeConnectedWaits) {
   const auto connection = make("127.255.255.255", 53);  // a broadcast
   start(connection);
@@ -334,7 +356,7 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
   {
-    const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN});
+    const SocketFailures failures({0, EAGAIN, EAGAIN, EAGAIN});
     send(connection, "a");
     send(connection, "b");
     send(connection, std::string(70000, 'x'));
@@ -352,7 +374,7 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
 TEST_F(NWConnectionTest, ErrorsOfEarlierDatagramsAreNoErrorsOfASend) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
-  const SendFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
+  const SocketFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
   send(connection, "a");
   send(connection, "b");
   send(connection, "c");
