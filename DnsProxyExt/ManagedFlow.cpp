@@ -12,7 +12,7 @@ namespace {
 
 // What one octet on the wire takes at most once it is decoded: a question of six octets that points
 // at its name becomes a value of its own with a name of its own.
-constexpr std::size_t kDecodedExpansion = 100;
+constexpr std::size_t kDecodedExpansion = 120;
 
 }  // namespace
 

@@ -14,8 +14,8 @@ using words::Word;
 constexpr std::size_t kDoubleWords = 2 * BigInt::kWords + 2;
 using DoubleWords = std::array<Word, kDoubleWords>;
 
-/// a * b without the partial products that end below word `lowest`: too small by less than 2^32 of
-/// that word, and without meaning below it.
+/// a * b without the partial products that belong below word `lowest`. With fewer than 2^32 rows it
+/// is too small by less than one of word `lowest` + 2.
 void upperProduct(Buffer product, View a, View b, std::size_t lowest) {
   std::ranges::fill(product, 0);
   for (std::size_t i = 0; i < a.size(); ++i) {

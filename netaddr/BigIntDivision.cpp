@@ -11,29 +11,31 @@ namespace {
 using Words = std::array<words::Word, BigInt::kWords>;
 
 /// Quotient and remainder of two magnitudes, where the divisor may be 0.
-struct UnsignedDivision {
-  UnsignedDivision(words::View dividend, words::View divisor) {
+class UnsignedDivision {
+ public:
+  UnsignedDivision(words::View dividend, words::View divisor) : remainderSize_(divisor.size()) {
     if (divisor.empty()) {
-      std::ranges::copy(dividend, remainderWords.begin());
-      remainder = words::View(remainderWords).first(dividend.size());
+      std::ranges::copy(dividend, remainder_.begin());
+      remainderSize_ = dividend.size();
       return;
     }
-    const std::size_t size =
-        dividend.size() < divisor.size() ? 0 : dividend.size() - divisor.size() + 1;
-    words::divide(words::Buffer(quotientWords).first(size),
-                  words::Buffer(remainderWords).first(divisor.size()), dividend, divisor);
-    quotient = words::View(quotientWords).first(size);
-    remainder = words::View(remainderWords).first(divisor.size());
+    if (dividend.size() >= divisor.size()) {
+      quotientSize_ = dividend.size() - divisor.size() + 1;
+    }
+    words::divide(words::Buffer(quotient_).first(quotientSize_),
+                  words::Buffer(remainder_).first(remainderSize_), dividend, divisor);
   }
-  UnsignedDivision(const UnsignedDivision&) = delete;
-  UnsignedDivision& operator=(const UnsignedDivision&) = delete;
 
-  words::View quotient;
-  words::View remainder;
+  [[nodiscard]] words::View quotient() const { return words::View(quotient_).first(quotientSize_); }
+  [[nodiscard]] words::View remainder() const {
+    return words::View(remainder_).first(remainderSize_);
+  }
 
  private:
-  Words quotientWords;
-  Words remainderWords;
+  Words quotient_;
+  Words remainder_;
+  std::size_t quotientSize_ = 0;
+  std::size_t remainderSize_;
 };
 
 words::View unsignedWords(const BigInt& value) {
@@ -46,14 +48,14 @@ BigInt BigInt::divide(const BigInt& divisor) const {
   const Magnitude a(*this);
   const Magnitude b(divisor);
   const UnsignedDivision division(a.words(), b.words());
-  return Magnitude::toBigInt(division.quotient, a.negative() != b.negative());
+  return Magnitude::toBigInt(division.quotient(), a.negative() != b.negative());
 }
 
 BigInt BigInt::mod(const BigInt& divisor) const {
   const Magnitude a(*this);
   const Magnitude b(divisor);
   const UnsignedDivision division(a.words(), b.words());
-  return Magnitude::toBigInt(division.remainder, a.negative());
+  return Magnitude::toBigInt(division.remainder(), a.negative());
 }
 
 BigInt BigInt::gcd(const BigInt& other) const {
@@ -67,7 +69,7 @@ BigInt BigInt::gcd(const BigInt& other) const {
   std::ranges::copy(b.words(), smaller.begin());
   while (!y.empty()) {
     const UnsignedDivision division(x, y);
-    const words::View rest = words::trimmed(division.remainder);
+    const words::View rest = words::trimmed(division.remainder());
     std::swap(larger, smaller);
     x = words::View(larger).first(y.size());
     std::ranges::copy(rest, smaller.begin());
@@ -90,7 +92,7 @@ BigInt::Division BigInt::singleByteDivide(const BigInt& dividend, const BigInt& 
 
 BigInt::Division BigInt::multiByteDivide(const BigInt& dividend, const BigInt& divisor) {
   const UnsignedDivision division(unsignedWords(dividend), unsignedWords(divisor));
-  return {BigInt(division.quotient), BigInt(division.remainder)};
+  return {BigInt(division.quotient()), BigInt(division.remainder())};
 }
 
 }  // namespace quillet

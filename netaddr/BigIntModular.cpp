@@ -9,16 +9,17 @@ BigInt BigInt::modPow(const BigInt& exponent, const BigInt& modulus) const {
   if (exponent.negative()) {
     throw NamedException("ArithmeticException", "Positive exponents only.");
   }
-  const Magnitude base(*this);
   const Magnitude e(exponent);
   const Magnitude n(modulus);
   if (n.words().empty()) {
     return {};
   }
   const BarrettModulus m(n.words());
-  const auto power = m.power(m.reduced(Magnitude::toBigInt(base.words())), e.words());
-  const bool odd = (exponent.data_[0] & 1) != 0;
-  return Magnitude::toBigInt(m.view(power), base.negative() && odd);
+  const auto power = m.power(m.reduced(*this), e.words());
+  if (negative() && (exponent.data_[0] & 1) != 0) {
+    return Magnitude::toBigInt(m.view(m.difference(m.reduced(words::View()), power)), true);
+  }
+  return Magnitude::toBigInt(m.view(power));
 }
 
 BigInt BigInt::barrettReduction(const BigInt& x, const BigInt& n, const BigInt& constant) {

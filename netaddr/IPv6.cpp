@@ -53,13 +53,14 @@ void IPv6::parse(std::string_view address) {
   if (!rewritten) {
     return;
   }
-  if (std::string error = badCharactersError(*rewritten); !error.empty()) {
-    fail(std::move(error));
-  } else if (error = malformedGroupsError(*rewritten); !error.empty()) {
-    fail(std::move(error));
-  } else {
-    parseGroups(*rewritten);
+  std::string error = badCharactersError(*rewritten);
+  if (error.empty()) {
+    error = malformedGroupsError(*rewritten);
   }
+  if (!error.empty()) {
+    return fail(std::move(error));
+  }
+  parseGroups(*rewritten);
 }
 
 std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {

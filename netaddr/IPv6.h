@@ -17,7 +17,7 @@ class IPv6 : public SubnetAddress {
   };
 
   /// Stands in a list of groups for a run of zeros: no group is an empty text.
-  static constexpr std::string_view kElision = "";
+  static constexpr std::string_view kElision{};
 
   /// Reads the groups, "::" for a run of zeros, maybe dotted IPv4 at the end, a prefix length and a
   /// zone. Errors: "Invalid subnet mask", "IPv4 addresses cannot have leading zeroes", "Bad

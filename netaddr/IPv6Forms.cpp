@@ -135,7 +135,7 @@ platform::Data IPv6::data() const {
 std::string IPv6::bitsBase16WithStart(int start, int end) const {
   const std::string bits = bitsBase2WithStart(start, end);
   if (bits.empty()) {
-    return bits;
+    return {};
   }
   std::string digits = BigInt(bits, 2).toStringWithRadix(16);
   std::ranges::transform(digits, digits.begin(), [](char c) {

@@ -10,9 +10,9 @@ Magnitude::Magnitude(const BigInt& value) : negative_(value.negative()) {
   if (negative_) {
     negated_ = value.data_;
     words::negate(negated_);
-    words_ = words::trimmed(negated_);
+    size_ = words::trimmed(negated_).size();
   } else {
-    words_ = words::trimmed(words::View(value.data_).first(value.dataLength_));
+    positive_ = words::trimmed(words::View(value.data_).first(value.dataLength_));
   }
 }
 

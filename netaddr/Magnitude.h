@@ -14,11 +14,11 @@ class Magnitude {
  public:
   explicit Magnitude(const BigInt& value);
   explicit Magnitude(BigInt&&) = delete;
-  Magnitude(const Magnitude&) = delete;
-  Magnitude& operator=(const Magnitude&) = delete;
 
   /// Trimmed: no words for zero.
-  [[nodiscard]] words::View words() const { return words_; }
+  [[nodiscard]] words::View words() const {
+    return negative_ ? words::View(negated_).first(size_) : positive_;
+  }
   [[nodiscard]] bool negative() const { return negative_; }
 
   /// Whether there is a BigInt of that magnitude and sign.
@@ -28,8 +28,10 @@ class Magnitude {
   static BigInt toBigInt(words::View words, bool negative = false);
 
  private:
-  std::array<words::Word, BigInt::kWords> negated_;  // set only for a negative value
-  words::View words_;
+  words::View positive_;
+  // Set for a negative value only.
+  std::array<words::Word, BigInt::kWords> negated_;
+  std::size_t size_ = 0;
   bool negative_;
 };
 

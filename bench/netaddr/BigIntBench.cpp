@@ -2,11 +2,11 @@
 // values.
 
 #include <benchmark/benchmark.h>
-#include <gmp.h>
 
 #include <string>
 
 #include "netaddr/BigInt.h"
+#include "tests/netaddr/Mpz.h"
 
 namespace quillet {
 namespace {
@@ -18,26 +18,10 @@ BigInt randomOdd(int bits) {
   return value.bitOr(BigInt(1));
 }
 
-class Mpz {
- public:
-  Mpz() { mpz_init(value_); }
-  explicit Mpz(const BigInt& value) : Mpz() {
-    mpz_import(value_, BigInt::kWords, -1, sizeof(BigInt::Word), 0, 0, value.getData().data());
-  }
-  Mpz(const Mpz&) = delete;
-  Mpz& operator=(const Mpz&) = delete;
-  ~Mpz() { mpz_clear(value_); }
-
-  [[nodiscard]] mpz_ptr get() { return value_; }
-
- private:
-  mpz_t value_;
-};
-
 void BM_multiply(benchmark::State& state) {
   const BigInt a = randomOdd(static_cast<int>(state.range()));
   const BigInt b = randomOdd(static_cast<int>(state.range()));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(a.multiply(b));
   }
 }
@@ -46,7 +30,7 @@ void BM_multiplyGmp(benchmark::State& state) {
   Mpz a(randomOdd(static_cast<int>(state.range())));
   Mpz b(randomOdd(static_cast<int>(state.range())));
   Mpz product;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     mpz_mul(product.get(), a.get(), b.get());
     benchmark::DoNotOptimize(product);
   }
@@ -56,7 +40,7 @@ void BM_multiplyGmp(benchmark::State& state) {
 void BM_divide(benchmark::State& state) {
   const BigInt a = randomOdd(static_cast<int>(state.range()));
   const BigInt b = randomOdd(static_cast<int>(state.range()) / 2);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(a.divide(b));
   }
 }
@@ -65,7 +49,7 @@ void BM_divideGmp(benchmark::State& state) {
   Mpz a(randomOdd(static_cast<int>(state.range())));
   Mpz b(randomOdd(static_cast<int>(state.range()) / 2));
   Mpz quotient;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     mpz_tdiv_q(quotient.get(), a.get(), b.get());
     benchmark::DoNotOptimize(quotient);
   }
@@ -76,7 +60,7 @@ void BM_modPow(benchmark::State& state) {
   const BigInt modulus = randomOdd(bits);
   const BigInt base = randomOdd(bits - 1);
   const BigInt exponent = randomOdd(bits);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(base.modPow(exponent, modulus));
   }
 }
@@ -87,7 +71,7 @@ void BM_modPowGmp(benchmark::State& state) {
   Mpz base(randomOdd(bits - 1));
   Mpz exponent(randomOdd(bits));
   Mpz power;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     mpz_powm(power.get(), base.get(), exponent.get(), modulus.get());
     benchmark::DoNotOptimize(power);
   }
@@ -95,7 +79,7 @@ void BM_modPowGmp(benchmark::State& state) {
 
 void BM_toStringWithRadix(benchmark::State& state) {
   const BigInt value = randomOdd(static_cast<int>(state.range(0)));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(value.toStringWithRadix(static_cast<int>(state.range(1))));
   }
 }
@@ -103,7 +87,7 @@ void BM_toStringWithRadix(benchmark::State& state) {
 void BM_toStringGmp(benchmark::State& state) {
   Mpz value(randomOdd(static_cast<int>(state.range(0))));
   std::string text(BigInt::kBits + 2, '\0');
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     mpz_get_str(text.data(), static_cast<int>(-state.range(1)), value.get());
     benchmark::DoNotOptimize(text);
   }

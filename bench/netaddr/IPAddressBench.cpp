@@ -18,7 +18,7 @@ constexpr const char* kGap = "2001:db8:85a3::8a2e:370:7334";
 
 template <class Address>
 void parse(benchmark::State& state, const char* text) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(Address(text));
   }
 }
@@ -26,7 +26,7 @@ void parse(benchmark::State& state, const char* text) {
 template <class Address>
 void format(benchmark::State& state, const char* text) {
   const Address ip(text);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(ip.correctForm());
   }
 }
@@ -39,7 +39,7 @@ constexpr auto BM_formatIPv6 = format<IPv6>;
 
 void BM_inet_pton(benchmark::State& state, int family, const char* text) {
   std::array<std::uint8_t, 16> bytes;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(inet_pton(family, text, bytes.data()));
     benchmark::DoNotOptimize(bytes);
   }
@@ -49,7 +49,7 @@ void BM_inet_ntop(benchmark::State& state, int family, const char* text) {
   std::array<std::uint8_t, 16> bytes;
   inet_pton(family, text, bytes.data());
   std::array<char, INET6_ADDRSTRLEN> written;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(inet_ntop(family, bytes.data(), written.data(), written.size()));
     benchmark::DoNotOptimize(written);
   }
@@ -58,7 +58,7 @@ void BM_inet_ntop(benchmark::State& state, int family, const char* text) {
 void BM_isInSubnet(benchmark::State& state, const char* text, const char* subnet) {
   const IPAddress ip(text);
   const IPAddress other(subnet);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(ip.isInSubnet(other));
   }
 }

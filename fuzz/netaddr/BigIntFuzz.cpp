@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size == 0) {
     return 0;
   }
-  const int radix = static_cast<std::int8_t>(data[0]);
+  const int radix = data[0] < 128 ? int{data[0]} : -int{data[0]};
   const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
   const std::size_t line = std::min(text.find('\n'), text.size());
   const auto first = quillet::readBack(text.substr(0, line), radix);

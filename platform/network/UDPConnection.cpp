@@ -285,8 +285,9 @@ void UDPConnection::deliverSent() {
   }
 }
 
+/// Those armed meanwhile have to wait for their turn.
 void UDPConnection::deliverReceiveErrors() {
-  while (!receives_.empty()) {
+  for (auto armed = receives_.size(); armed > 0 && !receives_.empty(); --armed) {
     const auto error = takeReceiveError();
     if (!error) {
       watchAsNeeded();

@@ -1,5 +1,7 @@
 #include "platform/networkextension/NEDNSSettings.h"
 
+#include <algorithm>
+
 #include "platform/foundation/Description.h"
 #include "platform/foundation/RegularFile.h"
 

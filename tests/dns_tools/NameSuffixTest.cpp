@@ -20,9 +20,8 @@ TEST(NameSuffix, GivesItsLabelsAndWhatIsLeft) {
 }
 
 TEST(NameSuffix, HasTheHashThatItsTextHasAsAName) {
-  const std::string longLabel(70, 'x');
-  for (const auto& text :
-       {std::string("a.b.c"), std::string("www.example.com."), longLabel + ".a." + longLabel}) {
+  const auto longLabels = std::string(70, 'x').append(".a.").append(70, 'y');
+  for (const auto& text : {std::string("a.b.c"), std::string("www.example.com."), longLabels}) {
     NameSuffix rest(text);
     static_cast<void>(rest.hash());
     while (!rest.empty()) {

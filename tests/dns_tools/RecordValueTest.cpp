@@ -114,7 +114,6 @@ TEST(RecordValue, CopiesAreApart) {
     RecordValue assigned = AliasRecord("z.", false, 1, 1, "y.");
     assigned = copy;
     EXPECT_EQ(platform::description(assigned), text);
-    EXPECT_EQ(typeid(*assigned), typeid(*record));
   }
 }
 

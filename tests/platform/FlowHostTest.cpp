@@ -1,5 +1,3 @@
-#include "platform/flowhost/FlowHost.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,10 +9,11 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/DatagramSlots.h"
+#include "platform/flowhost/FlowHost.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/foundation/Description.h"
 #include "tests/platform/FlowProvider.h"
-#include "tests/platform/SendFailures.h"
+#include "tests/platform/SocketFailures.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"
@@ -24,7 +23,7 @@ namespace {
 
 using test::bytes;
 using test::FlowProvider;
-using test::SendFailures;
+using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -52,7 +51,9 @@ class FlowHostTest : public testing::Test {
     ASSERT_TRUE(host) << host.error().text();
     host_ = *std::move(host);
   }
-  SocketAddress bound(std::size_t index = 0) { return addressOf(host_->boundEndpoints().at(index)); }
+  SocketAddress bound(std::size_t index = 0) {
+    return addressOf(host_->boundEndpoints().at(index));
+  }
 
   static void runReady() { MainLoop::shared().runReady(); }
   static bool runUntil(const std::function<bool()>& done) {
@@ -178,10 +179,14 @@ TEST_F(FlowHostTest, AnswersLeaveFromTheAddressThatWasAsked) {
     const char* asked;
     const char* client;
   } rows[] = {
-      {"127.0.0.1", "127.0.0.1", "127.0.0.1"}, {"127.0.0.9", "127.0.0.9", "127.0.0.1"},
-      {"::1", "::1", "::1"},                   {"0.0.0.0", "127.0.0.1", "127.0.0.1"},
-      {"0.0.0.0", "127.0.0.7", "127.0.0.1"},   {"0.0.0.0", "127.0.0.8", "127.0.0.8"},
-      {"::", "::1", "::1"},                    {"::ffff:127.0.0.6", "127.0.0.6", "127.0.0.1"},
+      {"127.0.0.1", "127.0.0.1", "127.0.0.1"},
+      {"127.0.0.9", "127.0.0.9", "127.0.0.1"},
+      {"::1", "::1", "::1"},
+      {"0.0.0.0", "127.0.0.1", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.7", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.8", "127.0.0.8"},
+      {"::", "::1", "::1"},
+      {"::ffff:127.0.0.6", "127.0.0.6", "127.0.0.1"},
   };
   for (const auto& row : rows) {
     provider_.offers.clear();
@@ -352,7 +357,7 @@ TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
   client.send("q", bound());
   const auto flow = offered(0);
   const auto asked = host_->boundEndpoints().at(0);
-  const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
+  const SocketFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
   EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {asked, asked, asked, asked}),
             "POSIXErrorCode(rawValue: 1): Operation not permitted");
   EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d"));
@@ -367,22 +372,34 @@ TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
   client.send("q", bound());
   const auto flow = offered(0);
   const auto asked = host_->boundEndpoints().at(0);
-  const SendFailures failures({EAGAIN});
+  const SocketFailures failures({EAGAIN});
   std::map<std::string, int> outcomes;
   const auto count = ListenSocket::kMaxWaiting + 10;
   for (std::size_t i = 0; i < count; ++i) {
-    flow->writeDatagrams({bytes("a")}, {asked}, [&](const auto& error) {
-      ++outcomes[error ? error->text() : ""];
-    });
+    flow->writeDatagrams({bytes("a")}, {asked},
+                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
   }
   flow->closeReadWithError(std::nullopt);
   flow->closeWriteWithError(std::nullopt);
   runReady();
-  EXPECT_THAT(outcomes,
-              ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
-                          testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available",
-                                        10)));
+  EXPECT_THAT(
+      outcomes,
+      ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
+                  testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
   EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
+}
+
+TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAndServiceGoesOn) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const SocketFailures failures({EINTR, ENOMEM, ENOMEM, ENOMEM, 0});
+  EXPECT_EQ(answer(offered(0), "a"), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("FlowHost: cannot receive on " + description(host_->boundEndpoints().at(0)) +
+                  ": POSIXErrorCode(rawValue: 12): Cannot allocate memory"));
 }
 
 TEST_F(FlowHostTest, StopEndsEverything) {
@@ -394,7 +411,7 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   const auto flow = offered(0);
   std::string outcome;
   {
-    const SendFailures failures({EAGAIN});
+    const SocketFailures failures({EAGAIN});
     flow->writeDatagrams({bytes("a")}, {endpoint},
                          [&](const auto& error) { outcome = error.value().text(); });
     client.send("not read any more", address);

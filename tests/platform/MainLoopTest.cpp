@@ -1,5 +1,3 @@
-#include "platform/dispatch/MainLoop.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/foundation/NSLog.h"
 #include "tests/platform/Pipe.h"
@@ -208,8 +207,7 @@ TEST_F(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
   });
   loop_.run();
   other.join();
-  EXPECT_THAT(sink.events,
-              ElementsAre("held a", "held b", "held c", "flush", "held d", "flush"));
+  EXPECT_THAT(sink.events, ElementsAre("held a", "held b", "held c", "flush", "held d", "flush"));
   LogSink::setShared(nullptr);
 }
 

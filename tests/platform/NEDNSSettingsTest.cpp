@@ -1,5 +1,3 @@
-#include "platform/networkextension/NEDNSSettings.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/Description.h"
+#include "platform/networkextension/NEDNSSettings.h"
 #include "platform/networkextension/NEProviderStopReason.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 #include "tests/platform/TemporaryDirectory.h"
@@ -60,8 +59,9 @@ TEST(NEDNSSettingsTest, ReadsAFileUpToItsBound) {
 
 TEST(NEDNSSettingsTest, PrintedForm) {
   const std::optional<std::vector<NEDNSSettings>> settings{{{{"1.1.1.1", "::1"}}, {}}};
-  EXPECT_EQ(description(settings),
-            R"(Optional([NEDNSSettings(servers: ["1.1.1.1", "::1"]), NEDNSSettings(servers: [])]))");
+  EXPECT_EQ(
+      description(settings),
+      R"(Optional([NEDNSSettings(servers: ["1.1.1.1", "::1"]), NEDNSSettings(servers: [])]))");
 }
 
 TEST(NEProviderStopReasonTest, PrintedForm) {

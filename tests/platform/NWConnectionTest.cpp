@@ -1,5 +1,3 @@
-#include "platform/network/NWConnection.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -13,8 +11,9 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/foundation/Description.h"
+#include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
-#include "tests/platform/SendFailures.h"
+#include "tests/platform/SocketFailures.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"
 
@@ -22,7 +21,7 @@ namespace platform {
 namespace {
 
 using test::bytes;
-using test::SendFailures;
+using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -285,8 +284,7 @@ TEST_F(NWConnectionTest, WorksAgainWhenThePortIsServedAfterARefusal) {
   receive(connection);
   server.send("c", server.receive().value().from);
   ASSERT_TRUE(runUntilLines(4));
-  EXPECT_THAT(lines_,
-              ElementsAre("sent a", std::string("got ") + kRefused, "sent b", "got c"));
+  EXPECT_THAT(lines_, ElementsAre("sent a", std::string("got ") + kRefused, "sent b", "got c"));
 }
 
 TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
@@ -310,6 +308,28 @@ TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
     EXPECT_EQ(lines_.back(), "cancelled");
     EXPECT_EQ(NWConnection::openCount(), 0U);
   }
+}
+
+// Each error in a turn of its own: an owner that asks again and again does not stop the loop.
+TEST_F(NWConnectionTest, AnOwnerMayAskAgainAfterEveryError) {
+  const auto connection = make("no address", 53);
+  start(connection);
+  runReady();
+  lines_.clear();
+  int errors = 0;
+  std::function<void()> ask = [&] {
+    connection->receiveMessage([&](auto&&...) {
+      if (++errors < 100) {
+        ask();
+      }
+      DispatchQueue::global().async([&] { lines_.emplace_back("meanwhile"); });
+    });
+  };
+  ask();
+  ASSERT_TRUE(runUntilLines(1));
+  EXPECT_EQ(errors, 2);
+  runReady();
+  EXPECT_EQ(errors, 100);
 }
 
 TEST_F(NWConnectionTest, AnAddressThatCannotBeConnectedWaits) {
@@ -351,7 +371,7 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
   {
-    const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN});
+    const SocketFailures failures({0, EAGAIN, EAGAIN, EAGAIN});
     send(connection, "a");
     send(connection, "b");
     send(connection, std::string(70000, 'x'));
@@ -369,7 +389,7 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
 TEST_F(NWConnectionTest, ErrorsOfEarlierDatagramsAreNoErrorsOfASend) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
-  const SendFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
+  const SocketFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
   send(connection, "a");
   send(connection, "b");
   send(connection, "c");
@@ -404,7 +424,8 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
     const UDPSocket server;
     const auto port = place == "refused" ? test::unusedPort() : server.port();
     Lines seen;
-    const auto connection = NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(port));
+    const auto connection =
+        NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(port));
     const auto note = [&](const std::string& what) {
       seen.push_back(what);
       if (what == place) {
@@ -414,9 +435,8 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
     connection->stateUpdateHandler = [&](const auto& state) { note(description(state)); };
     start(connection);
     for (int i = 0; i < 2; ++i) {
-      connection->receiveMessage([&](const auto&, bool isComplete, const auto&) {
-        note(isComplete ? "got" : "refused");
-      });
+      connection->receiveMessage(
+          [&](const auto&, bool isComplete, const auto&) { note(isComplete ? "got" : "refused"); });
     }
     runReady();
     connection->send(bytes("a"), [&](const auto&) { note("sent"); });
@@ -424,8 +444,8 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
     while (const auto received = server.receive()) {
       server.send("b", received->from);
     }
-    const bool isOver = MainLoop::shared().runUntil(
-        [&] { return !seen.empty() && seen.back() == "cancelled"; });
+    const bool isOver =
+        MainLoop::shared().runUntil([&] { return !seen.empty() && seen.back() == "cancelled"; });
     ASSERT_TRUE(isOver) << place;
     runReady();
     ASSERT_GE(seen.size(), 2U);
@@ -448,7 +468,8 @@ TEST_F(NWConnectionTest, KeepsItselfAndItsHandlersUntilItIsCancelled) {
   int owned = 0;
   std::weak_ptr<NWConnection> weak;
   {
-    const auto connection = NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
+    const auto connection =
+        NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
     weak = connection;
     // Each handler owns the connection: a cycle until it is cancelled.
     connection->stateUpdateHandler = [connection, counted = Counted(owned)](const auto&) {};
@@ -550,10 +571,10 @@ class DescriptorLimit {
   rlimit former_{};
 };
 
-/// The lowest limit under which one more descriptor can be opened.
-rlim_t roomForOneMore() {
+/// A limit under which no descriptor can be opened; what is open stays so.
+rlim_t noRoom() {
   const FileDescriptor next(::dup(STDIN_FILENO));
-  return static_cast<rlim_t>(next.get()) + 1;
+  return static_cast<rlim_t>(next.get());
 }
 
 TEST_F(NWConnectionTest, TheBoundLeavesDescriptorsForOthers) {
@@ -571,15 +592,21 @@ TEST_F(NWConnectionTest, WithoutADescriptorTheOneIdleLongestMakesRoom) {
   const UDPSocket server;
   const auto a = readyTo(server.port(), "a ");
   const auto b = readyTo(server.port(), "b ");
-  const DescriptorLimit limit(roomForOneMore() - 1);
-  const auto c = startedTo(server.port(), "c ");
+  const auto c = make("127.0.0.1", server.port(), "c ");
+  {
+    const DescriptorLimit limit(noRoom());
+    start(c);
+  }
   runReady();
   EXPECT_THAT(lines_, ElementsAre("a cancelled", "c setup", "c preparing", "c ready"));
 }
 
 TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
-  const DescriptorLimit limit(roomForOneMore() - 1);
-  const auto connection = startedTo(53);
+  const auto connection = make("127.0.0.1", 53);
+  {
+    const DescriptorLimit limit(noRoom());
+    start(connection);
+  }
   receive(connection);
   runReady();
   const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";
@@ -624,7 +651,8 @@ TEST_F(NWConnectionTest, ThousandsOfExchangesLeaveNothingOpen) {
 TEST_F(NWConnectionTest, HandlersThatThrowStopNothing) {
   const quillet::test::LogCapture log;
   const UDPSocket server;
-  const auto connection = NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
+  const auto connection =
+      NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
   const auto fail = [this](const std::string& what) {
     lines_.push_back(what);
     throw std::runtime_error(what);

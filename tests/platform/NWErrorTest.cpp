@@ -1,11 +1,10 @@
-#include "platform/network/NWError.h"
-
 #include <gtest/gtest.h>
 
 #include <cerrno>
 
 #include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
+#include "platform/network/NWError.h"
 
 namespace platform {
 namespace {

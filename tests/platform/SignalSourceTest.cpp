@@ -1,5 +1,3 @@
-#include "platform/dispatch/SignalSource.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +7,7 @@
 
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/SignalSource.h"
 
 namespace platform {
 namespace {
@@ -36,8 +35,8 @@ TEST(SignalSourceTest, ASourceThatHasGoneDeliversNothing) {
   int calls = 0;
   std::vector<int> seen;
   const SignalSource other({SIGUSR2}, [&](int signal) { seen.push_back(signal); });
-  auto source = std::make_unique<SignalSource>(std::initializer_list<int>{SIGUSR2},
-                                               [&](int) { ++calls; });
+  auto source =
+      std::make_unique<SignalSource>(std::initializer_list<int>{SIGUSR2}, [&](int) { ++calls; });
   // Both have their signal on the way when the first handler runs: the one that is destroyed there
   // is not called any more.
   const SignalSource destroyer({SIGUSR1}, [&](int) { source.reset(); });

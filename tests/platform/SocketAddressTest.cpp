@@ -1,10 +1,10 @@
-#include "platform/network/SocketAddress.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <net/if.h>
 
 #include <string>
+
+#include "platform/network/SocketAddress.h"
 
 namespace platform {
 namespace {
@@ -49,14 +49,37 @@ TEST(SocketAddressTest, FillsWhatTheSystemTakes) {
 }
 
 TEST(SocketAddressTest, RefusesWhatIsNoAddress) {
-  const std::string rows[] = {
-      "",          " ",           "127.1",         "127.0.0.1 ",   " 127.0.0.1",
-      "1.2.3.4.5", "256.0.0.1",   "0x7f.0.0.1",    "2130706433",   "01.2.3.4",
-      "localhost", "example.com", "[::1]",         ":::",          "::1%",
-      "::1%0",     "::1%nosuch",  "::1%lo%lo",     "::1%-1",       "::1%4294967296",
-      "%lo",       "1.2.3.4%lo",  "1.2.3.4:53",    "::1 ",         "::g",
-      "1:2:3:4:5:6:7:8:9",        std::string("127.0.0.1\0x", 11), std::string("::1\0", 4),
-      std::string(100'000, ':'),  std::string(100'000, '1'),       "::1%" + std::string(100'000, 'x')};
+  const std::string rows[] = {"",
+                              " ",
+                              "127.1",
+                              "127.0.0.1 ",
+                              " 127.0.0.1",
+                              "1.2.3.4.5",
+                              "256.0.0.1",
+                              "0x7f.0.0.1",
+                              "2130706433",
+                              "01.2.3.4",
+                              "localhost",
+                              "example.com",
+                              "[::1]",
+                              ":::",
+                              "::1%",
+                              "::1%0",
+                              "::1%nosuch",
+                              "::1%lo%lo",
+                              "::1%-1",
+                              "::1%4294967296",
+                              "%lo",
+                              "1.2.3.4%lo",
+                              "1.2.3.4:53",
+                              "::1 ",
+                              "::g",
+                              "1:2:3:4:5:6:7:8:9",
+                              std::string("127.0.0.1\0x", 11),
+                              std::string("::1\0", 4),
+                              std::string(100'000, ':'),
+                              std::string(100'000, '1'),
+                              "::1%" + std::string(100'000, 'x')};
   for (const auto& row : rows) {
     EXPECT_FALSE(SocketAddress::parse(row, 1)) << row.substr(0, 40);
   }

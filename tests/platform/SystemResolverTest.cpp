@@ -1,5 +1,3 @@
-#include "platform/flowhost/SystemResolver.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "platform/dispatch/MainLoop.h"
+#include "platform/flowhost/SystemResolver.h"
 #include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
@@ -82,9 +81,8 @@ TEST_F(SystemResolverTest, ReadsTheFileAgainWhenItHasChanged) {
   SystemResolver resolver(file_, 53, {});
   EXPECT_EQ(resolver.server(), std::nullopt);
   EXPECT_EQ(resolver.server(), std::nullopt);
-  EXPECT_THAT(log_.records(),
-              ElementsAre("SystemResolver: no usable DNS server in " + file_.native() +
-                          ": No such file or directory"));
+  EXPECT_THAT(log_.records(), ElementsAre("SystemResolver: no usable DNS server in " +
+                                          file_.native() + ": No such file or directory"));
   configure("nameserver 127.0.0.1\n");
   EXPECT_EQ(resolver.server(), address("127.0.0.1", 53));
   configure("nameserver 127.0.0.2\n");
@@ -102,8 +100,8 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   configure("nameserver 127.0.0.1\n");
   SystemResolver resolver(file_, server.port(), {});
   const std::string large(65507, '\xff');
-  const auto flow = std::make_shared<FakeFlow>(
-      1, std::vector<Data>{bytes("one"), bytes(""), bytes(large)});
+  const auto flow =
+      std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("one"), bytes(""), bytes(large)});
   resolver.serve(flow);
   std::vector<std::string> questions;
   SocketAddress client;

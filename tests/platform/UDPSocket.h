@@ -19,8 +19,8 @@ inline Data bytes(std::string_view text) {
   return {view.begin(), view.end()};
 }
 
-/// The other side of what a test tests: a UDP socket driven by hand, on a port of the system's choice. On
-/// loopback a datagram has arrived when the call that sends it returns.
+/// The other side of what a test tests: a UDP socket driven by hand, on a port of the system's
+/// choice. On loopback a datagram has arrived when the call that sends it returns.
 class UDPSocket {
  public:
   struct Received {
@@ -30,8 +30,8 @@ class UDPSocket {
 
   explicit UDPSocket(const std::string& host = "127.0.0.1", std::uint16_t port = 0) {
     const auto wanted = SocketAddress::parse(host, port).value();
-    socket_ = FileDescriptor(
-        ::socket(wanted.family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    socket_ =
+        FileDescriptor(::socket(wanted.family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     address_ = wanted;
     socklen_t size = SocketAddress::kMaxSize;
     if (::bind(socket_.get(), wanted.data(), wanted.size()) != 0 ||
@@ -59,12 +59,12 @@ class UDPSocket {
 
   /// The next datagram, if there is one.
   [[nodiscard]] std::optional<Received> receive() const {
-    std::string text(65536, '\0');
+    std::string text(65536, 0);
     Received received;
     received.from = address_;
     socklen_t size = SocketAddress::kMaxSize;
-    const auto length = ::recvfrom(socket_.get(), text.data(), text.size(), 0,
-                                   received.from.data(), &size);
+    const auto length =
+        ::recvfrom(socket_.get(), text.data(), text.size(), 0, received.from.data(), &size);
     if (length < 0) {
       return std::nullopt;
     }

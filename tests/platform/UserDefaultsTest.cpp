@@ -217,6 +217,7 @@ TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   suite()->setObject(deep, "deep");
   suite()->setObject(std::string(1 << 20, 'x'), "large");
   EXPECT_EQ(readFile(file_), R"({"a":1})");
+  EXPECT_THAT(log_.records(), testing::Each(HasSubstr(" not written: too large or too deep")));
   EXPECT_EQ(log_.records().size(), 2U);
   ASSERT_NE(suite(), nullptr);
   EXPECT_EQ(suite()->integerForKey("a"), 1);
@@ -229,7 +230,7 @@ TEST_F(UserDefaultsTest, aFileThatCannotBeReadIsNotOverwritten) {
   defaults->setObject("a", "ip");
   EXPECT_EQ(readFile(file_), "{ \"mdmConf\": a slip of the pen }");
   EXPECT_THAT(log_.records(),
-              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: ")));
+              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: the file")));
 }
 
 TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {

@@ -1,8 +1,6 @@
-#include "platform/dispatch/WatchedSocket.h"
-
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <fcntl.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/WatchedSocket.h"
 #include "tests/support/LogCapture.h"
 
 namespace platform {
@@ -39,9 +38,7 @@ class Watched final : public SocketWatcher {
     }
   }
 
-  void watch(bool reading, bool writing) {
-    EXPECT_FALSE(socket.watch(*this, {reading, writing}));
-  }
+  void watch(bool reading, bool writing) { EXPECT_FALSE(socket.watch(*this, {reading, writing})); }
   void sendFromPeer() const { EXPECT_EQ(::send(peer.get(), "x", 1, 0), 1); }
   void read() const {
     char byte = 0;

@@ -1,4 +1,4 @@
-#include "tests/platform/SendFailures.h"
+#include "tests/platform/SocketFailures.h"
 
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -28,11 +28,11 @@ int nextResult() {
 
 }  // namespace
 
-SendFailures::SendFailures(std::initializer_list<int> results) {
+SocketFailures::SocketFailures(std::initializer_list<int> results) {
   test::results().assign(results);
 }
 
-SendFailures::~SendFailures() { results().clear(); }
+SocketFailures::~SocketFailures() { results().clear(); }
 
 namespace detail {
 
@@ -57,6 +57,12 @@ ssize_t send(int socket, const void* bytes, size_t size, int flags) {
 
 ssize_t sendmsg(int socket, const msghdr* message, int flags) {
   return platform::test::detail::fails() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
+}
+
+int recvmmsg(int socket, mmsghdr* messages, unsigned int count, int flags, timespec* timeout) {
+  return platform::test::detail::fails()
+             ? -1
+             : static_cast<int>(::syscall(SYS_recvmmsg, socket, messages, count, flags, timeout));
 }
 
 }  // extern "C"

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gmp.h>
+
+#include "netaddr/BigInt.h"
+
+namespace quillet {
+
+/// A number of GMP, the other opinion on what BigInt says.
+class Mpz {
+ public:
+  Mpz() { mpz_init(value_); }
+  explicit Mpz(const BigInt& value) : Mpz() {
+    mpz_import(value_, BigInt::kWords, -1, sizeof(BigInt::Word), 0, 0, value.getData().data());
+    if (mpz_tstbit(value_, BigInt::kBits - 1) != 0) {
+      Mpz wrap;
+      mpz_setbit(wrap.value_, BigInt::kBits);
+      mpz_sub(value_, value_, wrap.value_);
+    }
+  }
+  Mpz(const Mpz&) = delete;
+  Mpz(Mpz&&) = delete;
+  Mpz& operator=(const Mpz&) = delete;
+  Mpz& operator=(Mpz&&) = delete;
+  ~Mpz() { mpz_clear(value_); }
+
+  [[nodiscard]] mpz_ptr get() { return value_; }
+  [[nodiscard]] mpz_srcptr get() const { return value_; }
+
+  /// Whether a BigInt holds it.
+  [[nodiscard]] bool fits() const {
+    Mpz low;
+    mpz_setbit(low.value_, BigInt::kBits - 1);
+    const bool below = mpz_cmp(value_, low.value_) < 0;
+    mpz_neg(low.value_, low.value_);
+    return below && mpz_cmp(value_, low.value_) >= 0;
+  }
+
+ private:
+  mpz_t value_;
+};
+
+}  // namespace quillet
