@@ -7,21 +7,42 @@
 #include <utility>
 
 #include "dns_tools/ReturnCode.h"
+#include "platform/foundation/LogEscape.h"
 #include "programs/quillet_demo_filter/DemoAnswer.h"
+#include "programs/quillet_demo_filter/DemoPolicy.h"
 #include "programs/quillet_demo_filter/QueryLine.h"
 
 namespace quillet {
 
 using DnsToolsSocket::Message;
 using DnsToolsSocket::ReturnCode;
+using platform::Data;
+using platform::DataView;
 
-DemoFilter::DemoFilter(std::vector<DatagramSocket> sockets, bool isQuiet)
-    : sockets_(std::move(sockets)), isQuiet_(isQuiet) {}
+namespace {
+
+using Service = DemoSocket::Service;
+
+/// The policy that sends the mapped domain to the last socket of queries.
+std::string policyOf(const std::vector<DemoSocket>& sockets) {
+  std::string server;
+  for (const auto& [socket, service] : sockets) {
+    if (service == Service::queries) {
+      server = socket.address().text();
+    }
+  }
+  return policyFor(server);
+}
+
+}  // namespace
+
+DemoFilter::DemoFilter(std::vector<DemoSocket> sockets, bool isQuiet)
+    : sockets_(std::move(sockets)), policy_(policyOf(sockets_)), isQuiet_(isQuiet) {}
 
 void DemoFilter::run(int stopDescriptor) {
   std::vector<pollfd> watched;
-  for (const DatagramSocket& socket : sockets_) {
-    watched.push_back({socket.descriptor(), POLLIN, 0});
+  for (const DemoSocket& served : sockets_) {
+    watched.push_back({served.socket.descriptor(), POLLIN, 0});
   }
   watched.push_back({stopDescriptor, POLLIN, 0});
   for (;;) {
@@ -40,29 +61,63 @@ void DemoFilter::run(int stopDescriptor) {
   }
 }
 
-void DemoFilter::serveBatch(DatagramSocket& socket) {
-  const std::vector<platform::DataView> datagrams = socket.receive();
-  totals_.queries += datagrams.size();
+void DemoFilter::serveBatch(DemoSocket& served) {
+  const std::vector<platform::DataView> datagrams = served.socket.receive();
   for (std::size_t i = 0; i < datagrams.size(); ++i) {
-    const auto answer = answerFor(datagrams[i]);
-    if (!answer) {
-      continue;
-    }
-    if (auto bytes = answer->serialize()) {
-      ++(answer->returnCode == ReturnCode::noError ? totals_.answered : totals_.refused);
-      socket.answer(i, *std::move(bytes));
+    if (auto answer = serve(served, datagrams[i])) {
+      served.socket.answer(i, *std::move(answer));
     }
   }
-  socket.flush();
+  served.socket.flush();
 }
 
-std::optional<Message> DemoFilter::answerFor(platform::DataView datagram) {
+std::optional<Data> DemoFilter::serve(const DemoSocket& served, DataView datagram) {
+  switch (served.service) {
+    case Service::queries:
+      return answerQuery(datagram, "");
+    case Service::policy:
+      return answerRequest(datagram);
+    case Service::portal:
+      return answerQuery(datagram, "portal ");
+  }
+  return std::nullopt;
+}
+
+std::optional<Data> DemoFilter::answerRequest(DataView datagram) {
+  const auto organization = organizationOf(datagram);
+  if (!organization) {
+    return std::nullopt;
+  }
+  if (!isQuiet_) {
+    lines_.append("policy ");
+    platform::appendEscaped(lines_, *organization);
+    lines_.push_back('\n');
+  }
+  return Data(policy_.begin(), policy_.end());
+}
+
+std::optional<Data> DemoFilter::answerQuery(DataView datagram, const char* label) {
+  ++totals_.queries;
+  const auto answer = answerFor(datagram, label);
+  if (!answer) {
+    return std::nullopt;
+  }
+  auto bytes = answer->serialize();
+  if (!bytes) {
+    return std::nullopt;
+  }
+  ++(answer->returnCode == ReturnCode::noError ? totals_.answered : totals_.refused);
+  return *std::move(bytes);
+}
+
+std::optional<Message> DemoFilter::answerFor(DataView datagram, const char* label) {
   const auto query = Message::deserialize(datagram);
   if (!query) {
     return answerToUndecodable(datagram);
   }
   auto answer = answerTo(*query);
   if (answer && !isQuiet_) {
+    lines_.append(label);
     appendQueryLine(lines_, *query);
   }
   return answer;

@@ -22,13 +22,14 @@ namespace {
 
 using quillet::DatagramSocket;
 using quillet::DemoFilter;
+using quillet::DemoSocket;
 using quillet::ListenAddress;
 
 constexpr int kBadUsage = 2;
 constexpr char kName[] = "quillet-demo-filter";
 
 struct Options {
-  std::vector<ListenAddress> listen;
+  std::vector<std::pair<ListenAddress, DemoSocket::Service>> listen;
   bool isQuiet = false;
 };
 
@@ -41,14 +42,22 @@ std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
   CLI::App app(
       "Answers A, AAAA and HTTPS queries from the name itself and shows the identity it sees.",
       kName);
-  std::vector<std::string> listen;
+  using Texts = std::vector<std::string>;
+  Texts listen;
+  Texts policy;
+  Texts portal;
   Options options;
-  app.add_option("--listen", listen,
-                 "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
-      ->type_name("ADDR:PORT")
-      ->check(checkListenAddress)
-      ->allow_extra_args(false)
+  const auto addAddresses = [&app](const char* name, Texts& texts, const char* what) {
+    return app.add_option(name, texts, what)
+        ->type_name("ADDR:PORT")
+        ->check(checkListenAddress)
+        ->allow_extra_args(false);
+  };
+  addAddresses("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
       ->required();
+  addAddresses("--policy", policy,
+               "Answer policy requests here: intranet.example goes to the last --listen address");
+  addAddresses("--portal", portal, "Answer the registrations of a captive portal here");
   app.add_flag("--quiet", options.isQuiet, "No line for each query");
   app.set_version_flag("--version", std::string(kName) + ' ' + quillet::deployment::kVersion);
   try {
@@ -56,8 +65,13 @@ std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return {options, app.exit(error) == 0 ? 0 : kBadUsage};
   }
-  for (const std::string& text : listen) {
-    options.listen.push_back(*ListenAddress::parse(text));
+  using Service = DemoSocket::Service;
+  for (const auto& [texts, service] : {std::pair(&listen, Service::queries),
+                                       {&policy, Service::policy},
+                                       {&portal, Service::portal}}) {
+    for (const std::string& text : *texts) {
+      options.listen.emplace_back(*ListenAddress::parse(text), service);
+    }
   }
   return {options, std::nullopt};
 }
@@ -84,14 +98,14 @@ int stopSignals() {
 
 int serve(const Options& options) {
   const int stop = stopSignals();
-  std::vector<DatagramSocket> sockets;
-  for (const ListenAddress& address : options.listen) {
+  std::vector<DemoSocket> sockets;
+  for (const auto& [address, service] : options.listen) {
     auto socket = bindSocket(address);
     if (!socket) {
       return 1;
     }
     std::printf("listening on %s\n", socket->address().text().c_str());
-    sockets.push_back(*std::move(socket));
+    sockets.push_back({*std::move(socket), service});
   }
   std::fflush(stdout);
   DemoFilter filter(std::move(sockets), options.isQuiet);

@@ -3,47 +3,14 @@
 Runs in a network and a mount namespace of its own, where every port is free and /etc/resolv.conf may be
 replaced; skipped where the system permits no such thing."""
 
-import fcntl
 import os
-import shutil
-import socket
-import struct
-import subprocess
-import sys
 
-from roadlib import names, wire
+from roadlib import names, namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import ask, tool
 from roadlib.processes import Process, poll
 
-SKIPPED = 77  # the test runner's word for it
-INSIDE = "QUILLET_INSIDE_NAMESPACE"
 NAMES = ("example.com", "www.example.org", "a.b.c.d.example")
-
-
-def enter_namespace():
-    """Starts this test again inside; does not come back."""
-    namespace = ["unshare", "--net", "--mount", *([] if os.geteuid() == 0 else ["--map-root-user"])]
-    if not shutil.which("unshare") or subprocess.run([*namespace, "true"], capture_output=True,
-                                                     check=False).returncode != 0:
-        print("skipped: no namespaces here")
-        sys.exit(SKIPPED)
-    os.execvpe("unshare", [*namespace, sys.executable, *sys.argv], {**os.environ, INSIDE: "1"})
-
-
-def bring_loopback_up():
-    """Without an address beyond the loopback ones the C library would not ask at all."""
-    get_flags, set_flags, set_address = 0x8913, 0x8914, 0x8916  # SIOCGIFFLAGS, SIOCSIFFLAGS, SIOCSIFADDR
-    up = 1  # IFF_UP
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
-        request = fcntl.ioctl(s, get_flags, struct.pack("16sH22x", b"lo", 0))
-        flags = struct.unpack_from("H", request, 16)[0]
-        fcntl.ioctl(s, set_flags, struct.pack("16sH22x", b"lo", flags | up))
-        address = socket.inet_pton(socket.AF_INET, "192.0.2.1")
-        fcntl.ioctl(s, set_address, struct.pack("16sH2x4s16x", b"lo:1", socket.AF_INET, address))
-    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as s:
-        address = socket.inet_pton(socket.AF_INET6, "2001:db8::1")
-        fcntl.ioctl(s, set_address, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))
 
 
 class StubResolverTest(RoadTest):
@@ -56,11 +23,7 @@ class StubResolverTest(RoadTest):
                                      hosts=("127.0.0.1", "::1"), port=53)
 
     def use_servers(self, *lines):
-        path = os.path.join(self.folder, "resolv.conf")
-        with open(path, "w", encoding="ascii") as file:
-            file.writelines(f"{line}\n" for line in lines)
-        tool("mount", "--bind", path, "/etc/resolv.conf")
-        self.addCleanup(tool, "umount", "/etc/resolv.conf")
+        namespace.use_resolv_conf(self, *lines)
 
     def getent(self, database, name):
         return {line.split()[0] for line in tool("getent", database, name).splitlines()}
@@ -126,7 +89,5 @@ class BuiltInValuesTest(RoadTest):
 
 
 if __name__ == "__main__":
-    if INSIDE not in os.environ:
-        enter_namespace()
-    bring_loopback_up()
+    namespace.enter()
     main()

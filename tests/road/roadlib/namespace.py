@@ -1,0 +1,64 @@
+"""A network of the test's own, where every port is free, any address can be had, and /etc/resolv.conf may be
+replaced."""
+
+import fcntl
+import itertools
+import os
+import shutil
+import socket
+import struct
+import subprocess
+import sys
+
+from roadlib.client import tool
+
+SKIPPED = 77  # the test runner's word for it
+INSIDE = "QUILLET_INSIDE_NAMESPACE"
+
+_aliases = itertools.count(1)
+
+
+def enter():
+    """Runs the calling script again inside, with loopback up, and there comes back. Ends it as skipped where the
+    system permits no such thing."""
+    if INSIDE in os.environ:
+        _bring_loopback_up()
+        return
+    namespace = ["unshare", "--net", "--mount", *([] if os.geteuid() == 0 else ["--map-root-user"])]
+    if not shutil.which("unshare") or subprocess.run([*namespace, "true"], capture_output=True,
+                                                     check=False).returncode != 0:
+        print("skipped: no namespaces here")
+        sys.exit(SKIPPED)
+    os.execvpe("unshare", [*namespace, sys.executable, *sys.argv], {**os.environ, INSIDE: "1"})
+
+
+def add_address(address):
+    """Puts an IPv4 address of any network on the loopback interface."""
+    set_address = 0x8916  # SIOCSIFADDR
+    name = f"lo:{next(_aliases)}".encode()
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
+        octets = socket.inet_pton(socket.AF_INET, address)
+        fcntl.ioctl(s, set_address, struct.pack("16sH2x4s16x", name, socket.AF_INET, octets))
+
+
+def use_resolv_conf(test, *lines):
+    """Makes `lines` the /etc/resolv.conf until the end of `test`."""
+    path = os.path.join(test.folder, "resolv.conf")
+    with open(path, "w", encoding="ascii") as file:
+        file.writelines(f"{line}\n" for line in lines)
+    tool("mount", "--bind", path, "/etc/resolv.conf")
+    test.addCleanup(tool, "umount", "/etc/resolv.conf")
+
+
+def _bring_loopback_up():
+    """Without an address beyond the loopback ones the C library would not ask at all."""
+    get_flags, set_flags, set_address = 0x8913, 0x8914, 0x8916  # SIOCGIFFLAGS, SIOCSIFFLAGS, SIOCSIFADDR
+    up = 1  # IFF_UP
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
+        request = fcntl.ioctl(s, get_flags, struct.pack("16sH22x", b"lo", 0))
+        flags = struct.unpack_from("H", request, 16)[0]
+        fcntl.ioctl(s, set_flags, struct.pack("16sH22x", b"lo", flags | up))
+    add_address("192.0.2.1")
+    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as s:
+        address = socket.inet_pton(socket.AF_INET6, "2001:db8::1")
+        fcntl.ioctl(s, set_address, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))
