@@ -1,5 +1,5 @@
-// What it costs to give a one-question query nine options of about 20 octets, beside ldns and libknot doing the
-// same work on the same bytes.
+// What it costs to give a one-question query nine options of about 20 octets, beside ldns and
+// libknot doing the same work on the same bytes.
 
 #include <benchmark/benchmark.h>
 

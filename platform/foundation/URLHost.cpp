@@ -19,7 +19,8 @@ bool isScheme(std::string_view text) {
 
 /// RFC 3986 section 3.2.2: reg-name, and the colons of an IP literal.
 bool isHostCharacter(char c) {
-  return isLetter(c) || isDigit(c) || std::string_view("-._~!$&'()*+,;=%:").find(c) != std::string_view::npos;
+  return isLetter(c) || isDigit(c) ||
+         std::string_view("-._~!$&'()*+,;=%:").find(c) != std::string_view::npos;
 }
 
 /// The authority without user information and port; what stands in brackets without them.
