@@ -6,8 +6,8 @@
 
 namespace quillet {
 
-/// `text` split at every comma, each piece unchanged, empty pieces and blanks included. The empty text gives
-/// the empty list.
+/// `text` split at every comma, each piece unchanged, empty pieces and blanks included. The empty
+/// text gives the empty list.
 std::vector<std::string> parseCommaDelimitedArr(std::string_view text);
 
 }  // namespace quillet

@@ -60,7 +60,8 @@ void DnsProxyExt::startProxy(std::optional<platform::NEProviderOptions> newOptio
   completion(std::nullopt);
 }
 
-/// False when the options hold no vendor settings, or hold something else than an object under their name.
+/// False when the options hold no vendor settings, or hold something else than an object under
+/// their name.
 bool DnsProxyExt::takeVendorData() {
   if (!options) {
     return false;
@@ -79,8 +80,8 @@ bool DnsProxyExt::takeVendorData() {
   return true;
 }
 
-// The stored settings are shown and not applied: a start without vendor data runs with what it has, so that
-// settings which an administrator took back do not come to life again.
+// The stored settings are shown and not applied: a start without vendor data runs with what it has,
+// so that settings which an administrator took back do not come to life again.
 void DnsProxyExt::logStoredVendorData() const {
   NSLog("options(vendor data) are nil --> retrieving previous params from local storage");
   const auto* defaults = UserDefaults::suite(kGroupId);
@@ -185,8 +186,8 @@ const std::string* DnsProxyExt::setting(std::string_view key) const {
   return found == macOSconfig.end() ? nullptr : &found->second;
 }
 
-// A running number in place of the object's address: as good for telling instances apart, and a log tells
-// nothing of the process' memory.
+// A running number in place of the object's address: as good for telling instances apart, and a log
+// tells nothing of the process' memory.
 std::string DnsProxyExt::identity() const {
   return "<DnsProxyExt: " + std::to_string(instanceNumber_) + ">";
 }

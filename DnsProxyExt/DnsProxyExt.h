@@ -21,13 +21,15 @@
 
 namespace quillet {
 
-/// The DNS proxy provider: takes each flow of DNS queries, chooses the server that answers it, adds the
-/// identity to queries for the filtering DNS service, forwards them and writes the answers back.
+/// The DNS proxy provider: takes each flow of DNS queries, chooses the server that answers it, adds
+/// the identity to queries for the filtering DNS service, forwards them and writes the answers
+/// back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
 /// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; Reports.cpp prints what is asked for on the way.
 ///
-/// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll` excepted.
+/// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
+/// excepted.
 class DnsProxyExt : public platform::NEDNSProxyProvider,
                     public std::enable_shared_from_this<DnsProxyExt> {
  public:
@@ -38,8 +40,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   using Flow = std::shared_ptr<platform::NEAppProxyUDPFlow>;
 
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
-  /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200 octets,
-  /// and a key in a log line of every answer.
+  /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200
+  /// octets, and a key in a log line of every answer.
   static constexpr std::size_t kMaxReports = 2048;
 
   DnsProxyExt();
@@ -67,9 +69,9 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   /// Chooses the server for a batch by its first datagram and starts the exchange with it.
   virtual void connectToDNS(const Flow& flow, std::optional<std::vector<platform::Data>> data,
                             std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
-                            std::optional<platform::Error> error);
-  /// The server of the most particular fragment that `domain` contains, or nullptr. A fragment without
-  /// text matches nothing.
+                            const std::optional<platform::Error>& error);
+  /// The server of the most particular fragment that `domain` contains, or nullptr. A fragment
+  /// without text matches nothing.
   static DNSHostRef mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap);
 
   // Answers.
@@ -144,9 +146,9 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   [[nodiscard]] Route chooseRoute(const std::string& app, platform::DataView firstDatagram,
                                   std::int64_t flowHash) const;
   static void logRoute(const Route& route);
-  [[nodiscard]] std::vector<platform::Data> injectIdentity(
-      const std::string& app, const std::vector<platform::Data>& batch,
-      std::int64_t flowHash) const;
+  [[nodiscard]] std::vector<platform::Data> injectIdentity(const std::string& app,
+                                                           const std::vector<platform::Data>& batch,
+                                                           std::int64_t flowHash) const;
   void startReport(std::int64_t flowHash, const std::string& dnsServer);
   void exchange(const Flow& flow, std::vector<platform::Data> batch,
                 std::vector<platform::NWHostEndpoint> endpoints, const Utils::DNSHost& server);

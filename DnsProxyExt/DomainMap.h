@@ -14,8 +14,8 @@ struct LongestFirst {
   }
 };
 
-/// A domain fragment to the server that answers for it. Walked from the longest fragment to the shortest,
-/// so that where several match, the most particular one decides.
+/// A domain fragment to the server that answers for it. Walked from the longest fragment to the
+/// shortest, so that where several match, the most particular one decides.
 using DomainMap = std::map<std::string, DNSHostRef, LongestFirst>;
 
 }  // namespace quillet

@@ -45,11 +45,10 @@ bool DnsProxyExt::handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initi
 }
 
 void DnsProxyExt::openFlow(const Flow& flow) {
-  flow->openWithLocalEndpoint(
-      filteringServiceEndpoint(),
-      [self = shared_from_this(), flow](const std::optional<Error>& error) {
-        self->flowOpened(flow, error);
-      });
+  flow->openWithLocalEndpoint(filteringServiceEndpoint(),
+                              [self = shared_from_this(), flow](const std::optional<Error>& error) {
+                                self->flowOpened(flow, error);
+                              });
 }
 
 void DnsProxyExt::flowOpened(const Flow& flow, const std::optional<Error>& error) {
@@ -66,12 +65,12 @@ void DnsProxyExt::flowOpened(const Flow& flow, const std::optional<Error>& error
 
 void DnsProxyExt::readDatagrams(const Flow& flow) {
   NSLog("try readDatagrams, flowHash = ", flow->hash());
-  flow->readDatagrams([self = shared_from_this(), flow](
-                          std::optional<std::vector<Data>> datagrams,
-                          std::optional<std::vector<NWHostEndpoint>> endpoints,
-                          const std::optional<Error>& error) {
-    self->datagramsRead(flow, std::move(datagrams), std::move(endpoints), error);
-  });
+  flow->readDatagrams(
+      [self = shared_from_this(), flow](std::optional<std::vector<Data>> datagrams,
+                                        std::optional<std::vector<NWHostEndpoint>> endpoints,
+                                        const std::optional<Error>& error) {
+        self->datagramsRead(flow, std::move(datagrams), std::move(endpoints), error);
+      });
 }
 
 void DnsProxyExt::datagramsRead(const Flow& flow, std::optional<std::vector<Data>> datagrams,

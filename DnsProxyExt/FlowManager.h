@@ -12,9 +12,10 @@ namespace quillet {
 
 /// The registry of flows. Inside the event loop only.
 ///
-/// A record is kept after its flow was handled, so that a report can show it, but not for ever: beyond the
-/// bounds below the finished records go first, the one finished longest ago before the others, then the
-/// flows that were never answered, oldest first. A flow offered again after its record went counts as new.
+/// A record is kept after its flow was handled, so that a report can show it, but not for ever:
+/// beyond the bounds below the finished records go first, the one finished longest ago before the
+/// others, then the flows that were never answered, oldest first. A flow offered again after its
+/// record went counts as new.
 class FlowManager {
  public:
   using FlowKey = std::int64_t;

@@ -2,8 +2,8 @@
 
 namespace quillet {
 
-/// The EDNS option codes that carry the identity, written in decimal as the values for injection name them.
-/// All lie in the range for local and experimental use (RFC 6891 section 9).
+/// The EDNS option codes that carry the identity, written in decimal as the values for injection
+/// name them. All lie in the range for local and experimental use (RFC 6891 section 9).
 struct IdentityOption {
   static constexpr char kOrganization[] = "65001";
   static constexpr char kOrgUnit[] = "65002";

@@ -17,7 +17,8 @@ namespace {
 
 constexpr char kLoopbackAddress[] = "127.0.0.1";
 constexpr char kDefaultTtl[] = "60";
-// What "send_timezone" counts as when the suite cannot be opened; any value but 1 and the negative sends.
+// What "send_timezone" counts as when the suite cannot be opened; any value but 1 and the negative
+// sends.
 constexpr std::int64_t kSendTimeZone = 2;
 
 /// The group's settings that decide on address and time zone.
@@ -97,8 +98,8 @@ void MDMConfigurationManager::initValuesWithoutUserAuth(const ConfigurationMap& 
   }
 }
 
-// Visits the entries in the order of their keys, so where both name the user, "userId" has the last word
-// over "userEmail".
+// Visits the entries in the order of their keys, so where both name the user, "userId" has the last
+// word over "userEmail".
 void MDMConfigurationManager::initValuesWithUserAuth(const ConfigurationMap& conf) {
   for (const auto& [key, value] : conf) {
     if (key == "orgUnitId") {

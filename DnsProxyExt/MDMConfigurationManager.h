@@ -15,8 +15,8 @@ using ConfigurationMap = std::map<std::string, std::string>;
 /// The identity that goes upstream: an EDNS option code in decimal ("65001") to the option's text.
 using ValuesForInject = std::map<std::string, std::string>;
 
-/// Keeps the managed configuration and makes of it the identity that is added to every query for the
-/// filtering DNS service. Inside the event loop only.
+/// Keeps the managed configuration and makes of it the identity that is added to every query for
+/// the filtering DNS service. Inside the event loop only.
 class MDMConfigurationManager {
  public:
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
@@ -29,18 +29,18 @@ class MDMConfigurationManager {
 
   MDMConfigurationManager();
 
-  /// The text values of the vendor settings, each under its key without any "--". When two keys become
-  /// one, the one later in the order of the keys wins.
+  /// The text values of the vendor settings, each under its key without any "--". When two keys
+  /// become one, the one later in the order of the keys wins.
   static ConfigurationMap buildConfDictionary(const platform::JSONObject& from);
 
   void initConfigurationForMacOs(const ConfigurationMap& confData);
 
-  /// Takes a configuration, or without one falls back to the hard-coded identity. Values that an earlier
-  /// configuration set stay unless this one replaces or removes them.
+  /// Takes a configuration, or without one falls back to the hard-coded identity. Values that an
+  /// earlier configuration set stay unless this one replaces or removes them.
   void initValues(const std::optional<ConfigurationMap>& confData);
 
-  /// The identity for a query of the application `appSenderId` (its signing identifier), a copy; the
-  /// hard-coded identity while there is no configuration.
+  /// The identity for a query of the application `appSenderId` (its signing identifier), a copy;
+  /// the hard-coded identity while there is no configuration.
   std::optional<ValuesForInject> getValuesForInject(std::string_view appSenderId);
 
   /// Names the first missing value, or nothing when the configuration is complete.

@@ -10,8 +10,8 @@ using platform::secondsSince1970;
 
 namespace {
 
-// What one octet on the wire takes at most once it is decoded: a question of six octets that points at its
-// name becomes a value of its own with a name of its own.
+// What one octet on the wire takes at most once it is decoded: a question of six octets that points
+// at its name becomes a value of its own with a name of its own.
 constexpr std::size_t kDecodedExpansion = 100;
 
 }  // namespace

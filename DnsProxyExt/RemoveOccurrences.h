@@ -5,8 +5,8 @@
 
 namespace quillet {
 
-/// `text` without any of the non-overlapping occurrences of `piece`, found from the left. `piece` is not
-/// empty.
+/// `text` without any of the non-overlapping occurrences of `piece`, found from the left. `piece`
+/// is not empty.
 std::string removingOccurrences(std::string_view text, std::string_view piece);
 
 }  // namespace quillet

@@ -1,5 +1,3 @@
-#include <ranges>
-
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/IPv4.h"
@@ -16,8 +14,24 @@ using platform::NWHostEndpoint;
 
 namespace {
 
-/// The message's bytes, written anew. An answer that the message model cannot read, or not write again,
-/// passes through as it came: the application gets its answer all the same.
+/// Printed as the list of the reports' keys.
+struct KeysOf {
+  void describe(std::string& out) const {
+    out.push_back('[');
+    const char* separator = "";
+    for (const auto& [key, report] : reports) {
+      out.append(separator);
+      platform::debugDescribe(out, key);
+      separator = ", ";
+    }
+    out.push_back(']');
+  }
+
+  const DNSFlowReports& reports;
+};
+
+/// The message's bytes, written anew. An answer that the message model cannot read, or not write
+/// again, passes through as it came: the application gets its answer all the same.
 Data serializedAgain(const std::optional<Message>& message, Data received) {
   if (message) {
     if (auto serialized = message->serialize()) {
@@ -53,7 +67,7 @@ void DnsProxyExt::handleInBoundDatagram(const Flow& flow, std::optional<Data> da
   NSLog("handleInBoundDatagram,hash = ", flowHash, ", isFinish = ", isFinished,
         ", error = ", error);
   auto report = endedReport(reportKey);
-  NSLog("flow reports: ", std::views::keys(dnsFlowsReports));
+  NSLog("flow reports: ", KeysOf{dnsFlowsReports});
   if (error) {
     flowManager.addErrorToFlow(*flow, ErrorBreakpoint::upstream);
   }
@@ -117,12 +131,12 @@ void DnsProxyExt::writeAnswer(const Flow& flow, Data answer, bool isFinished,
                               const NWHostEndpoint& endpoint, std::optional<Error> upstreamError) {
   std::vector<Data> datagrams;
   datagrams.push_back(std::move(answer));
-  flow->writeDatagrams(std::move(datagrams), {endpoint},
-                       [self = shared_from_this(), flow, isFinished,
-                        upstreamError = std::move(upstreamError)](
-                           const std::optional<Error>& writeError) {
-                         self->answerWritten(flow, isFinished, upstreamError, writeError);
-                       });
+  flow->writeDatagrams(
+      std::move(datagrams), {endpoint},
+      [self = shared_from_this(), flow, isFinished,
+       upstreamError = std::move(upstreamError)](const std::optional<Error>& writeError) {
+        self->answerWritten(flow, isFinished, upstreamError, writeError);
+      });
 }
 
 void DnsProxyExt::answerWritten(const Flow& flow, bool isFinished,

@@ -34,8 +34,8 @@ bool matchesAny(const std::vector<std::string>& entries, const std::string& lowe
   });
 }
 
-/// The name that the domain maps are asked for. A message without a question has none, as one that could
-/// not be decoded.
+/// The name that the domain maps are asked for. A message without a question has none, as one that
+/// could not be decoded.
 std::optional<std::string> domainOf(const std::optional<DnsToolsSocket::Message>& message) {
   if (!message || message->questions.empty()) {
     return std::nullopt;
@@ -56,7 +56,7 @@ std::string millisecondsSince1970() {
 
 void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
                                std::optional<std::vector<NWHostEndpoint>> endpoints,
-                               std::optional<Error> /*error*/) {
+                               const std::optional<Error>& /*error*/) {
   if (!data || data->empty() || !endpoints || endpoints->size() < data->size()) {
     return;  // nothing to send, or nobody to answer
   }
@@ -128,8 +128,8 @@ void DnsProxyExt::logRoute(const Route& route) {
 std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
                                               const std::vector<Data>& batch,
                                               std::int64_t flowHash) const {
-  auto values = MDMConfigurationManager::shared().getValuesForInject(app).value_or(
-      ValuesForInject());
+  auto values =
+      MDMConfigurationManager::shared().getValuesForInject(app).value_or(ValuesForInject());
   values[IdentityOption::kTimestamp] = millisecondsSince1970();
   NSLog("values for inject = ", values);
   auto injected = DNSParser::injectFlagsToDatagrams(batch, values);

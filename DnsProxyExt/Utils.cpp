@@ -19,8 +19,7 @@ std::string_view takePiece(std::string_view& rest) {
 
 }  // namespace
 
-Utils::DNSHost::DNSHost(std::string_view text)
-    : address(takePiece(text)) {
+Utils::DNSHost::DNSHost(std::string_view text) : address(takePiece(text)) {
   port = decimalInteger(takePiece(text)).value_or(kStandardDnsPort);
 }
 

@@ -10,13 +10,13 @@ namespace quillet {
 /// Holds `DNSHost`.
 class Utils {
  public:
-  /// The address of a server, shared by reference: one object may stand under many keys of a domain map.
-  /// Printed in the form that it is read from, `10.0.0.1:53`.
+  /// The address of a server, shared by reference: one object may stand under many keys of a domain
+  /// map. Printed in the form that it is read from, `10.0.0.1:53`.
   class DNSHost {
    public:
-    /// Reads `address` or `address:port`; what follows a second colon is ignored. A port that is missing
-    /// or no decimal number is 53. Never fails: neither address nor port range is checked here, a
-    /// connection refuses what it cannot use.
+    /// Reads `address` or `address:port`; what follows a second colon is ignored. A port that is
+    /// missing or no decimal number is 53. Never fails: neither address nor port range is checked
+    /// here, a connection refuses what it cannot use.
     explicit DNSHost(std::string_view text);
 
     void describe(std::string& out) const;

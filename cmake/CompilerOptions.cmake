@@ -20,6 +20,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 sees overlaps in std::string's own assignments that cannot be (GCC bug 105651).
   add_compile_options(-Wno-restrict)
 endif()
+# Whether Asio 1.22 allocates by aligned_alloc depends on which header a source includes first; without
+# it, memory that one source takes from operator new would be given back by another through free.
+add_compile_definitions(ASIO_DISABLE_STD_ALIGNED_ALLOC)
 add_compile_definitions(ASIO_STANDALONE ASIO_NO_DEPRECATED JSON_USE_IMPLICIT_CONVERSIONS=0)
 
 if(NOT QUILLET_SANITIZE AND CMAKE_BUILD_TYPE STREQUAL "Release")

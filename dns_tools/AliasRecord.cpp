@@ -13,7 +13,7 @@ AliasRecord::AliasRecord(std::string name, bool unique, std::uint16_t internetCl
     : ResourceRecord({std::move(name), unique, internetClass, ttl}),
       canonicalName(std::move(target)) {}
 
-AliasRecord::AliasRecord(Head head, Reader& reader) : ResourceRecord(std::move(head)) {
+AliasRecord::AliasRecord(Head&& head, Reader& reader) : ResourceRecord(std::move(head)) {
   reader.skip(2);  // RDLENGTH: the name tells its own length
   canonicalName = reader.readName();
 }

@@ -17,7 +17,7 @@ class AliasRecord final : public ResourceRecord {
   AliasRecord(std::string name, bool unique, std::uint16_t internetClass, std::uint32_t ttl,
               std::string target);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  AliasRecord(Head head, Reader& reader);
+  AliasRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return RecordType::alias; }
   void describe(std::string& out) const override;

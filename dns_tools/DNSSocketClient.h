@@ -14,25 +14,26 @@
 
 namespace DnsToolsSocket {
 
-/// Carries one batch of query datagrams of one flow to one DNS server over a UDP connection of its own and
-/// hands every answer to its owner. Knows nothing of what the datagrams hold.
+/// Carries one batch of query datagrams of one flow to one DNS server over a UDP connection of its
+/// own and hands every answer to its owner. Knows nothing of what the datagrams hold.
 ///
-/// Answers are matched to the receives in the order in which they arrive, not by message id. There is no
-/// time limit and no retry; a batch that is not answered in full is never reported as finished. A
-/// connection that waits or failed is left to the platform's bound on open connections.
+/// Answers are matched to the receives in the order in which they arrive, not by message id. There
+/// is no time limit and no retry; a batch that is not answered in full is never reported as
+/// finished. A connection that waits or failed is left to the platform's bound on open connections.
 ///
-/// Used once: create, set `onDataReceived`, connect. From then on the connection's handlers keep the client
-/// alive until the connection is cancelled. Inside the event loop only.
+/// Used once: create, set `onDataReceived`, connect. From then on the connection's handlers keep
+/// the client alive until the connection is cancelled. Inside the event loop only.
 class DNSSocketClient : public std::enable_shared_from_this<DNSSocketClient> {
  public:
   using Flow = std::shared_ptr<platform::NEAppProxyUDPFlow>;
 
-  /// Called once for each answer. `endpoint` is the flow's endpoint of the datagram answered; `isFinished`
-  /// is true when this answer completes the batch. Endpoint and flag are always present.
-  using DataReceived = std::function<void(
-      const Flow& flow, std::optional<platform::Data> answer,
-      std::optional<platform::NWHostEndpoint> endpoint, std::optional<bool> isFinished,
-      std::optional<platform::NWError> error)>;
+  /// Called once for each answer. `endpoint` is the flow's endpoint of the datagram answered;
+  /// `isFinished` is true when this answer completes the batch. Endpoint and flag are always
+  /// present.
+  using DataReceived =
+      std::function<void(const Flow& flow, std::optional<platform::Data> answer,
+                         std::optional<platform::NWHostEndpoint> endpoint,
+                         std::optional<bool> isFinished, std::optional<platform::NWError> error)>;
 
   /// There are at least as many endpoints as datagrams; entry i belongs to datagram i.
   static std::shared_ptr<DNSSocketClient> create(Flow flow,
@@ -43,8 +44,8 @@ class DNSSocketClient : public std::enable_shared_from_this<DNSSocketClient> {
   DNSSocketClient& operator=(const DNSSocketClient&) = delete;
   ~DNSSocketClient() = default;
 
-  /// Connects to the server and sends the batch as soon as the connection is ready. A port outside 0 to
-  /// 65535 is one log line and no connection.
+  /// Connects to the server and sends the batch as soon as the connection is ready. A port outside
+  /// 0 to 65535 is one log line and no connection.
   void connectWithDNS(const std::string& ip, std::int64_t port);
 
   DataReceived onDataReceived;

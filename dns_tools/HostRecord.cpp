@@ -15,7 +15,7 @@ HostRecord<Address>::HostRecord(std::string name, bool unique, std::uint16_t int
     : ResourceRecord({std::move(name), unique, internetClass, ttl}), ip(address) {}
 
 template <IP Address>
-HostRecord<Address>::HostRecord(Head head, Reader& reader) : ResourceRecord(std::move(head)) {
+HostRecord<Address>::HostRecord(Head&& head, Reader& reader) : ResourceRecord(std::move(head)) {
   const auto size = reader.readUInt16();
   const auto bytes = reader.readBytes(size, DecodeError::invalidDataSize);
   if (const auto address = Address::networkBytes(bytes)) {

@@ -22,7 +22,7 @@ class HostRecord final : public ResourceRecord {
   HostRecord(std::string name, bool unique, std::uint16_t internetClass, std::uint32_t ttl,
              Address address);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  HostRecord(Head head, Reader& reader);
+  HostRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return Address::kTypeCode; }
   void describe(std::string& out) const override;

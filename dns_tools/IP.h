@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,7 @@ namespace DnsToolsSocket {
 /// - `fromPresentation(text)` makes one of what `inet_pton` accepts for the family.
 /// - `bytes()` are the octets, borrowed from the address.
 /// - `presentation()` is the address as text, `debugDescription()` the same.
+/// - `kTypeCode` is the type of the record, `kHostRecordName` its name in printed form.
 template <class T>
 concept IP = requires(const T& address, std::string_view text, platform::DataView octets) {
   { T::networkBytes(octets) } -> std::same_as<std::optional<T>>;

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "platform/foundation/Description.h"
+
 namespace DnsToolsSocket {
 
 using platform::DataView;
@@ -36,7 +38,17 @@ std::string IPv4::presentation() const {
   return presentationString().value_or("Invalid IPv4 address");
 }
 
-void IPv4::describe(std::string& out) const { out.append(presentation()); }
+void IPv4::describe(std::string& out) const {
+  // As inet_ntop writes it, without the printf that it goes through: every answer is printed
+  // several times.
+  const auto octets = bytes();
+  for (std::size_t i = 0; i < octets.size(); ++i) {
+    if (i > 0) {
+      out.push_back('.');
+    }
+    platform::describe(out, octets[i]);
+  }
+}
 
 bool IPv4::operator==(const IPv4& other) const {
   return std::memcmp(&address, &other.address, sizeof address) == 0;

@@ -15,7 +15,6 @@ using platform::DataView;
 namespace {
 
 constexpr std::size_t kHeaderSize = 12;
-constexpr std::size_t kLengthPrefixSize = 2;
 constexpr std::size_t kMaxUInt16 = std::numeric_limits<std::uint16_t>::max();
 // The least that an entry takes, its name the root.
 constexpr std::size_t kMinQuestionSize = 5;
@@ -54,6 +53,9 @@ std::uint16_t flagsOf(const Message& message) {
 // The count is only what the sender says: no more room is made than the bytes left could fill.
 template <std::size_t minSize, class Entry>
 void readEntries(std::vector<Entry>& entries, std::size_t count, Reader& reader) {
+  if (count == 0) {
+    return;
+  }
   entries.reserve(std::min(count, reader.remaining() / minSize));
   while (entries.size() < count && !reader.error()) {
     entries.push_back(Entry::read(reader));

@@ -15,7 +15,7 @@ NameServerRecord::NameServerRecord(std::string name, std::uint16_t type,
       nameServer(std::move(server)),
       type_(type) {}
 
-NameServerRecord::NameServerRecord(Head head, Reader& reader)
+NameServerRecord::NameServerRecord(Head&& head, Reader& reader)
     : ResourceRecord(std::move(head)), type_(RecordType::nameServer) {
   const auto end = reader.readDataEnd();
   nameServer = reader.readName();
@@ -25,7 +25,7 @@ NameServerRecord::NameServerRecord(Head head, Reader& reader)
 void NameServerRecord::describe(std::string& out) const {
   StructureText text(out, "NameServerRecord");
   describeHead(text);
-  text.field("nameServer", nameServer);
+  text.field("type", type_).field("nameServer", nameServer);
 }
 
 std::unique_ptr<ResourceRecord> NameServerRecord::clone() const {

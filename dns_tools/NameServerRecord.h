@@ -17,7 +17,7 @@ class NameServerRecord final : public ResourceRecord {
   NameServerRecord(std::string name, std::uint16_t type, std::uint16_t internetClass, bool unique,
                    std::uint32_t ttl, std::string server);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  NameServerRecord(Head head, Reader& reader);
+  NameServerRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return type_; }
   void describe(std::string& out) const override;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace DnsToolsSocket {
 
@@ -18,8 +18,7 @@ class NameText {
       longText_.append(label).push_back('.');
       return;
     }
-    std::memcpy(head_ + used_, label.data(), label.size());
-    used_ += label.size();
+    used_ += label.copy(head_ + used_, label.size());
     head_[used_++] = '.';
   }
 
@@ -34,12 +33,13 @@ class NameText {
     }
   }
 
-  /// The whole text; "." when nothing was appended.
+  /// The whole text, once; "." when nothing was appended.
   [[nodiscard]] std::string finish() {
     if (longText_.empty()) {
       return used_ == 0 ? "." : std::string(head_, used_);
     }
     flush();
+    longText_.shrink_to_fit();
     return std::move(longText_);
   }
 

@@ -13,7 +13,7 @@ PointerRecord::PointerRecord(std::string name, bool unique, std::uint16_t intern
     : ResourceRecord({std::move(name), unique, internetClass, ttl}),
       destination(std::move(target)) {}
 
-PointerRecord::PointerRecord(Head head, Reader& reader) : ResourceRecord(std::move(head)) {
+PointerRecord::PointerRecord(Head&& head, Reader& reader) : ResourceRecord(std::move(head)) {
   reader.skip(2);  // RDLENGTH: the name tells its own length
   destination = reader.readName();
 }

@@ -17,7 +17,7 @@ class PointerRecord final : public ResourceRecord {
   PointerRecord(std::string name, bool unique, std::uint16_t internetClass, std::uint32_t ttl,
                 std::string target);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  PointerRecord(Head head, Reader& reader);
+  PointerRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return RecordType::pointer; }
   void describe(std::string& out) const override;

@@ -91,8 +91,8 @@ inline void Reader::readLabel(std::size_t length, bool inPieces, NameText& name)
 
 std::string Reader::readName() {
   NameText text;
-  std::size_t start = position_;   // of the name, or of the part of it that a pointer led to
-  std::optional<std::size_t> end;  // behind the first pointer
+  std::size_t start = position_;  // of the name, or of the part of it that a pointer led to
+  std::size_t end = 0;            // behind the first pointer; 0 before there is one
   while (remaining() > 0) {
     const std::size_t length = message_[position_];
     if (length > kLargestLabelLength) {
@@ -100,16 +100,16 @@ std::string Reader::readName() {
       if (!offset) {
         return {};
       }
-      end = end.value_or(position_);
+      end = end != 0 ? end : position_;
       start = position_ = *offset;
       continue;
     }
     ++position_;
     if (length == 0) {
-      position_ = end.value_or(position_);
+      position_ = end != 0 ? end : position_;
       return text.finish();
     }
-    readLabel(length, end.has_value(), text);
+    readLabel(length, end != 0, text);
   }
   fail(DecodeError::invalidLabelSize);
   return {};

@@ -14,7 +14,7 @@ Record::Record(std::string name, bool unique, std::uint16_t internetClass, std::
       data(std::move(bytes)),
       type_(type) {}
 
-Record::Record(Head head, std::uint16_t type, Reader& reader)
+Record::Record(Head&& head, std::uint16_t type, Reader& reader)
     : ResourceRecord(std::move(head)), type_(type) {
   const auto size = reader.readUInt16();
   const auto bytes = reader.readBytes(size, DecodeError::invalidDataSize);

@@ -17,7 +17,7 @@ class Record final : public ResourceRecord {
   Record(std::string name, bool unique, std::uint16_t internetClass, std::uint32_t ttl,
          std::uint16_t type, platform::Data bytes);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  Record(Head head, std::uint16_t type, Reader& reader);
+  Record(Head&& head, std::uint16_t type, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return type_; }
   void describe(std::string& out) const override;

@@ -7,6 +7,7 @@ namespace DnsToolsSocket {
 
 /// Known types of questions and records; any other value may be carried.
 struct RecordType {
+  // NOLINTBEGIN(readability-identifier-naming): used as enumerators are, and named like them
   static constexpr std::uint16_t host = 1;
   static constexpr std::uint16_t nameServer = 2;
   static constexpr std::uint16_t alias = 5;
@@ -21,6 +22,7 @@ struct RecordType {
   static constexpr std::uint16_t incrementalZoneTransfer = 251;
   static constexpr std::uint16_t standardZoneTransfer = 252;
   static constexpr std::uint16_t all = 255;
+  // NOLINTEND(readability-identifier-naming)
 };
 
 /// The usual abbreviation of a known type ("AAAA"), "Unknown" of any other value.

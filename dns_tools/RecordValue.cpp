@@ -20,7 +20,7 @@ namespace {
 
 using Head = ResourceRecord::Head;
 
-std::unique_ptr<ResourceRecord> readKind(std::uint16_t type, Head head, Reader& reader) {
+std::unique_ptr<ResourceRecord> readKind(std::uint16_t type, Head&& head, Reader& reader) {
   switch (type) {
     case RecordType::host:
       return std::make_unique<HostRecord<IPv4>>(std::move(head), reader);

@@ -15,10 +15,9 @@ class Reader;
 /// assigned to or destroyed.
 class RecordValue {
  public:
+  /// Implicit, so that lists can be written with plain records.
   template <std::derived_from<ResourceRecord> Kind>
-  RecordValue(
-      Kind record)  // NOLINT(google-explicit-constructor): lists are written with plain records
-      : record_(std::make_unique<Kind>(std::move(record))) {}
+  RecordValue(Kind record) : record_(std::make_unique<Kind>(std::move(record))) {}
   RecordValue(const RecordValue& other) : record_(other.record_->clone()) {}
   RecordValue& operator=(const RecordValue& other) { return *this = RecordValue(other); }
   RecordValue(RecordValue&&) = default;

@@ -38,7 +38,7 @@ class ResourceRecord {
   [[nodiscard]] std::uint32_t ttl() const { return head_.ttl; }
 
   /// Appends the record's wire form to `onto`, which begins with the message, and extends the
-  /// message's dictionary; the record must outlive that.
+  /// message's dictionary; the record must outlive that. After a failure both are of no use.
   tl::expected<void, EncodeError> serialize(platform::Data& onto, Labels& labels) const;
   void write(Writer& writer) const;
 
@@ -46,7 +46,7 @@ class ResourceRecord {
   [[nodiscard]] virtual std::unique_ptr<ResourceRecord> clone() const = 0;
 
  protected:
-  explicit ResourceRecord(Head head) : head_(std::move(head)) {}
+  explicit ResourceRecord(Head&& head) : head_(std::move(head)) {}
   ResourceRecord(const ResourceRecord&) = default;
   ResourceRecord& operator=(const ResourceRecord&) = default;
   ResourceRecord(ResourceRecord&&) = default;

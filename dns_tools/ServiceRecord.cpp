@@ -17,7 +17,7 @@ ServiceRecord::ServiceRecord(std::string name, bool unique, std::uint16_t intern
       port(itsPort),
       server(std::move(itsServer)) {}
 
-ServiceRecord::ServiceRecord(Head head, Reader& reader) : ResourceRecord(std::move(head)) {
+ServiceRecord::ServiceRecord(Head&& head, Reader& reader) : ResourceRecord(std::move(head)) {
   const auto end = reader.readDataEnd();
   priority = reader.readUInt16();
   weight = reader.readUInt16();

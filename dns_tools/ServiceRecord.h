@@ -18,7 +18,7 @@ class ServiceRecord final : public ResourceRecord {
                 std::uint16_t itsPriority, std::uint16_t itsWeight, std::uint16_t itsPort,
                 std::string itsServer);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  ServiceRecord(Head head, Reader& reader);
+  ServiceRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return RecordType::service; }
   void describe(std::string& out) const override;

@@ -23,7 +23,7 @@ StartOfAuthorityRecord::StartOfAuthorityRecord(std::string name, bool unique,
       expire(expireSeconds),
       minimum(minimumTTL) {}
 
-StartOfAuthorityRecord::StartOfAuthorityRecord(Head head, Reader& reader)
+StartOfAuthorityRecord::StartOfAuthorityRecord(Head&& head, Reader& reader)
     : ResourceRecord(std::move(head)) {
   const auto end = reader.readDataEnd();
   mname = reader.readName();

@@ -20,7 +20,7 @@ class StartOfAuthorityRecord final : public ResourceRecord {
                          std::int32_t retrySeconds, std::int32_t expireSeconds,
                          std::uint32_t minimumTTL);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  StartOfAuthorityRecord(Head head, Reader& reader);
+  StartOfAuthorityRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return RecordType::startOfAuthority; }
   void describe(std::string& out) const override;

@@ -21,7 +21,7 @@ class TextRecord final : public ResourceRecord {
   TextRecord(std::string name, bool unique, std::uint16_t internetClass, std::uint32_t ttl,
              Attributes pairs);
   /// Reads RDLENGTH and RDATA; unusable when the reader fails.
-  TextRecord(Head head, Reader& reader);
+  TextRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return RecordType::text; }
   void describe(std::string& out) const override;

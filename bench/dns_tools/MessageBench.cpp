@@ -43,7 +43,7 @@ void require(bool condition, benchmark::State& state) {
 }
 
 void BM_QueryDecode(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     auto message = Message::deserialize(kQuery);
     require(message && message->questions.size() == 1, state);
     benchmark::DoNotOptimize(message);
@@ -60,7 +60,7 @@ LdnsPacket ldnsDecode(std::span<const std::uint8_t> bytes) {
 }
 
 void BM_QueryDecodeLdns(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto packet = ldnsDecode(kQuery);
     require(packet && ldns_pkt_qdcount(packet.get()) == 1, state);
     benchmark::DoNotOptimize(packet.get());
@@ -83,7 +83,7 @@ KnotPacket knotDecode(std::array<std::uint8_t, Size>& bytes) {
 
 void BM_QueryDecodeKnot(benchmark::State& state) {
   auto bytes = kQuery;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto packet = knotDecode(bytes);
     require(packet && knot_pkt_qtype(packet.get()) == KNOT_RRTYPE_A, state);
     benchmark::DoNotOptimize(packet.get());
@@ -92,7 +92,7 @@ void BM_QueryDecodeKnot(benchmark::State& state) {
 BENCHMARK(BM_QueryDecodeKnot);
 
 void BM_AnswerDecodeEncode(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto message = Message::deserialize(kAnswer);
     const auto bytes = message->serialize();
     require(bytes && bytes->size() == kAnswer.size(), state);
@@ -102,7 +102,7 @@ void BM_AnswerDecodeEncode(benchmark::State& state) {
 BENCHMARK(BM_AnswerDecodeEncode);
 
 void BM_AnswerDecodeEncodeLdns(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto packet = ldnsDecode(kAnswer);
     std::uint8_t* bytes = nullptr;
     std::size_t size = 0;
@@ -133,7 +133,7 @@ KnotPacket knotEncode(const knot_pkt_t& parsed) {
 
 void BM_AnswerDecodeEncodeKnot(benchmark::State& state) {
   auto bytes = kAnswer;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto parsed = knotDecode(bytes);
     const auto packet = knotEncode(*parsed);
     require(packet->size == kAnswer.size(), state);
@@ -143,7 +143,7 @@ void BM_AnswerDecodeEncodeKnot(benchmark::State& state) {
 BENCHMARK(BM_AnswerDecodeEncodeKnot);
 
 void BM_AnswerDecode(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto message = Message::deserialize(kAnswer);
     benchmark::DoNotOptimize(message->answers.data());
   }
@@ -151,7 +151,7 @@ void BM_AnswerDecode(benchmark::State& state) {
 BENCHMARK(BM_AnswerDecode);
 void BM_AnswerEncode(benchmark::State& state) {
   const auto message = Message::deserialize(kAnswer);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto bytes = message->serialize();
     benchmark::DoNotOptimize(bytes->data());
   }
@@ -161,7 +161,7 @@ BENCHMARK(BM_AnswerEncode);
 void BM_AnswerDescription(benchmark::State& state) {
   const auto message = Message::deserialize(kAnswer);
   std::string text;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     text.clear();
     message->describe(text);
     benchmark::DoNotOptimize(text.data());

@@ -82,7 +82,7 @@ void writeRecords(const Query& query) {
 void runQueries(benchmark::State& state, int descriptor) {
   const SinkOn sink(descriptor);
   const Query query;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     const platform::LogBatch batch;
     writeRecords(query);
     if (::lseek(descriptor, 0, SEEK_CUR) > (64 << 20)) {
@@ -105,7 +105,7 @@ void BM_PlainRecord(benchmark::State& state) {
   const SinkOn sink(openNull());
   const std::string text(static_cast<std::size_t>(state.range(0)), 'x');
   const platform::LogBatch batch;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     NSLog(text);
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));
@@ -117,7 +117,7 @@ void BM_EscapedRecord(benchmark::State& state) {
   const SinkOn sink(openNull());
   const std::string text = std::string(static_cast<std::size_t>(state.range(0) - 1), 'x') + '\n';
   const platform::LogBatch batch;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     NSLog(text);
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));

@@ -22,7 +22,10 @@ class Suite {
  public:
   Suite() {
     platform::LogSink::setShared(std::make_unique<NoLog>());
-    std::string shape = std::filesystem::temp_directory_path() / "UserDefaultsFuzz.XXXXXX";
+    // In memory where that is possible, since setting a value waits for the disk.
+    const bool hasMemory = std::filesystem::is_directory("/dev/shm");
+    const auto parent = hasMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
+    std::string shape = parent / "UserDefaultsFuzz.XXXXXX";
     directory_ = ::mkdtemp(shape.data());
     platform::UserDefaults::setDirectory(directory_);
   }

@@ -9,7 +9,10 @@ class io_context;
 
 namespace platform {
 
-/// The process' event loop. Its handlers run one at a time, each to its end, on the thread that runs it.
+class SocketEvents;
+
+/// The process' event loop. Its handlers run one at a time, each to its end, on the thread that
+/// runs it. A handler that throws is one log line; the loop goes on.
 class MainLoop {
  public:
   static MainLoop& shared();
@@ -17,28 +20,36 @@ class MainLoop {
   MainLoop(const MainLoop&) = delete;
   MainLoop& operator=(const MainLoop&) = delete;
 
-  /// Runs handlers until `stop`. The log records of one turn of the loop are written together, before
-  /// the loop waits again.
+  /// Runs handlers until `stop`; the process has one loop and runs it once at a time. The log
+  /// records of one turn of the loop are written together, before the loop waits again.
   void run();
 
-  /// Ends `run` after the handler that is running, however much is waiting. Any thread may call it.
+  /// Ends `run` after the handler that is running, however much is waiting; the next `run` when
+  /// none is running. Any thread may call it.
   void stop();
 
-  /// For tests: runs handlers until `done` gives true; gives up and returns false after `seconds` of the
-  /// system's own time.
+  /// For tests: runs handlers until `done` gives true; gives up and returns false after `seconds`
+  /// of the system's own time.
   bool runUntil(const std::function<bool()>& done, double seconds = 10);
 
   /// For tests: runs what is ready now, waits for nothing.
   void runReady();
 
-  /// What the platform's own sockets and timers are made with.
+  /// What the platform's own signals and timers are made with.
   asio::io_context& context();
 
+  /// What the platform's own sockets are watched with (`WatchedSocket`).
+  SocketEvents& socketEvents();
+
  private:
+  friend class DispatchQueue;
+  struct State;
+
   MainLoop();
   ~MainLoop();
 
-  struct State;
+  void give(std::function<void()> work);
+
   std::unique_ptr<State> state_;
 };
 

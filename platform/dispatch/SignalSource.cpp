@@ -13,7 +13,7 @@ struct SignalSource::State : std::enable_shared_from_this<State> {
 
   void wait() {
     signals.async_wait([self = shared_from_this()](const asio::error_code& error, int signal) {
-      if (!error) {
+      if (!error && !self->isOver) {
         self->wait();
         self->handler(signal);
       }
@@ -22,6 +22,7 @@ struct SignalSource::State : std::enable_shared_from_this<State> {
 
   asio::signal_set signals;
   const std::function<void(int)> handler;
+  bool isOver = false;  // a signal may be on its way to us still
 };
 
 SignalSource::SignalSource(std::initializer_list<int> signals, std::function<void(int)> handler)
@@ -33,6 +34,7 @@ SignalSource::SignalSource(std::initializer_list<int> signals, std::function<voi
 }
 
 SignalSource::~SignalSource() {
+  state_->isOver = true;
   asio::error_code ignored;
   state_->signals.cancel(ignored);
 }

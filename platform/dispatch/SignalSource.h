@@ -9,7 +9,8 @@ namespace platform {
 /// Delivers signals of the process as ordinary work of the main loop, for as long as it lives.
 class SignalSource {
  public:
-  /// Calls `handler` with the signal's number, inside the main loop, each time one of `signals` arrives.
+  /// Calls `handler` with the signal's number, inside the main loop, each time one of `signals`
+  /// arrives.
   SignalSource(std::initializer_list<int> signals, std::function<void(int)> handler);
   ~SignalSource();
   SignalSource(const SignalSource&) = delete;

@@ -17,6 +17,8 @@ class StreamLogSink final : public LogSink {
  public:
   /// `descriptor` is borrowed and stays open; `processName` is the NAME of each line.
   StreamLogSink(int descriptor, std::string_view processName);
+  StreamLogSink(const StreamLogSink&) = delete;
+  StreamLogSink& operator=(const StreamLogSink&) = delete;
   ~StreamLogSink() override;
 
   void write(std::string_view text) override;

@@ -137,21 +137,23 @@ void UserDefaults::write() {
     state_ = *state;
     isSettled_ = isPastTimeStep(*state);
   } else {
-    NSLog("user defaults ", file_.native(), " not written: ", state.error().message());
+    NSLog("user defaults ", file_.native(), " not written: ", state.error());
     isSettled_ = true;  // else the value would soon be replaced by what the file holds
   }
 }
 
-tl::expected<FileState, std::error_code> UserDefaults::replaced() const {
+tl::expected<FileState, Error> UserDefaults::replaced() const {
   if (!isUsable_) {
-    return tl::make_unexpected(std::make_error_code(std::errc::file_exists));
+    return tl::make_unexpected(Error("the file that is there cannot be read"));
   }
   const std::string text =
       JSONValue(values_).dump(2, ' ', false, JSONValue::error_handler_t::replace) + '\n';
   if (!parseJSON(text)) {
-    return tl::make_unexpected(std::make_error_code(std::errc::value_too_large));
+    return tl::make_unexpected(Error("too large or too deep to be read again"));
   }
-  return replaceFile(file_, text);
+  return replaceFile(file_, text).map_error([](std::error_code error) {
+    return Error(error.message());
+  });
 }
 
 const JSONValue* UserDefaults::find(std::string_view key) const {

@@ -5,7 +5,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tl/expected.hpp>
 
+#include "platform/foundation/Error.h"
 #include "platform/foundation/JSONValue.h"
 #include "platform/foundation/RegularFile.h"
 
@@ -58,7 +60,7 @@ class UserDefaults {
   void refresh();
   void read(const FileState& found);
   void write();
-  [[nodiscard]] tl::expected<FileState, std::error_code> replaced() const;
+  [[nodiscard]] tl::expected<FileState, Error> replaced() const;
   void becomeEmpty();
   void becomeUnusable(std::string_view reason);
   [[nodiscard]] const JSONValue* find(std::string_view key) const;

@@ -21,11 +21,12 @@ namespace platform {
 ///                                   -> failed(error)    the system gives no socket
 ///     any of them -> cancelled                          after `cancel`, and nothing after that
 ///
-/// A refused port is no state: it arrives as the error of a receive. There are no timeouts. The process
-/// keeps at most `kMaxConnections` of these open; one more cancels the one that has been idle longest.
+/// A refused port is no state: it arrives as the error of a receive. There are no timeouts. The
+/// process keeps at most `kMaxConnections` of these open; one more cancels the one that has been
+/// idle longest.
 ///
-/// A started connection keeps itself and its handlers alive until it is cancelled; then it lets go of all
-/// of them. Inside the event loop only.
+/// A started connection keeps itself and its handlers alive until it is cancelled; then it lets go
+/// of all of them. Inside the event loop only.
 class NWConnection : public std::enable_shared_from_this<NWConnection> {
  public:
   struct State {
@@ -40,12 +41,13 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
 
   using StateUpdateHandler = std::function<void(const State&)>;
   using SendCompletion = std::function<void(std::optional<NWError>)>;
-  /// `content` is absent exactly when there is an error; a datagram of no bytes is present and empty.
-  using ReceiveCompletion =
-      std::function<void(std::optional<Data> content, bool isComplete, std::optional<NWError> error)>;
+  /// `content` is absent exactly when there is an error; a datagram of no bytes is present and
+  /// empty.
+  using ReceiveCompletion = std::function<void(std::optional<Data> content, bool isComplete,
+                                               std::optional<NWError> error)>;
 
-  /// Sockets open at one time in this process. One costs a descriptor, about 2 KiB here and in the kernel,
-  /// and up to the kernel's receive buffer (some 200 KiB) when its answers are not taken.
+  /// Sockets open at one time in this process. One costs a descriptor, about 2 KiB here and in the
+  /// kernel, and up to the kernel's receive buffer (some 200 KiB) when its answers are not taken.
   static constexpr std::size_t kMaxConnections = 2048;
 
   static std::shared_ptr<NWConnection> create(NWEndpoint::Host host, NWEndpoint::Port port);
@@ -54,21 +56,24 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   NWConnection& operator=(const NWConnection&) = delete;
   virtual ~NWConnection() = default;
 
+  /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
   /// Opens and connects the socket. Called once.
   virtual void start(DispatchQueue queue) = 0;
 
-  /// Sends `content` as one datagram. The completion runs once, later, in the order of the sends; never
-  /// when the connection is cancelled first. Before ready, and after waiting or failed, it carries an error.
+  /// Sends `content` as one datagram. The completion runs once, later, in the order of the sends;
+  /// never when the connection is cancelled first. Before ready, and after waiting or failed, it
+  /// carries an error.
   virtual void send(Data content, SendCompletion completion) = 0;
 
-  /// Takes the next datagram that arrives, up to 65,535 bytes whole. Several may be armed; they are served
-  /// in order. The completion runs once, later; never when the connection is cancelled first.
+  /// Takes the next datagram that arrives, up to 65,535 bytes whole. Several may be armed; they are
+  /// served in order. The completion runs once, later; never when the connection is cancelled
+  /// first. After waiting or failed it carries that error.
   virtual void receiveMessage(ReceiveCompletion completion) = 0;
 
-  /// Closes the socket, drops every completion that has not run, and reports cancelled. A second call does
-  /// nothing.
+  /// Closes the socket, drops every completion that has not run, and reports cancelled. A second
+  /// call does nothing.
   virtual void cancel() = 0;
 
   /// The state last reported.

@@ -5,8 +5,8 @@
 namespace platform {
 
 /// A failure of a network operation. Printed as the framework prints it:
-/// `POSIXErrorCode(rawValue: 111): Connection refused`, or `-65554: NoSuchRecord` for a host that is no
-/// address.
+/// `POSIXErrorCode(rawValue: 111): Connection refused`, or `-65554: NoSuchRecord` for a host that
+/// is no address.
 class NWError {
  public:
   /// `code` is an errno value.
@@ -15,6 +15,8 @@ class NWError {
   static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
 
   [[nodiscard]] int code() const { return code_; }
+  /// What has failed, without the number: `Connection refused`, whatever the locale.
+  [[nodiscard]] std::string text() const;
   void describe(std::string& out) const;
 
   bool operator==(const NWError&) const = default;

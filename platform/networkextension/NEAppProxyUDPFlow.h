@@ -18,17 +18,18 @@ struct NEFlowMetaData {
   std::string sourceAppSigningIdentifier;
 };
 
-/// The datagrams of one application's socket, offered to a provider. A flow host makes them; tests bring
-/// their own. Shared by reference; it goes away when nobody holds it any more.
+/// The datagrams of one application's socket, offered to a provider. A flow host makes them; tests
+/// bring their own. Shared by reference; it goes away when nobody holds it any more.
 ///
-/// Every completion runs once, later, never inside the call that takes it. Inside the event loop only.
+/// Every completion runs once, later, never inside the call that takes it. Inside the event loop
+/// only.
 class NEAppProxyUDPFlow {
  public:
   using OpenCompletion = std::function<void(std::optional<Error>)>;
   /// As many endpoints as datagrams; endpoint i is the address that datagram i was sent to.
-  using ReadCompletion =
-      std::function<void(std::optional<std::vector<Data>> datagrams,
-                         std::optional<std::vector<NWHostEndpoint>> endpoints, std::optional<Error>)>;
+  using ReadCompletion = std::function<void(std::optional<std::vector<Data>> datagrams,
+                                            std::optional<std::vector<NWHostEndpoint>> endpoints,
+                                            std::optional<Error>)>;
   using WriteCompletion = std::function<void(std::optional<Error>)>;
 
   NEAppProxyUDPFlow() = default;
@@ -42,9 +43,10 @@ class NEAppProxyUDPFlow {
   /// Gives all datagrams that are pending, possibly none.
   virtual void readDatagrams(ReadCompletion completion) = 0;
 
-  /// Sends each datagram to the application, coming from the endpoint of the same index. A write after
-  /// closing completes with an error.
-  virtual void writeDatagrams(std::vector<Data> datagrams, std::vector<NWHostEndpoint> sentByEndpoints,
+  /// Sends each datagram to the application, coming from the endpoint of the same index. A write
+  /// after closing completes with an error.
+  virtual void writeDatagrams(std::vector<Data> datagrams,
+                              std::vector<NWHostEndpoint> sentByEndpoints,
                               WriteCompletion completion) = 0;
 
   virtual void closeReadWithError(std::optional<Error> error) = 0;

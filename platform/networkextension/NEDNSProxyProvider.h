@@ -32,7 +32,8 @@ class NEDNSProxyProvider {
   virtual void sleep(StopCompletion completion) = 0;
   virtual void wake() = 0;
 
-  /// Offers a flow that an application has begun by asking `initialRemoteEndpoint`. False declines it.
+  /// Offers a flow that an application has begun by asking `initialRemoteEndpoint`. False declines
+  /// it.
   virtual bool handleNewUDPFlow(const std::shared_ptr<NEAppProxyUDPFlow>& flow,
                                 const NWHostEndpoint& initialRemoteEndpoint) = 0;
 

@@ -4,7 +4,8 @@
 
 namespace platform {
 
-/// Why a provider is stopped. Printed as the framework prints it: `NEProviderStopReason(rawValue: 1)`.
+/// Why a provider is stopped. Printed as the framework prints it: `NEProviderStopReason(rawValue:
+/// 1)`.
 class NEProviderStopReason {
  public:
   static const NEProviderStopReason kNone;

@@ -17,7 +17,8 @@ std::optional<std::string> environment(const char* name) {
   return value != nullptr && *value != '\0' ? std::optional<std::string>(value) : std::nullopt;
 }
 
-/// The service manager's state directory, else the user's (XDG base directories), else the system's.
+/// The service manager's state directory, else the user's (XDG base directories), else the
+/// system's.
 std::filesystem::path usualDefaultsDirectory() {
   if (const auto state = environment("STATE_DIRECTORY")) {
     return state->substr(0, state->find(':'));  // the first of several

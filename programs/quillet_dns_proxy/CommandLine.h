@@ -18,8 +18,8 @@ struct CommandLine {
   std::string sourceApp;
 };
 
-/// The command line read, or the status that the program ends with because help or the version was asked
-/// for (0) or an option is wrong (2); what there is to say is printed.
+/// The command line read, or the status that the program ends with because help or the version was
+/// asked for (0) or an option is wrong (2); what there is to say is printed.
 std::variant<CommandLine, int> parseCommandLine(int argc, const char* const* argv);
 
 }  // namespace quillet

@@ -13,20 +13,18 @@ class ProxyProcess {
  public:
   explicit ProxyProcess(CommandLine commandLine);
 
-  /// Serves until SIGTERM or SIGINT; SIGHUP starts the provider again with the vendor data as it is then.
-  /// Returns the process' exit status: 1, after one line that says why, when it cannot start.
+  /// Serves until SIGTERM or SIGINT; SIGHUP starts the provider again with the vendor data as it is
+  /// then. Returns the process' exit status: 1, after one line that says why, when it cannot start.
   int run();
 
  private:
-  bool start();
+  bool startHost();
   bool startProvider();
   void handleSignal(int signal);
-  void stop();
 
   const CommandLine commandLine_;
-  std::shared_ptr<DnsProxyExt> provider_;
+  const std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
-  bool isStopping_ = false;
 };
 
 }  // namespace quillet

@@ -9,8 +9,8 @@
 
 namespace quillet {
 
-/// Provider options that hold the JSON object of `file` as "VendorData"; without a file there are none. The
-/// error is a line that names the file and says what is wrong with it.
+/// Provider options that hold the JSON object of `file` as "VendorData"; without a file there are
+/// none. The error is a line that names the file and says what is wrong with it.
 tl::expected<std::optional<platform::NEProviderOptions>, std::string> readProviderOptions(
     const std::optional<std::filesystem::path>& file);
 

@@ -3,10 +3,10 @@
 #include "programs/quillet_dns_proxy/ProxyProcess.h"
 
 int main(int argc, char** argv) {
-  platform::startLogging("quillet-dns-proxy");
-  const auto commandLine = quillet::parseCommandLine(argc, argv);
+  auto commandLine = quillet::parseCommandLine(argc, argv);
   if (const int* status = std::get_if<int>(&commandLine)) {
     return *status;
   }
-  return quillet::ProxyProcess(std::get<quillet::CommandLine>(commandLine)).run();
+  platform::startLogging("quillet-dns-proxy");
+  return quillet::ProxyProcess(std::get<quillet::CommandLine>(std::move(commandLine))).run();
 }

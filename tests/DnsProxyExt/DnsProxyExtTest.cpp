@@ -1,5 +1,4 @@
 #include "DnsProxyExt/DnsProxyExt.h"
-
 #include "tests/DnsProxyExt/ProviderTest.h"
 
 namespace quillet {
@@ -41,7 +40,8 @@ TEST_F(DnsProxyExtTest, LogsAStartWithoutOptions) {
                   "init edns values confData = Optional([:])", "userAuthEnabled = true",
                   "systemDNSSettings: nil", "useQuilletDNS: true",
                   "initVendorSettings, vendorData: nil, macosConfig: [:]",
-                  "shouldAllowAll: false, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
+                  "shouldAllowAll: false, secondDNS = 127.0.0.3:53, allowedApps = [], "
+                  "captivePortalIps = []",
                   "initVendorSettings  - done"));
 }
 
@@ -54,20 +54,21 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
   const auto options = "Optional([\"VendorData\": " + std::string(kVendor) + "])";
   EXPECT_THAT(
       log_.records(),
-      ElementsAre(StartsWith("DNS Proxy Provider, startProxy, instance id: "),
-                  "startProxy,options:" + options, "startProxy,options - ttt:" + options,
-                  "----vendor data----", "key:--allowAll: Optional(\"true\")", "key:n: Optional(1)",
-                  "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor),
-                  "users email from Content Filter:  ",
-                  "initConfigurationForMacOs, confData = " + std::string(kConfig),
-                  "init edns values confData = Optional(" + std::string(kConfig) + ")",
-                  "userAuthEnabled = true", "conf key = allowAll is not found",
-                  "systemDNSSettings: Optional([])", "useQuilletDNS: false",
-                  "initVendorSettings, vendorData: Optional(" + std::string(kVendor) +
-                      "), macosConfig: " + kConfig,
-                  "initVendorSettings1",
-                  "shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
-                  "initVendorSettings  - done"));
+      ElementsAre(
+          StartsWith("DNS Proxy Provider, startProxy, instance id: "),
+          "startProxy,options:" + options, "startProxy,options - ttt:" + options,
+          "----vendor data----", "key:--allowAll: Optional(\"true\")", "key:n: Optional(1)",
+          "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor),
+          "users email from Content Filter:  ",
+          "initConfigurationForMacOs, confData = " + std::string(kConfig),
+          "init edns values confData = Optional(" + std::string(kConfig) + ")",
+          "userAuthEnabled = true", "conf key = allowAll is not found",
+          "systemDNSSettings: Optional([])", "useQuilletDNS: false",
+          "initVendorSettings, vendorData: Optional(" + std::string(kVendor) +
+              "), macosConfig: " + kConfig,
+          "initVendorSettings1",
+          "shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
+          "initVendorSettings  - done"));
   EXPECT_TRUE(provider_->shouldAllowAll);
   EXPECT_EQ(provider_->localNetworkDNS, nullptr);
   EXPECT_EQ(description(provider_->policyUDPServer), "127.0.0.5:2800");
@@ -99,7 +100,8 @@ TEST_F(DnsProxyExtTest, TakesTheAllowedAppsFromWhereverTheyAre) {
     Apps allowed;
   } rows[] = {
       {R"({"allowPackages": "x,y"})", {"x", "y"}},
-      {R"({"jsonVars": "{\"allowPackages\": [\"a\", \"b\", 3]}", "allowPackages": "x,y"})", {"a", "b", "3"}},
+      {R"({"jsonVars": "{\"allowPackages\": [\"a\", \"b\", 3]}", "allowPackages": "x,y"})",
+       {"a", "b", "3"}},
       {R"({"jsonVars": "no JSON", "allowPackages": "x,y"})", {"x", "y"}},
       {R"({"jsonVars": "", "allowPackages": "x"})", {"x"}},
       {R"({"jsonVars": "[1]", "allowPackages": "x"})", {"before"}},
@@ -139,10 +141,11 @@ TEST_F(DnsProxyExtTest, StopsSleepsAndWakes) {
   provider_->sleep([&] { ++completions; });
   provider_->wake();
   EXPECT_EQ(completions, 2);
-  EXPECT_THAT(log_.records(),
-              ElementsAre(testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
-                                                "instance id - <DnsProxyExt: [0-9]+>"),
-                          "sleep proxy", "wake proxy"));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre(testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
+                                        "instance id - <DnsProxyExt: [0-9]+>"),
+                  "sleep proxy", "wake proxy"));
 }
 
 }  // namespace

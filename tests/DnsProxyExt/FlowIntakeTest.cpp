@@ -65,8 +65,9 @@ TEST_F(FlowIntakeTest, ReadsEvenWhenOpeningFailed) {
   const auto flow = makeFlow({query("a")});
   flow->openError = Error("no");
   serve(flow);
-  EXPECT_THAT(log_.records(), Contains("error = ---> no, flowIsBound: false, networkInterface: nil, "
-                                       "appId: com.example.app"));
+  EXPECT_THAT(log_.records(),
+              Contains("error = ---> no, flowIsBound: false, networkInterface: nil, "
+                       "appId: com.example.app"));
   EXPECT_THAT(errorsOf(*flow), ElementsAre(testing::EndsWith("breakboint: 3"), "nil"));
 }
 
@@ -113,8 +114,8 @@ TEST_F(FlowIntakeTest, CountsDatagramsAndKeepsThem) {
 TEST_F(FlowIntakeTest, ServesItsOwnOldApplicationLikeAnyOther) {
   const auto flow = makeFlow({query("a")}, "com.quillet.ldapapp.ldap-app.DNS-proxy");
   serve(flow);
-  EXPECT_THAT(log_.records(), Contains("force close the flow, error!!!, hash = " +
-                                       std::to_string(flow->hash())));
+  EXPECT_THAT(log_.records(),
+              Contains("force close the flow, error!!!, hash = " + std::to_string(flow->hash())));
 }
 
 TEST_F(FlowIntakeTest, AReportCommandPrintsAndIsForwarded) {

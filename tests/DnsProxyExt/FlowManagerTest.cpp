@@ -1,8 +1,7 @@
-#include "DnsProxyExt/FlowManager.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "DnsProxyExt/FlowManager.h"
 #include "platform/foundation/Clock.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/LogCapture.h"
@@ -50,9 +49,10 @@ TEST_F(FlowManagerTest, RecordsErrorsAndTheEnd) {
   manager_.flowWasHandled(*flow, "nil");
   const auto* record = manager_.find(*flow);
   ASSERT_NE(record, nullptr);
-  EXPECT_THAT(record->errors,
-              ElementsAre("--> error: timestamp: 1000002.5 in 2.5 after start handling, breakboint: 5",
-                          "nil"));
+  EXPECT_THAT(
+      record->errors,
+      ElementsAre("--> error: timestamp: 1000002.5 in 2.5 after start handling, breakboint: 5",
+                  "nil"));
   EXPECT_TRUE(record->isFinished);
   EXPECT_EQ(record->endTimestamp, 1'000'002.5);
 }
@@ -71,7 +71,8 @@ TEST_F(FlowManagerTest, ReportsEveryFlow) {
   const auto answer = test::hex(
       "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
       "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
-  manager_.addRequest(*done, {answer, Data(3)}, {*DnsToolsSocket::Message::deserialize(answer), {}});
+  manager_.addRequest(*done, {answer, Data(3)},
+                      {*DnsToolsSocket::Message::deserialize(answer), {}});
   clock_.advanceSeconds(0.25);
   manager_.flowWasHandled(*done, "nil");
   EXPECT_THAT(
@@ -106,10 +107,11 @@ TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
   EXPECT_THAT(shown({.forLastSecs = 9}), ElementsAre());
   EXPECT_THAT(shown({.package = "sAFARi"}), ElementsAre("1"));
   EXPECT_THAT(shown({.forLastSecs = 10, .package = "safari"}), ElementsAre());
-  EXPECT_THAT(report({.package = "safari", .detailed = true}),
-              testing::Contains("flow 1 detailed, isBound: false, localEndpoint: "
-                                "Optional(127.0.0.1:40000), remoteHostname: Optional(\"127.0.0.1\"), "
-                                "nettworkInterface: nil"));
+  EXPECT_THAT(
+      report({.package = "safari", .detailed = true}),
+      testing::Contains("flow 1 detailed, isBound: false, localEndpoint: "
+                        "Optional(127.0.0.1:40000), remoteHostname: Optional(\"127.0.0.1\"), "
+                        "nettworkInterface: nil"));
 }
 
 TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirst) {
@@ -117,7 +119,8 @@ TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirst) {
   const auto second = add(2);
   manager_.flowWasHandled(*second, "nil");
   manager_.flowWasHandled(*first, "nil");
-  for (std::int64_t key = 3; key < 2 + static_cast<std::int64_t>(FlowManager::kMaxFinished); ++key) {
+  for (std::int64_t key = 3; key < 2 + static_cast<std::int64_t>(FlowManager::kMaxFinished);
+       ++key) {
     manager_.flowWasHandled(*add(key), "nil");
   }
   EXPECT_EQ(manager_.flows().size(), FlowManager::kMaxFinished);
@@ -128,7 +131,8 @@ TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirst) {
 TEST_F(FlowManagerTest, DropsTheOldestFlowThatIsNeverAnswered) {
   manager_.flowWasHandled(*add(1), "nil");
   const auto oldest = add(2);
-  for (std::int64_t key = 3; key < 3 + static_cast<std::int64_t>(FlowManager::kMaxUnfinished); ++key) {
+  for (std::int64_t key = 3; key < 3 + static_cast<std::int64_t>(FlowManager::kMaxUnfinished);
+       ++key) {
     add(key);
   }
   EXPECT_EQ(manager_.flows().size(), FlowManager::kMaxUnfinished + 1);

@@ -1,9 +1,8 @@
-#include "DnsProxyExt/MDMConfigurationManager.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include "DnsProxyExt/MDMConfigurationManager.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/LogCapture.h"
 
@@ -68,7 +67,8 @@ TEST_F(MDMConfigurationManagerTest, FallsBackWithoutAMap) {
 }
 
 TEST_F(MDMConfigurationManagerTest, TakesTheIdentityFromTheConfiguration) {
-  const ValuesForInject always{{"65004", "127.0.0.1"}, {"65006", "Europe/Ljubljana"}, {"65007", "1"}};
+  const ValuesForInject always{
+      {"65004", "127.0.0.1"}, {"65006", "Europe/Ljubljana"}, {"65007", "1"}};
   const struct {
     const char* what;
     ConfigurationMap conf;
@@ -76,14 +76,22 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityFromTheConfiguration) {
   } rows[] = {
       {"nothing", {}, {}},
       {"everything",
-       {{"organizationId", "o"}, {"orgUnitId", "ou"}, {"userId", "u"}, {"ttl", "5"}, {"serialNumber", "s"}},
+       {{"organizationId", "o"},
+        {"orgUnitId", "ou"},
+        {"userId", "u"},
+        {"ttl", "5"},
+        {"serialNumber", "s"}},
        {{"65001", "o"}, {"65002", "ou"}, {"65003", "u"}, {"65010", "5"}, {"65011", "s"}}},
       {"an e-mail for the user", {{"userEmail", "e"}}, {{"65003", "e"}}},
       {"userId before userEmail", {{"userEmail", "e"}, {"userId", "u"}}, {{"65003", "u"}}},
-      {"empty values", {{"orgUnitId", ""}, {"userId", ""}, {"organizationId", ""}, {"ttl", ""}},
+      {"empty values",
+       {{"orgUnitId", ""}, {"userId", ""}, {"organizationId", ""}, {"ttl", ""}},
        {{"65001", ""}, {"65010", ""}}},
       {"no user authentication",
-       {{"userAuthEnabled", "FALSE"}, {"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}},
+       {{"userAuthEnabled", "FALSE"},
+        {"organizationId", "o"},
+        {"userId", "u"},
+        {"orgUnitId", "ou"}},
        {{"65001", "o"}, {"65010", "60"}}},
       {"no user authentication, empty ttl and serial number",
        {{"userAuthEnabled", "false"}, {"ttl", ""}, {"serialNumber", ""}},
@@ -101,10 +109,12 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityFromTheConfiguration) {
 }
 
 TEST_F(MDMConfigurationManagerTest, KeepsWhatALaterConfigurationDoesNotName) {
-  manager_.initConfigurationForMacOs({{"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}});
+  manager_.initConfigurationForMacOs(
+      {{"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}});
   manager_.initConfigurationForMacOs({{"userAuthEnabled", "false"}});
-  EXPECT_THAT(manager_.valuesForInject(),
-              ElementsAre(std::pair("65002", "ou"), std::pair("65003", "u"), std::pair("65010", "60")));
+  EXPECT_THAT(
+      manager_.valuesForInject(),
+      ElementsAre(std::pair("65002", "ou"), std::pair("65003", "u"), std::pair("65010", "60")));
   manager_.initConfigurationForMacOs({{"orgUnitId", ""}});
   EXPECT_THAT(manager_.valuesForInject(), Not(Contains(testing::Key("65002"))));
 }
@@ -133,9 +143,11 @@ TEST_F(MDMConfigurationManagerTest, FollowsTheGroupDefaults) {
   for (const auto& row : rows) {
     defaults_.write(row.defaults);
     const auto map = values();
-    EXPECT_EQ(find(map, "65004"), row.address ? std::optional<std::string>(row.address) : std::nullopt)
+    EXPECT_EQ(find(map, "65004"),
+              row.address ? std::optional<std::string>(row.address) : std::nullopt)
         << row.defaults;
-    EXPECT_EQ(find(map, "65006"), row.timeZone ? std::optional<std::string>(row.timeZone) : std::nullopt)
+    EXPECT_EQ(find(map, "65006"),
+              row.timeZone ? std::optional<std::string>(row.timeZone) : std::nullopt)
         << row.defaults;
   }
 }

@@ -21,31 +21,38 @@ constexpr char kQuestions[] =
     "questions: [DnsToolsSocket.Question(name: \"a.\", type: 1, unique: false, internetClass: 1)]";
 
 std::string request(const std::string& additional) {
-  return "DNS Request(id: 4660, authoritativeAnswer: false, truncation: false, recursionDesired: true, "
+  return "DNS Request(id: 4660, authoritativeAnswer: false, truncation: false, recursionDesired: "
+         "true, "
          "recursionAvailable: false, " +
-         std::string(kQuestions) + ", answers: [], authorities: [], additional: [" + additional + "])";
+         std::string(kQuestions) + ", answers: [], authorities: [], additional: [" + additional +
+         "])";
 }
 
 std::string response(const char* quote) {
   const std::string q = quote;
   std::string questions = kQuestions;
-  for (auto at = questions.find('"'); at != std::string::npos; at = questions.find('"', at + q.size())) {
+  for (auto at = questions.find('"'); at != std::string::npos;
+       at = questions.find('"', at + q.size())) {
     questions.replace(at, 1, q);
   }
   return "DNS Response(id: 4660, returnCode: 0, authoritativeAnswer: false, truncation: false, "
          "recursionDesired: true, recursionAvailable: true, " +
-         questions + ", answers: [DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: " + q + "a." + q +
-         ", unique: false, internetClass: 1, ttl: 60, ip: 1.2.3.4)], authorities: [], additional: [])";
+         questions + ", answers: [DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: " + q +
+         "a." + q +
+         ", unique: false, internetClass: 1, ttl: 60, ip: 1.2.3.4)], authorities: [], additional: "
+         "[])";
 }
 
 TEST_F(OneQueryTest, LogsItsWholeRoad) {
-  const FakeServer server([](const platform::Data&) { return std::vector<platform::Data>{answerForA()}; });
+  const FakeServer server(
+      [](const platform::Data&) { return std::vector<platform::Data>{answerForA()}; });
   start(R"({"organizationId": "org42"})"_json);
   provider_->filteringDNS = host(server);
   log_.clear();
   const auto flow = makeFlow({query("a")});
   serve(flow);
-  ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = " + std::to_string(flow->hash()) + "\n"));
+  ASSERT_TRUE(
+      runUntilLogged("State: Cancelled, flowHash = " + std::to_string(flow->hash()) + "\n"));
 
   const auto key = std::to_string(flow->hash());
   const auto state = "DNSSocketClient stateUpdateHandler:, flowHash = " + key + ", state = ";
@@ -76,7 +83,8 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "getValuesForInject, configuration = Optional([\"organizationId\": \"org42\"])",
       "sendIp = nil",
       "sendTimezone = 0",
-      "values for inject = [\"65001\": \"org42\", \"65004\": \"127.0.0.1\", \"65006\": \"Europe/Ljubljana\", "
+      "values for inject = [\"65001\": \"org42\", \"65004\": \"127.0.0.1\", \"65006\": "
+      "\"Europe/Ljubljana\", "
       "\"65007\": \"1\", \"65015\": \"1700000000123\"]",
       "inject value: 65001 : org42 ",
       "inject value: 65004 : 127.0.0.1 ",
@@ -92,8 +100,9 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "0fde900056f72673432fdec00093132372e302e302e31fdee00104575726f70652f4c6a75626c6a616e61"
       "fdef000131fdf7000d31373030303030303030313233",
       "---decodeDNSRequest---,data size = 96, hashFlow:" + key,
-      "decode request:" + request("DnsToolsSocket.Record(name: \"0.\", unique: false, internetClass: 0, "
-                                  "ttl: 0, type: 41, data: 64 bytes)"),
+      "decode request:" +
+          request("DnsToolsSocket.Record(name: \"0.\", unique: false, internetClass: 0, "
+                  "ttl: 0, type: 41, data: 64 bytes)"),
       question,
       "dnshost address = 127.0.0.1",
       "init new DNSSocketClient, flowHash = " + key,
@@ -119,7 +128,8 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "handleInBoundDatagram,hash = " + key + ", url = Optional(\"a.\")",
       "handleInBoundDatagram -> starting write datagrams,hash = " + key,
       "modified msg = Optional(\"" + response("\\\"") + "\")",
-      "[DNS REQ FLOW] - took: 0.0msec, domain:Optional(\"a.\"), dnsServer:Optional(\"127.0.0.1\"), hash - " +
+      "[DNS REQ FLOW] - took: 0.0msec, domain:Optional(\"a.\"), dnsServer:Optional(\"127.0.0.1\"), "
+      "hash - " +
           key + ", additional: Optional([])",
       "handleInBoundDatagram, closing read/write,hash = " + key,
       "self.connection?.cancel(), arr.count = 1, content count = 1, flowHash = " + key,

@@ -36,12 +36,13 @@ class ProviderTest : public testing::Test {
     ::unsetenv("TZ");
   }
 
-  void start(std::optional<platform::JSONValue> vendorData) {
-    std::optional<platform::NEProviderOptions> options;
-    if (vendorData) {
-      options.emplace();
-      options->emplace("VendorData", *std::move(vendorData));
-    }
+  void start(std::nullopt_t /*without options*/) { startWith(std::nullopt); }
+  void start(platform::JSONValue vendorData) {
+    platform::NEProviderOptions options;
+    options.emplace("VendorData", std::move(vendorData));
+    startWith(std::move(options));
+  }
+  void startWith(std::optional<platform::NEProviderOptions> options) {
     int completions = 0;
     provider_->startProxy(std::move(options), [&](const std::optional<platform::Error>& error) {
       EXPECT_EQ(error, std::nullopt);

@@ -26,7 +26,8 @@ class ResponsePathTest : public test::ProviderTest {
 
   void answer(std::optional<Data> datagram, bool isFinished = true,
               std::optional<Error> error = std::nullopt) {
-    provider_->handleInBoundDatagram(flow_, std::move(datagram), isFinished, kAsked, std::move(error));
+    provider_->handleInBoundDatagram(flow_, std::move(datagram), isFinished, kAsked,
+                                     std::move(error));
   }
 
   void startReport() {
@@ -42,9 +43,11 @@ class ResponsePathTest : public test::ProviderTest {
 
 constexpr char kMessage[] =
     "DNS Response(id: 4660, returnCode: 0, authoritativeAnswer: false, truncation: false, "
-    "recursionDesired: true, recursionAvailable: true, questions: [DnsToolsSocket.Question(name: \"a.\", "
+    "recursionDesired: true, recursionAvailable: true, questions: [DnsToolsSocket.Question(name: "
+    "\"a.\", "
     "type: 1, unique: false, internetClass: 1)], answers: "
-    "[DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: \"a.\", unique: false, internetClass: 1, ttl: 60, "
+    "[DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: \"a.\", unique: false, internetClass: "
+    "1, ttl: 60, "
     "ip: 1.2.3.4)], authorities: [], additional: []";
 
 std::string quoted(std::string text) {
@@ -109,7 +112,8 @@ TEST_F(ResponsePathTest, AFailedWriteStillClosesTheFlow) {
 TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
   answer(answerForA(), true, Error("upstream"));
   runReady();
-  EXPECT_THAT(record().errors, ElementsAre(testing::EndsWith("breakboint: 1"), "Optional(upstream)"));
+  EXPECT_THAT(record().errors,
+              ElementsAre(testing::EndsWith("breakboint: 1"), "Optional(upstream)"));
   EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
@@ -117,10 +121,11 @@ TEST_F(ResponsePathTest, WithoutBytesNothingIsWritten) {
   startReport();
   answer(std::nullopt, true, Error("refused"));
   runReady();
-  EXPECT_THAT(log_.records(),
-              ElementsAre("handleInBoundDatagram,hash = 12, isFinish = true, error = Optional(refused)",
-                          "flow reports: [\"12\"]", "handleInBoundDatagram, data == nil,hash = 12",
-                          "handleInBoundDatagram, closing read/write,hash = 12"));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("handleInBoundDatagram,hash = 12, isFinish = true, error = Optional(refused)",
+                  "flow reports: [\"12\"]", "handleInBoundDatagram, data == nil,hash = 12",
+                  "handleInBoundDatagram, closing read/write,hash = 12"));
   EXPECT_THAT(flow_->written, IsEmpty());
   EXPECT_THAT(flow_->closed, IsEmpty());
   EXPECT_EQ(provider_->dnsFlowsReports.count(key()), 1U);
@@ -131,17 +136,17 @@ TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
   const auto garbage = hex("12 34 81");
   answer(garbage);
   runReady();
-  EXPECT_THAT(log_.records(),
-              ElementsAre("handleInBoundDatagram,hash = 12, isFinish = true, error = nil",
-                          "flow reports: [\"12\"]", "***decodeDNSResponse***,data size = 3, flowHash:12",
-                          "decodeDNSResponse error",
-                          "handleInBoundDatagram,hash = 12, decode response returned nil",
-                          "handleInBoundDatagram -> starting write datagrams,hash = 12",
-                          "modified msg = nil",
-                          "[DNS REQ FLOW] - took: 0.0msec, domain:nil, "
-                          "dnsServer:Optional(\"127.0.0.9\"), hash - 12, additional: nil",
-                          "handleInBoundDatagram, closing read/write,hash = 12",
-                          "handleInBoundDatagram -> write datagrams, hash  = 12, hasError = false"));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre(
+          "handleInBoundDatagram,hash = 12, isFinish = true, error = nil", "flow reports: [\"12\"]",
+          "***decodeDNSResponse***,data size = 3, flowHash:12", "decodeDNSResponse error",
+          "handleInBoundDatagram,hash = 12, decode response returned nil",
+          "handleInBoundDatagram -> starting write datagrams,hash = 12", "modified msg = nil",
+          "[DNS REQ FLOW] - took: 0.0msec, domain:nil, "
+          "dnsServer:Optional(\"127.0.0.9\"), hash - 12, additional: nil",
+          "handleInBoundDatagram, closing read/write,hash = 12",
+          "handleInBoundDatagram -> write datagrams, hash  = 12, hasError = false"));
   EXPECT_THAT(flow_->written, ElementsAre(std::pair(garbage, kAsked)));
 }
 
@@ -151,7 +156,8 @@ TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
     Data bytes;
     std::vector<std::string> lines;  // between decoding and writing
   } rows[] = {
-      {"no answer records", hex("12 34 81 83 00 01 00 00 00 00 00 00 01 61 00 00 01 00 01"),
+      {"no answer records",
+       hex("12 34 81 83 00 01 00 00 00 00 00 00 01 61 00 00 01 00 01"),
        {"handleInBoundDatagram,hash = 12, url = <answers arr is empty>"}},
       {"HTTPS",
        hex("12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 41 00 01"

@@ -49,21 +49,56 @@ TEST_F(RoutingTest, FirstRuleThatAppliesChoosesTheServer) {
     const FakeServer& server;
     std::string line;
   } rows[] = {
-      {"1: an application of the local network", "com.apple.NSUpdate.x", "corp.example", {"apple"}, true,
-       localNetwork_, "connect to local network  DNS using 127.0.0.1"},
-      {"2: an allowed application", kApp, "corp.example", {"x", "Browser"}, false, second_,
+      {"1: an application of the local network",
+       "com.apple.NSUpdate.x",
+       "corp.example",
+       {"apple"},
+       true,
+       localNetwork_,
+       "connect to local network  DNS using 127.0.0.1"},
+      {"2: an allowed application",
+       kApp,
+       "corp.example",
+       {"x", "Browser"},
+       false,
+       second_,
        "connect to 3th part DNS using 127.0.0.1"},
-      {"2: everything allowed", kApp, "corp.example", {}, true, second_,
+      {"2: everything allowed",
+       kApp,
+       "corp.example",
+       {},
+       true,
+       second_,
        "connect to 3th part DNS using 127.0.0.1"},
-      {"3: a local domain, mapped twice", kApp, "www.a.www.corp.example", {}, false, localDomain_,
+      {"3: a local domain, mapped twice",
+       kApp,
+       "www.a.www.corp.example",
+       {},
+       false,
+       localDomain_,
        "Mapped to use local DNS server - > connect to local  " + localDomain_.text() +
            ", q: Optional(\"a.corp.example\")"},
-      {"4: a whitelisted domain", kApp, "mywiki.org", {}, false, whitelisted_,
+      {"4: a whitelisted domain",
+       kApp,
+       "mywiki.org",
+       {},
+       false,
+       whitelisted_,
        "Mapped to use whitelisted DNS server - > connect to DNS  " + whitelisted_.text() +
            ", q: Optional(\"mywiki.org\")"},
-      {"5: letter case counts in domains", kApp, "WIKI.org", {}, false, filtering_,
+      {"5: letter case counts in domains",
+       kApp,
+       "WIKI.org",
+       {},
+       false,
+       filtering_,
        "connect to DNS using Quillet DNS (" + filtering_.text() + ", q: Optional(\"WIKI.org\")"},
-      {"5: an empty entry allows nothing", kApp, "b.org", {""}, false, filtering_,
+      {"5: an empty entry allows nothing",
+       kApp,
+       "b.org",
+       {""},
+       false,
+       filtering_,
        "connect to DNS using Quillet DNS (" + filtering_.text() + ", q: Optional(\"b.org\")"},
   };
   for (const auto& row : rows) {
@@ -94,7 +129,8 @@ TEST_F(RoutingTest, LocalNetworkAppsFollowTheOtherRulesWithoutAServer) {
 
 TEST_F(RoutingTest, TheMostParticularFragmentWins) {
   FakeServer particular(echo);
-  provider_->localDomainsMap = {{"b", host(localDomain_)}, {"a.b", host(particular)}, {"", host(second_)}};
+  provider_->localDomainsMap = {
+      {"b", host(localDomain_)}, {"a.b", host(particular)}, {"", host(second_)}};
   serve(makeFlow({query("x.a.b.c")}));
   EXPECT_THAT(particular.received(), SizeIs(1));
   serve(makeFlow({query("q")}));
@@ -115,15 +151,15 @@ TEST_F(RoutingTest, InjectsTheIdentityIntoEveryDatagram) {
       "fd ee 00 10 45 75 72 6f 70 65 2f 4c 6a 75 62 6c 6a 61 6e 61"
       "fd ef 00 01 31"
       "fd f7 00 0d 31 37 30 30 30 30 30 30 30 30 31 32 33";
-  EXPECT_THAT(
-      filtering_.received(),
-      ElementsAre(hex("12 01 01 00 00 01 00 00 00 00 00 01 01 61 00 00 01 00 01" + opt),
-                  hex("12 02 01 00 00 01 00 00 00 00 00 01 01 62 00 00 1c 00 01" + opt)));
+  EXPECT_THAT(filtering_.received(),
+              ElementsAre(hex("12 01 01 00 00 01 00 00 00 00 00 01 01 61 00 00 01 00 01" + opt),
+                          hex("12 02 01 00 00 01 00 00 00 00 00 01 01 62 00 00 1c 00 01" + opt)));
 }
 
 TEST_F(RoutingTest, ForwardsWhatItCannotDecodeUnchanged) {
-  for (const auto& garbage : {hex("00"), hex("12 34 01 00 00 02 00 00 00 00 00 00 01 61 00 00 01 00 01"),
-                              Data(65'507, 0xFF)}) {
+  for (const auto& garbage :
+       {hex("00"), hex("12 34 01 00 00 02 00 00 00 00 00 00 01 61 00 00 01 00 01"),
+        Data(65'507, 0xFF)}) {
     log_.clear();
     const auto before = filtering_.received().size();
     ASSERT_TRUE(offer(makeFlow({garbage})));
@@ -131,7 +167,8 @@ TEST_F(RoutingTest, ForwardsWhatItCannotDecodeUnchanged) {
     EXPECT_EQ(filtering_.received().back(), garbage);
     EXPECT_THAT(log_.records(), Contains("decodeDNSResponse error"));
     EXPECT_THAT(log_.records(), Contains("msg: nil"));
-    EXPECT_THAT(log_.records(), Contains("connect to DNS using Quillet DNS (" + filtering_.text() + ", q: nil"));
+    EXPECT_THAT(log_.records(),
+                Contains("connect to DNS using Quillet DNS (" + filtering_.text() + ", q: nil"));
   }
 }
 
@@ -146,7 +183,8 @@ TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   provider_->connectToDNS(flow, std::nullopt, std::nullopt, std::nullopt);
   provider_->connectToDNS(flow, std::vector<Data>(), flow->readEndpoints, std::nullopt);
   provider_->connectToDNS(flow, flow->toRead, std::nullopt, std::nullopt);
-  provider_->connectToDNS(flow, flow->toRead, std::vector<platform::NWHostEndpoint>(), std::nullopt);
+  provider_->connectToDNS(flow, flow->toRead, std::vector<platform::NWHostEndpoint>(),
+                          std::nullopt);
   EXPECT_TRUE(log_.records().empty());
   EXPECT_TRUE(provider_->dnsFlowsReports.empty());
 }
@@ -170,10 +208,12 @@ TEST_F(RoutingTest, KeepsABoundedNumberOfReports) {
   for (std::size_t i = 0; i < DnsProxyExt::kMaxReports; ++i) {
     offer(makeFlow({query("a")}));
   }
-  ASSERT_TRUE(runUntil([&] { return provider_->dnsFlowsReports.size() == DnsProxyExt::kMaxReports; }));
+  ASSERT_TRUE(
+      runUntil([&] { return provider_->dnsFlowsReports.size() == DnsProxyExt::kMaxReports; }));
   runReady();
   EXPECT_EQ(provider_->dnsFlowsReports.size(), DnsProxyExt::kMaxReports);
-  EXPECT_THAT(provider_->dnsFlowsReports, Not(Contains(testing::Key(std::to_string(first->hash())))));
+  EXPECT_THAT(provider_->dnsFlowsReports,
+              Not(Contains(testing::Key(std::to_string(first->hash())))));
 }
 
 }  // namespace

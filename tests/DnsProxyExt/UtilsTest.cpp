@@ -1,8 +1,7 @@
-#include "DnsProxyExt/Utils.h"
-
 #include <gtest/gtest.h>
 
 #include "DnsProxyExt/CommaDelimited.h"
+#include "DnsProxyExt/Utils.h"
 #include "platform/foundation/Description.h"
 
 namespace quillet {
@@ -46,8 +45,13 @@ TEST(CommaDelimited, KeepsEveryPieceAsItIs) {
     const char* text;
     List pieces;
   } rows[] = {
-      {"", {}},           {"a", {"a"}},           {"a,b", {"a", "b"}}, {"a, b", {"a", " b"}},
-      {"a,,b", {"a", "", "b"}}, {"a,", {"a", ""}}, {",", {"", ""}},
+      {"", {}},
+      {"a", {"a"}},
+      {"a,b", {"a", "b"}},
+      {"a, b", {"a", " b"}},
+      {"a,,b", {"a", "", "b"}},
+      {"a,", {"a", ""}},
+      {",", {"", ""}},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(parseCommaDelimitedArr(row.text), row.pieces) << row.text;

@@ -1,8 +1,7 @@
-#include "dns_tools/DNSSocketClient.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "dns_tools/DNSSocketClient.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/foundation/Description.h"
 #include "tests/support/FakeFlow.h"
@@ -40,13 +39,13 @@ class DNSSocketClientTest : public testing::Test {
       datagrams.emplace_back(bytes.begin(), bytes.end());
     }
     auto client = DNSSocketClient::create(flow_, datagrams, endpoints);
-    client->onDataReceived = [this](const DNSSocketClient::Flow& flow, const std::optional<Data>& answer,
-                                    const std::optional<NWHostEndpoint>& endpoint,
-                                    std::optional<bool> isFinished,
-                                    const std::optional<platform::NWError>& error) {
-      EXPECT_EQ(flow, flow_);
-      told_.push_back(told(answer, endpoint, isFinished, error));
-    };
+    client->onDataReceived =
+        [this](const DNSSocketClient::Flow& flow, const std::optional<Data>& answer,
+               const std::optional<NWHostEndpoint>& endpoint, std::optional<bool> isFinished,
+               const std::optional<platform::NWError>& error) {
+          EXPECT_EQ(flow, flow_);
+          told_.push_back(told(answer, endpoint, isFinished, error));
+        };
     client->connectWithDNS(ip, port);
     client_ = client;
   }
@@ -79,8 +78,9 @@ TEST_F(DNSSocketClientTest, LogsEveryStepOfOneExchange) {
       log_.records(),
       ElementsAre("init new DNSSocketClient, flowHash = 5", "Connecting to udp, flowHash = 5",
                   changed + "setup", "State: Setup, flowHash = 5\n", changed + "preparing",
-                  "State: Preparing, flowHash = 5\n", changed + "ready", "State: Ready, flowHash = 5\n",
-                  "sendUDP, content count = 1, flowHash = 5", "Data was sent to UDP, flowHash = 5",
+                  "State: Preparing, flowHash = 5\n", changed + "ready",
+                  "State: Ready, flowHash = 5\n", "sendUDP, content count = 1, flowHash = 5",
+                  "Data was sent to UDP, flowHash = 5",
                   "receiveUdp callback called, flowHash = 5, isComplete = true",
                   "Udp received, flowHash = 5, arr.count = 1, content.count = 1",
                   "self.connection?.cancel(), arr.count = 1, content count = 1, flowHash = 5",
@@ -113,9 +113,10 @@ TEST_F(DNSSocketClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
     ASSERT_TRUE(runUntilReleased());
     EXPECT_THAT(told_, ElementsAre("nothing@0 more Optional(POSIXErrorCode(rawValue: 111): "
                                    "Connection refused)"));
-    EXPECT_THAT(log_.records(),
-                testing::Contains("udp socket error: POSIXErrorCode(rawValue: 111): Connection refused, "
-                                  "flowHash = 5"));
+    EXPECT_THAT(
+        log_.records(),
+        testing::Contains("udp socket error: POSIXErrorCode(rawValue: 111): Connection refused, "
+                          "flowHash = 5"));
   }
 }
 

@@ -45,8 +45,8 @@ TEST(DescriptionTest, fractions) {
       {1e16, "1e+16"},
       {123456789012345680000.0, "1.2345678901234568e+20"},
       {-1.7976931348623157e308, "-1.7976931348623157e+308"},
-      {INFINITY, "inf"},
-      {-INFINITY, "-inf"},
+      {std::numeric_limits<double>::infinity(), "inf"},
+      {-std::numeric_limits<double>::infinity(), "-inf"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(description(row.value), row.text);

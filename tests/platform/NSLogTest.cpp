@@ -43,6 +43,9 @@ TEST(NSLogTest, aLargeRecordAndASmallOneAfterIt) {
 }
 
 struct LogsAtThreadEnd {
+  LogsAtThreadEnd() = default;
+  LogsAtThreadEnd(const LogsAtThreadEnd&) = delete;
+  LogsAtThreadEnd& operator=(const LogsAtThreadEnd&) = delete;
   ~LogsAtThreadEnd() { NSLog("the thread has ended, long enough for memory of its own"); }
 };
 

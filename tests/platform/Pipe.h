@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <string>
 
 #include "platform/foundation/FileDescriptor.h"
@@ -25,7 +26,10 @@ struct Pipe {
   /// What lies in the pipe; waits for at least one byte, empty at the end of file.
   [[nodiscard]] std::string read() const {
     std::string text(64UL * 1024, '\0');
-    const ssize_t count = ::read(reader.get(), text.data(), text.size());
+    ssize_t count = -1;
+    do {
+      count = ::read(reader.get(), text.data(), text.size());
+    } while (count < 0 && errno == EINTR);
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
     return text;
   }

@@ -55,8 +55,8 @@ class Packets {
 
 class StreamLogSinkTest : public testing::Test {
  protected:
-  StreamLogSinkTest() { Clock::setShared(&clock_); }
-  ~StreamLogSinkTest() override { Clock::setShared(nullptr); }
+  void SetUp() override { Clock::setShared(&clock_); }
+  void TearDown() override { Clock::setShared(nullptr); }
 
   const EnvironmentVariable tz_{"TZ", "UTC"};
   ManualClock clock_{1'795'385'994'123'999};  // 2026-11-22 22:19:54.123999
@@ -155,6 +155,7 @@ TEST_F(StreamLogSinkTest, recordsOfSeveralThreadsStayWholeAndInOrder) {
   constexpr int kThreads = 4;
   constexpr int kRecords = 500;
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([thread] {
       for (int i = 0; i < kRecords; ++i) {

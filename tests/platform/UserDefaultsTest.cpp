@@ -26,8 +26,8 @@ using testing::HasSubstr;
 
 class UserDefaultsTest : public testing::Test {
  protected:
-  UserDefaultsTest() { UserDefaults::setDirectory(directory_.path()); }
-  ~UserDefaultsTest() override { UserDefaults::setDirectory({}); }
+  void SetUp() override { UserDefaults::setDirectory(directory_.path()); }
+  void TearDown() override { UserDefaults::setDirectory({}); }
 
   static UserDefaults* suite() { return UserDefaults::suite("group"); }
 
@@ -67,27 +67,27 @@ TEST_F(UserDefaultsTest, valuesByType) {
   const struct {
     const char* json;
     std::optional<std::string> text;
-    std::optional<bool> truth;
     std::int64_t integer;
+    std::optional<bool> truth;
     bool isDictionary;
   } rows[] = {
-      {"\"1\"", "1", {}, 0, false},
-      {"\"\"", "", {}, 0, false},
-      {"true", {}, true, 0, false},
-      {"false", {}, false, 0, false},
-      {"null", {}, {}, 0, false},
-      {"1", {}, {}, 1, false},
-      {"-1", {}, {}, -1, false},
-      {"1.9", {}, {}, 1, false},
-      {"-1.9", {}, {}, -1, false},
-      {"9223372036854775807", {}, {}, kMax, false},
-      {"9223372036854775808", {}, {}, kMax, false},
-      {"18446744073709551616", {}, {}, kMax, false},
-      {"1e300", {}, {}, kMax, false},
-      {"-9223372036854775808", {}, {}, kMin, false},
-      {"-1e300", {}, {}, kMin, false},
-      {"[]", {}, {}, 0, false},
-      {"{}", {}, {}, 0, true},
+      {"\"1\"", "1", 0, {}, false},
+      {"\"\"", "", 0, {}, false},
+      {"true", {}, 0, true, false},
+      {"false", {}, 0, false, false},
+      {"null", {}, 0, {}, false},
+      {"1", {}, 1, {}, false},
+      {"-1", {}, -1, {}, false},
+      {"1.9", {}, 1, {}, false},
+      {"-1.9", {}, -1, {}, false},
+      {"9223372036854775807", {}, kMax, {}, false},
+      {"9223372036854775808", {}, kMax, {}, false},
+      {"18446744073709551616", {}, kMax, {}, false},
+      {"1e300", {}, kMax, {}, false},
+      {"-9223372036854775808", {}, kMin, {}, false},
+      {"-1e300", {}, kMin, {}, false},
+      {"[]", {}, 0, {}, false},
+      {"{}", {}, 0, {}, true},
   };
   for (const auto& row : rows) {
     writeFile(file_, std::string("{\"key\":") + row.json + "}");
@@ -217,6 +217,7 @@ TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   suite()->setObject(deep, "deep");
   suite()->setObject(std::string(1 << 20, 'x'), "large");
   EXPECT_EQ(readFile(file_), R"({"a":1})");
+  EXPECT_THAT(log_.records(), testing::Each(HasSubstr(" not written: too large or too deep")));
   EXPECT_EQ(log_.records().size(), 2U);
   ASSERT_NE(suite(), nullptr);
   EXPECT_EQ(suite()->integerForKey("a"), 1);
@@ -229,7 +230,7 @@ TEST_F(UserDefaultsTest, aFileThatCannotBeReadIsNotOverwritten) {
   defaults->setObject("a", "ip");
   EXPECT_EQ(readFile(file_), "{ \"mdmConf\": a slip of the pen }");
   EXPECT_THAT(log_.records(),
-              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: ")));
+              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: the file")));
 }
 
 TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {

@@ -6,7 +6,7 @@ import threading
 
 from roadlib import wire
 from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.client import Client, ask
+from roadlib.client import Client, ask, ask_again
 from roadlib.processes import SLOWNESS
 
 # Within this the provider is stopped, also under load.
@@ -33,6 +33,7 @@ class Load:
                     pass  # the proxy has gone
 
     def stop(self):
+        """May be called again."""
         self._over.set()
         self._thread.join()
         for client in self._clients:
@@ -131,8 +132,9 @@ class ReloadTest(RoadTest):
             self.vendor_file({"filteringDNS": upstream.address, "organizationId": f"org{number}"})
             proxy.send_signal(signal.SIGHUP)
             upstream.wait_for_queries(len(upstream.queries) + 50)
+        load.stop()
         query = wire.query("example.com")
-        self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
+        self.assertEqual(ask_again(proxy.endpoint, query), wire.answer_to(query))
 
 
 if __name__ == "__main__":

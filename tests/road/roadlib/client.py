@@ -4,7 +4,7 @@ import select
 import socket
 import subprocess
 
-from roadlib.processes import PATIENCE, family_of
+from roadlib.processes import PATIENCE, family_of, poll
 
 
 class Client:
@@ -40,6 +40,15 @@ def ask(endpoint, query):
     """One query from a socket of its own; its answer."""
     with Client(endpoint) as client:
         return client.ask(query)
+
+
+def ask_again(endpoint, query):
+    """Asks until an answer comes, for a bounded time: for when the queues on the way may still be full."""
+    with Client(endpoint) as client:
+        def answer():
+            client.send(query)
+            return client.receive(0.2)
+        return poll(answer, f"an answer to {query.hex()}")
 
 
 def tool(*command):

@@ -14,6 +14,7 @@ class Upstream:
     def __init__(self, respond=None, host="127.0.0.1", port=0):
         self.respond = respond or (lambda query: [wire.answer_to(query)])
         self.queries = []
+        self._failure = None
         self._changed = threading.Condition()
         self._socket = socket.socket(family_of(host), socket.SOCK_DGRAM)
         self._socket.bind((host, port))
@@ -30,14 +31,16 @@ class Upstream:
             with self._changed:
                 self.queries.append(query)
                 self._changed.notify_all()
-            for answer in self._answers(query):
-                self._socket.sendto(answer, peer)
+            self._answer(query, peer)
 
-    def _answers(self, query):
+    def _answer(self, query, peer):
         try:
-            return self.respond(query)
+            for answer in self.respond(query):
+                self._socket.sendto(answer, peer)
         except (IndexError, struct.error):
-            return []  # the query was cut or garbled: nothing to answer
+            pass  # the query was cut or garbled: nothing to answer
+        except Exception as error:
+            self._failure = error  # of the test itself
 
     _farewell = b"\0the test is over\0"
 
@@ -53,6 +56,8 @@ class Upstream:
             s.sendto(self._farewell, self._socket.getsockname())
         self._thread.join(PATIENCE)
         self._socket.close()
+        if self._failure:
+            raise self._failure
 
 
 def by_name(rules, otherwise=None):

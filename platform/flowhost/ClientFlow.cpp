@@ -1,0 +1,128 @@
+#include "platform/flowhost/ClientFlow.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/flowhost/PendingWrite.h"
+#include "platform/foundation/Description.h"
+
+namespace platform {
+
+namespace {
+
+std::int64_t nextHash() {
+  static std::int64_t last = 0;
+  return ++last;
+}
+
+Error closedError() { return Error("the flow is closed"); }
+
+void later(std::function<void()> work) { DispatchQueue::global().async(std::move(work)); }
+
+}  // namespace
+
+ClientFlow::ClientFlow(std::shared_ptr<ListenSocket> socket, ClientDatagrams received,
+                       std::shared_ptr<const NEFlowMetaData> metaData)
+    : socket_(std::move(socket)),
+      path_(received.path),
+      remoteEndpoint_(endpointFrom(path_.asked)),
+      datagrams_(std::move(received.datagrams)),
+      datagramCount_(datagrams_.size()),
+      metaData_(std::move(metaData)),
+      hash_(nextHash()) {}
+
+void ClientFlow::openWithLocalEndpoint(std::optional<NWHostEndpoint> /*localEndpoint*/,
+                                       OpenCompletion completion) {
+  later([completion = std::move(completion)] { completion(std::nullopt); });
+}
+
+void ClientFlow::readDatagrams(ReadCompletion completion) {
+  if (isReadClosed_) {
+    later([completion = std::move(completion)] {
+      completion(std::nullopt, std::nullopt, closedError());
+    });
+    return;
+  }
+  std::vector<NWHostEndpoint> endpoints(datagrams_.size(), remoteEndpoint_);
+  later([completion = std::move(completion), datagrams = std::exchange(datagrams_, {}),
+         endpoints = std::move(endpoints)]() mutable {
+    completion(std::move(datagrams), std::move(endpoints), std::nullopt);
+  });
+}
+
+void ClientFlow::writeDatagrams(std::vector<Data> datagrams,
+                                std::vector<NWHostEndpoint> sentByEndpoints,
+                                WriteCompletion completion) {
+  const auto write = std::make_shared<PendingWrite>(datagrams.size(), std::move(completion));
+  auto refusal = objection(datagrams, sentByEndpoints);
+  if (refusal || datagrams.empty()) {
+    write->end(std::move(refusal));
+    return;
+  }
+  for (auto& datagram : datagrams) {
+    const int error = socket_->send(path_, datagram);
+    if (error != EAGAIN) {
+      write->datagramDone(error);
+    } else if (!socket_->sendLater(path_, std::move(datagram),
+                                   [write](int result) { write->datagramDone(result); })) {
+      write->datagramDone(ENOBUFS);
+    }
+  }
+}
+
+std::optional<Error> ClientFlow::objection(
+    const std::vector<Data>& datagrams, const std::vector<NWHostEndpoint>& sentByEndpoints) const {
+  if (isWriteClosed_ || !socket_->isOpen()) {
+    return closedError();
+  }
+  if (datagrams.size() != sentByEndpoints.size()) {
+    return Error("as many endpoints as datagrams are needed");
+  }
+  for (const auto& endpoint : sentByEndpoints) {
+    if (endpoint != remoteEndpoint_) {
+      return Error("the client has not asked " + description(endpoint));
+    }
+  }
+  return std::nullopt;
+}
+
+void ClientFlow::closeReadWithError(std::optional<Error> /*error*/) {
+  isReadClosed_ = true;
+  datagrams_ = {};
+  releaseWhenClosed();
+}
+
+// A client of UDP is told of no error.
+void ClientFlow::closeWriteWithError(std::optional<Error> /*error*/) {
+  isWriteClosed_ = true;
+  releaseWhenClosed();
+}
+
+void ClientFlow::releaseWhenClosed() {
+  if (isReadClosed_ && isWriteClosed_) {
+    socket_.reset();
+  }
+}
+
+std::optional<NWHostEndpoint> ClientFlow::localEndpoint() const {
+  return endpointFrom(path_.client);
+}
+
+std::optional<std::string> ClientFlow::remoteHostname() const { return remoteEndpoint_.hostname; }
+
+std::string ClientFlow::debugDescription() const {
+  std::string out = "<NEAppProxyUDPFlow: ";
+  describe(out, hash_);
+  out.append(", ");
+  describe(out, endpointFrom(path_.client));
+  out.append(" -> ");
+  describe(out, remoteEndpoint_);
+  out.append(", ");
+  describe(out, datagramCount_);
+  out.append(" datagrams>");
+  return out;
+}
+
+}  // namespace platform

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/flowhost/ClientDatagrams.h"
+#include "platform/flowhost/ListenSocket.h"
+#include "platform/networkextension/NEAppProxyUDPFlow.h"
+
+namespace platform {
+
+/// The flow of what one client socket has sent in one read. Costs the host nothing once it is
+/// offered: only who holds it keeps it.
+class ClientFlow final : public NEAppProxyUDPFlow {
+ public:
+  ClientFlow(std::shared_ptr<ListenSocket> socket, ClientDatagrams received,
+             std::shared_ptr<const NEFlowMetaData> metaData);
+
+  void openWithLocalEndpoint(std::optional<NWHostEndpoint> localEndpoint,
+                             OpenCompletion completion) override;
+  /// The datagrams at the first call, none later; an error after closing.
+  void readDatagrams(ReadCompletion completion) override;
+  /// An error too, and nothing is sent, unless each endpoint is the one that the client has asked.
+  /// The completion runs when the kernel has taken all datagrams; it carries the first error.
+  void writeDatagrams(std::vector<Data> datagrams, std::vector<NWHostEndpoint> sentByEndpoints,
+                      WriteCompletion completion) override;
+  void closeReadWithError(std::optional<Error> error) override;
+  void closeWriteWithError(std::optional<Error> error) override;
+
+  [[nodiscard]] const NEFlowMetaData& metaData() const override { return *metaData_; }
+  [[nodiscard]] std::int64_t hash() const override { return hash_; }
+  [[nodiscard]] bool isBound() const override { return false; }
+  [[nodiscard]] std::optional<std::string> networkInterface() const override {
+    return std::nullopt;
+  }
+  [[nodiscard]] std::optional<NWHostEndpoint> localEndpoint() const override;
+  [[nodiscard]] std::optional<std::string> remoteHostname() const override;
+  /// `<NEAppProxyUDPFlow: 12, 127.0.0.1:40000 -> 127.0.0.1:5300, 1 datagrams>`
+  [[nodiscard]] std::string debugDescription() const override;
+
+  /// The address that the client has asked.
+  [[nodiscard]] const NWHostEndpoint& remoteEndpoint() const { return remoteEndpoint_; }
+
+ private:
+  [[nodiscard]] std::optional<Error> objection(
+      const std::vector<Data>& datagrams, const std::vector<NWHostEndpoint>& sentByEndpoints) const;
+  void releaseWhenClosed();
+
+  std::shared_ptr<ListenSocket> socket_;  // absent once released
+  const FlowPath path_;
+  const NWHostEndpoint remoteEndpoint_;
+  std::vector<Data> datagrams_;
+  const std::size_t datagramCount_;
+  const std::shared_ptr<const NEFlowMetaData> metaData_;
+  const std::int64_t hash_;
+  bool isReadClosed_ = false;
+  bool isWriteClosed_ = false;
+};
+
+}  // namespace platform

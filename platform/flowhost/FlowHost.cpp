@@ -1,0 +1,144 @@
+#include "platform/flowhost/FlowHost.h"
+
+#include <utility>
+
+#include "platform/dispatch/RunGuarded.h"
+#include "platform/flowhost/ClientFlow.h"
+#include "platform/flowhost/ListenSocket.h"
+#include "platform/flowhost/SystemResolver.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/network/NWError.h"
+
+namespace platform {
+
+namespace {
+
+// Reads of one socket in one turn of the loop, so that a flood of queries leaves time for their
+// answers.
+constexpr int kMaxReadsPerTurn = 2;
+
+using Sockets = std::vector<std::shared_ptr<ListenSocket>>;
+
+tl::expected<Sockets, Error> bindAll(const std::vector<NWHostEndpoint>& endpoints) {
+  Sockets sockets;
+  for (const auto& endpoint : endpoints) {
+    auto socket = ListenSocket::bind(endpoint);
+    if (!socket) {
+      return tl::unexpected(socket.error());
+    }
+    sockets.push_back(*std::move(socket));
+  }
+  return sockets;
+}
+
+std::vector<SocketAddress> addressesOf(const Sockets& sockets) {
+  std::vector<SocketAddress> addresses;
+  for (const auto& socket : sockets) {
+    addresses.push_back(socket->address());
+  }
+  return addresses;
+}
+
+}  // namespace
+
+struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_this<State> {
+  State(NEDNSProxyProvider& flowProvider, const FlowHostOptions& options, Sockets bound)
+      : provider(flowProvider),
+        metaData(std::make_shared<NEFlowMetaData>(NEFlowMetaData{options.sourceApp})),
+        sockets(std::move(bound)),
+        resolver(options.resolvConf, options.resolverPort, addressesOf(sockets)) {}
+
+  std::optional<Error> listen();
+  void datagramsArrived(ListenSocket& socket) override;
+  void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
+  void offer(const std::shared_ptr<ClientFlow>& flow);
+  void logError(const ListenSocket& socket, std::error_code error);
+
+  NEDNSProxyProvider& provider;
+  const std::shared_ptr<const NEFlowMetaData> metaData;
+  Sockets sockets;
+  SystemResolver resolver;
+  DatagramSlots slots;
+  std::error_code lastError;
+};
+
+std::optional<Error> FlowHost::State::listen() {
+  for (const auto& socket : sockets) {
+    if (auto error = socket->listen(weak_from_this())) {
+      return error;
+    }
+  }
+  return std::nullopt;
+}
+
+void FlowHost::State::datagramsArrived(ListenSocket& socket) {
+  for (int reads = 0; reads < kMaxReadsPerTurn && socket.isOpen(); ++reads) {
+    const auto received = socket.receive(slots);
+    if (!received) {
+      logError(socket, received.error());
+      return;
+    }
+    offerAll(socket, *received);
+    if (received->size() < DatagramSlots::kSlots) {
+      return;
+    }
+  }
+}
+
+void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received) {
+  for (auto& group : groupedByPath(received)) {
+    if (!socket.isOpen()) {
+      return;
+    }
+    offer(std::make_shared<ClientFlow>(socket.shared_from_this(), std::move(group), metaData));
+  }
+}
+
+void FlowHost::State::offer(const std::shared_ptr<ClientFlow>& flow) {
+  bool isDeclined = false;
+  runGuarded([&] { isDeclined = !provider.handleNewUDPFlow(flow, flow->remoteEndpoint()); });
+  if (isDeclined) {
+    resolver.serve(flow);
+  }
+}
+
+// An error that stays is one line, not one for each turn of the loop.
+void FlowHost::State::logError(const ListenSocket& socket, std::error_code error) {
+  if (std::exchange(lastError, error) != error) {
+    NSLog("FlowHost: cannot receive on ", endpointFrom(socket.address()), ": ",
+          NWError::posix(error.value()));
+  }
+}
+
+tl::expected<std::unique_ptr<FlowHost>, Error> FlowHost::start(NEDNSProxyProvider& provider,
+                                                               const FlowHostOptions& options) {
+  auto sockets = bindAll(options.listen);
+  if (!sockets) {
+    return tl::unexpected(sockets.error());
+  }
+  auto state = std::make_shared<State>(provider, options, *std::move(sockets));
+  if (auto error = state->listen()) {
+    return tl::unexpected(*std::move(error));
+  }
+  return std::unique_ptr<FlowHost>(new FlowHost(std::move(state)));
+}
+
+FlowHost::FlowHost(std::shared_ptr<State> state) : state_(std::move(state)) {}
+
+FlowHost::~FlowHost() { stop(); }
+
+void FlowHost::stop() {
+  for (const auto& socket : std::exchange(state_->sockets, {})) {
+    socket->close();
+  }
+}
+
+std::vector<NWHostEndpoint> FlowHost::boundEndpoints() const {
+  std::vector<NWHostEndpoint> endpoints;
+  for (const auto& socket : state_->sockets) {
+    endpoints.push_back(endpointFrom(socket->address()));
+  }
+  return endpoints;
+}
+
+}  // namespace platform

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
+
+#include "platform/foundation/Error.h"
+#include "platform/networkextension/NEDNSProxyProvider.h"
+
+namespace platform {
+
+/// What a flow host serves.
+struct FlowHostOptions {
+  /// IP addresses, the wildcard ones too, and ports; port 0 leaves the choice to the system.
+  std::vector<NWHostEndpoint> listen;
+  /// The signing identifier of every flow's application.
+  std::string sourceApp;
+  /// Where the system's own DNS servers stand, and their port.
+  std::filesystem::path resolvConf = "/etc/resolv.conf";
+  std::uint16_t resolverPort = 53;
+};
+
+/// A UDP server for the DNS queries of local clients, which drives a provider: it makes one flow of
+/// what one client socket has sent in one read and offers it. Flows that the provider declines go
+/// to the system's own DNS server. Inside the event loop only.
+class FlowHost {
+ public:
+  /// Binds all addresses; `provider` outlives the host. The error names the endpoint that cannot be
+  /// bound: `cannot listen on 127.0.0.1:5300: Address already in use`.
+  static tl::expected<std::unique_ptr<FlowHost>, Error> start(NEDNSProxyProvider& provider,
+                                                              const FlowHostOptions& options);
+  ~FlowHost();
+  FlowHost(const FlowHost&) = delete;
+  FlowHost& operator=(const FlowHost&) = delete;
+
+  /// Closes the sockets: no flow is offered any more, and what is written into those there are
+  /// fails. A second call does nothing.
+  void stop();
+
+  /// What is bound, in the order of the options, with the ports that the system has chosen.
+  [[nodiscard]] std::vector<NWHostEndpoint> boundEndpoints() const;
+
+ private:
+  struct State;
+
+  explicit FlowHost(std::shared_ptr<State> state);
+
+  const std::shared_ptr<State> state_;
+};
+
+}  // namespace platform

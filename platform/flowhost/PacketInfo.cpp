@@ -1,0 +1,84 @@
+#include "platform/flowhost/PacketInfo.h"
+
+#include <cstring>
+
+namespace platform {
+
+namespace {
+
+static_assert(sizeof(in6_pktinfo) >= sizeof(in_pktinfo));
+
+// Such an address means something on its own network link only.
+bool isLinkLocal(const in6_addr& address) { return IN6_IS_ADDR_LINKLOCAL(&address) != 0; }
+
+SocketAddress addressFrom(const in_pktinfo& info, std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr = info.ipi_spec_dst;  // one of ours, also when the datagram was a broadcast
+  return SocketAddress(address);
+}
+
+SocketAddress addressFrom(const in6_pktinfo& info, std::uint16_t port) {
+  sockaddr_in6 address{};
+  address.sin6_family = AF_INET6;
+  address.sin6_port = htons(port);
+  address.sin6_addr = info.ipi6_addr;
+  address.sin6_scope_id = isLinkLocal(info.ipi6_addr) ? info.ipi6_ifindex : 0;
+  return SocketAddress(address);
+}
+
+template <class Info>
+SocketAddress readInfo(const cmsghdr& control, std::uint16_t port) {
+  Info info{};
+  std::memcpy(&info, CMSG_DATA(&control), sizeof info);
+  return addressFrom(info, port);
+}
+
+template <class Info>
+void writeInfo(msghdr& message, int level, int type, const Info& info) {
+  message.msg_controllen = CMSG_SPACE(sizeof info);
+  cmsghdr& control = *CMSG_FIRSTHDR(&message);
+  control.cmsg_level = level;
+  control.cmsg_type = type;
+  control.cmsg_len = CMSG_LEN(sizeof info);
+  std::memcpy(CMSG_DATA(&control), &info, sizeof info);
+}
+
+}  // namespace
+
+bool PacketInfo::request(int socket, bool isIPv6) {
+  const int on = 1;
+  return isIPv6 ? ::setsockopt(socket, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on) == 0
+                : ::setsockopt(socket, IPPROTO_IP, IP_PKTINFO, &on, sizeof on) == 0;
+}
+
+void PacketInfo::prepareToReceive(msghdr& message) {
+  message.msg_control = bytes_;
+  message.msg_controllen = sizeof bytes_;
+}
+
+std::optional<SocketAddress> PacketInfo::sentTo(msghdr& message, std::uint16_t port) {
+  for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
+       control = CMSG_NXTHDR(&message, control)) {
+    if (control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_PKTINFO) {
+      return readInfo<in_pktinfo>(*control, port);
+    }
+    if (control->cmsg_level == IPPROTO_IPV6 && control->cmsg_type == IPV6_PKTINFO) {
+      return readInfo<in6_pktinfo>(*control, port);
+    }
+  }
+  return std::nullopt;
+}
+
+void PacketInfo::sendFrom(msghdr& message, const SocketAddress& source) {
+  prepareToReceive(message);
+  if (source.isIPv6()) {
+    writeInfo(message, IPPROTO_IPV6, IPV6_PKTINFO,
+              in6_pktinfo{source.v6().sin6_addr, source.v6().sin6_scope_id});
+  } else {
+    writeInfo(message, IPPROTO_IP, IP_PKTINFO, in_pktinfo{0, source.v4().sin_addr, {}});
+  }
+}
+
+}  // namespace platform

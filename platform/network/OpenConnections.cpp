@@ -1,0 +1,50 @@
+#include "platform/network/OpenConnections.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+// Descriptors left to everything else: listen sockets, files, pipes, event sets.
+constexpr rlim_t kReservedDescriptors = 64;
+
+}  // namespace
+
+// Never destroyed: what it holds may be needed until the very end.
+OpenConnections& OpenConnections::shared() {
+  static auto& connections = *new OpenConnections;
+  return connections;
+}
+
+std::size_t OpenConnections::usualLimit() {
+  rlimit descriptors{};
+  if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
+    return NWConnection::kMaxConnections;
+  }
+  const auto present = std::max(descriptors.rlim_cur, kReservedDescriptors + 1);
+  return std::min<std::size_t>(NWConnection::kMaxConnections, present - kReservedDescriptors);
+}
+
+void OpenConnections::makeRoom() {
+  while (open_.size() >= limit_ && cancelIdleLongest()) {
+  }
+}
+
+OpenConnections::Place OpenConnections::add(std::shared_ptr<NWConnection> connection) {
+  return open_.insert(open_.end(), std::move(connection));
+}
+
+bool OpenConnections::cancelIdleLongest() {
+  if (open_.empty()) {
+    return false;
+  }
+  const auto connection = open_.front();  // alive until it is out of the list
+  connection->cancel();
+  return true;
+}
+
+}  // namespace platform

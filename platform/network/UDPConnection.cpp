@@ -1,0 +1,297 @@
+#include "platform/network/UDPConnection.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "platform/dispatch/RunGuarded.h"
+#include "platform/network/SocketAddress.h"
+
+namespace platform {
+
+namespace {
+
+using Kind = NWConnection::State::Kind;
+
+// Larger than any datagram; one for all connections of the loop.
+constexpr std::size_t kBufferSize = 64UL * 1024;
+
+// Refusals that no receive has asked for yet; more of them tell nothing new.
+constexpr std::size_t kMaxReceiveErrors = 64;
+
+std::optional<SocketAddress> addressOf(const NWEndpoint::Host& host, NWEndpoint::Port port) {
+  const bool isLoopbackName = host.text() == "localhost";
+  return SocketAddress::parse(isLoopbackName ? "127.0.0.1" : host.text(), port.rawValue);
+}
+
+FileDescriptor openSocket(int family) {
+  return FileDescriptor(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+/// A socket, if need be at the cost of the connection that has been idle longest.
+FileDescriptor openSocketMakingRoom(int family) {
+  auto socket = openSocket(family);
+  const bool lacksDescriptors = !socket.isOpen() && (errno == EMFILE || errno == ENFILE);
+  if (lacksDescriptors && OpenConnections::shared().cancelIdleLongest()) {
+    socket = openSocket(family);
+  }
+  return socket;
+}
+
+/// The error of one attempt; 0 for none.
+int sendOnce(int socket, const Data& content) {
+  while (::send(socket, content.data(), content.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
+    if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+std::optional<NWError> errorFrom(int code) {
+  return code == 0 ? std::nullopt : std::optional(NWError::posix(code));
+}
+
+}  // namespace
+
+UDPConnection::UDPConnection(NWEndpoint::Host host, NWEndpoint::Port port)
+    : host_(std::move(host)), port_(port) {}
+
+std::shared_ptr<UDPConnection> UDPConnection::self() {
+  return std::static_pointer_cast<UDPConnection>(shared_from_this());
+}
+
+void UDPConnection::start(DispatchQueue queue) {
+  if (isStarted_ || isCancelled_) {
+    return;
+  }
+  isStarted_ = true;
+  OpenConnections::shared().makeRoom();
+  const State outcome = open();
+  place_ = OpenConnections::shared().add(self());
+  queue.async([self = self(), outcome] { self->reportStart(outcome); });
+}
+
+UDPConnection::State UDPConnection::open() {
+  const auto address = addressOf(host_, port_);
+  if (!address) {
+    return {Kind::waiting, NWError::noSuchRecord()};
+  }
+  auto socket = openSocketMakingRoom(address->family());
+  if (!socket.isOpen()) {
+    return {Kind::failed, NWError::posix(errno)};
+  }
+  if (::connect(socket.get(), address->data(), address->size()) != 0) {
+    return {Kind::waiting, NWError::posix(errno)};
+  }
+  socket_.open(std::move(socket));
+  return {Kind::ready, std::nullopt};
+}
+
+void UDPConnection::reportStart(const State& outcome) {
+  report({Kind::setup, std::nullopt});
+  report({Kind::preparing, std::nullopt});
+  report(outcome);
+  deliverReceiveErrors();
+}
+
+void UDPConnection::report(const State& state) {
+  if (isCancelled_) {
+    return;
+  }
+  state_ = state;
+  if (stateUpdateHandler) {
+    runGuarded([this, &state] { stateUpdateHandler(state); });
+  }
+}
+
+void UDPConnection::cancel() {
+  if (isCancelled_) {
+    return;
+  }
+  isCancelled_ = true;
+  DispatchQueue::global().async([self = self()] { self->reportCancelled(); });
+  socket_.close();
+  if (isStarted_) {
+    OpenConnections::shared().remove(place_);
+  }
+  // Let go of only now, with everything in its final state: they may own whoever calls here again.
+  const auto sent = std::exchange(sent_, {});
+  const auto waiting = std::exchange(waiting_, {});
+  const auto receives = std::exchange(receives_, {});
+}
+
+void UDPConnection::reportCancelled() {
+  state_ = {Kind::cancelled, std::nullopt};
+  const auto handler = std::exchange(stateUpdateHandler, nullptr);
+  if (handler) {
+    runGuarded([this, &handler] { handler(state_); });
+  }
+}
+
+void UDPConnection::send(Data content, SendCompletion completion) {
+  if (isCancelled_) {
+    return;
+  }
+  if (state_.kind != Kind::ready) {
+    finish(std::move(completion), state_.error.value_or(NWError::posix(ENOTCONN)));
+    return;
+  }
+  touch();
+  const int error = waiting_.empty() ? trySend(content) : EAGAIN;
+  if (error == EAGAIN) {
+    waiting_.push_back({std::move(content), std::move(completion)});
+    watchAsNeeded();
+  } else {
+    finish(std::move(completion), errorFrom(error));
+  }
+}
+
+int UDPConnection::trySend(const Data& content) {
+  const int error = sendOnce(socket_.get(), content);
+  if (error == 0 || error == EAGAIN) {
+    return error;
+  }
+  const int again = sendOnce(socket_.get(), content);
+  const bool isOfEarlierOne = error == ECONNREFUSED || error != again;
+  if (isOfEarlierOne && receiveErrors_.size() < kMaxReceiveErrors) {
+    receiveErrors_.push_back(NWError::posix(error));
+    if (!receives_.empty()) {
+      deliverLater();
+    }
+  }
+  // Refused again: some more of the earlier datagrams were. Never the fault of this one.
+  return again == ECONNREFUSED ? 0 : again;
+}
+
+void UDPConnection::sendWaiting() {
+  while (!waiting_.empty()) {
+    const int error = trySend(waiting_.front().content);
+    if (error == EAGAIN) {
+      break;
+    }
+    finish(std::move(waiting_.front().completion), errorFrom(error));
+    waiting_.pop_front();
+  }
+  watchAsNeeded();
+}
+
+void UDPConnection::finish(SendCompletion completion, std::optional<NWError> error) {
+  sent_.push_back({std::move(completion), error});
+  deliverLater();
+}
+
+void UDPConnection::receiveMessage(ReceiveCompletion completion) {
+  if (isCancelled_) {
+    return;
+  }
+  receives_.push_back(std::move(completion));
+  if (state_.error || !receiveErrors_.empty()) {
+    deliverLater();
+  } else {
+    watchAsNeeded();
+  }
+}
+
+void UDPConnection::socketIsReady(bool canRead, bool canWrite) {
+  const auto alive = self();
+  if (canWrite && !waiting_.empty()) {
+    sendWaiting();
+  }
+  if (canRead && !receives_.empty()) {
+    receiveOne();
+  } else if (canRead) {
+    watchAsNeeded();  // nobody has asked for what has come
+  }
+}
+
+/// Watching is ended late, by an event that nobody wants: the usual connection is cancelled before
+/// that.
+void UDPConnection::watchAsNeeded() {
+  if (state_.kind != Kind::ready || isCancelled_) {
+    return;
+  }
+  if (const auto error = socket_.watch(*this, {!receives_.empty(), !waiting_.empty()})) {
+    const auto failure = NWError::posix(error.value());
+    receiveErrors_.insert(receiveErrors_.end(), receives_.size(), failure);
+    for (auto& send : std::exchange(waiting_, {})) {
+      finish(std::move(send.completion), failure);
+    }
+    deliverLater();
+  }
+}
+
+void UDPConnection::receiveOne() {
+  static std::array<std::uint8_t, kBufferSize> buffer;
+  const auto size = ::recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT | MSG_TRUNC);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return;
+  }
+  const int error = errno;
+  touch();
+  if (size < 0) {
+    completeOldestReceive(std::nullopt, false, NWError::posix(error));
+    return;
+  }
+  const auto length = static_cast<std::size_t>(size);
+  const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(length, buffer.size()));
+  completeOldestReceive(Data(buffer.begin(), end), length <= buffer.size(), std::nullopt);
+}
+
+void UDPConnection::completeOldestReceive(std::optional<Data> content, bool isComplete,
+                                          std::optional<NWError> error) {
+  const auto completion = std::move(receives_.front());
+  receives_.pop_front();
+  if (completion) {
+    runGuarded([&] { completion(std::move(content), isComplete, error); });
+  }
+}
+
+void UDPConnection::deliverLater() {
+  if (!std::exchange(isDeliveryDue_, true)) {
+    DispatchQueue::global().async([self = self()] { self->deliver(); });
+  }
+}
+
+void UDPConnection::deliver() {
+  isDeliveryDue_ = false;
+  deliverSent();
+  deliverReceiveErrors();
+}
+
+void UDPConnection::deliverSent() {
+  const auto sent = std::exchange(sent_, {});
+  for (const auto& [completion, error] : sent) {
+    if (isCancelled_) {
+      return;
+    }
+    if (completion) {
+      runGuarded([&send = completion, &outcome = error] { send(outcome); });
+    }
+  }
+}
+
+void UDPConnection::deliverReceiveErrors() {
+  while (!receives_.empty()) {
+    const auto error = takeReceiveError();
+    if (!error) {
+      watchAsNeeded();
+      return;
+    }
+    completeOldestReceive(std::nullopt, false, error);
+  }
+}
+
+std::optional<NWError> UDPConnection::takeReceiveError() {
+  if (state_.error || receiveErrors_.empty()) {
+    return state_.error;
+  }
+  const auto error = receiveErrors_.front();
+  receiveErrors_.erase(receiveErrors_.begin());
+  return error;
+}
+
+}  // namespace platform

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/dispatch/WatchedSocket.h"
+#include "platform/network/NWConnection.h"
+#include "platform/network/OpenConnections.h"
+
+namespace platform {
+
+/// The connection as a connected, non-blocking socket. An exchange of one datagram each way costs
+/// six system calls: socket, connect, send, one to be watched, recv, close.
+///
+/// A refusal (ICMP port unreachable) is the answer to a datagram sent earlier, and the kernel hands
+/// it out with the next call on the socket, whichever it is. When that is a send, the error is kept
+/// for a receive and the send is done again. One refusal fails one receive.
+class UDPConnection final : public NWConnection, private SocketWatcher {
+ public:
+  UDPConnection(NWEndpoint::Host host, NWEndpoint::Port port);
+
+  void start(DispatchQueue queue) override;
+  void send(Data content, SendCompletion completion) override;
+  void receiveMessage(ReceiveCompletion completion) override;
+  void cancel() override;
+  [[nodiscard]] State state() const override { return state_; }
+
+ private:
+  /// A send that has come to its end and is not reported yet.
+  struct Sent {
+    SendCompletion completion;
+    std::optional<NWError> error;
+  };
+  /// A send that waits until the kernel has room.
+  struct Waiting {
+    Data content;
+    SendCompletion completion;
+  };
+
+  std::shared_ptr<UDPConnection> self();
+
+  State open();
+  void reportStart(const State& outcome);
+  void report(const State& state);
+  void reportCancelled();
+
+  int trySend(const Data& content);
+  void sendWaiting();
+  void finish(SendCompletion completion, std::optional<NWError> error);
+
+  void socketIsReady(bool canRead, bool canWrite) override;
+  void watchAsNeeded();
+  void receiveOne();
+  void completeOldestReceive(std::optional<Data> content, bool isComplete,
+                             std::optional<NWError> error);
+
+  void deliverLater();
+  void deliver();
+  void deliverSent();
+  void deliverReceiveErrors();
+  std::optional<NWError> takeReceiveError();
+
+  void touch() { OpenConnections::shared().touch(place_); }
+
+  const NWEndpoint::Host host_;
+  const NWEndpoint::Port port_;
+  WatchedSocket socket_;
+  State state_;
+  bool isStarted_ = false;
+  bool isCancelled_ = false;
+  bool isDeliveryDue_ = false;
+  OpenConnections::Place place_;  // valid while started and not cancelled
+  std::vector<Sent> sent_;
+  std::list<Waiting> waiting_;
+  std::list<ReceiveCompletion> receives_;  // the oldest first
+  std::vector<NWError> receiveErrors_;     // each fails one receive
+};
+
+}  // namespace platform

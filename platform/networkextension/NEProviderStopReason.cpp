@@ -1,0 +1,13 @@
+#include "platform/networkextension/NEProviderStopReason.h"
+
+#include "platform/foundation/Description.h"
+
+namespace platform {
+
+void NEProviderStopReason::describe(std::string& out) const {
+  out.append("NEProviderStopReason(rawValue: ");
+  platform::describe(out, rawValue_);
+  out.push_back(')');
+}
+
+}  // namespace platform

@@ -1,0 +1,105 @@
+#include "programs/quillet_dns_proxy/ProxyProcess.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/SignalSource.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/UserDefaults.h"
+#include "platform/network/NWConnection.h"
+#include "programs/quillet_dns_proxy/VendorData.h"
+
+namespace quillet {
+
+using platform::FlowHost;
+using platform::NEProviderStopReason;
+using platform::NSLog;
+
+namespace {
+
+constexpr int kCannotStart = 1;
+
+/// Asks for as many descriptors as the bound on connections allows for, where the system grants
+/// them.
+void raiseDescriptorLimit() {
+  constexpr rlim_t kOthers = 256;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    const rlim_t wanted = platform::NWConnection::kMaxConnections + kOthers;
+    limit.rlim_cur = std::max(limit.rlim_cur, std::min(wanted, limit.rlim_max));
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
+/// A folder that cannot be made shows when the first value is to be kept there.
+void useDefaultsDirectory(const std::filesystem::path& directory) {
+  std::error_code ignored;
+  std::filesystem::create_directories(directory, ignored);
+  platform::UserDefaults::setDirectory(directory);
+}
+
+std::optional<std::vector<platform::NEDNSSettings>> systemSettings() {
+  auto settings = platform::NEDNSSettings::fromFile();
+  if (!settings) {
+    return std::nullopt;
+  }
+  return std::vector{*std::move(settings)};
+}
+
+}  // namespace
+
+ProxyProcess::ProxyProcess(CommandLine commandLine)
+    : commandLine_(std::move(commandLine)), provider_(std::make_shared<DnsProxyExt>()) {}
+
+int ProxyProcess::run() {
+  raiseDescriptorLimit();
+  useDefaultsDirectory(commandLine_.defaultsDirectory);
+  const platform::SignalSource signals({SIGTERM, SIGINT, SIGHUP},
+                                       [this](int signal) { handleSignal(signal); });
+  if (!startHost() || !startProvider()) {
+    return kCannotStart;
+  }
+  platform::MainLoop::shared().run();
+  return 0;
+}
+
+bool ProxyProcess::startHost() {
+  platform::FlowHostOptions options;
+  for (const auto& address : commandLine_.listen) {
+    options.listen.push_back({address.host, std::to_string(address.port)});
+  }
+  options.sourceApp = commandLine_.sourceApp;
+  auto host = FlowHost::start(*provider_, options);
+  if (!host) {
+    NSLog(host.error().text());
+    return false;
+  }
+  host_ = *std::move(host);
+  return true;
+}
+
+bool ProxyProcess::startProvider() {
+  auto options = readProviderOptions(commandLine_.vendorData);
+  if (!options) {
+    NSLog(options.error());
+    return false;
+  }
+  provider_->setSystemDNSSettings(systemSettings());
+  provider_->startProxy(*std::move(options), [](const std::optional<platform::Error>&) {});
+  return true;
+}
+
+void ProxyProcess::handleSignal(int signal) {
+  if (signal == SIGHUP) {
+    startProvider();  // with a file that is wrong the settings stay as they are
+    return;
+  }
+  host_->stop();
+  provider_->stopProxy(NEProviderStopReason::kUserInitiated,
+                       [] { platform::MainLoop::shared().stop(); });
+}
+
+}  // namespace quillet

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include "dns_tools/IPv4.h"
+#include "platform/foundation/Description.h"
+#include "tests/support/Wire.h"
+
+namespace {
+
+using DnsToolsSocket::IPv4;
+using platform::Data;
+using quillet::test::hex;
+
+TEST(IPv4, BytesAndTextStandForEachOther) {
+  const struct {
+    const char* bytes;
+    const char* text;
+  } kCases[] = {
+      {"00000000", "0.0.0.0"},     {"01020304", "1.2.3.4"},         {"7f000001", "127.0.0.1"},
+      {"c0000264", "192.0.2.100"}, {"ffffffff", "255.255.255.255"},
+  };
+  for (const auto& [bytes, text] : kCases) {
+    const auto ip = IPv4::networkBytes(hex(bytes));
+    ASSERT_TRUE(ip) << text;
+    EXPECT_EQ(ip->presentationString(), text);
+    EXPECT_EQ(ip->presentation(), text);
+    EXPECT_EQ(ip->debugDescription(), text);
+    EXPECT_EQ(platform::description(*ip), text);
+    const auto parsed = IPv4::fromPresentation(text);
+    ASSERT_TRUE(parsed) << text;
+    EXPECT_EQ(Data(parsed->bytes().begin(), parsed->bytes().end()), hex(bytes));
+    EXPECT_EQ(*parsed, *ip);
+  }
+}
+
+TEST(IPv4, TakesItsOwnNumberOfOctetsOnly) {
+  for (std::size_t size = 0; size <= 20; ++size) {
+    EXPECT_EQ(IPv4::networkBytes(Data(size)).has_value(), size == 4) << size;
+  }
+}
+
+TEST(IPv4, RefusesOtherTexts) {
+  for (const auto* text :
+       {"", "1.2.3", "1.2.3.4.5", "1.2.3.256", "01.2.3.4", " 1.2.3.4", "1.2.3.4 ", "::1", "a"}) {
+    EXPECT_FALSE(IPv4::fromPresentation(text)) << text;
+  }
+  EXPECT_FALSE(IPv4::fromPresentation(std::string_view("1.2.3.4\0", 8)));
+}
+
+TEST(IPv4, IsMadeOfAnIntegerFirstOctetOnTop) {
+  EXPECT_EQ(IPv4(0x01020304).presentation(), "1.2.3.4");
+}
+
+TEST(IPv4, IsPrintedAsInetNtopWritesIt) {
+  for (std::uint32_t octet = 0; octet < 256; ++octet) {
+    const IPv4 ip(octet << 24 | (255 - octet) << 16 | (octet ^ 0x55) << 8 | (octet * 7 & 0xFF));
+    EXPECT_EQ(platform::description(ip), ip.presentation());
+  }
+}
+
+}  // namespace

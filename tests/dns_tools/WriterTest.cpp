@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "dns_tools/Writer.h"
+#include "tests/support/Wire.h"
+
+namespace {
+
+using DnsToolsSocket::EncodeError;
+using DnsToolsSocket::Labels;
+using DnsToolsSocket::Writer;
+using platform::Data;
+using quillet::test::hex;
+
+/// What writing the names one after another appends to a buffer of `before` octets.
+Data written(const std::vector<std::string>& names, std::size_t before = 0) {
+  Data bytes(before);
+  Labels labels;
+  Writer writer(bytes, labels);
+  for (const auto& name : names) {
+    writer.writeName(name);
+  }
+  EXPECT_TRUE(writer.finish());
+  return {bytes.begin() + static_cast<std::ptrdiff_t>(before), bytes.end()};
+}
+
+TEST(Writer, WritesNames) {
+  const struct {
+    const char* what;
+    std::vector<std::string> names;
+    const char* bytes;
+  } kCases[] = {
+      {"the root", {"."}, "00"},
+      {"no text", {""}, "00"},
+      {"the root is a name as any other", {".", ".", ""}, "00 C000 00"},
+      {"with and without the last dot", {"a.b"}, "01 61 01 62 00"},
+      {"", {"a.b."}, "01 61 01 62 00"},
+      {"UTF-8", {"\u00E4.\u20AC."}, "02 C3A4 03 E282AC 00"},
+      {"the whole name again", {"a.b.c.", "a.b.c."}, "01 61 01 62 01 63 00 C000"},
+      {"the rest of a name as a name", {"a.b.c.", "b.c"}, "01 61 01 62 01 63 00 C002"},
+      {"but not with a dot more", {"a.b.c.", "b.c."}, "01 61 01 62 01 63 00 01 62 C004"},
+      {"nor with one less", {"a.b.", "a.b"}, "01 61 01 62 00 01 61 C002"},
+      {"", {"a.b", "a.b."}, "01 61 01 62 00 01 61 C002"},
+      {"a rest that two names share", {"a.b.c.", "x.b.c."}, "01 61 01 62 01 63 00 01 78 C002"},
+      {"a rest of a rest",
+       {"a.b.c.", "x.c.", "y.x.c."},
+       "01 61 01 62 01 63 00 01 78 C004 01 79 01 78 C004"},
+      {"letters as they are", {"A.", "a."}, "01 41 00 01 61 00"},
+      {"empty pieces dropped", {".a..b."}, "01 61 01 62 00"},
+      {"dots only", {"...", ".."}, "00 00"},
+      {"a text with empty pieces again", {"a..b", "a..b"}, "01 61 01 62 00 C000"},
+      {"not the same text as without them",
+       {"a..b", "a.b", "x.a.b."},
+       "01 61 01 62 00 01 61 C002 01 78 C005"},
+  };
+  for (const auto& [what, names, bytes] : kCases) {
+    EXPECT_EQ(written(names), hex(bytes)) << what << ": " << names.front();
+  }
+}
+
+TEST(Writer, PointsNoFurtherThanAPointerReaches) {
+  // The whole name begins at the last offset that can be pointed to, its rest behind that.
+  EXPECT_EQ(written({"a.b.", "a.b.", "c.b."}, 0x3FFF), hex("01 61 01 62 00 FFFF 01 63 01 62 00"));
+  EXPECT_EQ(written({"a.", "a."}, 0x4000), hex("01 61 00 01 61 00"));
+}
+
+TEST(Writer, FindsEachOfManyNames) {
+  constexpr std::size_t kNames = 1500;
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < kNames; ++i) {
+    names.push_back(std::to_string(10000 + i).append(".x."));
+  }
+  auto all = names;
+  all.insert(all.end(), names.begin(), names.end());
+  // Each name once, its ".x" as a pointer from the second on; then a pointer to each.
+  Data expected = hex("05 3130303030 01 78 00");
+  std::vector<std::size_t> offsets{0};
+  for (std::size_t i = 1; i < kNames; ++i) {
+    offsets.push_back(expected.size());
+    expected.push_back(5);
+    expected.insert(expected.end(), names[i].begin(), names[i].begin() + 5);
+    expected.insert(expected.end(), {0xC0, 6});
+  }
+  for (const auto offset : offsets) {
+    expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
+    expected.push_back(static_cast<std::uint8_t>(offset));
+  }
+  EXPECT_EQ(written(all), expected);
+}
+
+TEST(Writer, TakesLabelsOfUpTo255Octets) {
+  const auto bytes = written({std::string(255, 'a') + "."});
+  EXPECT_EQ(bytes.size(), 257U);
+  EXPECT_EQ(bytes.front(), 255);
+
+  Data onto;
+  Labels labels;
+  Writer writer(onto, labels);
+  const std::string name = "b." + std::string(256, 'a');
+  writer.writeName(name);
+  ASSERT_TRUE(writer.failed());
+  EXPECT_EQ(writer.finish().error(), EncodeError::labelTooLong);
+}
+
+TEST(Writer, FillsInTheLengthOfData) {
+  for (const std::size_t size : {0U, 1U, 255U, 256U, 65535U}) {
+    Data onto;
+    Labels labels;
+    Writer writer(onto, labels);
+    const auto begin = writer.beginData();
+    writer.writeBytes(Data(size, 7));
+    writer.endData(begin);
+    ASSERT_TRUE(writer.finish()) << size;
+    ASSERT_EQ(onto.size(), 2 + size);
+    EXPECT_EQ(onto[0] * 256U + onto[1], size);
+  }
+  Data onto;
+  Labels labels;
+  Writer writer(onto, labels);
+  const auto begin = writer.beginData();
+  writer.writeBytes(Data(65536));
+  writer.endData(begin);
+  EXPECT_EQ(writer.finish().error(), EncodeError::dataTooLong);
+}
+
+TEST(Writer, WritesIntegersBigEndianBehindWhatIsThere) {
+  Data onto{0xAA};
+  Labels labels;
+  Writer writer(onto, labels);
+  writer.writeIntegers(std::uint8_t{1}, std::uint16_t{0x0203}, std::uint32_t{0x04050607});
+  ASSERT_TRUE(writer.finish());
+  EXPECT_EQ(onto, hex("AA 01 0203 04050607"));
+}
+
+}  // namespace

@@ -1,0 +1,552 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch/MainLoop.h"
+#include "platform/flowhost/DatagramSlots.h"
+#include "platform/flowhost/FlowHost.h"
+#include "platform/flowhost/ListenSocket.h"
+#include "platform/foundation/Description.h"
+#include "tests/platform/FlowProvider.h"
+#include "tests/platform/SendFailures.h"
+#include "tests/platform/TemporaryDirectory.h"
+#include "tests/platform/UDPSocket.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+using test::bytes;
+using test::FlowProvider;
+using test::SendFailures;
+using test::UDPSocket;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using Flow = std::shared_ptr<NEAppProxyUDPFlow>;
+using Texts = std::vector<std::string>;
+
+SocketAddress addressOf(const NWHostEndpoint& endpoint) {
+  const auto port = static_cast<std::uint16_t>(std::stoi(endpoint.port));
+  return SocketAddress::parse(endpoint.hostname, port).value();
+}
+
+class FlowHostTest : public testing::Test {
+ protected:
+  void start(const std::vector<std::string>& hosts) {
+    FlowHostOptions options;
+    for (const auto& host : hosts) {
+      options.listen.push_back({host, "0"});
+    }
+    options.sourceApp = "com.example.app";
+    options.resolvConf = directory_.path() / "resolv.conf";
+    options.resolverPort = resolverPort_;
+    auto host = FlowHost::start(provider_, options);
+    ASSERT_TRUE(host) << host.error().text();
+    host_ = *std::move(host);
+  }
+  SocketAddress bound(std::size_t index = 0) {
+    return addressOf(host_->boundEndpoints().at(index));
+  }
+
+  static void runReady() { MainLoop::shared().runReady(); }
+  static bool runUntil(const std::function<bool()>& done) {
+    return MainLoop::shared().runUntil(done);
+  }
+  Flow offered(std::size_t index) {
+    EXPECT_TRUE(runUntil([&] { return provider_.offers.size() > index; }));
+    return provider_.offers.at(index).flow;
+  }
+
+  /// What one read of the flow gives: a text and the endpoint it was sent to, for each datagram.
+  static Texts read(const Flow& flow) {
+    Texts texts;
+    bool isDone = false;
+    flow->readDatagrams([&](const auto& datagrams, const auto& endpoints, const auto& error) {
+      isDone = true;
+      if (error) {
+        texts.push_back(error->text());
+        return;
+      }
+      EXPECT_EQ(datagrams->size(), endpoints->size());
+      for (std::size_t i = 0; i < datagrams->size(); ++i) {
+        texts.push_back(std::string(textOf(datagrams->at(i))) + " to " +
+                        description(endpoints->at(i)));
+      }
+    });
+    EXPECT_FALSE(isDone);
+    EXPECT_TRUE(runUntil([&] { return isDone; }));
+    return texts;
+  }
+
+  /// Writes and gives the error's text, "" for none.
+  static std::string write(const Flow& flow, const Texts& texts,
+                           std::vector<NWHostEndpoint> endpoints) {
+    std::optional<std::string> outcome;
+    std::vector<Data> datagrams;
+    for (const auto& text : texts) {
+      datagrams.push_back(bytes(text));
+    }
+    flow->writeDatagrams(std::move(datagrams), std::move(endpoints), [&](const auto& error) {
+      EXPECT_FALSE(outcome);
+      outcome = error ? error->text() : "";
+    });
+    EXPECT_FALSE(outcome);
+    EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+    return outcome.value_or("nothing");
+  }
+  std::string answer(const Flow& flow, const std::string& text) {
+    for (const auto& offer : provider_.offers) {
+      if (offer.flow == flow) {
+        return write(flow, {text}, {offer.asked});
+      }
+    }
+    return "no such flow";
+  }
+
+  quillet::test::LogCapture log_;
+  test::TemporaryDirectory directory_;
+  std::uint16_t resolverPort_ = 53;
+  FlowProvider provider_;
+  std::unique_ptr<FlowHost> host_;
+};
+
+TEST_F(FlowHostTest, OffersWhatOneClientHasSentAsOneFlow) {
+  start({"127.0.0.1"});
+  const UDPSocket first;
+  const UDPSocket second;
+  first.send("a", bound());
+  second.send("b", bound());
+  first.send("", bound());
+  second.send("c", bound());
+  first.send("d", bound());
+  const auto flow = offered(1);
+  ASSERT_THAT(provider_.offers, SizeIs(2));
+  const auto asked = host_->boundEndpoints().at(0);
+  const auto to = " to " + description(asked);
+  EXPECT_EQ(provider_.offers[0].asked, asked);
+  EXPECT_THAT(read(provider_.offers[0].flow), ElementsAre("a" + to, to, "d" + to));
+  EXPECT_THAT(read(flow), ElementsAre("b" + to, "c" + to));
+  EXPECT_THAT(read(flow), IsEmpty());
+}
+
+TEST_F(FlowHostTest, TellsOfEachFlow) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("a", bound());
+  client.send("b", bound());
+  const auto first = offered(0);
+  client.send("c", bound());
+  const auto second = offered(1);
+  EXPECT_GT(first->hash(), 0);
+  EXPECT_EQ(second->hash(), first->hash() + 1);
+  EXPECT_EQ(first->metaData().sourceAppSigningIdentifier, "com.example.app");
+  EXPECT_FALSE(first->isBound());
+  EXPECT_EQ(first->networkInterface(), std::nullopt);
+  const NWHostEndpoint local{"127.0.0.1", std::to_string(client.port())};
+  EXPECT_EQ(first->localEndpoint(), local);
+  EXPECT_EQ(first->remoteHostname(), "127.0.0.1");
+  const auto ends = description(local) + " -> 127.0.0.1:" + std::to_string(bound().port());
+  EXPECT_EQ(first->debugDescription(), "<NEAppProxyUDPFlow: " + std::to_string(first->hash()) +
+                                           ", " + ends + ", 2 datagrams>");
+  read(first);
+  EXPECT_THAT(first->debugDescription(), testing::EndsWith(", 2 datagrams>"));
+}
+
+TEST_F(FlowHostTest, OpensWithoutAnErrorLater) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("a", bound());
+  const auto flow = offered(0);
+  std::optional<bool> hasError;
+  flow->openWithLocalEndpoint(NWHostEndpoint{"1.2.3.4", "81"},
+                              [&](const auto& error) { hasError = error.has_value(); });
+  EXPECT_EQ(hasError, std::nullopt);
+  runReady();
+  EXPECT_EQ(hasError, false);
+}
+
+// A connected client takes nothing from an address other than the one it has asked.
+TEST_F(FlowHostTest, AnswersLeaveFromTheAddressThatWasAsked) {
+  const struct {
+    const char* listen;
+    const char* asked;
+    const char* client;
+  } rows[] = {
+      {"127.0.0.1", "127.0.0.1", "127.0.0.1"},
+      {"127.0.0.9", "127.0.0.9", "127.0.0.1"},
+      {"::1", "::1", "::1"},
+      {"0.0.0.0", "127.0.0.1", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.7", "127.0.0.1"},
+      {"0.0.0.0", "127.0.0.8", "127.0.0.8"},
+      {"::", "::1", "::1"},
+      {"::ffff:127.0.0.6", "127.0.0.6", "127.0.0.1"},
+  };
+  for (const auto& row : rows) {
+    provider_.offers.clear();
+    start({row.listen});
+    auto asked = SocketAddress::parse(row.asked, bound().port()).value();
+    const UDPSocket client(row.client);
+    client.connect(asked);
+    client.send("q", asked);
+    const auto flow = offered(0);
+    const NWHostEndpoint endpoint{row.asked, std::to_string(bound().port())};
+    EXPECT_EQ(provider_.offers[0].asked, endpoint) << row.listen;
+    EXPECT_THAT(read(flow), ElementsAre("q to " + description(endpoint)));
+    EXPECT_EQ(answer(flow, "a"), "") << row.listen << row.asked;
+    EXPECT_THAT(client.receiveAll(), ElementsAre("a")) << row.listen << row.asked;
+  }
+}
+
+TEST_F(FlowHostTest, OneClientThatAsksTwoAddressesMakesTwoFlows) {
+  start({"0.0.0.0"});
+  const auto port = bound().port();
+  const UDPSocket client;
+  client.send("a", SocketAddress::parse("127.0.0.2", port).value());
+  client.send("b", SocketAddress::parse("127.0.0.3", port).value());
+  client.send("c", SocketAddress::parse("127.0.0.2", port).value());
+  offered(1);
+  ASSERT_THAT(provider_.offers, SizeIs(2));
+  EXPECT_THAT(read(provider_.offers[0].flow), SizeIs(2));
+  EXPECT_EQ(answer(provider_.offers[1].flow, "to b"), "");
+  EXPECT_EQ(answer(provider_.offers[0].flow, "to a"), "");
+  const auto first = client.receive().value();
+  EXPECT_EQ(first.text, "to b");
+  EXPECT_EQ(first.from.host(), "127.0.0.3");
+  const auto second = client.receive().value();
+  EXPECT_EQ(second.text, "to a");
+  EXPECT_EQ(second.from.host(), "127.0.0.2");
+}
+
+TEST_F(FlowHostTest, ServesManyAddressesAtOnce) {
+  start({"127.0.0.1", "0.0.0.0", "::", "127.0.0.2"});
+  const UDPSocket client4;
+  const UDPSocket client6("::1");
+  for (std::size_t index = 0; index < 4; ++index) {
+    auto asked = bound(index);
+    const bool isIPv6 = asked.isIPv6();
+    if (asked.isWildcard()) {
+      asked = SocketAddress::parse(isIPv6 ? "::1" : "127.0.0.3", asked.port()).value();
+    }
+    const auto& client = isIPv6 ? client6 : client4;
+    client.send("q", asked);
+    EXPECT_EQ(answer(offered(index), "a"), "");
+    EXPECT_EQ(client.receive().value().from, asked);
+  }
+}
+
+TEST_F(FlowHostTest, EachClientGetsItsOwnAnswers) {
+  constexpr std::size_t kClients = 3 * DatagramSlots::kSlots + 1;
+  start({"127.0.0.1"});
+  std::vector<UDPSocket> clients(kClients);
+  for (std::size_t i = 0; i < kClients; ++i) {
+    clients[i].send(std::to_string(i), bound());
+  }
+  offered(kClients - 1);
+  ASSERT_THAT(provider_.offers, SizeIs(kClients));
+  for (auto offer = provider_.offers.rbegin(); offer != provider_.offers.rend(); ++offer) {
+    const auto question = read(offer->flow).at(0);
+    EXPECT_EQ(answer(offer->flow, question), "");
+  }
+  const auto to = " to " + description(host_->boundEndpoints().at(0));
+  for (std::size_t i = 0; i < kClients; ++i) {
+    EXPECT_THAT(clients[i].receiveAll(), ElementsAre(std::to_string(i) + to));
+  }
+}
+
+// More datagrams than one read takes: as many flows as reads, nothing lost, in order.
+TEST_F(FlowHostTest, AFloodOfOneClientComesInSeveralFlows) {
+  constexpr std::size_t kDatagrams = 5 * DatagramSlots::kSlots + 3;
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  for (std::size_t i = 0; i < kDatagrams; ++i) {
+    client.send(std::to_string(i), bound());
+  }
+  offered(5);
+  const auto to = " to " + description(host_->boundEndpoints().at(0));
+  std::size_t next = 0;
+  for (const auto& offer : provider_.offers) {
+    for (const auto& text : read(offer.flow)) {
+      EXPECT_EQ(text, std::to_string(next++) + to);
+    }
+  }
+  EXPECT_EQ(next, kDatagrams);
+}
+
+TEST_F(FlowHostTest, LargestDatagramsPassBothWays) {
+  start({"127.0.0.1", "0.0.0.0"});
+  const std::string large(65507, 'x');
+  for (std::size_t index = 0; index < 2; ++index) {
+    const UDPSocket client;
+    const auto asked = SocketAddress::parse("127.0.0.1", bound(index).port()).value();
+    client.send(large, asked);
+    client.send(large, asked);
+    const auto flow = offered(index);
+    const auto read = FlowHostTest::read(flow);
+    ASSERT_THAT(read, SizeIs(2));
+    for (const auto& text : read) {
+      EXPECT_TRUE(text.starts_with(large + " to "));
+    }
+    EXPECT_EQ(answer(flow, large), "");
+    EXPECT_TRUE(client.receive().value().text == large);
+    EXPECT_EQ(answer(flow, large + "x"), "POSIXErrorCode(rawValue: 90): Message too long");
+  }
+}
+
+TEST_F(FlowHostTest, WritesOnlyWhatComesFromTheAddressAsked) {
+  start({"127.0.0.1", "127.0.0.2"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const auto flow = offered(0);
+  const auto asked = host_->boundEndpoints().at(0);
+  const auto other = host_->boundEndpoints().at(1);
+  EXPECT_EQ(write(flow, {"a"}, {other}), "the client has not asked " + description(other));
+  EXPECT_EQ(write(flow, {"a", "b"}, {asked, other}),
+            "the client has not asked " + description(other));
+  EXPECT_EQ(write(flow, {"a", "b"}, {asked}), "as many endpoints as datagrams are needed");
+  EXPECT_THAT(client.receiveAll(), IsEmpty());
+  EXPECT_EQ(write(flow, {"a", "", "b"}, {asked, asked, asked}), "");
+  EXPECT_EQ(write(flow, {}, {}), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "", "b"));
+}
+
+TEST_F(FlowHostTest, AClosedSideGivesErrors) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const auto flow = offered(0);
+  flow->closeReadWithError(std::nullopt);
+  EXPECT_THAT(read(flow), ElementsAre("the flow is closed"));
+  EXPECT_EQ(answer(flow, "a"), "");
+  flow->closeWriteWithError(Error("upstream"));
+  EXPECT_EQ(answer(flow, "b"), "the flow is closed");
+  flow->closeReadWithError(std::nullopt);
+  flow->closeWriteWithError(std::nullopt);
+  EXPECT_EQ(answer(flow, "c"), "the flow is closed");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
+}
+
+TEST_F(FlowHostTest, AClientThatHasGoneDisturbsNobody) {
+  start({"127.0.0.1", "0.0.0.0"});
+  const UDPSocket client;
+  for (std::size_t index = 0; index < 2; ++index) {
+    const auto asked = SocketAddress::parse("127.0.0.1", bound(index).port()).value();
+    UDPSocket().send("gone", asked);
+    client.send("q", asked);
+    const auto flow = offered(2 * index + 1);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(answer(provider_.offers.at(2 * index).flow, "nobody hears"), "");
+      EXPECT_EQ(answer(flow, "a"), "");
+    }
+    EXPECT_THAT(client.receiveAll(), ElementsAre("a", "a", "a"));
+  }
+  client.send("again", bound());
+  offered(4);
+  EXPECT_THAT(log_.records(), IsEmpty());
+}
+
+TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const auto flow = offered(0);
+  const auto asked = host_->boundEndpoints().at(0);
+  const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
+  EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {asked, asked, asked, asked}),
+            "POSIXErrorCode(rawValue: 1): Operation not permitted");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d"));
+  EXPECT_EQ(answer(flow, "e"), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("e"));
+  runReady();  // nobody waits for room any more
+}
+
+TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const auto flow = offered(0);
+  const auto asked = host_->boundEndpoints().at(0);
+  const SendFailures failures({EAGAIN});
+  std::map<std::string, int> outcomes;
+  const auto count = ListenSocket::kMaxWaiting + 10;
+  for (std::size_t i = 0; i < count; ++i) {
+    flow->writeDatagrams({bytes("a")}, {asked},
+                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
+  }
+  flow->closeReadWithError(std::nullopt);
+  flow->closeWriteWithError(std::nullopt);
+  runReady();
+  EXPECT_THAT(
+      outcomes,
+      ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
+                  testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
+  EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
+}
+
+TEST_F(FlowHostTest, StopEndsEverything) {
+  start({"127.0.0.1", "::1"});
+  const auto address = bound();
+  const auto endpoint = host_->boundEndpoints().at(0);
+  const UDPSocket client;
+  client.send("q", address);
+  const auto flow = offered(0);
+  std::string outcome;
+  {
+    const SendFailures failures({EAGAIN});
+    flow->writeDatagrams({bytes("a")}, {endpoint},
+                         [&](const auto& error) { outcome = error.value().text(); });
+    client.send("not read any more", address);
+    host_->stop();
+    host_->stop();
+  }
+  runReady();
+  EXPECT_EQ(outcome, "POSIXErrorCode(rawValue: 125): Operation canceled");
+  EXPECT_EQ(answer(flow, "b"), "the flow is closed");
+  EXPECT_THAT(provider_.offers, SizeIs(1));
+  EXPECT_THAT(host_->boundEndpoints(), IsEmpty());
+  const UDPSocket successor("127.0.0.1", address.port());  // the port is free
+}
+
+TEST_F(FlowHostTest, MayBeStoppedOrDestroyedFromInsideAnOffer) {
+  for (const bool isDestroyed : {false, true}) {
+    provider_.offers.clear();
+    start({"127.0.0.1"});
+    std::vector<UDPSocket> clients(3);
+    for (const auto& client : clients) {
+      client.send("q", bound());
+    }
+    provider_.decision = [&] {
+      if (isDestroyed) {
+        host_.reset();
+      } else {
+        host_->stop();
+      }
+      return false;
+    };
+    offered(0);
+    runReady();
+    EXPECT_THAT(provider_.offers, SizeIs(1));
+  }
+}
+
+TEST_F(FlowHostTest, FlowsOutliveTheirHost) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  client.send("q", bound());
+  const auto flow = offered(0);
+  host_.reset();
+  EXPECT_THAT(read(flow), SizeIs(1));
+  EXPECT_EQ(answer(flow, "a"), "the flow is closed");
+  EXPECT_THAT(flow->debugDescription(), testing::StartsWith("<NEAppProxyUDPFlow: "));
+}
+
+TEST_F(FlowHostTest, AProviderThatThrowsLosesThatFlowOnly) {
+  start({"127.0.0.1"});
+  std::vector<UDPSocket> clients(3);
+  for (const auto& client : clients) {
+    client.send("q", bound());
+  }
+  provider_.decision = [this]() -> bool {
+    if (provider_.offers.size() == 2) {
+      throw std::runtime_error("bad flow");
+    }
+    return true;
+  };
+  offered(2);
+  EXPECT_THAT(log_.records(), ElementsAre("MainLoop: a handler has thrown: bad flow"));
+}
+
+TEST_F(FlowHostTest, DeclinedFlowsGoToTheSystemsResolver) {
+  const UDPSocket resolver("127.0.0.3");
+  resolverPort_ = resolver.port();
+  test::writeFile(directory_.path() / "resolv.conf", "nameserver 127.0.0.3\n");
+  start({"0.0.0.0"});
+  provider_.decision = [] { return false; };
+  const auto asked = SocketAddress::parse("127.0.0.4", bound().port()).value();
+  std::vector<UDPSocket> clients(5);
+  for (std::size_t i = 0; i < clients.size(); ++i) {
+    clients[i].connect(asked);
+    clients[i].send("first of " + std::to_string(i), asked);
+    clients[i].send("second of " + std::to_string(i), asked);
+  }
+  std::map<std::string, SocketAddress> questions;
+  ASSERT_TRUE(runUntil([&] {
+    while (const auto received = resolver.receive()) {
+      questions.emplace(received->text, received->from);
+    }
+    return questions.size() == 2 * clients.size();
+  }));
+  for (const auto& [text, from] : questions) {
+    resolver.send("answer to " + text, from);
+  }
+  std::size_t answers = 0;
+  ASSERT_TRUE(runUntil([&] {
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+      for (const auto& text : clients[i].receiveAll()) {
+        EXPECT_THAT(text, testing::AnyOf("answer to first of " + std::to_string(i),
+                                         "answer to second of " + std::to_string(i)));
+        ++answers;
+      }
+    }
+    return answers == questions.size();
+  }));
+}
+
+TEST_F(FlowHostTest, SaysWhatCannotBeBound) {
+  const UDPSocket taken;
+  const UDPSocket taken6("::1");
+  const auto port = std::to_string(taken.port());
+  const auto port6 = std::to_string(taken6.port());
+  const struct {
+    NWHostEndpoint endpoint;
+    std::string error;
+  } rows[] = {
+      {{"127.0.0.1", port}, "cannot listen on 127.0.0.1:" + port + ": Address already in use"},
+      {{"0.0.0.0", port}, "cannot listen on 0.0.0.0:" + port + ": Address already in use"},
+      {{"::1", port6}, "cannot listen on [::1]:" + port6 + ": Address already in use"},
+      {{"192.0.2.1", "0"}, "cannot listen on 192.0.2.1:0: Cannot assign requested address"},
+      {{"localhost", "0"}, "cannot listen on localhost:0: not an IP address and a port"},
+      {{"127.0.0.1", ""}, "cannot listen on 127.0.0.1:: not an IP address and a port"},
+      {{"127.0.0.1", "65536"}, "cannot listen on 127.0.0.1:65536: not an IP address and a port"},
+      {{"127.0.0.1", "-1"}, "cannot listen on 127.0.0.1:-1: not an IP address and a port"},
+      {{"127.0.0.1", "5x"}, "cannot listen on 127.0.0.1:5x: not an IP address and a port"},
+  };
+  for (const auto& row : rows) {
+    FlowHostOptions options;
+    const auto good = std::to_string(test::unusedPort("127.0.0.5"));
+    options.listen = {{"127.0.0.5", good}, row.endpoint};
+    const auto host = FlowHost::start(provider_, options);
+    ASSERT_FALSE(host);
+    EXPECT_EQ(host.error().text(), row.error);
+    const UDPSocket successor("127.0.0.5", static_cast<std::uint16_t>(std::stoi(good)));
+  }
+}
+
+TEST_F(FlowHostTest, NothingGrowsWithTheFlowsOfThePast) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  std::vector<std::weak_ptr<NEAppProxyUDPFlow>> flows;
+  for (int i = 0; i < 2000; ++i) {
+    client.send("q", bound());
+    const auto flow = offered(0);
+    EXPECT_EQ(answer(flow, "a"), "");
+    EXPECT_THAT(client.receiveAll(), SizeIs(1));
+    flow->closeReadWithError(std::nullopt);
+    flow->closeWriteWithError(std::nullopt);
+    flows.push_back(flow);
+    provider_.offers.clear();
+  }
+  runReady();
+  for (const auto& flow : flows) {
+    EXPECT_TRUE(flow.expired());
+  }
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,643 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch/MainLoop.h"
+#include "platform/foundation/Description.h"
+#include "platform/network/NWConnection.h"
+#include "platform/network/OpenConnections.h"
+#include "tests/platform/SendFailures.h"
+#include "tests/platform/UDPSocket.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+using test::bytes;
+using test::SendFailures;
+using test::UDPSocket;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+using Connection = std::shared_ptr<NWConnection>;
+using Lines = std::vector<std::string>;
+
+constexpr char kRefused[] = "POSIXErrorCode(rawValue: 111): Connection refused";
+
+/// Everything that connections say goes into one list of lines.
+class NWConnectionTest : public testing::Test {
+ protected:
+  ~NWConnectionTest() override {
+    auto& open = OpenConnections::shared();
+    while (open.cancelIdleLongest()) {
+    }
+    open.setLimit(OpenConnections::usualLimit());
+    runReady();
+  }
+
+  Connection make(const std::string& host, std::uint16_t port, const std::string& name = "") {
+    auto connection = NWConnection::create(NWEndpoint::Host(host), NWEndpoint::Port(port));
+    connection->stateUpdateHandler = [this, name](const NWConnection::State& state) {
+      lines_.push_back(name + description(state));
+    };
+    return connection;
+  }
+  static void start(const Connection& connection) { connection->start(DispatchQueue::global()); }
+  Connection startedTo(std::uint16_t port, const std::string& name = "") {
+    auto connection = make("127.0.0.1", port, name);
+    start(connection);
+    return connection;
+  }
+  /// A connection that is ready, its states forgotten.
+  Connection readyTo(std::uint16_t port, const std::string& name = "") {
+    auto connection = startedTo(port, name);
+    runReady();
+    EXPECT_EQ(connection->state().kind, NWConnection::State::Kind::ready);
+    lines_.clear();
+    return connection;
+  }
+
+  void send(const Connection& connection, const std::string& text) {
+    connection->send(bytes(text), [this, text](const std::optional<NWError>& error) {
+      auto& line = lines_.emplace_back("sent ").append(shortened(text));
+      if (error) {
+        line.append(" ").append(description(*error));
+      }
+    });
+  }
+  void receive(const Connection& connection, const std::string& name = "") {
+    connection->receiveMessage([this, name](const std::optional<Data>& content, bool isComplete,
+                                            const std::optional<NWError>& error) {
+      EXPECT_EQ(content.has_value(), !error.has_value());
+      EXPECT_EQ(isComplete, content.has_value());
+      lines_.emplace_back(name).append("got ").append(
+          content ? shortened(std::string(textOf(*content))) : description(*error));
+    });
+  }
+
+  static std::string shortened(const std::string& text) {
+    return text.size() <= 20 ? text : std::to_string(text.size()) + " bytes";
+  }
+  static void runReady() { MainLoop::shared().runReady(); }
+  bool runUntilLines(std::size_t count) {
+    return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });
+  }
+
+  Lines lines_;
+};
+
+TEST_F(NWConnectionTest, ReportsItsStatesOneAfterTheOtherLater) {
+  const UDPSocket server;
+  const auto connection = startedTo(server.port());
+  EXPECT_THAT(lines_, IsEmpty());
+  EXPECT_EQ(description(connection->state()), "setup");
+  EXPECT_EQ(NWConnection::openCount(), 1U);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready"));
+  EXPECT_EQ(description(connection->state()), "ready");
+  connection->cancel();
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+  EXPECT_EQ(description(connection->state()), "ready");
+  connection->cancel();
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "cancelled"));
+  EXPECT_EQ(description(connection->state()), "cancelled");
+  start(connection);
+  runReady();
+  EXPECT_THAT(lines_, testing::SizeIs(4));
+}
+
+TEST_F(NWConnectionTest, StartsOnce) {
+  const UDPSocket server;
+  const auto connection = startedTo(server.port());
+  start(connection);
+  runReady();
+  start(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready"));
+  EXPECT_EQ(NWConnection::openCount(), 1U);
+}
+
+TEST_F(NWConnectionTest, CancelledBeforeItHasStarted) {
+  const auto connection = make("127.0.0.1", 1);
+  connection->cancel();
+  start(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("cancelled"));
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+}
+
+TEST_F(NWConnectionTest, CarriesDatagramsBothWaysWhole) {
+  for (const char* host : {"127.0.0.1", "::1", "localhost", "::ffff:127.0.0.1"}) {
+    const UDPSocket server(std::string(host) == "::1" ? "::1" : "127.0.0.1");
+    lines_.clear();
+    const auto connection = make(host, server.port());
+    start(connection);
+    runReady();
+    ASSERT_THAT(lines_, ElementsAre("setup", "preparing", "ready")) << host;
+    lines_.clear();
+    for (const auto size : {1UL, 0UL, 512UL, 1500UL, 65507UL}) {
+      const std::string text(size, 'x');
+      send(connection, text);
+      receive(connection);
+      EXPECT_THAT(lines_, IsEmpty());
+      const auto received = server.receive().value();
+      EXPECT_TRUE(received.text == text);
+      server.send(text, received.from);
+      ASSERT_TRUE(runUntilLines(2));
+      EXPECT_THAT(lines_, ElementsAre("sent " + shortened(text), "got " + shortened(text)));
+      lines_.clear();
+    }
+    connection->cancel();
+    runReady();
+  }
+}
+
+TEST_F(NWConnectionTest, WhatIsReceivedIsTheBytesThatCame) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  send(connection, "q");
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) {
+    all.push_back(static_cast<char>(byte));
+  }
+  Data got;
+  connection->receiveMessage(
+      [&](std::optional<Data> content, bool, std::optional<NWError>) { got = content.value(); });
+  server.send(all, server.receive().value().from);
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !got.empty(); }));
+  EXPECT_EQ(textOf(got), all);
+}
+
+TEST_F(NWConnectionTest, ServesReceivesInTheirOrder) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  send(connection, "q");
+  runReady();
+  const auto client = server.receive().value().from;
+  receive(connection, "1 ");
+  receive(connection, "2 ");
+  for (const char* text : {"a", "b", "c"}) {
+    server.send(text, client);
+  }
+  ASSERT_TRUE(runUntilLines(3));
+  runReady();  // ends although nobody takes the third
+  receive(connection, "3 ");
+  ASSERT_TRUE(runUntilLines(4));
+  receive(connection, "4 ");
+  server.send("d", client);
+  ASSERT_TRUE(runUntilLines(5));
+  EXPECT_THAT(lines_, ElementsAre("sent q", "1 got a", "2 got b", "3 got c", "4 got d"));
+}
+
+TEST_F(NWConnectionTest, TakesNothingFromStrangers) {
+  const UDPSocket server;
+  const UDPSocket stranger;
+  const auto connection = readyTo(server.port());
+  send(connection, "q");
+  const auto client = server.receive().value().from;
+  receive(connection);
+  stranger.send("no", client);
+  server.send("yes", client);
+  ASSERT_TRUE(runUntilLines(2));
+  EXPECT_THAT(lines_, ElementsAre("sent q", "got yes"));
+}
+
+TEST_F(NWConnectionTest, ReceivesArmedBeforeReadyAreServed) {
+  const UDPSocket server;
+  const auto connection = startedTo(server.port());
+  receive(connection);
+  runReady();
+  send(connection, "q");
+  server.send("a", server.receive().value().from);
+  ASSERT_TRUE(runUntilLines(5));
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent q", "got a"));
+}
+
+// The kernel tells of the first refusal when the second datagram is sent.
+TEST_F(NWConnectionTest, ARefusedPortIsTheErrorOfEachReceive) {
+  for (const std::size_t count : {1U, 2U, 3U, 10U}) {
+    const auto connection = readyTo(test::unusedPort());
+    Lines expected;
+    for (std::size_t i = 0; i < count; ++i) {
+      send(connection, "q");
+      expected.emplace_back("sent q");
+    }
+    runReady();
+    EXPECT_EQ(lines_, expected);
+    for (std::size_t i = 0; i < count; ++i) {
+      receive(connection);
+      expected.push_back(std::string("got ") + kRefused);
+    }
+    ASSERT_TRUE(runUntilLines(2 * count)) << count;
+    EXPECT_EQ(lines_, expected);
+    EXPECT_EQ(description(connection->state()), "ready");
+    connection->cancel();
+    runReady();
+  }
+}
+
+TEST_F(NWConnectionTest, ARefusalReachesAReceiveThatWaitsAlready) {
+  const auto connection = readyTo(test::unusedPort());
+  receive(connection, "1 ");
+  receive(connection, "2 ");
+  send(connection, "a");
+  send(connection, "b");
+  ASSERT_TRUE(runUntilLines(4));
+  EXPECT_THAT(lines_,
+              testing::UnorderedElementsAre("sent a", "sent b", std::string("1 got ") + kRefused,
+                                            std::string("2 got ") + kRefused));
+}
+
+TEST_F(NWConnectionTest, WorksAgainWhenThePortIsServedAfterARefusal) {
+  const auto port = test::unusedPort();
+  const auto connection = readyTo(port);
+  send(connection, "a");
+  receive(connection);
+  ASSERT_TRUE(runUntilLines(2));
+  const UDPSocket server("127.0.0.1", port);
+  send(connection, "b");
+  receive(connection);
+  server.send("c", server.receive().value().from);
+  ASSERT_TRUE(runUntilLines(4));
+  EXPECT_THAT(lines_, ElementsAre("sent a", std::string("got ") + kRefused, "sent b", "got c"));
+}
+
+TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
+  for (const std::string host : {"", "example.com", "127.1", "localhost.", "::1%nosuch"}) {
+    lines_.clear();
+    const auto connection = make(host, 53);
+    start(connection);
+    receive(connection);
+    runReady();
+    const std::string error = "-65554: NoSuchRecord";
+    EXPECT_THAT(lines_,
+                ElementsAre("setup", "preparing", "waiting(" + error + ")", "got " + error));
+    send(connection, "q");
+    receive(connection);
+    runReady();
+    EXPECT_THAT(Lines(lines_.begin() + 4, lines_.end()),
+                ElementsAre("sent q " + error, "got " + error));
+    EXPECT_EQ(NWConnection::openCount(), 1U);
+    connection->cancel();
+    runReady();
+    EXPECT_EQ(lines_.back(), "cancelled");
+    EXPECT_EQ(NWConnection::openCount(), 0U);
+  }
+}
+
+TEST_F(NWConnectionTest, AnAddressThatCannotBeConnectedWaits) {
+  const auto connection = make("127.255.255.255", 53);  // a broadcast
+  start(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing",
+                                  "waiting(POSIXErrorCode(rawValue: 13): Permission denied)"));
+}
+
+TEST_F(NWConnectionTest, SendsOutsideOfReadyCarryAnError) {
+  const UDPSocket server;
+  const auto connection = make("127.0.0.1", server.port());
+  send(connection, "a");
+  start(connection);
+  send(connection, "b");
+  EXPECT_THAT(lines_, IsEmpty());
+  runReady();
+  const std::string error = " POSIXErrorCode(rawValue: 107): Transport endpoint is not connected";
+  EXPECT_THAT(lines_, testing::UnorderedElementsAre("sent a" + error, "sent b" + error, "setup",
+                                                    "preparing", "ready"));
+  EXPECT_THAT(server.receiveAll(), IsEmpty());
+}
+
+TEST_F(NWConnectionTest, ADatagramThatIsTooLargeFailsAlone) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  send(connection, "a");
+  send(connection, std::string(65508, 'x'));
+  send(connection, "b");
+  receive(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("sent a",
+                                  "sent 65508 bytes POSIXErrorCode(rawValue: 90): Message too long",
+                                  "sent b"));
+  EXPECT_THAT(server.receiveAll(), ElementsAre("a", "b"));
+}
+
+TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  {
+    const SendFailures failures({0, EAGAIN, EAGAIN, EAGAIN});
+    send(connection, "a");
+    send(connection, "b");
+    send(connection, std::string(70000, 'x'));
+    send(connection, "c");
+    EXPECT_THAT(server.receiveAll(), ElementsAre("a"));
+    ASSERT_TRUE(runUntilLines(4));
+  }
+  EXPECT_THAT(lines_, ElementsAre("sent a", "sent b",
+                                  "sent 70000 bytes POSIXErrorCode(rawValue: 90): Message too long",
+                                  "sent c"));
+  EXPECT_THAT(server.receiveAll(), ElementsAre("b", "c"));
+  runReady();  // nobody waits for room any more
+}
+
+TEST_F(NWConnectionTest, ErrorsOfEarlierDatagramsAreNoErrorsOfASend) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  const SendFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
+  send(connection, "a");
+  send(connection, "b");
+  send(connection, "c");
+  receive(connection);
+  receive(connection);
+  receive(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("sent a", "sent b",
+                                  "sent c POSIXErrorCode(rawValue: 1): Operation not permitted",
+                                  std::string("got ") + kRefused,
+                                  "got POSIXErrorCode(rawValue: 113): No route to host"));
+}
+
+TEST_F(NWConnectionTest, NothingCompletesAfterCancelling) {
+  const UDPSocket server;
+  const auto connection = readyTo(server.port());
+  send(connection, "a");
+  receive(connection);
+  receive(connection);
+  server.send("b", server.receive().value().from);
+  connection->cancel();
+  send(connection, "c");
+  receive(connection);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("cancelled"));
+  EXPECT_THAT(server.receiveAll(), IsEmpty());
+}
+
+TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
+  const std::string places[] = {"setup", "preparing", "ready", "sent", "refused", "got"};
+  for (const auto& place : places) {
+    const UDPSocket server;
+    const auto port = place == "refused" ? test::unusedPort() : server.port();
+    Lines seen;
+    const auto connection =
+        NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(port));
+    const auto note = [&](const std::string& what) {
+      seen.push_back(what);
+      if (what == place) {
+        connection->cancel();
+      }
+    };
+    connection->stateUpdateHandler = [&](const auto& state) { note(description(state)); };
+    start(connection);
+    for (int i = 0; i < 2; ++i) {
+      connection->receiveMessage(
+          [&](const auto&, bool isComplete, const auto&) { note(isComplete ? "got" : "refused"); });
+    }
+    runReady();
+    connection->send(bytes("a"), [&](const auto&) { note("sent"); });
+    connection->send(bytes("a"), [&](const auto&) {});
+    while (const auto received = server.receive()) {
+      server.send("b", received->from);
+    }
+    const bool isOver =
+        MainLoop::shared().runUntil([&] { return !seen.empty() && seen.back() == "cancelled"; });
+    ASSERT_TRUE(isOver) << place;
+    runReady();
+    ASSERT_GE(seen.size(), 2U);
+    EXPECT_EQ(seen[seen.size() - 2], place);
+    EXPECT_EQ(NWConnection::openCount(), 0U);
+  }
+}
+
+/// Counts itself, as what handlers own.
+struct Counted {
+  explicit Counted(int& counter) : count(counter) { ++count; }
+  Counted(const Counted& other) : count(other.count) { ++count; }
+  Counted& operator=(const Counted&) = delete;
+  ~Counted() { --count; }
+  int& count;
+};
+
+TEST_F(NWConnectionTest, KeepsItselfAndItsHandlersUntilItIsCancelled) {
+  const UDPSocket server;
+  int owned = 0;
+  std::weak_ptr<NWConnection> weak;
+  {
+    const auto connection =
+        NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
+    weak = connection;
+    // Each handler owns the connection: a cycle until it is cancelled.
+    connection->stateUpdateHandler = [connection, counted = Counted(owned)](const auto&) {};
+    start(connection);
+    runReady();
+    connection->send(bytes("a"), [connection, counted = Counted(owned)](const auto&) {});
+    connection->receiveMessage([connection, counted = Counted(owned)](auto&&...) {});
+    connection->receiveMessage([connection, counted = Counted(owned)](auto&&...) {});
+  }
+  EXPECT_EQ(owned, 4);
+  runReady();
+  EXPECT_EQ(owned, 3);  // the send is over
+  weak.lock()->cancel();
+  EXPECT_EQ(owned, 1);
+  runReady();
+  EXPECT_EQ(owned, 0);
+  EXPECT_TRUE(weak.expired());
+}
+
+/// Cancels what it holds when it goes away itself.
+struct CancelsAtItsEnd {
+  explicit CancelsAtItsEnd(Connection held) : connection(std::move(held)) {}
+  ~CancelsAtItsEnd() { connection->cancel(); }
+  CancelsAtItsEnd(const CancelsAtItsEnd&) = delete;
+  CancelsAtItsEnd& operator=(const CancelsAtItsEnd&) = delete;
+  Connection connection;
+};
+
+TEST_F(NWConnectionTest, WhatHandlersOwnMayCancelAgain) {
+  const UDPSocket server;
+  const auto first = readyTo(server.port(), "1 ");
+  const auto second = readyTo(server.port(), "2 ");
+  first->receiveMessage([owner = std::make_shared<CancelsAtItsEnd>(first)](auto&&...) {});
+  first->receiveMessage([owner = std::make_shared<CancelsAtItsEnd>(second)](auto&&...) {});
+  first->cancel();
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("1 cancelled", "2 cancelled"));
+}
+
+TEST_F(NWConnectionTest, OneMoreCancelsTheOneIdleLongest) {
+  OpenConnections::shared().setLimit(3);
+  const UDPSocket server;
+  const auto a = readyTo(server.port(), "a ");
+  const auto b = readyTo(server.port(), "b ");
+  const auto c = readyTo(server.port(), "c ");
+  send(a, "q");
+  const auto clientOfA = server.receive().value().from;
+  send(b, "q");
+  receive(a);
+  server.send("answer", clientOfA);
+  ASSERT_TRUE(runUntilLines(3));  // idle longest first: c, b, a
+  lines_.clear();
+  const auto d = startedTo(server.port(), "d ");
+  EXPECT_EQ(NWConnection::openCount(), 3U);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("c cancelled", "d setup", "d preparing", "d ready"));
+  lines_.clear();
+  OpenConnections::shared().setLimit(2);
+  const auto e = make("no address", 1, "e ");
+  start(e);
+  EXPECT_EQ(NWConnection::openCount(), 2U);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("b cancelled", "a cancelled", "e setup", "e preparing",
+                                  "e waiting(-65554: NoSuchRecord)"));
+}
+
+TEST_F(NWConnectionTest, AtManyTimesTheBoundTheLastOnesStay) {
+  OpenConnections::shared().setLimit(16);
+  const UDPSocket server;
+  std::vector<Connection> all;
+  for (int i = 0; i < 500; ++i) {
+    all.push_back(startedTo(server.port()));
+    EXPECT_LE(NWConnection::openCount(), 16U);
+  }
+  runReady();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    EXPECT_EQ(description(all[i]->state()), i < 484 ? "cancelled" : "ready");
+  }
+}
+
+std::ptrdiff_t openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// The limit on open descriptors while it lives.
+class DescriptorLimit {
+ public:
+  explicit DescriptorLimit(rlim_t limit) {
+    ::getrlimit(RLIMIT_NOFILE, &former_);
+    const rlimit lowered{limit, former_.rlim_max};
+    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &lowered), 0);
+  }
+  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &former_); }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+ private:
+  rlimit former_{};
+};
+
+/// A limit under which no descriptor can be opened; what is open stays so.
+rlim_t noRoom() {
+  const FileDescriptor next(::dup(STDIN_FILENO));
+  return static_cast<rlim_t>(next.get());
+}
+
+TEST_F(NWConnectionTest, TheBoundLeavesDescriptorsForOthers) {
+  const struct {
+    rlim_t descriptors;
+    std::size_t bound;
+  } rows[] = {{20000, 2048}, {2112, 2048}, {2111, 2047}, {1024, 960}, {65, 1}, {64, 1}, {10, 1}};
+  for (const auto& row : rows) {
+    const DescriptorLimit limit(row.descriptors);
+    EXPECT_EQ(OpenConnections::usualLimit(), row.bound) << row.descriptors;
+  }
+}
+
+TEST_F(NWConnectionTest, WithoutADescriptorTheOneIdleLongestMakesRoom) {
+  const UDPSocket server;
+  const auto a = readyTo(server.port(), "a ");
+  const auto b = readyTo(server.port(), "b ");
+  const auto c = make("127.0.0.1", server.port(), "c ");
+  {
+    const DescriptorLimit limit(noRoom());
+    start(c);
+  }
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("a cancelled", "c setup", "c preparing", "c ready"));
+}
+
+TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
+  const auto connection = make("127.0.0.1", 53);
+  {
+    const DescriptorLimit limit(noRoom());
+    start(connection);
+  }
+  receive(connection);
+  runReady();
+  const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "failed(" + error + ")", "got " + error));
+  send(connection, "q");
+  runReady();
+  EXPECT_EQ(lines_.back(), "sent q " + error);
+}
+
+TEST_F(NWConnectionTest, ThousandsOfExchangesLeaveNothingOpen) {
+  const UDPSocket server;
+  const auto before = openDescriptors();
+  int answers = 0;
+  for (int round = 0; round < 500; ++round) {
+    for (int i = 0; i < 10; ++i) {
+      const auto connection =
+          NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
+      connection->stateUpdateHandler = [connection, &answers](const NWConnection::State& state) {
+        if (state.kind != NWConnection::State::Kind::ready) {
+          return;
+        }
+        connection->send(bytes("q"), [connection, &answers](const auto&) {
+          connection->receiveMessage([connection, &answers](auto&&...) {
+            ++answers;
+            connection->cancel();
+          });
+        });
+      };
+      start(connection);
+    }
+    runReady();
+    while (const auto received = server.receive()) {
+      server.send("a", received->from);
+    }
+    ASSERT_TRUE(MainLoop::shared().runUntil([&] { return answers == (round + 1) * 10; }));
+  }
+  runReady();
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+}
+
+TEST_F(NWConnectionTest, HandlersThatThrowStopNothing) {
+  const quillet::test::LogCapture log;
+  const UDPSocket server;
+  const auto connection =
+      NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
+  const auto fail = [this](const std::string& what) {
+    lines_.push_back(what);
+    throw std::runtime_error(what);
+  };
+  connection->stateUpdateHandler = [&](const auto& state) { fail(description(state)); };
+  start(connection);
+  runReady();
+  for (int i = 0; i < 2; ++i) {
+    connection->send(bytes("q"), [&](const auto&) { fail("sent"); });
+    connection->receiveMessage([&](auto&&...) { fail("got"); });
+  }
+  while (const auto received = server.receive()) {
+    server.send("a", received->from);
+  }
+  ASSERT_TRUE(runUntilLines(7));
+  connection->cancel();
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent", "sent", "got", "got",
+                                  "cancelled"));
+  EXPECT_THAT(log.records(), testing::SizeIs(8));
+  EXPECT_THAT(log.records(), testing::Each(StartsWith("MainLoop: a handler has thrown: ")));
+}
+
+}  // namespace
+}  // namespace platform

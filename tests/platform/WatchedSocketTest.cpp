@@ -1,0 +1,212 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/WatchedSocket.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+/// One end of a pair of connected sockets, and what the loop says of it.
+class Watched final : public SocketWatcher {
+ public:
+  Watched() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
+    socket.open(FileDescriptor(ends[0]));
+    peer = FileDescriptor(ends[1]);
+  }
+  ~Watched() = default;
+  Watched(const Watched&) = delete;
+  Watched& operator=(const Watched&) = delete;
+
+  void socketIsReady(bool canRead, bool canWrite) override {
+    ++calls;
+    wasReadable = canRead;
+    wasWritable = canWrite;
+    if (reaction) {
+      reaction();
+    }
+  }
+
+  void watch(bool reading, bool writing) { EXPECT_FALSE(socket.watch(*this, {reading, writing})); }
+  void sendFromPeer() const { EXPECT_EQ(::send(peer.get(), "x", 1, 0), 1); }
+  void read() const {
+    char byte = 0;
+    EXPECT_EQ(::recv(socket.get(), &byte, 1, 0), 1);
+  }
+
+  WatchedSocket socket;
+  FileDescriptor peer;
+  std::function<void()> reaction;
+  int calls = 0;
+  bool wasReadable = false;
+  bool wasWritable = false;
+};
+
+bool runUntil(const std::function<bool()>& done) { return MainLoop::shared().runUntil(done); }
+void runReady() { MainLoop::shared().runReady(); }
+
+TEST(WatchedSocketTest, TellsAsLongAsThereIsSomethingToRead) {
+  Watched watched;
+  watched.watch(true, false);
+  runReady();
+  EXPECT_EQ(watched.calls, 0);
+  watched.sendFromPeer();
+  watched.sendFromPeer();
+  watched.reaction = [&] {
+    if (watched.calls > 2) {
+      watched.read();
+    }
+  };
+  runReady();  // comes back when nothing is left to read
+  EXPECT_EQ(watched.calls, 4);
+  EXPECT_TRUE(watched.wasReadable);
+  EXPECT_FALSE(watched.wasWritable);
+}
+
+TEST(WatchedSocketTest, TellsOfWhatIsWantedOnly) {
+  Watched watched;
+  watched.sendFromPeer();
+  watched.watch(false, true);
+  ASSERT_TRUE(runUntil([&] { return watched.calls == 1; }));
+  EXPECT_TRUE(watched.wasWritable);
+  EXPECT_FALSE(watched.wasReadable);
+  watched.watch(false, false);
+  runReady();
+  EXPECT_EQ(watched.calls, 1);
+  watched.watch(true, false);
+  ASSERT_TRUE(runUntil([&] { return watched.calls == 2; }));
+  EXPECT_TRUE(watched.wasReadable);
+  EXPECT_FALSE(watched.wasWritable);
+}
+
+TEST(WatchedSocketTest, ASocketClosedInTheSameTurnHearsNothing) {
+  Watched first;
+  Watched second;
+  for (auto* watched : {&first, &second}) {
+    watched->watch(true, false);
+    watched->sendFromPeer();
+  }
+  first.reaction = [&] {
+    first.read();
+    second.socket.close();
+  };
+  second.reaction = [&] {
+    second.read();
+    first.socket.close();
+  };
+  runReady();
+  EXPECT_EQ(first.calls + second.calls, 1);
+}
+
+// The event of the closed socket has been fetched when a new one gets its number.
+TEST(WatchedSocketTest, ASocketWithTheNumberOfAClosedOneHearsNothingOfIt) {
+  Watched first;
+  Watched second;
+  std::vector<std::unique_ptr<Watched>> fresh;
+  const auto replace = [&](Watched& reading, Watched& closed) {
+    reading.read();
+    const int number = closed.socket.get();
+    closed.socket.close();
+    fresh.push_back(std::make_unique<Watched>());
+    EXPECT_EQ(fresh.back()->socket.get(), number);
+    fresh.back()->watch(true, false);
+  };
+  first.reaction = [&] { replace(first, second); };
+  second.reaction = [&] { replace(second, first); };
+  for (auto* watched : {&first, &second}) {
+    watched->watch(true, false);
+    watched->sendFromPeer();
+  }
+  runReady();
+  ASSERT_EQ(fresh.size(), 1U);
+  EXPECT_EQ(fresh.front()->calls, 0);
+  fresh.front()->sendFromPeer();
+  fresh.front()->reaction = [&] { fresh.front()->read(); };
+  runReady();
+  EXPECT_EQ(fresh.front()->calls, 1);
+}
+
+// As a child process may that has not executed its program yet.
+TEST(WatchedSocketTest, AnotherHolderOfAClosedSocketCausesNoCall) {
+  Watched watched;
+  watched.watch(true, false);
+  const FileDescriptor another(::dup(watched.socket.get()));
+  watched.socket.close();
+  watched.sendFromPeer();
+  Watched other;  // so that a wait ends
+  other.watch(false, true);
+  other.reaction = [&] { other.watch(false, false); };
+  ASSERT_TRUE(runUntil([&] { return other.calls == 1; }));
+  EXPECT_EQ(watched.calls, 0);
+}
+
+TEST(WatchedSocketTest, StopEndsTheTurnAfterTheWatcherThatIsRunning) {
+  std::array<Watched, 3> all;
+  for (auto& watched : all) {
+    watched.watch(true, false);
+    watched.sendFromPeer();
+    watched.reaction = [&] {
+      watched.read();
+      MainLoop::shared().stop();
+    };
+  }
+  for (int calls = 1; calls <= 3; ++calls) {
+    MainLoop::shared().run();
+    EXPECT_EQ(all[0].calls + all[1].calls + all[2].calls, calls);
+  }
+}
+
+TEST(WatchedSocketTest, AWatcherThatThrowsDisturbsNoOther) {
+  const quillet::test::LogCapture log;
+  std::array<Watched, 2> both;
+  for (auto& watched : both) {
+    watched.watch(true, false);
+    watched.sendFromPeer();
+    watched.reaction = [&] {
+      watched.read();
+      throw std::runtime_error("bad");
+    };
+  }
+  runReady();
+  EXPECT_EQ(both[0].calls + both[1].calls, 2);
+  EXPECT_THAT(log.records(), testing::ElementsAre("MainLoop: a handler has thrown: bad",
+                                                  "MainLoop: a handler has thrown: bad"));
+}
+
+TEST(WatchedSocketTest, AnErrorAtTheSocketCountsAsBoth) {
+  Watched watched;
+  watched.peer = FileDescriptor();
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
+  WatchedSocket socket{FileDescriptor(ends[0])};
+  static_cast<void>(FileDescriptor(ends[1]));  // closed: hang-up
+  watched.reaction = [&] { socket.close(); };
+  ASSERT_FALSE(socket.watch(watched, {false, true}));
+  runReady();
+  EXPECT_EQ(watched.calls, 1);
+  EXPECT_TRUE(watched.wasReadable);
+  EXPECT_TRUE(watched.wasWritable);
+}
+
+TEST(WatchedSocketTest, WhatCannotBeWatchedIsAnError) {
+  Watched watched;
+  watched.socket.close();
+  EXPECT_EQ(watched.socket.watch(watched, {true, false}), std::errc::bad_file_descriptor);
+  WatchedSocket file{FileDescriptor(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC))};
+  EXPECT_EQ(file.watch(watched, {true, false}), std::errc::operation_not_permitted);
+  EXPECT_EQ(file.interest(), SocketInterest());
+}
+
+}  // namespace
+}  // namespace platform
