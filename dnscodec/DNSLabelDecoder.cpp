@@ -55,11 +55,9 @@ void DNSLabelDecoder::expectLength(WireReader& reader) {
 
 void DNSLabelDecoder::readLabel(WireReader& reader, DecodeBudget& budget) {
   const auto label = reader.readBytes(bufferSize_);
-  if (reader.failed()) {
-    breakOff();
-  } else if (!budget.charge(1 + label.size())) {
+  if (!budget.charge(1 + label.size())) {
     state_ = State::finished;
-  } else if (!isAscii(label)) {
+  } else if (reader.failed() || !isAscii(label)) {
     breakOff();
   } else {
     addLabel(platform::textOf(label));

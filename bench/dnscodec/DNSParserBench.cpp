@@ -3,9 +3,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 
 #include "dnscodec/DNSParser.h"
 #include "platform/foundation/LogSink.h"
@@ -32,7 +32,7 @@ const std::vector<std::uint16_t> kCodes{65001, 65002, 65003, 65004, 65005,
 const std::string kValue = "twenty octets, about";
 const std::vector<std::string> kValues(kCodes.size(), kValue);
 
-constexpr std::size_t kBlockSize = 9 * 24;
+constexpr std::size_t kBlockSize = 9UL * 24;
 // Owner name "0" for ours, the root for theirs.
 constexpr std::size_t kInjectedSize = 33 + 13 + kBlockSize;
 constexpr std::size_t kPlainOptSize = 33 + 11 + kBlockSize;
@@ -52,7 +52,7 @@ void require(bool condition, benchmark::State& state) {
 
 void BM_Inject(benchmark::State& state) {
   useNullSink();
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     const auto injected = DNSParser::injectFlagsTo(kQuery, kCodes, kValues);
     require(injected.size() == kInjectedSize, state);
     benchmark::DoNotOptimize(injected.data());
@@ -61,7 +61,7 @@ void BM_Inject(benchmark::State& state) {
 BENCHMARK(BM_Inject);
 
 void BM_InjectLdns(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     ldns_pkt* packet = nullptr;
     ldns_wire2pkt(&packet, kQuery.data(), kQuery.size());
     ldns_edns_option_list* options = ldns_edns_option_list_new();
@@ -86,7 +86,7 @@ using KnotPacket = std::unique_ptr<knot_pkt_t, decltype(&knot_pkt_free)>;
 
 void BM_InjectKnot(benchmark::State& state) {
   auto query = kQuery;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     const KnotPacket parsed(
         knot_pkt_new(query.data(), static_cast<std::uint16_t>(query.size()), nullptr),
         knot_pkt_free);
@@ -119,7 +119,7 @@ void BM_InjectDatagramsLogged(benchmark::State& state) {
     (*flags)[std::to_string(code)] = kValue;
   }
   const std::vector<Data> batch{kQuery};
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     const auto injected = DNSParser::injectFlagsToDatagrams(batch, flags);
     require(injected.front().size() == kInjectedSize, state);
     benchmark::DoNotOptimize(injected.data());

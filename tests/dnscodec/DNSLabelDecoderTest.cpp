@@ -13,26 +13,26 @@ using test::hex;
 struct Row {
   const char* what;
   const char* bytes;
-  std::uint32_t offset;
   std::string name;
+  std::uint32_t offset;
   std::uint32_t behind;
 };
 
 TEST(DNSLabelDecoder, ReadsLabelsAndPointers) {
   const Row rows[] = {
-      {"one label", "03777777 00", 0, "www", 5},
-      {"the root", "00", 0, ".", 1},
-      {"in the middle", "ffff 0161 0162 00 ff", 2, "a.b", 7},
-      {"a pointer", "0161 00 c000", 3, "a", 5},
-      {"labels, then a pointer", "0161 00 0162 c000", 3, "b.a", 7},
-      {"a pointer to a pointer", "0161 00 0162 c000 0163 c003", 7, "c.b.a", 11},
-      {"a pointer forward", "c003 ff 0161 00", 0, "a", 2},
-      {"a pointer into the name's own end", "0161 c004 00", 0, "a..", 4},
-      {"a pointer to the root", "00 c000", 1, ".", 3},
-      {"a label and a pointer to the root", "00 0161 c000", 1, "a..", 5},
-      {"any ASCII octet", "04 00 7f 2e 20 00", 0, std::string("\0\x7f. ", 4), 6},
+      {"one label", "03777777 00", "www", 0, 5},
+      {"the root", "00", ".", 0, 1},
+      {"in the middle", "ffff 0161 0162 00 ff", "a.b", 2, 7},
+      {"a pointer", "0161 00 c000", "a", 3, 5},
+      {"labels, then a pointer", "0161 00 0162 c000", "b.a", 3, 7},
+      {"a pointer to a pointer", "0161 00 0162 c000 0163 c003", "c.b.a", 7, 11},
+      {"a pointer forward", "c003 ff 0161 00", "a", 0, 2},
+      {"a pointer into the name's own end", "0161 c004 00", "a..", 0, 4},
+      {"a pointer to the root", "00 c000", ".", 1, 3},
+      {"a label and a pointer to the root", "00 0161 c000", "a..", 1, 5},
+      {"any ASCII octet", "04 00 7f 2e 20 00", std::string("\0\x7f. ", 4), 0, 6},
   };
-  for (const auto& [what, bytes, offset, name, behind] : rows) {
+  for (const auto& [what, bytes, name, offset, behind] : rows) {
     const auto buffer = hex(bytes);
     DNSLabelDecoder decoder;
     auto moved = offset;
@@ -44,17 +44,17 @@ TEST(DNSLabelDecoder, ReadsLabelsAndPointers) {
 
 TEST(DNSLabelDecoder, EndsANameAtAPointerToNoName) {
   const Row rows[] = {
-      {"behind the end", "c0ff", 0, ".", 2},
-      {"at the end", "c002", 0, ".", 2},
-      {"a label before it", "0161 c0ff", 0, "a", 4},
-      {"a target that is cut", "0161 c004 05 62", 0, "a", 4},
-      {"a target cut after a label", "0161 c004 0162 05", 0, "a", 4},
-      {"a target cut in its pointer", "0161 c004 c0", 0, "a", 4},
-      {"a target that is not ASCII", "0161 c004 0180 00", 0, "a", 4},
-      {"a target with a label and such a pointer", "0161 c004 0162 c0ff", 0, "a.b", 4},
-      {"a target that is such a pointer", "0161 c004 c0ff", 0, "a..", 4},
+      {"behind the end", "c0ff", ".", 0, 2},
+      {"at the end", "c002", ".", 0, 2},
+      {"a label before it", "0161 c0ff", "a", 0, 4},
+      {"a target that is cut", "0161 c004 05 62", "a", 0, 4},
+      {"a target cut after a label", "0161 c004 0162 05", "a", 0, 4},
+      {"a target cut in its pointer", "0161 c004 c0", "a", 0, 4},
+      {"a target that is not ASCII", "0161 c004 0180 00", "a", 0, 4},
+      {"a target with a label and such a pointer", "0161 c004 0162 c0ff", "a.b", 0, 4},
+      {"a target that is such a pointer", "0161 c004 c0ff", "a..", 0, 4},
   };
-  for (const auto& [what, bytes, offset, name, behind] : rows) {
+  for (const auto& [what, bytes, name, offset, behind] : rows) {
     const auto buffer = hex(bytes);
     DNSLabelDecoder decoder;
     auto moved = offset;
