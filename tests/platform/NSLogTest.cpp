@@ -34,14 +34,6 @@ TEST(NSLogTest, aPieceMayItselfLog) {
   EXPECT_EQ(log.records(), (std::vector<std::string>{"inner", "outer value end", "next"}));
 }
 
-TEST(NSLogTest, aLargeRecordAndASmallOneAfterIt) {
-  const LogCapture log;
-  const std::string large(300'000, 'x');
-  NSLog(large);
-  NSLog("small");
-  EXPECT_TRUE(log.records() == (std::vector<std::string>{large, "small"}));
-}
-
 struct LogsAtThreadEnd {
   LogsAtThreadEnd() = default;
   LogsAtThreadEnd(const LogsAtThreadEnd&) = delete;
