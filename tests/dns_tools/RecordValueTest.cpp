@@ -26,6 +26,16 @@ tl::expected<Data, EncodeError> written(const ResourceRecord& record) {
   return record.serialize(bytes, labels).map([&] { return std::move(bytes); });
 }
 
+TEST(RecordValue, ADictionaryOutlivesTheRecordsWrittenWithIt) {
+  Data bytes;
+  Labels labels;
+  for (int i = 0; i < 3; ++i) {
+    const PointerRecord record("name.that.is.long.enough.", false, 1, 0, ".");
+    ASSERT_TRUE(record.serialize(bytes, labels));
+  }
+  EXPECT_EQ(bytes.size(), 26U + 11 + 2 * (2 + 12));
+}
+
 struct KindCase {
   std::string bytes;
   RecordValue record;

@@ -46,6 +46,12 @@ TEST_F(DNSParserTest, LeavesOutAValueThatIsTooLong) {
   EXPECT_THAT(log_.records(), ElementsAre("inject value: 65001 left out, too long: 65536 bytes"));
   log_.clear();
 
+  // One after which another has no room, beside one that has.
+  const std::vector<std::string> values{"a", std::string(65527, 'x'), "b"};
+  EXPECT_EQ(DNSParser::buildEdnsDataWithCodes({1, 2, 3}, values), hex("0001 0001 61 0003 0001 62"));
+  EXPECT_THAT(log_.records(), ElementsAre("inject value: 2 left out, too long: 65527 bytes"));
+  log_.clear();
+
   EXPECT_EQ(DNSParser::buildEdnsDataFromDict(Flags{{"65001", most + "x"}, {"65002", "b"}}),
             hex("fdea 0001 62"));
   EXPECT_THAT(
@@ -180,6 +186,25 @@ TEST_F(DNSParserTest, ADatagramThatIsNoMessageComesBackAsItIs) {
   EXPECT_THAT(DNSParser::injectFlagsToDatagrams({hex("00ff"), query()}, Flags{{"65007", "1"}}),
               ElementsAre(hex("00ff"), injectedQuery()));
   EXPECT_EQ(log_.records().at(2), "hex data = 00ff");
+}
+
+TEST_F(DNSParserTest, AQueryTooLongForADatagramOnceWrittenInFullComesBackAsItIs) {
+  // Each further question is a pointer to the first one's name of 193 octets, written as 197.
+  const auto pointers = [](std::size_t count) {
+    auto message = hex("1234 0100 0000 0000 0000 0000 bf");
+    message[4] = static_cast<std::uint8_t>((count + 1) >> 8);
+    message[5] = static_cast<std::uint8_t>(count + 1);
+    message.resize(message.size() + 191, 'a');
+    const auto rest = hex("00 0001 0001");
+    message.insert(message.end(), rest.begin(), rest.end());
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto next = hex("c00c 0001 0001");
+      message.insert(message.end(), next.begin(), next.end());
+    }
+    return message;
+  };
+  EXPECT_EQ(DNSParser::injectFlagsTo(pointers(331), {}).size(), 12U + 332 * 197 + 13);
+  EXPECT_EQ(DNSParser::injectFlagsTo(pointers(332), {}), pointers(332));
 }
 
 TEST_F(DNSParserTest, LogsQuestionsAndTakesTheHostOfAUrl) {

@@ -24,7 +24,7 @@ TEST(DNSAResourceRecordTest, IsTypedByFromResource) {
   const auto generic = decodedRecord(kRecord);
   EXPECT_EQ(dynamic_cast<const DNSAResourceRecord*>(generic.get()), nullptr);
 
-  const auto typed = DNSResourceRecord::fromResource<DNSAResourceRecord>(*generic);
+  const auto typed = DNSAResourceRecord::fromResource(*generic);
   EXPECT_EQ(typed->name, "a.b");
   EXPECT_EQ(typed->type, 1);
   EXPECT_EQ(typed->resourceClass, 1);
@@ -41,7 +41,7 @@ TEST(DNSAResourceRecordTest, HoldsSixteenBytesToo) {
   Data record = kRecord;
   record[14] = 16;
   record.insert(record.end(), 12, 0);
-  const auto typed = DNSResourceRecord::fromResource<DNSAResourceRecord>(*decodedRecord(record));
+  const auto typed = DNSAResourceRecord::fromResource(*decodedRecord(record));
   EXPECT_EQ(typed->ip->correctForm(), "5db8:d822::");
   EXPECT_EQ(typed->encode(), record);
 }
@@ -51,7 +51,7 @@ TEST(DNSAResourceRecordTest, OtherLengthsThrow) {
   record[14] = 3;
   const auto generic = decodedRecord(record);
   EXPECT_EQ(
-      thrownBy([&] { DNSResourceRecord::fromResource<DNSAResourceRecord>(*generic); }),
+      thrownBy([&] { DNSAResourceRecord::fromResource(*generic); }),
       "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 nor a "
       "IPv6 address");
 }

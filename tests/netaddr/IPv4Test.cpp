@@ -88,7 +88,7 @@ TEST(IPv4Test, CorrectMeansWrittenShortest) {
   for (const char* const text : {"192.168.1.1", "192.168.1.1/24", "192.168.1.1/0", "1.2.3.4/32"}) {
     EXPECT_TRUE(IPv4(text).correct()) << text;
   }
-  for (const char* const text : {"192.168.001.1", "192.168.1.1/08", "1.1.1.1/33", "256.1.1.1"}) {
+  for (const char* const text : {"192.168.001.1", "192.168.1.1/08", "1.1.1.1/33", "256.01.1.1"}) {
     EXPECT_FALSE(IPv4(text).correct()) << text;
   }
 }
@@ -119,6 +119,8 @@ TEST(IPv4Test, AnswersWhenNotValid) {
     EXPECT_FALSE(ip.v6Group().empty());
   }
   EXPECT_EQ(IPv4("256.1.1.1").correctForm(), "256.1.1.1");
+  EXPECT_TRUE(IPv4("256.1.1.1").correct());
+  EXPECT_EQ(IPv4("1.2.3.4.example.com").parsedAddress().size(), 6U);
   EXPECT_EQ(IPv4("1.2.3.4/99").correctForm(), std::nullopt);
   EXPECT_EQ(IPv4("1.2.3.4/99").reversedForm(), "");
   EXPECT_EQ(IPv4("1.2.3.4/99").hex(), "");
@@ -146,7 +148,8 @@ TEST(IPv4Test, AgreesWithInetPtonAndNtop) {
       EXPECT_EQ(IPv4(text).data(), Data(bytes.begin(), bytes.end())) << text;
       ++accepted;
     } else {
-      EXPECT_FALSE(IPv4(text).correct() && IPv4(text).subnetMask() == 32) << text;
+      EXPECT_FALSE(IPv4(text).valid() && IPv4(text).correct() && IPv4(text).subnetMask() == 32)
+          << text;
     }
   }
   EXPECT_GT(accepted, 1000);
