@@ -118,6 +118,15 @@ TEST_F(DnsProxyExtTest, TakesTheAllowedAppsFromWhereverTheyAre) {
   }
 }
 
+TEST_F(DnsProxyExtTest, LogsTheVariablesOfTheAllowedApps) {
+  start(R"({"jsonVars": "{\"allowPackages\": [\"a\"]}"})"_json);
+  const auto records = log_.records();
+  const auto first = std::find(records.begin(), records.end(), "initVendorSettings1");
+  ASSERT_GE(records.end() - first, 3);
+  EXPECT_EQ(first[1], R"(initVendorSettings2, jsonVars = {"allowPackages": ["a"]})");
+  EXPECT_EQ(first[2], R"(initVendorSettings3, jsonDict = ["allowPackages": ["a"]])");
+}
+
 TEST_F(DnsProxyExtTest, VendorDataThatIsNoMapCountsAsMissing) {
   start(R"({"allowPackages": "x"})"_json);
   log_.clear();

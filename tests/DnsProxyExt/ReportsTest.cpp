@@ -58,6 +58,11 @@ TEST_F(ReportsTest, PrintsTheSettings) {
                   "macosConfig options: [\"allowPackages\": \"a,b\"]",
                   "whitelistedApps: [\"a\", \"b\"]",
                   "localNetworkDNS: nil, filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53"));
+  provider_->localNetworkDNS = std::make_shared<Utils::DNSHost>("10.0.0.3:53");
+  provider_->printExtensionSettings();
+  EXPECT_EQ(
+      relayed(17).back(),
+      "localNetworkDNS: Optional(10.0.0.3:53), filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53");
 }
 
 }  // namespace
