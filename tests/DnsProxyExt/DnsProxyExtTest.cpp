@@ -7,7 +7,6 @@ namespace {
 using platform::description;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
