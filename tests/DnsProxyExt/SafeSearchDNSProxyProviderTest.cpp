@@ -19,6 +19,7 @@ class SafeSearchDNSProxyProviderTest : public test::ProviderTest {
  protected:
   SafeSearchDNSProxyProviderTest() {
     const auto port = provider_->xpcUdpHelper->relayPort;
+    provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
     provider_ = std::make_shared<SafeSearchDNSProxyProvider>();
     provider_->xpcUdpHelper->relayPort = port;
   }
