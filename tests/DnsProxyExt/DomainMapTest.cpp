@@ -33,20 +33,6 @@ TEST(DomainMap, FindsTheMostParticularFragment) {
   }
 }
 
-TEST(DomainMap, ALaterServerReplacesAnEarlierOne) {
-  DomainMap map{{"a", host("1")}};
-  map.set("a", host("2"));
-  EXPECT_EQ(map.size(), 1U);
-  EXPECT_EQ(platform::description(map.server("a")), "2:53");
-}
-
-TEST(DomainMap, IsPrintedInTheOrderOfItsFragments) {
-  EXPECT_EQ(platform::description(DomainMap()), "[:]");
-  EXPECT_EQ(
-      platform::description(DomainMap{{"b", host("1")}, {"ab", host("2:54")}, {"", host("")}}),
-      R"(["": :53, "ab": 2:54, "b": 1:53])");
-}
-
 TEST(DomainMap, LooksNoLongerThanANameIs) {
   const DomainMap map{{"a", host("1")}, {std::string(255, 'b'), host("2")}};
   const std::string longest(255, 'b');

@@ -98,16 +98,6 @@ TEST_F(ResponsePathTest, ASecondAnswerHasNoTimingAndCloses) {
   EXPECT_THAT(flow_->closed, ElementsAre("read nil", "write nil"));
 }
 
-TEST_F(ResponsePathTest, AFailedWriteStillClosesTheFlow) {
-  flow_->writeError = Error("gone");
-  answer(answerForA());
-  runReady();
-  EXPECT_THAT(log_.records(),
-              Contains("handleInBoundDatagram -> write datagrams, hash  = 12, hasError = true"));
-  EXPECT_THAT(record().errors, ElementsAre(testing::EndsWith("breakboint: 0"), "nil"));
-  EXPECT_THAT(flow_->closed, ElementsAre("read nil", "write nil"));
-}
-
 TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
   answer(answerForA(), true, Error("upstream"));
   runReady();

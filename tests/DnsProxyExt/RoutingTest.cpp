@@ -174,12 +174,6 @@ TEST_F(RoutingTest, ForwardsWhatItCannotDecodeUnchanged) {
   }
 }
 
-TEST_F(RoutingTest, AMessageWithoutAQuestionHasNoDomain) {
-  serve(makeFlow({hex("12 34 01 00 00 00 00 00 00 00 00 00")}));
-  EXPECT_THAT(log_.records(),
-              Contains("connect to DNS using Quillet DNS (" + filtering_.text() + ", q: nil"));
-}
-
 TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   const auto flow = makeFlow({query("a")});
   provider_->connectToDNS(flow, std::nullopt, std::nullopt, std::nullopt);

@@ -143,16 +143,6 @@ TEST_F(XpcUdpHelperTest, WithoutADelegateACommandIsDropped) {
   EXPECT_THAT(log_.records(), IsEmpty());
 }
 
-TEST_F(XpcUdpHelperTest, UnconnectedItDropsEverything) {
-  helper_->printLogToFile("a");
-  helper_->proxyStateWasUpdated("started");
-  helper_->sendUDP({1});
-  helper_->receiveUDP(nullptr);
-  helper_->closeConnection();
-  runReady();
-  EXPECT_THAT(log_.records(), IsEmpty());
-}
-
 TEST_F(XpcUdpHelperTest, WithoutARelayEverySendIsOneLine) {
   helper_->connectToUDP(static_cast<std::uint16_t>(test::closedPort()));
   for (int i = 0; i < 10; ++i) {

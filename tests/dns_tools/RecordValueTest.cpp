@@ -174,21 +174,6 @@ TEST(RecordValue, SplitsTextsAtTheirFirstEqualsSign) {
             hex("01 61 00 0010 0001 0000003C 0010 023D76 03613D32 02623D 05783D793D7A"));
 }
 
-TEST(RecordValue, FailsToWriteWhatDoesNotFit) {
-  const std::string longest(253, 'v');
-  EXPECT_TRUE(written(TextRecord("a.", false, 1, 60, {{"k", longest}})));
-  EXPECT_EQ(written(TextRecord("a.", false, 1, 60, {{"k", longest + "v"}})).error(),
-            EncodeError::attributeTooLong);
-  EXPECT_EQ(written(Record("a.", false, 1, 60, 10, Data(65536))).error(), EncodeError::dataTooLong);
-  EXPECT_EQ(written(AliasRecord("a.", false, 1, 60, std::string(256, 'b'))).error(),
-            EncodeError::labelTooLong);
-  std::string longName;
-  for (int i = 0; i < 400; ++i) {
-    longName.append(200, 'c').append(std::to_string(i)).push_back('.');
-  }
-  EXPECT_EQ(written(PointerRecord("a.", false, 1, 60, longName)).error(), EncodeError::dataTooLong);
-}
-
 TEST(RecordValue, ComparesAndHashesByName) {
   const NameServerRecord server("a.", 2, 1, false, 60, "n.");
   EXPECT_EQ(server, NameServerRecord("a.", 2, 3, true, 7, "n."));

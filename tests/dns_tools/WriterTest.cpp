@@ -66,20 +66,6 @@ TEST(Writer, PointsNoFurtherThanAPointerReaches) {
   EXPECT_EQ(written({"a.", "a."}, 0x4000), hex("01 61 00 01 61 00"));
 }
 
-TEST(Writer, TakesLabelsOfUpTo255Octets) {
-  const auto bytes = written({std::string(255, 'a') + "."});
-  EXPECT_EQ(bytes.size(), 257U);
-  EXPECT_EQ(bytes.front(), 255);
-
-  Data onto;
-  Labels labels;
-  Writer writer(onto, labels);
-  const std::string name = "b." + std::string(256, 'a');
-  writer.writeName(name);
-  ASSERT_TRUE(writer.failed());
-  EXPECT_EQ(writer.finish().error(), EncodeError::labelTooLong);
-}
-
 TEST(Writer, FillsInTheLengthOfData) {
   for (const std::size_t size : {0U, 1U, 255U, 256U, 65535U}) {
     Data onto;

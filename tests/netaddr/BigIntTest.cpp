@@ -33,28 +33,6 @@ TEST(BigIntTest, HoldsWhatItIsMadeOf) {
   EXPECT_EQ(BigInt(std::numeric_limits<std::int64_t>::min()), hex("-8000000000000000"));
 }
 
-TEST(BigIntTest, MoreWordsThanThereAreThrow) {
-  const std::vector<Word> tooMany(71, 0);
-  EXPECT_EQ(thrownBy([&] { BigInt value(tooMany); }),
-            "ArithmaticException: Byte overflow in constructor");
-}
-
-TEST(BigIntTest, WordAccessStaysInBounds) {
-  BigInt value;
-  value.setData(5, 2);
-  EXPECT_EQ(value, hex("50000000000000000"));
-  EXPECT_EQ(value.dataLength(), 3U);
-  value.setData(9, 70);
-  EXPECT_EQ(value.getDataAtIndex(70), 0U);
-  EXPECT_EQ(value.getDataAtIndex(2), 5U);
-  value.setDataLength(2);
-  EXPECT_EQ(value, BigInt());
-  value.setDataLength(0);
-  EXPECT_EQ(value.dataLength(), 1U);
-  value.setDataLength(1000);
-  EXPECT_EQ(value.dataLength(), 70U);
-}
-
 TEST(BigIntTest, OverflowThrowsAndChangesNothing) {
   const BigInt high = highest();
   const BigInt low = lowest();

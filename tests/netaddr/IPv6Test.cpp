@@ -191,22 +191,6 @@ TEST(IPv6Test, CarriesIPv4AtItsEnd) {
   EXPECT_EQ(other.parsev4inv6("1::9"), "1::9");
 }
 
-TEST(IPv6Test, ReadsPartsOfAnAddress) {
-  const IPv6 six("1::6", 6);
-  EXPECT_TRUE(six.valid());
-  EXPECT_EQ(six.groups(), 6);
-  EXPECT_EQ(six.parsedAddress(), (Texts{"1", "0", "0", "0", "0", "6"}));
-  EXPECT_EQ(six.bigInteger(), BigInt("000100000000000000000006", 16));
-  EXPECT_EQ(six.data(), (Data{0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 6}));
-  EXPECT_EQ(six.v4inv6(), "1::6:0.0.0.6");
-  EXPECT_TRUE(IPv6("1", 1).valid());
-  for (const int groups : {-1, 0, 2, 9, 2147483647}) {
-    EXPECT_FALSE(IPv6(":", groups).valid()) << groups;
-    EXPECT_FALSE(IPv6("", groups).valid()) << groups;
-    EXPECT_EQ(IPv6("::", groups).valid(), groups == 2) << groups;
-  }
-}
-
 TEST(IPv6Test, AnswersWhenNotValid) {
   for (const char* const text :
        {"", "::1/999", "1:2:3", "nonsense", "1::2::3", "::ffff:01.2.3.4"}) {

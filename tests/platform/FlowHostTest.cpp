@@ -135,29 +135,6 @@ TEST_F(FlowHostTest, OffersWhatOneClientHasSentAsOneFlow) {
   EXPECT_THAT(read(flow), IsEmpty());
 }
 
-TEST_F(FlowHostTest, TellsOfEachFlow) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("a", bound());
-  client.send("b", bound());
-  const auto first = offered(0);
-  client.send("c", bound());
-  const auto second = offered(1);
-  EXPECT_GT(first->hash(), 0);
-  EXPECT_EQ(second->hash(), first->hash() + 1);
-  EXPECT_EQ(first->metaData().sourceAppSigningIdentifier, "com.example.app");
-  EXPECT_FALSE(first->isBound());
-  EXPECT_EQ(first->networkInterface(), std::nullopt);
-  const NWHostEndpoint local{"127.0.0.1", std::to_string(client.port())};
-  EXPECT_EQ(first->localEndpoint(), local);
-  EXPECT_EQ(first->remoteHostname(), "127.0.0.1");
-  const auto ends = description(local) + " -> 127.0.0.1:" + std::to_string(bound().port());
-  EXPECT_EQ(first->debugDescription(), "<NEAppProxyUDPFlow: " + std::to_string(first->hash()) +
-                                           ", " + ends + ", 2 datagrams>");
-  read(first);
-  EXPECT_THAT(first->debugDescription(), testing::EndsWith(", 2 datagrams>"));
-}
-
 // A connected client takes nothing from an address other than the one it has asked.
 TEST_F(FlowHostTest, AnswersLeaveFromTheAddressThatWasAsked) {
   const struct {
@@ -355,28 +332,6 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   EXPECT_THAT(provider_.offers, SizeIs(1));
   EXPECT_THAT(host_->boundEndpoints(), IsEmpty());
   const UDPSocket successor("127.0.0.1", address.port());  // the port is free
-}
-
-TEST_F(FlowHostTest, MayBeStoppedOrDestroyedFromInsideAnOffer) {
-  for (const bool isDestroyed : {false, true}) {
-    provider_.offers.clear();
-    start({"127.0.0.1"});
-    std::vector<UDPSocket> clients(3);
-    for (const auto& client : clients) {
-      client.send("q", bound());
-    }
-    provider_.decision = [&] {
-      if (isDestroyed) {
-        host_.reset();
-      } else {
-        host_->stop();
-      }
-      return false;
-    };
-    offered(0);
-    runReady();
-    EXPECT_THAT(provider_.offers, SizeIs(1));
-  }
 }
 
 TEST_F(FlowHostTest, DeclinedFlowsGoToTheSystemsResolver) {

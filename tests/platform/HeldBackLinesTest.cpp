@@ -94,20 +94,6 @@ TEST_F(FileLines, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
   EXPECT_EQ(test::readFile(path_), "first\nse\nthird\n");
 }
 
-TEST_F(FileLines, sizesAroundTheBuffersEnd) {
-  for (const std::size_t size :
-       {HeldBackLines::kCapacity - 1, HeldBackLines::kCapacity, HeldBackLines::kCapacity + 1}) {
-    ASSERT_EQ(::ftruncate(file_.get(), 0), 0);
-    ASSERT_EQ(::lseek(file_.get(), 0, SEEK_SET), 0);
-    HeldBackLines lines(file_.get());
-    const std::string line = std::string(size - 1, 'x') + '\n';
-    lines.append(line);
-    lines.append("\n");
-    lines.write();
-    EXPECT_TRUE(test::readFile(path_) == line + '\n') << size;
-  }
-}
-
 TEST_F(FileLines, theSignalHandlersWriteTakesTheLinesOnce) {
   HeldBackLines lines(file_.get());
   lines.append("a\n");

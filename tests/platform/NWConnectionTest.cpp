@@ -110,15 +110,6 @@ TEST_F(NWConnectionTest, ReportsItsStatesOneAfterTheOtherLater) {
   EXPECT_THAT(lines_, testing::SizeIs(4));
 }
 
-TEST_F(NWConnectionTest, CancelledBeforeItHasStarted) {
-  const auto connection = make("127.0.0.1", 1);
-  connection->cancel();
-  start(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("cancelled"));
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-}
-
 TEST_F(NWConnectionTest, CarriesDatagramsBothWaysWhole) {
   for (const char* host : {"127.0.0.1", "::1", "localhost", "::ffff:127.0.0.1"}) {
     const UDPSocket server(std::string(host) == "::1" ? "::1" : "127.0.0.1");
@@ -273,23 +264,6 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
   runReady();  // nobody waits for room any more
 }
 
-TEST_F(NWConnectionTest, ErrorsOfEarlierDatagramsAreNoErrorsOfASend) {
-  const UDPSocket server;
-  const auto connection = readyTo(server.port());
-  const SocketFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
-  send(connection, "a");
-  send(connection, "b");
-  send(connection, "c");
-  receive(connection);
-  receive(connection);
-  receive(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("sent a", "sent b",
-                                  "sent c POSIXErrorCode(rawValue: 1): Operation not permitted",
-                                  std::string("got ") + kRefused,
-                                  "got POSIXErrorCode(rawValue: 113): No route to host"));
-}
-
 TEST_F(NWConnectionTest, NothingCompletesAfterCancelling) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
@@ -432,30 +406,6 @@ class DescriptorLimit {
 rlim_t noRoom() {
   const FileDescriptor next(::dup(STDIN_FILENO));
   return static_cast<rlim_t>(next.get());
-}
-
-TEST_F(NWConnectionTest, TheBoundLeavesDescriptorsForOthers) {
-  const struct {
-    rlim_t descriptors;
-    std::size_t bound;
-  } rows[] = {{20000, 2048}, {2112, 2048}, {2111, 2047}, {1024, 960}, {65, 1}, {64, 1}, {10, 1}};
-  for (const auto& row : rows) {
-    const DescriptorLimit limit(row.descriptors);
-    EXPECT_EQ(OpenConnections::usualLimit(), row.bound) << row.descriptors;
-  }
-}
-
-TEST_F(NWConnectionTest, WithoutADescriptorTheOneIdleLongestMakesRoom) {
-  const UDPSocket server;
-  const auto a = readyTo(server.port(), "a ");
-  const auto b = readyTo(server.port(), "b ");
-  const auto c = make("127.0.0.1", server.port(), "c ");
-  {
-    const DescriptorLimit limit(noRoom());
-    start(c);
-  }
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("a cancelled", "c setup", "c preparing", "c ready"));
 }
 
 TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {

@@ -146,21 +146,5 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
   }
 }
 
-TEST_F(SystemResolverTest, AServerThatIsSilentIsGivenUpToMakeRoom) {
-  const UDPSocket server;
-  configure("nameserver 127.0.0.1\n");
-  SystemResolver resolver(file_, server.port(), {});
-  const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a")});
-  resolver.serve(flow);
-  MainLoop::shared().runReady();
-  EXPECT_EQ(NWConnection::openCount(), 1U);
-  EXPECT_THAT(flow->closed, IsEmpty());
-  OpenConnections::shared().cancelIdleLongest();
-  MainLoop::shared().runReady();
-  EXPECT_THAT(flow->closed, ElementsAre("read Optional(given up to make room)",
-                                        "write Optional(given up to make room)"));
-  EXPECT_EQ(flow.use_count(), 1);
-}
-
 }  // namespace
 }  // namespace platform

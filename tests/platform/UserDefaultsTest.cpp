@@ -35,16 +35,6 @@ class UserDefaultsTest : public testing::Test {
   LogCapture log_;
 };
 
-TEST_F(UserDefaultsTest, namesThatNoFileCanHave) {
-  const std::string names[] = {
-      "", ".", "..", "../group", "a/b", std::string("a\0b", 3), std::string(201, 'a')};
-  for (const auto& name : names) {
-    EXPECT_EQ(UserDefaults::suite(name), nullptr) << name;
-  }
-  EXPECT_NE(UserDefaults::suite(std::string(200, 'a')), nullptr);
-  EXPECT_NE(UserDefaults::suite("group.com.quillet.filteringosx"), nullptr);
-}
-
 TEST_F(UserDefaultsTest, valuesByType) {
   constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
   constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
@@ -81,28 +71,6 @@ TEST_F(UserDefaultsTest, valuesByType) {
     EXPECT_EQ(suite()->integerForKey("key"), row.integer) << row.json;
     EXPECT_EQ(suite()->dictionaryForKey("key").has_value(), row.isDictionary) << row.json;
   }
-}
-
-TEST_F(UserDefaultsTest, aChangeThatKeepsTheModificationTimeShows) {
-  const timespec past[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-  for (const std::string value : {"a", "b"}) {
-    writeFile(file_, R"({"ip":")" + value + "\"}");
-    ASSERT_EQ(::utimensat(AT_FDCWD, file_.c_str(), past, 0), 0);
-    ASSERT_NE(suite(), nullptr);
-    EXPECT_EQ(suite()->stringForKey("ip"), value);
-  }
-}
-
-TEST_F(UserDefaultsTest, replacedAndRemovedFilesShow) {
-  auto* const defaults = suite();
-  writeFile(directory_.path() / "other", R"({"ip":"10.0.0.1"})");
-  fs::rename(directory_.path() / "other", file_);
-  EXPECT_EQ(suite(), defaults);
-  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");
-  fs::remove(file_);
-  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");  // only `suite` looks
-  EXPECT_EQ(suite(), defaults);
-  EXPECT_EQ(defaults->stringForKey("ip"), std::nullopt);
 }
 
 TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
@@ -174,15 +142,6 @@ TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   ASSERT_NE(suite(), nullptr);
   EXPECT_EQ(suite()->integerForKey("a"), 1);
   EXPECT_EQ(suite()->stringForKey("large")->size(), 1U << 20);
-}
-
-TEST_F(UserDefaultsTest, aFileThatCannotBeReadIsNotOverwritten) {
-  auto* const defaults = suite();
-  writeFile(file_, "{ \"mdmConf\": a slip of the pen }");
-  defaults->setObject("a", "ip");
-  EXPECT_EQ(readFile(file_), "{ \"mdmConf\": a slip of the pen }");
-  EXPECT_THAT(log_.records(),
-              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: the file")));
 }
 
 TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {
