@@ -46,9 +46,4 @@ TEST(HostRecord, IsEqualByNameAlone) {
   EXPECT_EQ(std::hash<HostRecord<IPv4>>()(record), std::hash<HostRecord<IPv4>>()(sameName));
 }
 
-TEST(HostRecord, HasTheTypeOfItsFamily) {
-  EXPECT_EQ(recordOf<IPv4>("a.", "1.2.3.4").type(), 1);
-  EXPECT_EQ(recordOf<IPv6>("a.", "::1").type(), 28);
-}
-
 }  // namespace

@@ -11,15 +11,6 @@ namespace {
 
 using Word = BigInt::Word;
 
-TEST(BigIntBitsTest, CountsBits) {
-  EXPECT_EQ(BigInt().bitCount(), 0);
-  EXPECT_EQ(BigInt(1).bitCount(), 1);
-  EXPECT_EQ(hex("80000000").bitCount(), 32);
-  EXPECT_EQ(hex("100000000").bitCount(), 33);
-  EXPECT_EQ(highest().bitCount(), 2239);
-  EXPECT_EQ(BigInt(-1).bitCount(), 2240);
-}
-
 TEST(BigIntBitsTest, ShiftsByAnyAmount) {
   const int huge = std::numeric_limits<int>::max();
   for (const int amount : {2240, 2241, huge}) {

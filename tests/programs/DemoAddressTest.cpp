@@ -12,14 +12,6 @@ TEST(DemoAddressTest, HashIsThePublishedOne) {
   EXPECT_EQ(nameHash("foobar"), 0x85944171F73967E8U);
 }
 
-TEST(DemoAddressTest, FinalDotAndLetterCaseMakeNoDifference) {
-  EXPECT_EQ(nameHash("FooBar."), nameHash("foobar"));
-  EXPECT_EQ(nameHash("."), nameHash(""));
-  EXPECT_NE(nameHash("foo.bar"), nameHash("foobar"));
-  EXPECT_NE(nameHash("foobar[\\]^_@`{"),
-            nameHash("foobar{|}^_@`{"));  // no letters, though their bytes pair up
-}
-
 TEST(DemoAddressTest, AddressesHoldTheHash) {
   EXPECT_EQ(demoIPv4("foobar").presentation(), "198.19.103.232");  // ...967E8: 1 67 E8
   EXPECT_EQ(demoIPv4("a").presentation(), "198.19.236.140");       // ...1EC8C: 1 EC 8C
