@@ -1,8 +1,7 @@
-#include "DnsProxyExt/PolicyUDPClient.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "DnsProxyExt/PolicyUDPClient.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/foundation/Description.h"
 #include "tests/support/FakeServer.h"
@@ -43,9 +42,7 @@ class PolicyUDPClientTest : public testing::Test {
 };
 
 TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
-  const FakeServer server([](const Data& /*received*/) {
-    return std::vector<Data>{{'a'}, {'b'}};
-  });
+  const FakeServer server([](const Data& /*received*/) { return std::vector<Data>{{'a'}, {'b'}}; });
   connect("127.0.0.1", server.port());
   ASSERT_TRUE(runUntil([&] { return client_.expired(); })) << "cancelled, it goes away";
   EXPECT_THAT(server.received(), ElementsAre(Data{'q', 'q'}));
@@ -53,23 +50,26 @@ TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
   const std::string tag = "PolicyUDPClient";
   const auto port = std::to_string(server.port());
   const auto endpoint = "127.0.0.1:" + port;
-  const auto info = "Optional(\"satisfied (Path is satisfied), interface: lo, ipv4\"), to ip - "
-                    "127.0.0.1, port - " + port;
+  const auto info =
+      "Optional(\"satisfied (Path is satisfied), interface: lo, ipv4\"), to ip - "
+      "127.0.0.1, port - " +
+      port;
   EXPECT_THAT(
       log_.records(),
-      ElementsAre("init new " + tag, tag + ": Connecting to  udp, flowHash ",
-                  tag + " - stateUpdateHandler:,  state = setup",
-                  tag + " - State: Setup," + endpoint + " \n",
-                  tag + " - stateUpdateHandler:,  state = preparing",
-                  tag + "  -State: Preparing," + endpoint + " \n",
-                  tag + " - stateUpdateHandler:,  state = ready",
-                  tag + " - State: Ready," + endpoint + " \n", tag + " sendUDP, req to  UDP  ",
-                  tag + " Data was sent to  UDP, " + info + ",",
-                  tag + " receive  Udp callback called," + info + " , isComplete = true",
-                  tag + " Udp received," + info + ", arr.count = 1, content.count = 2",
-                  " " + tag + "self.connection?.cancel(), arr.count = 1, content count = 2, " + info,
-                  tag + " - stateUpdateHandler:,  state = cancelled",
-                  tag + " - State: Cancelled," + endpoint + " \n"));
+      ElementsAre(
+          "init new " + tag, tag + ": Connecting to  udp, flowHash ",
+          tag + " - stateUpdateHandler:,  state = setup",
+          tag + " - State: Setup," + endpoint + " \n",
+          tag + " - stateUpdateHandler:,  state = preparing",
+          tag + "  -State: Preparing," + endpoint + " \n",
+          tag + " - stateUpdateHandler:,  state = ready",
+          tag + " - State: Ready," + endpoint + " \n", tag + " sendUDP, req to  UDP  ",
+          tag + " Data was sent to  UDP, " + info + ",",
+          tag + " receive  Udp callback called," + info + " , isComplete = true",
+          tag + " Udp received," + info + ", arr.count = 1, content.count = 2",
+          " " + tag + "self.connection?.cancel(), arr.count = 1, content count = 2, " + info,
+          tag + " - stateUpdateHandler:,  state = cancelled",
+          tag + " - State: Cancelled," + endpoint + " \n"));
 }
 
 TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
@@ -77,9 +77,9 @@ TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
   ASSERT_TRUE(runUntil([&] { return client_.expired(); }));
   EXPECT_THAT(told_, ElementsAre("nothing open Optional(POSIXErrorCode(rawValue: 111): "
                                  "Connection refused)"));
-  EXPECT_THAT(log_.records(),
-              Contains(testing::StartsWith("PolicyUDPClient udp socket error: Optional(POSIXErrorCode"
-                                           "(rawValue: 111): Connection refused),Optional(")));
+  EXPECT_THAT(log_.records(), Contains(testing::StartsWith(
+                                  "PolicyUDPClient udp socket error: Optional(POSIXErrorCode"
+                                  "(rawValue: 111): Connection refused),Optional(")));
 }
 
 TEST_F(PolicyUDPClientTest, AnEmptyAnswerIsNone) {

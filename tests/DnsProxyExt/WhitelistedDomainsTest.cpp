@@ -1,7 +1,7 @@
-#include "DnsProxyExt/WhitelistedDomains.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "DnsProxyExt/WhitelistedDomains.h"
 
 namespace quillet {
 namespace {

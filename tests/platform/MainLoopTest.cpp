@@ -88,6 +88,7 @@ TEST_F(MainLoopTest, TakesWorkFromManyThreadsEachInItsOrder) {
   bool isInOrder = true;
   int count = 0;
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
       for (int number = 0; number < kEach; ++number) {

@@ -12,7 +12,6 @@
 #include "platform/network/OpenConnections.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/UDPSocket.h"
-#include "tests/support/LogCapture.h"
 
 namespace platform {
 namespace {
