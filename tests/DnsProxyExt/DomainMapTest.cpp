@@ -33,13 +33,6 @@ TEST(DomainMap, FindsTheMostParticularFragment) {
   }
 }
 
-TEST(DomainMap, ALaterServerReplacesAnEarlierOne) {
-  DomainMap map{{"a", host("1")}};
-  map.set("a", host("2"));
-  EXPECT_EQ(map.size(), 1U);
-  EXPECT_EQ(platform::description(map.server("a")), "2:53");
-}
-
 TEST(DomainMap, IsPrintedInTheOrderOfItsFragments) {
   EXPECT_EQ(platform::description(DomainMap()), "[:]");
   EXPECT_EQ(

@@ -74,12 +74,5 @@ TEST(Route, RefusesLengthsThatLie) {
   }
 }
 
-TEST(Route, ReadsThisMachine) {
-  for (const auto& route : Route::readAll()) {
-    EXPECT_TRUE(route.addressLength == 4 || route.addressLength == 16);
-    EXPECT_NE(route.interfaceIndex, 0U);
-  }
-}
-
 }  // namespace
 }  // namespace platform
