@@ -1,9 +1,8 @@
-#include "platform/foundation/StandardOutput.h"
-
 #include <gtest/gtest.h>
 
 #include <csignal>
 
+#include "platform/foundation/StandardOutput.h"
 #include "tests/platform/Pipe.h"
 
 namespace platform {
