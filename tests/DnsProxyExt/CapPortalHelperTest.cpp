@@ -136,12 +136,6 @@ TEST_F(CapPortalHelperTest, LogsWhatEachServerSays) {
                      "Connection refused\"), ip - 127.0.0.1"));
 }
 
-TEST_F(CapPortalHelperTest, AnAddressThatIsNoneStopsNothing) {
-  const auto helper = makeHelper({"portal.example", "", "127.0.0.1"});
-  helper->checkRegistration();
-  EXPECT_TRUE(runUntilReceived(1));
-}
-
 TEST_F(CapPortalHelperTest, TheProviderRegistersByItsFlows) {
   start(R"({"secondDNS": "127.0.0.1"})"_json);
   EXPECT_EQ(provider_->capPortalHelper, nullptr);

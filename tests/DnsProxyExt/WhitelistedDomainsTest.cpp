@@ -29,13 +29,6 @@ TEST(WhitelistedDomains, ReadsServersAndTheirDomains) {
   EXPECT_EQ(policy->dnsServerSettings[1].dnsServerIP, "10.0.0.54:5353");
 }
 
-TEST(WhitelistedDomains, ReadsARefusal) {
-  const auto policy = decode(R"({"status":false,"dnsServerSettings":[]})");
-  ASSERT_TRUE(policy);
-  EXPECT_FALSE(policy->status);
-  EXPECT_THAT(policy->dnsServerSettings, IsEmpty());
-}
-
 TEST(WhitelistedDomains, SaysWhatIsWrong) {
   const struct {
     const char* text;

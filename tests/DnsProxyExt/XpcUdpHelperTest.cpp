@@ -157,15 +157,6 @@ TEST_F(XpcUdpHelperTest, WithoutARelayEverySendIsOneLine) {
   EXPECT_EQ(sent + refused, 10);
 }
 
-TEST_F(XpcUdpHelperTest, SendsNoLineThatIsNoText) {
-  const FakeServer relay(test::stayQuiet);
-  connect(relay);
-  helper_->printLogToFile("a\xFF");
-  helper_->printLogToFile("b");
-  ASSERT_TRUE(runUntil([&] { return !relay.received().empty(); }));
-  EXPECT_THAT(texts(relay), ElementsAre(R"({"cmdType":"printToLog","payload":"b"})"));
-}
-
 TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
   const FakeServer relay(test::stayQuiet);
   for (int i = 0; i < 100; ++i) {
