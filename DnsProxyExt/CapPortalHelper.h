@@ -41,7 +41,7 @@ class CapPortalHelper : public std::enable_shared_from_this<CapPortalHelper> {
   /// Registers at every change of the network from now on, and while there is one, every
   /// `doRegistrationEach` seconds. The provider registers by its flows and does not call this; it
   /// is there for a host that wants registrations while nothing asks.
-  void startConnectivityListener();
+  virtual void startConnectivityListener();
   virtual void startConnectivityListener(ConnectivityDidChange connectivityDidChanged);
   /// Ends the above for good.
   virtual void stopConnectivityListener();

@@ -35,7 +35,22 @@ DNSHostRef DomainMap::server(std::string_view domain) const {
 }
 
 void DomainMap::describe(std::string& out) const {
-  platform::describe(out, std::map<std::string_view, DNSHostRef>(servers_.begin(), servers_.end()));
+  const std::map<std::string_view, DNSHostRef> ordered(servers_.begin(), servers_.end());
+  const std::size_t end = out.size() + kMaxPrinted;
+  out.push_back('[');
+  const char* separator = "";
+  for (const auto& [fragment, server] : ordered) {
+    out.append(separator);
+    if (out.size() > end) {
+      out.append("...");
+      break;
+    }
+    platform::debugDescribe(out, fragment);
+    out.append(": ");
+    platform::debugDescribe(out, server);
+    separator = ", ";
+  }
+  out.append(ordered.empty() ? ":]" : "]");
 }
 
 }  // namespace quillet

@@ -21,6 +21,8 @@ class DomainMap {
   /// server is found for it. Bounds the time of a lookup.
   static constexpr std::size_t kMaxDomainLength = 255;
 
+  static constexpr std::size_t kMaxPrinted = 256UL * 1024;
+
   DomainMap() = default;
   DomainMap(std::initializer_list<std::pair<std::string, DNSHostRef>> entries);
 
@@ -38,7 +40,8 @@ class DomainMap {
   [[nodiscard]] std::size_t size() const { return servers_.size(); }
   [[nodiscard]] bool empty() const { return servers_.empty(); }
 
-  /// In the order of the fragments.
+  /// In the order of the fragments, as many as some `kMaxPrinted` octets hold: one server's text
+  /// may be long, and stand for thousands of them.
   void describe(std::string& out) const;
 
  private:

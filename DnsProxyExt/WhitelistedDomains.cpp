@@ -24,7 +24,7 @@ tl::unexpected<Error> isWrong() {
 template <class T>
 Decoded<const T*> member(const JSONValue& object, const char* key) {
   if (!object.is_object()) {
-    return isWrong();
+    return object.is_null() ? isMissing() : isWrong();
   }
   const auto found = object.find(key);
   if (found == object.end() || found->is_null()) {

@@ -52,10 +52,10 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
                                 std::optional<std::string> request, ResponseCallback respCallback) {
   appToExtDelegate = std::move(appToextDelegate);
   if (connection) {
-    // A replaced association goes away without a word. It has to be told so: a connection that
-    // nobody cancels keeps its socket for ever.
+    // A replaced association goes away without a word, once its sends are told as done. It has to
+    // be told so: a connection that nobody cancels keeps its socket for ever.
     connection->stateUpdateHandler = nullptr;
-    connection->cancel();
+    platform::DispatchQueue::global().async([replaced = connection] { replaced->cancel(); });
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));

@@ -40,29 +40,30 @@ std::size_t announcedLength(unsigned char first) {
   return first >= 0xF0 && first <= 0xF4 ? 4 : 0;
 }
 
+/// How many bytes of the sequence of `length` that `text` announces are there and may stand where
+/// they do; at least 1.
+std::size_t wellFormedPart(std::string_view text, std::size_t length) {
+  Range range = secondByteRange(static_cast<unsigned char>(text.front()));
+  std::size_t part = 1;
+  while (part < std::min(length, text.size())) {
+    const auto byte = static_cast<unsigned char>(text[part]);
+    if (byte < range.low || byte > range.high) {
+      break;
+    }
+    range = {0x80, 0xBF};
+    ++part;
+  }
+  return part;
+}
+
 }  // namespace
 
 std::size_t utf8SequenceLength(std::string_view text) {
   if (text.empty()) {
     return 0;
   }
-  const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t length = announcedLength(first);
-  if (length <= 1) {
-    return length;
-  }
-  if (text.size() < length) {
-    return 0;
-  }
-  Range range = secondByteRange(first);
-  for (std::size_t i = 1; i < length; ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if (byte < range.low || byte > range.high) {
-      return 0;
-    }
-    range = {0x80, 0xBF};
-  }
-  return length;
+  const std::size_t length = announcedLength(static_cast<unsigned char>(text.front()));
+  return length <= 1 || wellFormedPart(text, length) == length ? length : 0;
 }
 
 bool isValidUtf8(std::string_view text) {
@@ -90,13 +91,14 @@ std::string repairedUtf8(std::string_view text) {
   }
   std::string out;
   while (!text.empty()) {
-    const std::size_t length = utf8SequenceLength(text);
-    if (length == 0) {
-      out.append("\xEF\xBF\xBD");
+    const std::size_t length = announcedLength(static_cast<unsigned char>(text.front()));
+    const std::size_t part = wellFormedPart(text, length);
+    if (part == length) {
+      out.append(text.substr(0, part));
     } else {
-      out.append(text.substr(0, length));
+      out.append("\xEF\xBF\xBD");
     }
-    text.remove_prefix(std::max<std::size_t>(length, 1));
+    text.remove_prefix(part);
   }
   return out;
 }

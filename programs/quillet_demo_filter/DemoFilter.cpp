@@ -23,11 +23,12 @@ namespace {
 
 using Service = DemoSocket::Service;
 
-/// The policy that sends the mapped domain to the last socket of queries.
+/// The policy that sends the mapped domain to the last IPv4 socket of queries: a policy has no form
+/// for an IPv6 server.
 std::string policyOf(const std::vector<DemoSocket>& sockets) {
   std::string server;
   for (const auto& [socket, service] : sockets) {
-    if (service == Service::queries) {
+    if (service == Service::queries && !socket.address().isIPv6) {
       server = socket.address().text();
     }
   }

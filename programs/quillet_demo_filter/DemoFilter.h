@@ -13,8 +13,8 @@ namespace quillet {
 
 /// A socket and what it serves.
 struct DemoSocket {
-  /// Queries; requests for the policy, each of which maps a domain to the last socket of queries;
-  /// the registrations of a captive portal, which are queries and answered as such.
+  /// Queries; requests for the policy, each of which maps a domain to the last IPv4 socket of
+  /// queries; the registrations of a captive portal, which are queries and answered as such.
   enum class Service { queries, policy, portal };
 
   DatagramSocket socket;

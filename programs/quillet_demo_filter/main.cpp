@@ -55,8 +55,9 @@ std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
   };
   addAddresses("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
       ->required();
-  addAddresses("--policy", policy,
-               "Answer policy requests here: intranet.example goes to the last --listen address");
+  addAddresses(
+      "--policy", policy,
+      "Answer policy requests here: intranet.example goes to the last IPv4 --listen address");
   addAddresses("--portal", portal, "Answer the registrations of a captive portal here");
   app.add_flag("--quiet", options.isQuiet, "No line for each query");
   app.set_version_flag("--version", std::string(kName) + ' ' + quillet::deployment::kVersion);

@@ -155,6 +155,8 @@ TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStart) {
                   R"(startProxy,options - ttt:Optional(["VendorData": ["allowAll": "true"]]))",
                   R"(opts:["allowAll": "true"])",
                   R"(starting proxy - macos config:["allowAll": "true"])", "started"));
+  runReady();
+  EXPECT_THAT(log_.records(), testing::Contains("*Xpc Udp Data was sent to UDP*").Times(5));
 }
 
 TEST_F(DnsProxyExtTest, SleepsWakesAndStops) {

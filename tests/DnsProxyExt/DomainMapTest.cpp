@@ -42,6 +42,16 @@ TEST(DomainMap, LooksNoLongerThanANameIs) {
   EXPECT_EQ(map.server(std::string(1 << 22, 'a')), nullptr);
 }
 
+TEST(DomainMap, PrintsSoMuchOnly) {
+  const auto server = std::make_shared<Utils::DNSHost>(std::string(30'000, '1'));
+  DomainMap map;
+  EXPECT_EQ(platform::description(map), "[:]");
+  for (int i = 0; i < 5'000; ++i) {
+    map.set(std::to_string(i), server);
+  }
+  EXPECT_LT(platform::description(map).size(), DomainMap::kMaxPrinted + 40'000);
+}
+
 TEST(DomainMap, AgreesWithASearchOfEachFragment) {
   const char* const fragments[] = {"a", "ab", "b.c", "abc", "c.a", "cc", "bca.", "a.b.c"};
   DomainMap map;

@@ -13,7 +13,9 @@ namespace {
 using platform::Data;
 using platform::NWConnection;
 using test::FakeServer;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class PolicyUDPClientTest : public testing::Test {
  protected:
@@ -70,6 +72,16 @@ TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
           tag + " - State: Cancelled," + endpoint + " \n"));
 }
 
+TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
+  connect("127.0.0.1", test::closedPort());
+  ASSERT_TRUE(runUntil([&] { return client_.expired(); }));
+  EXPECT_THAT(told_, ElementsAre("nothing open Optional(POSIXErrorCode(rawValue: 111): "
+                                 "Connection refused)"));
+  EXPECT_THAT(log_.records(), Contains(testing::StartsWith(
+                                  "PolicyUDPClient udp socket error: Optional(POSIXErrorCode"
+                                  "(rawValue: 111): Connection refused),Optional(")));
+}
+
 TEST_F(PolicyUDPClientTest, AnEmptyAnswerIsNone) {
   const FakeServer server([](const Data& /*received*/) { return std::vector<Data>{Data()}; });
   connect("127.0.0.1", server.port());
@@ -86,6 +98,17 @@ TEST_F(PolicyUDPClientTest, ConnectsToNoPortOutsideTheRange) {
   }
   EXPECT_EQ(log_.records().back(), "PolicyUDPClient: no such port: 9223372036854775807");
   EXPECT_EQ(NWConnection::openCount(), 0U);
+}
+
+TEST_F(PolicyUDPClientTest, AnAddressThatIsNoneWaits) {
+  connect("policy.example", 2800);
+  ASSERT_TRUE(runUntil([&] {
+    return log_.records().back() ==
+           "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord";
+  }));
+  EXPECT_THAT(told_, IsEmpty());
+  client_.lock()->connection->cancel();
+  EXPECT_TRUE(runUntil([&] { return client_.expired(); }));
 }
 
 }  // namespace

@@ -47,10 +47,12 @@ TEST(Utf8Test, sequences) {
   }
 }
 
-TEST(Utf8Test, everyStrayByteIsReplaced) {
+// As the Unicode Standard has it, section 3.9: one for each sequence as far as it is well-formed.
+TEST(Utf8Test, whatIsIllFormedIsReplaced) {
   EXPECT_EQ(repairedUtf8("plain \xC3\xA9"), "plain \xC3\xA9");
-  EXPECT_EQ(repairedUtf8("a\xFF\xE2\x82z"),
-            std::string("a") + kReplacement + kReplacement + kReplacement + "z");
+  EXPECT_EQ(repairedUtf8("a\xFF\xE2\x82z"), std::string("a") + kReplacement + kReplacement + "z");
+  EXPECT_EQ(repairedUtf8("\xF0\x80\x80\xF1\x80\x80\xC2"),
+            std::string(kReplacement) + kReplacement + kReplacement + kReplacement + kReplacement);
 }
 
 }  // namespace

@@ -203,6 +203,9 @@ class RelayTest(ProviderTest):
             relay.replies.get_nowait()
             self.assertEqual(proxy.stop(), 0)
             self.assertFalse(any("Received command" in line for line in proxy.output()))
+            self.assertNotEqual(reply.startswith(b"&*"),
+                                any("Received message is no command" in line or line.endswith("] default")
+                                    for line in proxy.output()))
 
     def test_relay_that_is_not_there(self):
         proxy = self.proxy(IDENTITY)
