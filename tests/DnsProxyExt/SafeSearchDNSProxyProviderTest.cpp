@@ -9,7 +9,6 @@ using platform::Data;
 using test::FakeServer;
 using test::query;
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;

@@ -18,7 +18,6 @@ using quillet::test::FakeFlow;
 using quillet::test::FakeServer;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 /// What the owner was told, as one comparable line: `ANSWER@PORT finished|more ERROR`.
 std::string told(const std::optional<Data>& answer, const std::optional<NWHostEndpoint>& endpoint,
@@ -30,7 +29,7 @@ std::string told(const std::optional<Data>& answer, const std::optional<NWHostEn
 
 class DNSSocketClientTest : public testing::Test {
  protected:
-  void connect(std::vector<std::string> texts, const std::string& ip, std::int64_t port) {
+  void connect(const std::vector<std::string>& texts, const std::string& ip, std::int64_t port) {
     std::vector<Data> datagrams;
     std::vector<NWHostEndpoint> endpoints;
     for (const auto& text : texts) {
