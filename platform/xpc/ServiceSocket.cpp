@@ -15,7 +15,6 @@ namespace platform {
 namespace {
 
 constexpr char kUsualDirectory[] = "/run/quillet";
-constexpr int kBacklog = 64;
 constexpr mode_t kForEverybody = 0666;
 
 std::string environment(const char* name) {
@@ -57,7 +56,7 @@ std::optional<std::string> bindReplacing(const FileDescriptor& socket, const soc
     error = bindTo(socket, address);
   }
   if (error == 0 &&
-      (::chmod(address.sun_path, kForEverybody) != 0 || ::listen(socket.get(), kBacklog) != 0)) {
+      (::chmod(address.sun_path, kForEverybody) != 0 || ::listen(socket.get(), SOMAXCONN) != 0)) {
     error = errno;
   }
   return error == 0 ? std::nullopt : std::optional<std::string>(::strerrordesc_np(error));
