@@ -201,7 +201,10 @@ class Relay(Process):
     def children(self):
         """The process ids of its children, zombies included."""
         children = []
-        for task in os.listdir(f"/proc/{self.pid}/task"):
-            with open(f"/proc/{self.pid}/task/{task}/children", encoding="ascii") as file:
-                children += [int(child) for child in file.read().split()]
+        for task in os.scandir(f"/proc/{self.pid}/task"):
+            try:
+                with open(os.path.join(task.path, "children"), encoding="ascii") as file:
+                    children += [int(child) for child in file.read().split()]
+            except FileNotFoundError:
+                pass  # a thread that has ended meanwhile
         return children
