@@ -143,9 +143,9 @@ void AcceptedConnection::deliver() {
   while (!held_.empty() && !receives_.empty()) {
     const auto completion = std::move(receives_.front());
     receives_.pop_front();
-    auto [content, error] = std::move(held_.front());
+    auto received = std::move(held_.front());
     held_.pop_front();
-    runGuarded([&] { completion(std::move(content), !error, error); });
+    runGuarded([&] { completion(std::move(received.content), !received.error, received.error); });
   }
   isDelivering_ = false;
 }

@@ -86,15 +86,17 @@ TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
 }
 
 TEST(SerialQueueTest, MayBeLetGoOfByItsOwnWork) {
+  std::promise<void> isLast;
   std::promise<void> over;
   {
-    auto queue = std::make_unique<DispatchQueue>(DispatchQueue::serial());
-    auto& given = *queue;
-    given.async([queue = std::shared_ptr<DispatchQueue>(std::move(queue)), &over]() mutable {
-      queue.reset();
+    const auto queue = DispatchQueue::serial();
+    queue.async([&, kept = std::make_shared<DispatchQueue>(queue)]() mutable {
+      isLast.get_future().wait();
+      kept.reset();
       over.set_value();
     });
   }
+  isLast.set_value();
   over.get_future().wait();
 }
 
