@@ -2,7 +2,6 @@
 
 #include <DeploymentValues.h>
 
-#include "DnsProxyExt/CommaDelimited.h"
 #include "DnsProxyExt/RelayLog.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/UserDefaults.h"
@@ -13,13 +12,6 @@ using platform::NSLog;
 using platform::UserDefaults;
 
 namespace {
-
-constexpr char kVendorDataOption[] = "VendorData";
-constexpr char kStoredVendorDataKey[] = "mdmConf";
-constexpr char kUserEmailKey[] = "userEmail";
-constexpr char kPolicyPort[] = "2800";
-
-DNSHostRef hostFrom(std::string_view text) { return std::make_shared<Utils::DNSHost>(text); }
 
 std::int64_t nextInstanceNumber() {
   static std::int64_t last = 0;
@@ -60,109 +52,9 @@ void DnsProxyExt::startProxy(std::optional<platform::NEProviderOptions> newOptio
   completion(std::nullopt);
 }
 
-/// False when the options hold no vendor settings, or hold something else than an object under
-/// their name.
-bool DnsProxyExt::takeVendorData() {
-  if (!options) {
-    return false;
-  }
-  const auto found = options->find(kVendorDataOption);
-  if (found == options->end() || !found->second.is_object()) {
-    return false;
-  }
-  vendorData = found->second.get_ref<const platform::JSONObject&>();
-  NSLog("----vendor data----");
-  macOSconfig = MDMConfigurationManager::buildConfDictionary(*vendorData);
-  if (auto* defaults = UserDefaults::suite(kGroupId)) {
-    defaults->setObject(*vendorData, kStoredVendorDataKey);
-  }
-  NSLog("opts: ", *vendorData);
-  logAtRelay("opts:", *vendorData);
-  return true;
-}
+UserDefaults* DnsProxyExt::groupDefaults() { return UserDefaults::suite(kGroupId); }
 
-// The stored settings are shown and not applied: a start without vendor data runs with what it has,
-// so that settings which an administrator took back do not come to life again.
-void DnsProxyExt::logStoredVendorData() const {
-  NSLog("options(vendor data) are nil --> retrieving previous params from local storage");
-  const auto* defaults = UserDefaults::suite(kGroupId);
-  const auto stored =
-      defaults != nullptr ? defaults->dictionaryForKey(kStoredVendorDataKey) : std::nullopt;
-  NSLog("retrieved options: ", stored);
-}
-
-void DnsProxyExt::logUserEmail() const {
-  const auto* defaults = UserDefaults::suite(kGroupId);
-  const auto email = defaults != nullptr ? defaults->stringForKey(kUserEmailKey) : std::nullopt;
-  NSLog("users email from Content Filter:  ", email.value_or(""));
-  if (!email || email->empty()) {
-    return;
-  }
-  if (setting(kUserEmailKey) != nullptr) {
-    NSLog("userEmail is not nil -> using userEmail from vendor");
-  } else {
-    NSLog("userEmail is nil -> using userEmail from local store");
-  }
-}
-
-void DnsProxyExt::initVendorSettings() {
-  shouldAllowAll = !useQuilletDNS();
-  NSLog("initVendorSettings, vendorData: ", vendorData, ", macosConfig: ", macOSconfig);
-  if (vendorData) {
-    initServers();
-    NSLog("initVendorSettings1");
-    initAllowedApps();
-    if (const auto* ips = setting("captivePortalIp"); ips != nullptr && !ips->empty()) {
-      captivePortalIps = parseCommaDelimitedArr(*ips);
-    }
-  }
-  NSLog("shouldAllowAll: ", shouldAllowAll, ", secondDNS = ", secondDNS,
-        ", allowedApps = ", allowedApps, ", captivePortalIps = ", captivePortalIps);
-}
-
-void DnsProxyExt::initServers() {
-  if (const auto* text = setting("secondDNS")) {
-    secondDNS = hostFrom(*text);
-  }
-  if (const auto* text = setting("filteringDNS")) {
-    filteringDNS = hostFrom(*text);
-  }
-  const auto* localNetwork = setting("localNetworkDNS");
-  localNetworkDNS = localNetwork != nullptr ? hostFrom(*localNetwork) : nullptr;
-  const auto* policyServer = setting("policyServer");
-  policyUDPServer = policyServer != nullptr ? hostFrom(*policyServer)
-                                            : host(deployment::kPolicyServer, kPolicyPort);
-}
-
-// "jsonVars" without a list of packages leaves the list as it is, like one that is no object.
-void DnsProxyExt::initAllowedApps() {
-  const auto* packages = setting("allowPackages");
-  const auto packageList =
-      packages != nullptr ? parseCommaDelimitedArr(*packages) : std::vector<std::string>();
-  const auto* jsonVars = setting("jsonVars");
-  if (jsonVars == nullptr || jsonVars->empty()) {
-    allowedApps = packageList;
-    return;
-  }
-  NSLog("initVendorSettings2, jsonVars = ", *jsonVars);
-  const auto json = platform::parseJSON(*jsonVars);
-  if (!json) {
-    allowedApps = packageList;
-    return;
-  }
-  if (!json->is_object()) {
-    return;
-  }
-  NSLog("initVendorSettings3, jsonDict = ", *json);
-  const auto list = json->find("allowPackages");
-  if (list == json->end() || !list->is_array()) {
-    return;
-  }
-  allowedApps.clear();
-  for (const auto& package : *list) {
-    allowedApps.push_back(platform::description(package));
-  }
-}
+UserDefaults* DnsProxyExt::defaults() const { return groupDefaults(); }
 
 void DnsProxyExt::initCapPortalHelper() {
   if (captivePortalIps.empty()) {
@@ -178,13 +70,6 @@ void DnsProxyExt::initLocalUdp() {
   NSLog("initLocalUdp - macos");
   xpcUdpHelper->connectToUDP(shared_from_this(), std::nullopt, std::nullopt, nullptr);
   xpcUdpHelper->proxyStateWasUpdated("started");
-}
-
-bool DnsProxyExt::useQuilletDNS() const {
-  const auto* allowAll = setting("allowAll");
-  const bool result = allowAll == nullptr || *allowAll != "true";
-  NSLog("useQuilletDNS: ", result);
-  return result;
 }
 
 void DnsProxyExt::stopProxy(platform::NEProviderStopReason reason, StopCompletion completion) {
@@ -226,12 +111,7 @@ void DnsProxyExt::cfReceivedNewMessage(const std::string& /*msg*/) {}
 void DnsProxyExt::printToUdpLogs(std::string_view log) const { xpcUdpHelper->printLogToFile(log); }
 
 DNSHostRef DnsProxyExt::host(std::string_view address, std::string_view port) {
-  return hostFrom(std::string(address).append(":").append(port));
-}
-
-const std::string* DnsProxyExt::setting(std::string_view key) const {
-  const auto found = macOSconfig.find(std::string(key));
-  return found == macOSconfig.end() ? nullptr : &found->second;
+  return std::make_shared<Utils::DNSHost>(std::string(address).append(":").append(port));
 }
 
 // A running number in place of the object's address: as good for telling instances apart, and a log

@@ -21,6 +21,7 @@
 #include "DnsProxyExt/XpcUdpHelper.h"
 #include "dns_tools/Message.h"
 #include "platform/dispatch/Timer.h"
+#include "platform/foundation/UserDefaults.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 
 namespace quillet {
@@ -30,8 +31,9 @@ namespace quillet {
 /// back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the domain maps,
-/// Reports.cpp prints what is asked for on the way, RelayLog.h hands lines to the relay service.
+/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the
+/// domain maps, Reports.cpp prints what is asked for on the way, RelayLog.h hands lines to the
+/// relay service.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
 /// excepted.
@@ -48,6 +50,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   using FetchCompletion = std::function<void(bool success)>;
 
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
+  /// The start option that holds the vendor data, an object.
+  static constexpr char kVendorDataOption[] = "VendorData";
   /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200
   /// octets, and a key in a log line of every answer.
   static constexpr std::size_t kMaxReports = 2048;
@@ -62,6 +66,10 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   void stopProxy(platform::NEProviderStopReason reason, StopCompletion completion) override;
   void sleep(StopCompletion completion) override;
   void wake() override;
+  /// The settings kept for the application group, or nullptr without a directory for them.
+  static platform::UserDefaults* groupDefaults();
+  /// Those that this provider keeps its vendor data in.
+  [[nodiscard]] platform::UserDefaults* defaults() const;
   /// Whether the filtering DNS service is to be used: not when "allowAll" is "true".
   [[nodiscard]] bool useQuilletDNS() const;
 
@@ -185,17 +193,18 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   void logAtRelay(const Pieces&... pieces) const;
 
   // Start (DnsProxyExt.cpp).
-  void takeOptions(std::optional<platform::NEProviderOptions> newOptions);
+  void initCapPortalHelper();
+  void initLocalUdp();
+  [[nodiscard]] std::string identity() const;
+
+  // Vendor data (VendorSettings.cpp).
   bool takeVendorData();
   void logStoredVendorData() const;
   void logUserEmail() const;
   void initVendorSettings();
   void initServers();
   void initAllowedApps();
-  void initCapPortalHelper();
-  void initLocalUdp();
   [[nodiscard]] const std::string* setting(std::string_view key) const;
-  [[nodiscard]] std::string identity() const;
 
   // Policy (PolicyFetch.cpp).
   static void logPolicyFetched(bool success);

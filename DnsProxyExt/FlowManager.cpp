@@ -29,11 +29,10 @@ bool isWanted(const ManagedFlow& record, const ReportSettings& settings, double 
 
 bool FlowManager::addFlowIfNew(const std::shared_ptr<NEAppProxyUDPFlow>& flow) {
   NSLog("flows count = ", flows_.size());
-  const auto [record, isNew] = flows_.try_emplace(flow->hash());
-  if (!isNew) {
+  if (flows_.contains(flow->hash())) {
     return true;
   }
-  record->second = std::make_unique<ManagedFlow>(flow);
+  flows_.emplace(flow->hash(), std::make_unique<ManagedFlow>(flow));
   dropBeyondBounds();
   return false;
 }

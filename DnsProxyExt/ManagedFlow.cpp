@@ -13,6 +13,9 @@ namespace {
 // What one octet on the wire takes at most once it is decoded: a question of six octets that points
 // at its name becomes a value of its own with a name of its own.
 constexpr std::size_t kDecodedExpansion = 120;
+// What each datagram takes, an empty one too.
+constexpr std::size_t kEntrySize =
+    sizeof(platform::Data) + sizeof(std::optional<DnsToolsSocket::Message>);
 
 }  // namespace
 
@@ -66,7 +69,7 @@ std::size_t ManagedFlow::cost() const {
   std::size_t octets = 0;
   if (rawReqData) {
     for (const auto& datagram : *rawReqData) {
-      octets += datagram.size() * (1 + kDecodedExpansion);
+      octets += kEntrySize + datagram.size() * (1 + kDecodedExpansion);
     }
   }
   return octets;

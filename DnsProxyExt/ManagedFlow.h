@@ -26,7 +26,7 @@ class ManagedFlow {
   /// Logs the flow's lines of the flow-manager report.
   void printReport(const ReportSettings& settings) const;
 
-  /// Octets held for the flow's queries, decoded messages included, never too low.
+  /// Octets held for the queries of the last read, decoded messages included, never too low.
   [[nodiscard]] std::size_t cost() const;
 
   const std::shared_ptr<platform::NEAppProxyUDPFlow> flow;

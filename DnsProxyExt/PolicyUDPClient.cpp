@@ -71,6 +71,9 @@ void PolicyUDPClient::stateChanged(const NWConnection::State& state) {
 
 void PolicyUDPClient::sendUDPDatagrams(Data datagram) {
   NSLog(logTag, " sendUDP, req to  UDP  ");
+  if (!connection) {
+    return;
+  }
   connection->send(std::move(datagram),
                    [self = shared_from_this(), info = connectionInfo()](
                        const std::optional<NWError>& error) { self->datagramSent(info, error); });
@@ -90,7 +93,9 @@ void PolicyUDPClient::datagramSent(const std::string& info, const std::optional<
 }
 
 void PolicyUDPClient::receiveUDP(NWConnection::ReceiveCompletion completion) {
-  connection->receiveMessage(std::move(completion));
+  if (connection) {
+    connection->receiveMessage(std::move(completion));
+  }
 }
 
 void PolicyUDPClient::received(const std::string& info, std::optional<Data> content,
@@ -103,7 +108,7 @@ void PolicyUDPClient::received(const std::string& info, std::optional<Data> cont
   if (!isComplete || !content) {
     receivedNothing(info, std::move(content), error);
   } else {
-    receivedAnswer(info, *std::move(content));
+    receivedAnswer(info, *std::move(content), error);
   }
 }
 
@@ -118,11 +123,12 @@ void PolicyUDPClient::receivedNothing(const std::string& info, std::optional<Dat
 }
 
 // One request is answered by one datagram, so the first one completes the exchange.
-void PolicyUDPClient::receivedAnswer(const std::string& info, Data content) {
+void PolicyUDPClient::receivedAnswer(const std::string& info, Data content,
+                                     const std::optional<NWError>& error) {
   ++answerCount_;
   NSLog(logTag, " Udp received,", info, ", arr.count = ", answerCount_,
         ", content.count = ", request.size());
-  tell(std::move(content), true, std::nullopt);
+  tell(std::move(content), true, error);
   NSLog(" ", logTag, "self.connection?.cancel(), arr.count = ", answerCount_,
         ", content count = ", request.size(), ", ", info);
   connection->cancel();

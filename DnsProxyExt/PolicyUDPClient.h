@@ -36,9 +36,9 @@ class PolicyUDPClient : public std::enable_shared_from_this<PolicyUDPClient> {
   /// Connects and sends the request as soon as the connection is ready. A port outside 0 to 65535
   /// is one log line and no connection.
   virtual void connectWithUDP(const std::string& ip, std::int64_t port);
-  /// Sends one datagram and arms one receive.
+  /// Sends one datagram and arms one receive. Unconnected, neither.
   virtual void sendUDPDatagrams(platform::Data datagram);
-  /// Takes the next datagram.
+  /// Takes the next datagram. Unconnected, none.
   virtual void receiveUDP(platform::NWConnection::ReceiveCompletion completion);
 
   const platform::Data request;
@@ -63,7 +63,8 @@ class PolicyUDPClient : public std::enable_shared_from_this<PolicyUDPClient> {
                 const std::optional<platform::NWError>& error);
   void receivedNothing(const std::string& info, std::optional<platform::Data> content,
                        const std::optional<platform::NWError>& error);
-  void receivedAnswer(const std::string& info, platform::Data content);
+  void receivedAnswer(const std::string& info, platform::Data content,
+                      const std::optional<platform::NWError>& error);
   void tell(std::optional<platform::Data> content, bool isComplete,
             const std::optional<platform::NWError>& error) const;
   [[nodiscard]] std::string connectionInfo() const;

@@ -58,7 +58,8 @@ void DnsProxyExt::printExtensionSettings() const {
   logAtRelay("options: ", options);
   logAtRelay("macosConfig options: ", macOSconfig);
   logAtRelay("whitelistedApps: ", allowedApps);
-  logAtRelay("localNetworkDNS: ", localNetworkDNS, ", filteringDNS: ", filteringDNS,
+  const auto localNetwork = localNetworkDNS ? std::optional(*localNetworkDNS) : std::nullopt;
+  logAtRelay("localNetworkDNS: ", localNetwork, ", filteringDNS: ", filteringDNS,
              ", secondDNS:", secondDNS);
 }
 

@@ -54,8 +54,7 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
   void sendUDP(platform::Data bytes);
 
   /// Arms one receive. What comes goes to the callback and ends the association; unless it is a
-  /// reply
-  /// ("&*..."), it is obeyed as a command.
+  /// reply ("&*..."), it is obeyed as a command.
   void receiveUDP(ResponseCallback respCallback);
 
   /// Hands a command to the delegate.

@@ -34,7 +34,7 @@ const std::uint16_t* Labels::findOrStore(std::string_view text, NameSuffix& name
     return &entry->offset;
   }
   if (offset < kOffsetLimit) {
-    store(text, name, static_cast<std::uint16_t>(offset));
+    store(keepsTexts_ ? keep(std::string(text)) : text, name, static_cast<std::uint16_t>(offset));
   }
   return nullptr;
 }

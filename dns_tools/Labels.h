@@ -14,14 +14,16 @@ namespace DnsToolsSocket {
 
 /// The compression dictionary of one message: which text was written as a name, or as the rest of
 /// one, at which offset. Texts are told apart character for character.
-///
-/// Texts are borrowed: the records written with a dictionary must outlive it.
 class Labels {
  public:
   /// Offsets from here on do not fit a compression pointer (RFC 1035 section 4.1.4).
   static constexpr std::size_t kOffsetLimit = 0x4000;
 
+  /// Holds a copy of each text.
   Labels() = default;
+  /// Borrows the texts: the records written with it must outlive it.
+  static Labels borrowing() { return Labels(false); }
+
   Labels(const Labels&) = delete;
   Labels& operator=(const Labels&) = delete;
   Labels(Labels&&) = delete;
@@ -47,6 +49,8 @@ class Labels {
 
   [[nodiscard]] const Entry* findAmongFew(std::string_view text) const;
   [[nodiscard]] const Entry* findInSlots(std::string_view text, std::uint32_t hash) const;
+  explicit Labels(bool keepsTexts) : keepsTexts_(keepsTexts) {}
+
   void store(std::string_view text, NameSuffix& name, std::uint16_t offset);
   void moveFewToSlots();
   void doubleSlots();
@@ -57,6 +61,7 @@ class Labels {
   std::array<Entry, 16> few_;
   std::vector<Entry> slots_;
   std::size_t used_ = 0;
+  const bool keepsTexts_ = true;
   std::forward_list<std::string> kept_;
 };
 

@@ -137,7 +137,7 @@ tl::expected<Message, DecodeError> Message::deserializeTCP(DataView bytes) {
 
 tl::expected<Data, EncodeError> Message::serialize() const {
   tl::expected<Data, EncodeError> bytes;
-  Labels labels;
+  Labels labels = Labels::borrowing();
   Writer writer(*bytes, labels);
   writeMessage(*this, writer);
   if (const auto outcome = writer.finish(); !outcome) {

@@ -20,6 +20,7 @@ class NameServerRecord final : public ResourceRecord {
   NameServerRecord(Head&& head, Reader& reader);
 
   [[nodiscard]] std::uint16_t type() const override { return type_; }
+  void setType(std::uint16_t type) { type_ = type; }
   void describe(std::string& out) const override;
   [[nodiscard]] std::unique_ptr<ResourceRecord> clone() const override;
 

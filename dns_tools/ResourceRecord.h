@@ -33,12 +33,15 @@ class ResourceRecord {
   [[nodiscard]] virtual std::uint16_t type() const = 0;
   /// Without its top bit, which is `unique`.
   [[nodiscard]] std::uint16_t internetClass() const { return head_.internetClass; }
+  void setInternetClass(std::uint16_t internetClass) { head_.internetClass = internetClass; }
   [[nodiscard]] bool unique() const { return head_.unique; }
+  void setUnique(bool unique) { head_.unique = unique; }
   /// Seconds.
   [[nodiscard]] std::uint32_t ttl() const { return head_.ttl; }
+  void setTtl(std::uint32_t ttl) { head_.ttl = ttl; }
 
   /// Appends the record's wire form to `onto`, which begins with the message, and extends the
-  /// message's dictionary; the record must outlive that. After a failure both are of no use.
+  /// message's dictionary. After a failure both are of no use.
   tl::expected<void, EncodeError> serialize(platform::Data& onto, Labels& labels) const;
   void write(Writer& writer) const;
 

@@ -23,6 +23,8 @@ namespace {
 
 using OptRef = std::shared_ptr<DNSOPTResourceRecord>;
 
+/// What UDP over IPv4 carries, octets.
+constexpr std::size_t kMaxDatagramSize = 65'507;
 constexpr std::uint16_t kTypeA = 1;
 constexpr std::uint16_t kTypeAaaa = 28;
 constexpr std::uint16_t kTypeHttps = 65;
@@ -63,7 +65,9 @@ Data inject(const Data& datagram, const OptRef& opt) {
   }
   auto& message = DNSParser::checkDnsMessage(*decoder.message);
   message.additionalRecords.assign(1, opt);
-  return DNSMessageEncoder::encode(message);
+  auto injected = DNSMessageEncoder::encode(message);
+  // Written in full, names that were pointers can make a message that no datagram carries.
+  return injected.size() <= kMaxDatagramSize ? injected : datagram;
 }
 
 void logType(std::uint16_t type) {

@@ -24,7 +24,7 @@ class DNSResourceRecord {
   virtual ~DNSResourceRecord() = default;
 
   /// A record of `Kind` filled from a generic one.
-  template <class Kind>
+  template <class Kind = DNSResourceRecord>
   static std::shared_ptr<Kind> fromResource(const DNSResourceRecord& record) {
     auto typed = std::make_shared<Kind>();
     typed->copyFromResource(record);

@@ -36,6 +36,8 @@ class WireWriter {
   /// The most octets that `writeName` makes of a name.
   static std::size_t maxNameSize(std::string_view name) { return name.size() + 2; }
 
+  /// Octets written so far.
+  [[nodiscard]] std::size_t size() const { return used_; }
   /// What was written; the writer is empty after it.
   platform::Data finish();
 

@@ -8,8 +8,4 @@ void DNSAResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
 
 platform::Data DNSAResourceRecord::encodeData() const { return ip ? ip->data() : platform::Data(); }
 
-std::shared_ptr<DNSResourceRecord> DNSAResourceRecord::copy() const {
-  return std::shared_ptr<DNSResourceRecord>(new DNSAResourceRecord(*this));
-}
-
 }  // namespace quillet

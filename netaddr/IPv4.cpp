@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kWidth = 32;
 constexpr std::size_t kOctets = 4;
-constexpr std::size_t kLongestText = std::string_view("255.255.255.255").size();
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -63,15 +62,13 @@ void IPv4::parse(std::string_view address) {
   if (!valid_) {
     fail("Invalid IPv4 Address");
   }
-  // A text too long to be an address is not taken to pieces.
-  while (address.size() <= kLongestText) {
-    const std::size_t dot = address.find('.');
+  std::size_t dot = address.find('.');
+  while (dot != std::string_view::npos) {
     parsedAddress_.emplace_back(address.substr(0, dot));
-    if (dot == std::string_view::npos) {
-      break;
-    }
     address.remove_prefix(dot + 1);
+    dot = address.find('.');
   }
+  parsedAddress_.emplace_back(address);
 }
 
 std::uint64_t IPv4::octet(std::size_t index) const {

@@ -16,7 +16,7 @@ SubnetAddress::SubnetAddress(std::string_view address, int width, int groups)
 bool SubnetAddress::correct() const {
   const bool shortestSubnet =
       subnetMask_ == width_ || parsedSubnet_ == std::string_view(subnet_).substr(1);
-  return valid_ && shortestSubnet && addressWithoutSubnet() == correctForm();
+  return shortestSubnet && addressWithoutSubnet() == correctForm();
 }
 
 void SubnetAddress::fail(std::string error) {

@@ -15,6 +15,7 @@ class Published {
   explicit Published(T value) : value_(std::move(value)) {}
   Published(const Published&) = delete;
   Published& operator=(const Published&) = delete;
+  ~Published() = default;
 
   Published& operator=(T value) {
     value_ = std::move(value);

@@ -1,4 +1,5 @@
-// The map is the one that a reader of its own makes of the same text, and finds a server for each fragment.
+// The map is the one that a reader of its own makes of the same text, and finds a server for each
+// fragment.
 
 #include <cstdint>
 #include <cstdlib>

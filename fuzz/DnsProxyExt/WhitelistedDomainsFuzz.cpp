@@ -1,4 +1,5 @@
-// An answer that was read holds nothing but text, and reads the same from its own members written anew.
+// An answer that was read holds nothing but text, and reads the same from its own members written
+// anew.
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// A command that was read is written as one compact object that reads back as the same. Any text, sent as a
-// payload, comes back whole.
+// A command that was read is written as one compact object that reads back as the same. Any text,
+// sent as a payload, comes back whole.
 
 #include <cstdint>
 #include <cstdlib>

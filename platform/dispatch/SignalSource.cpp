@@ -1,42 +1,68 @@
 #include "platform/dispatch/SignalSource.h"
 
-#include <asio/io_context.hpp>
-#include <asio/signal_set.hpp>
+#include <sys/signalfd.h>
+#include <unistd.h>
 
-#include "platform/dispatch/MainLoop.h"
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+#include "platform/dispatch/WatchedSocket.h"
 
 namespace platform {
 
-struct SignalSource::State : std::enable_shared_from_this<State> {
-  explicit State(std::function<void(int)> signalHandler)
-      : signals(MainLoop::shared().context()), handler(std::move(signalHandler)) {}
+namespace {
 
-  void wait() {
-    signals.async_wait([self = shared_from_this()](const asio::error_code& error, int signal) {
-      if (!error && !self->isOver) {
-        self->wait();
-        self->handler(signal);
-      }
-    });
+FileDescriptor descriptorOf(std::initializer_list<int> signals) {
+  sigset_t set;
+  ::sigemptyset(&set);
+  for (const int signal : signals) {
+    ::sigaddset(&set, signal);
+  }
+  ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
+  FileDescriptor descriptor(::signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
+  if (!descriptor.isOpen()) {
+    throw std::system_error(errno, std::generic_category(), "signalfd");
+  }
+  return descriptor;
+}
+
+}  // namespace
+
+class SignalSource::Descriptor final : public SocketWatcher,
+                                       public std::enable_shared_from_this<Descriptor> {
+ public:
+  Descriptor(FileDescriptor descriptor, std::function<void(int)> handler)
+      : handler_(std::move(handler)) {
+    socket_.open(std::move(descriptor));
+  }
+  virtual ~Descriptor() = default;
+
+  void watch() {
+    if (const auto error = socket_.watch(*this, {true, false})) {
+      throw std::system_error(error, "signalfd");
+    }
+  }
+  void close() { socket_.close(); }
+
+  void socketIsReady(bool /*canRead*/, bool /*canWrite*/) override {
+    const auto self = shared_from_this();
+    signalfd_siginfo info{};
+    if (::read(socket_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
+      handler_(static_cast<int>(info.ssi_signo));
+    }
   }
 
-  asio::signal_set signals;
-  const std::function<void(int)> handler;
-  bool isOver = false;  // a signal may be on its way to us still
+ private:
+  WatchedSocket socket_;
+  const std::function<void(int)> handler_;
 };
 
 SignalSource::SignalSource(std::initializer_list<int> signals, std::function<void(int)> handler)
-    : state_(std::make_shared<State>(std::move(handler))) {
-  for (const int signal : signals) {
-    state_->signals.add(signal);
-  }
-  state_->wait();
+    : descriptor_(std::make_shared<Descriptor>(descriptorOf(signals), std::move(handler))) {
+  descriptor_->watch();
 }
 
-SignalSource::~SignalSource() {
-  state_->isOver = true;
-  asio::error_code ignored;
-  state_->signals.cancel(ignored);
-}
+SignalSource::~SignalSource() { descriptor_->close(); }
 
 }  // namespace platform

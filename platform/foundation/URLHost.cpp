@@ -9,8 +9,15 @@ namespace {
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// RFC 3986 section 3.1.
-bool isScheme(std::string_view text) {
+/// RFC 3986 section 3.1; a reference need not have one (section 4.2).
+bool isSchemeAndColon(std::string_view text) {
+  if (text.empty()) {
+    return true;
+  }
+  if (text.back() != ':') {
+    return false;
+  }
+  text.remove_suffix(1);
   return !text.empty() && isLetter(text.front()) &&
          std::all_of(text.begin(), text.end(), [](char c) {
            return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
@@ -43,11 +50,11 @@ std::string_view hostOfAuthority(std::string_view authority) {
 }  // namespace
 
 std::optional<std::string> urlHost(std::string_view text) {
-  const auto separator = text.find("://");
-  if (separator == std::string_view::npos || !isScheme(text.substr(0, separator))) {
+  const auto slashes = text.find("//");
+  if (slashes == std::string_view::npos || !isSchemeAndColon(text.substr(0, slashes))) {
     return std::nullopt;
   }
-  text.remove_prefix(separator + 3);
+  text.remove_prefix(slashes + 2);
   const auto host = hostOfAuthority(text.substr(0, text.find_first_of("/?#")));
   if (host.empty() || !std::all_of(host.begin(), host.end(), isHostCharacter)) {
     return std::nullopt;

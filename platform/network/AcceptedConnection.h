@@ -43,6 +43,8 @@ class AcceptedConnection final : public NWConnection {
 
   AcceptedConnection(std::shared_ptr<Associations> associations, const SocketAddress& client);
   ~AcceptedConnection() override;
+  AcceptedConnection(const AcceptedConnection&) = delete;
+  AcceptedConnection& operator=(const AcceptedConnection&) = delete;
 
   /// `queue` is the listener's.
   void start(DispatchQueue queue) override;

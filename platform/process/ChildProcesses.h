@@ -40,6 +40,7 @@ class ChildProcesses {
 
  private:
   ChildProcesses();
+  ~ChildProcesses() = default;
 
   [[nodiscard]] bool reapIfEnded(int processId);
 

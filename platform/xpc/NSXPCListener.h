@@ -37,6 +37,8 @@ class NSXPCListener final : private SocketWatcher {
   explicit NSXPCListener(std::string machServiceName);
   /// Ends all connections; waits for calls that are running.
   ~NSXPCListener();
+  NSXPCListener(const NSXPCListener&) = delete;
+  NSXPCListener& operator=(const NSXPCListener&) = delete;
 
   /// Set before `resume`; borrowed weakly.
   std::weak_ptr<NSXPCListenerDelegate> delegate;

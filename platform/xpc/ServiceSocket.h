@@ -26,6 +26,8 @@ class ServiceSocket {
 
   ServiceSocket(ServiceSocket&&) = default;
   ServiceSocket& operator=(ServiceSocket&&) = delete;
+  ServiceSocket(const ServiceSocket&) = delete;
+  ServiceSocket& operator=(const ServiceSocket&) = delete;
   /// Removes the file, unless another has taken its place.
   ~ServiceSocket();
 

@@ -1,13 +1,12 @@
 #include "programs/quillet_dns_proxy/VendorData.h"
 
+#include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/foundation/JSONValue.h"
 #include "platform/foundation/RegularFile.h"
 
 namespace quillet {
 
 namespace {
-
-constexpr char kVendorDataOption[] = "VendorData";
 
 tl::unexpected<std::string> complaint(const std::filesystem::path& file, const std::string& what) {
   return tl::unexpected<std::string>(file.string() + ": " + what);
@@ -32,7 +31,7 @@ tl::expected<std::optional<platform::NEProviderOptions>, std::string> readProvid
     return complaint(*file, "not a JSON object");
   }
   platform::NEProviderOptions options;
-  options.emplace(kVendorDataOption, *std::move(json));
+  options.emplace(DnsProxyExt::kVendorDataOption, *std::move(json));
   return options;
 }
 

@@ -1,6 +1,8 @@
 #include <DeploymentValues.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -29,9 +31,14 @@ std::optional<int> readCommandLine(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (const auto status = readCommandLine(argc, argv)) {
-    return *status;
+  try {
+    if (const auto status = readCommandLine(argc, argv)) {
+      return *status;
+    }
+    platform::startLogging(kName);
+    return QuilletXPCservice::RelayService().run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", kName, error.what());
+    return 1;
   }
-  platform::startLogging(kName);
-  return QuilletXPCservice::RelayService().run();
 }

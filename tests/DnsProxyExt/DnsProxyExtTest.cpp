@@ -7,7 +7,6 @@ namespace {
 using platform::description;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -30,20 +29,20 @@ TEST_F(DnsProxyExtTest, LogsAStartWithoutOptions) {
   start(std::nullopt);
   EXPECT_THAT(
       log_.records(),
-      ElementsAre(StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxyExt: "),
-                  "startProxy,options:nil", "startProxy,options - ttt:nil",
-                  "options(vendor data) are nil --> retrieving previous params from local storage",
-                  "retrieved options: Optional([\"k\": \"v\"])", "initLocalDomainsMap - got map: [:]",
-                  "users email from Content Filter:  u@x.example",
-                  "userEmail is nil -> using userEmail from local store",
-                  "initConfigurationForMacOs, confData = [:]",
-                  "init edns values confData = Optional([:])", "userAuthEnabled = true",
-                  "systemDNSSettings: nil", "useQuilletDNS: true",
-                  "initVendorSettings, vendorData: nil, macosConfig: [:]",
-                  "shouldAllowAll: false, secondDNS = 127.0.0.3:53, allowedApps = [], "
-                  "captivePortalIps = []",
-                  "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
-                  "initLocalUdp - macos"));
+      ElementsAre(
+          StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxyExt: "),
+          "startProxy,options:nil", "startProxy,options - ttt:nil",
+          "options(vendor data) are nil --> retrieving previous params from local storage",
+          "retrieved options: Optional([\"k\": \"v\"])", "initLocalDomainsMap - got map: [:]",
+          "users email from Content Filter:  u@x.example",
+          "userEmail is nil -> using userEmail from local store",
+          "initConfigurationForMacOs, confData = [:]", "init edns values confData = Optional([:])",
+          "userAuthEnabled = true", "systemDNSSettings: nil", "useQuilletDNS: true",
+          "initVendorSettings, vendorData: nil, macosConfig: [:]",
+          "shouldAllowAll: false, secondDNS = 127.0.0.3:53, allowedApps = [], "
+          "captivePortalIps = []",
+          "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
+          "initLocalUdp - macos"));
 }
 
 TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
@@ -59,8 +58,8 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
           StartsWith("DNS Proxy Provider, startProxy, instance id: "),
           "startProxy,options:" + options, "startProxy,options - ttt:" + options,
           "----vendor data----", "key:--allowAll: Optional(\"true\")", "key:n: Optional(1)",
-          "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor), "initLocalDomainsMap - got map: [:]",
-          "users email from Content Filter:  ",
+          "key:userEmail: Optional(\"e\")", "opts: " + std::string(kVendor),
+          "initLocalDomainsMap - got map: [:]", "users email from Content Filter:  ",
           "initConfigurationForMacOs, confData = " + std::string(kConfig),
           "init edns values confData = Optional(" + std::string(kConfig) + ")",
           "userAuthEnabled = true", "conf key = allowAll is not found",
@@ -70,7 +69,7 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
           "initVendorSettings1",
           "shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
           "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
-                  "initLocalUdp - macos"));
+          "initLocalUdp - macos"));
   EXPECT_TRUE(provider_->shouldAllowAll);
   EXPECT_EQ(provider_->localNetworkDNS, nullptr);
   EXPECT_EQ(description(provider_->policyUDPServer), "127.0.0.5:2800");
@@ -118,6 +117,15 @@ TEST_F(DnsProxyExtTest, TakesTheAllowedAppsFromWhereverTheyAre) {
   }
 }
 
+TEST_F(DnsProxyExtTest, LogsTheVariablesOfTheAllowedApps) {
+  start(R"({"jsonVars": "{\"allowPackages\": [\"a\"]}"})"_json);
+  const auto records = log_.records();
+  const auto first = std::find(records.begin(), records.end(), "initVendorSettings1");
+  ASSERT_GE(records.end() - first, 3);
+  EXPECT_EQ(first[1], R"(initVendorSettings2, jsonVars = {"allowPackages": ["a"]})");
+  EXPECT_EQ(first[2], R"(initVendorSettings3, jsonDict = ["allowPackages": ["a"]])");
+}
+
 TEST_F(DnsProxyExtTest, VendorDataThatIsNoMapCountsAsMissing) {
   start(R"({"allowPackages": "x"})"_json);
   log_.clear();
@@ -141,11 +149,12 @@ TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStart) {
   EXPECT_EQ(platform::textOf(relay_.received()[0]),
             R"({"cmdType":"notification","payload":"started"})");
   start(R"({"allowAll": "true"})"_json);
-  EXPECT_THAT(relayed(5),
-              ElementsAre("started",
-                          R"(startProxy,options - ttt:Optional(["VendorData": ["allowAll": "true"]]))",
-                          R"(opts:["allowAll": "true"])",
-                          R"(starting proxy - macos config:["allowAll": "true"])", "started"));
+  EXPECT_THAT(
+      relayed(5),
+      ElementsAre("started",
+                  R"(startProxy,options - ttt:Optional(["VendorData": ["allowAll": "true"]]))",
+                  R"(opts:["allowAll": "true"])",
+                  R"(starting proxy - macos config:["allowAll": "true"])", "started"));
 }
 
 TEST_F(DnsProxyExtTest, SleepsWakesAndStops) {
@@ -156,10 +165,11 @@ TEST_F(DnsProxyExtTest, SleepsWakesAndStops) {
   provider_->wake();
   provider_->stopProxy(platform::NEProviderStopReason::kUserInitiated, [&] { ++completions; });
   EXPECT_EQ(completions, 2);
-  EXPECT_THAT(log_.records(),
-              ElementsAre("sleep proxy", "wake proxy",
-                          testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
-                                                "instance id - <DnsProxyExt: [0-9]+>")));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("sleep proxy", "wake proxy",
+                  testing::MatchesRegex("stopProxy, reason: NEProviderStopReason.rawValue: 1., "
+                                        "instance id - <DnsProxyExt: [0-9]+>")));
   provider_->wake();
   EXPECT_FALSE(provider_->printReportTimer);
   ASSERT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
@@ -178,7 +188,8 @@ TEST_F(DnsProxyExtTest, ObeysACommandOfEachLink) {
       {R"({"cmdType":"command","payload":"bypassAllOn"})", true, "Received command: bypassAllOn"},
       {R"({"cmdType":"command","payload":"BypassAllOff"})", true, "unknown XpcUdp command"},
       {R"({"cmdType":"printToLog","payload":"bypassAllOff"})", true, "default"},
-      {R"({"cmdType":"command","payload":"bypassAllOff"})", false, "Received command: bypassAllOff"},
+      {R"({"cmdType":"command","payload":"bypassAllOff"})", false,
+       "Received command: bypassAllOff"},
   };
   for (const auto& row : rows) {
     relay_.setAnswer([&row](const platform::Data& /*received*/) {

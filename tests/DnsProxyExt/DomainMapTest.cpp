@@ -1,7 +1,6 @@
-#include "DnsProxyExt/DomainMap.h"
-
 #include <gtest/gtest.h>
 
+#include "DnsProxyExt/DomainMap.h"
 #include "platform/foundation/Description.h"
 
 namespace quillet {
@@ -10,8 +9,8 @@ namespace {
 DNSHostRef host(const char* text) { return std::make_shared<Utils::DNSHost>(text); }
 
 TEST(DomainMap, FindsTheMostParticularFragment) {
-  const DomainMap map{{"corp", host("1")}, {"wiki.corp", host("2")}, {"Lab", host("3")},
-                      {"x.org", host("4")}, {"y.org", host("5")}, {"", host("6")}};
+  const DomainMap map{{"corp", host("1")},  {"wiki.corp", host("2")}, {"Lab", host("3")},
+                      {"x.org", host("4")}, {"y.org", host("5")},     {"", host("6")}};
   const struct {
     const char* domain;
     const char* server;
@@ -32,19 +31,6 @@ TEST(DomainMap, FindsTheMostParticularFragment) {
   for (const auto& row : rows) {
     EXPECT_EQ(platform::description(map.server(row.domain)), row.server) << row.domain;
   }
-}
-
-TEST(DomainMap, ALaterServerReplacesAnEarlierOne) {
-  DomainMap map{{"a", host("1")}};
-  map.set("a", host("2"));
-  EXPECT_EQ(map.size(), 1U);
-  EXPECT_EQ(platform::description(map.server("a")), "2:53");
-}
-
-TEST(DomainMap, IsPrintedInTheOrderOfItsFragments) {
-  EXPECT_EQ(platform::description(DomainMap()), "[:]");
-  EXPECT_EQ(platform::description(DomainMap{{"b", host("1")}, {"ab", host("2:54")}, {"", host("")}}),
-            R"(["": :53, "ab": 2:54, "b": 1:53])");
 }
 
 TEST(DomainMap, LooksNoLongerThanANameIs) {

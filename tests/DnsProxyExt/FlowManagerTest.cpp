@@ -36,12 +36,6 @@ class FlowManagerTest : public testing::Test {
   FlowManager manager_;
 };
 
-TEST_F(FlowManagerTest, KnowsAFlowByItsKey) {
-  const auto flow = add(7);
-  EXPECT_TRUE(manager_.addFlowIfNew(flow));
-  EXPECT_THAT(log_.records(), ElementsAre("flows count = 0", "flows count = 1"));
-}
-
 TEST_F(FlowManagerTest, RecordsErrorsAndTheEnd) {
   const auto flow = add(7);
   clock_.advanceSeconds(2.5);

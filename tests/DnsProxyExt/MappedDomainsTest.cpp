@@ -1,7 +1,6 @@
-#include "DnsProxyExt/MappedDomains.h"
-
 #include <gtest/gtest.h>
 
+#include "DnsProxyExt/MappedDomains.h"
 #include "platform/foundation/Description.h"
 
 namespace quillet {
@@ -31,7 +30,10 @@ TEST(MappedDomains, ReadsEntries) {
       {"one character", "[", "[:]"},
       {"one character of several bytes", "😀", "[:]"},
       {"no text", "", "[:]"},
-      {"bytes that are no text", "\xFF" "a:1\xC3", R"(["a": 1:53])"},
+      {"bytes that are no text",
+       "\xFF"
+       "a:1\xC3",
+       R"(["a": 1:53])"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(platform::description(parseMappedDomains(row.text)), row.map) << row.what;

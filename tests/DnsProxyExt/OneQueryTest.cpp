@@ -11,7 +11,7 @@ using test::query;
 class OneQueryTest : public test::ProviderTest {
  protected:
   /// The running number of the provider says nothing here.
-  static std::string withoutInstance(std::string record) {
+  static std::string withoutInstance(const std::string& record) {
     const auto at = record.find("<DnsProxyExt: ");
     return at == std::string::npos ? record : record.substr(0, at) + "*";
   }
@@ -19,6 +19,10 @@ class OneQueryTest : public test::ProviderTest {
 
 constexpr char kQuestions[] =
     "questions: [DnsToolsSocket.Question(name: \"a.\", type: 1, unique: false, internetClass: 1)]";
+
+constexpr char kValues[] =
+    R"(values for inject = ["65001": "org42", "65004": "127.0.0.1", "65006": "Europe/Ljubljana", )"
+    R"("65007": "1", "65015": "1700000000123"])";
 
 std::string request(const std::string& additional) {
   return "DNS Request(id: 4660, authoritativeAnswer: false, truncation: false, recursionDesired: "
@@ -87,9 +91,7 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "getValuesForInject, configuration = Optional([\"organizationId\": \"org42\"])",
       "sendIp = nil",
       "sendTimezone = 0",
-      "values for inject = [\"65001\": \"org42\", \"65004\": \"127.0.0.1\", \"65006\": "
-      "\"Europe/Ljubljana\", "
-      "\"65007\": \"1\", \"65015\": \"1700000000123\"]",
+      kValues,
       "inject value: 65001 : org42 ",
       "inject value: 65004 : 127.0.0.1 ",
       "inject value: 65006 : Europe/Ljubljana ",

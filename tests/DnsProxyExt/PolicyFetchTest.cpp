@@ -109,11 +109,11 @@ TEST_F(PolicyFetchTest, DeclinedFlowsFetchToo) {
   provider_->bypassAll = true;
   EXPECT_FALSE(offer(makeFlow({query("a")})));
   EXPECT_TRUE(provider_->fetchingPolicyIsStarted);
-  EXPECT_THAT(log_.records(),
-              ElementsAre(StartsWith("[DnsProxyExt] handleNewUDPFlow, instance id - "),
-                          "bypassAll = true", "startFetchingPolicy", "fetchPolicy",
-                          "init new PolicyUDPClient",
-                          "PolicyUDPClient: Connecting to  udp, flowHash "));
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre(StartsWith("[DnsProxyExt] handleNewUDPFlow, instance id - "), "bypassAll = true",
+                  "startFetchingPolicy", "fetchPolicy", "init new PolicyUDPClient",
+                  "PolicyUDPClient: Connecting to  udp, flowHash "));
 }
 
 TEST_F(PolicyFetchTest, TheDelayedFetchDoesNotKeepTheProvider) {
@@ -141,9 +141,9 @@ TEST_F(PolicyFetchTest, AFetchWithoutAskerOrServerSendsNothing) {
   provider_->fetchPolicy(keep);
   EXPECT_THAT(done, ElementsAre(false, false, false));
   EXPECT_THAT(log_.records(),
-              ElementsAre("fetchPolicy", "fetchPolicy: policyUDPServer - orgId = nil", "fetchPolicy",
-                          "fetchPolicy: policyUDPServer - orgId = nil", "fetchPolicy",
-                          "fetchPolicy: policyUDPServer - nil"));
+              ElementsAre("fetchPolicy", "fetchPolicy: policyUDPServer - orgId = nil",
+                          "fetchPolicy", "fetchPolicy: policyUDPServer - orgId = nil",
+                          "fetchPolicy", "fetchPolicy: policyUDPServer - nil"));
   runReady();
   EXPECT_THAT(policy_.received(), IsEmpty());
 }
@@ -188,7 +188,8 @@ TEST_F(PolicyFetchTest, TakesAPolicyOrLeavesTheOldOne) {
        decodeError + "The data couldn’t be read because it isn’t in the correct format., "},
       {"half a policy",
        R"({"status": true, "dnsServerSettings": [{"assignedDomains": ["x"], "dnsServerIP": "1"}, 5]})",
-       kPolicyMap, decodeError + "The data couldn’t be read because it isn’t in the correct format., "},
+       kPolicyMap,
+       decodeError + "The data couldn’t be read because it isn’t in the correct format., "},
       {"a port out of range",
        R"({"status": true, "dnsServerSettings": [{"assignedDomains": ["x"], "dnsServerIP": "1:70000"}]})",
        R"(["x": 1:70000])", R"( WhitelistedDomains updated: ["x": 1:70000])"},
@@ -246,7 +247,8 @@ TEST_F(PolicyFetchTest, TheSettingsMapLocalDomainsAtEveryStart) {
   const auto opts = std::find_if(log_.records().begin(), log_.records().end(),
                                  [](const auto& record) { return record.starts_with("opts: "); });
   ASSERT_LT(opts + 1, log_.records().end());
-  EXPECT_EQ(opts[1], R"(initLocalDomainsMap - got map: ["corp": 10.1.1.1:53, "lab": 10.1.1.2:5300])");
+  EXPECT_EQ(opts[1],
+            R"(initLocalDomainsMap - got map: ["corp": 10.1.1.1:53, "lab": 10.1.1.2:5300])");
   start(R"({"secondDNS": "10.0.0.1"})"_json);
   EXPECT_THAT(provider_->localDomainsMap, IsEmpty());
 }

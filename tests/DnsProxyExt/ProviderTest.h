@@ -20,7 +20,8 @@
 
 namespace quillet::test {
 
-/// A started provider with a clock that stands still, and with user defaults and a relay service of its own.
+/// A started provider with a clock that stands still, and with user defaults and a relay service of
+/// its own.
 class ProviderTest : public testing::Test {
  protected:
   using Data = platform::Data;
@@ -79,7 +80,8 @@ class ProviderTest : public testing::Test {
   }
   static void runReady() { platform::MainLoop::shared().runReady(); }
 
-  /// The payloads of the commands that the relay service has received so far, once there are `count`.
+  /// The payloads of the commands that the relay service has received so far, once there are
+  /// `count`.
   std::vector<std::string> relayed(std::size_t count) {
     EXPECT_TRUE(runUntil([&] { return relay_.received().size() >= count; }));
     std::vector<std::string> payloads;

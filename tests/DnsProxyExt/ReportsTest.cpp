@@ -51,13 +51,18 @@ TEST_F(ReportsTest, PrintsTheSettings) {
                           "macosConfig options: [\"allowPackages\": \"a,b\"]",
                           "whitelistedApps: [\"a\", \"b\"]", "systemDnsSettings: nil"));
   const auto atRelay = relayed(11);
-  EXPECT_THAT(std::vector(atRelay.end() - 6, atRelay.end()),
-              ElementsAre("systemDnsSettings: nil",
-                          "vendorData: Optional([\"allowPackages\": \"a,b\"])",
-                          "options: Optional([\"VendorData\": [\"allowPackages\": \"a,b\"]])",
-                          "macosConfig options: [\"allowPackages\": \"a,b\"]",
-                          "whitelistedApps: [\"a\", \"b\"]",
-                          "localNetworkDNS: nil, filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53"));
+  EXPECT_THAT(
+      std::vector(atRelay.end() - 6, atRelay.end()),
+      ElementsAre("systemDnsSettings: nil", "vendorData: Optional([\"allowPackages\": \"a,b\"])",
+                  "options: Optional([\"VendorData\": [\"allowPackages\": \"a,b\"]])",
+                  "macosConfig options: [\"allowPackages\": \"a,b\"]",
+                  "whitelistedApps: [\"a\", \"b\"]",
+                  "localNetworkDNS: nil, filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53"));
+  provider_->localNetworkDNS = std::make_shared<Utils::DNSHost>("10.0.0.3:53");
+  provider_->printExtensionSettings();
+  EXPECT_EQ(
+      relayed(17).back(),
+      "localNetworkDNS: Optional(10.0.0.3:53), filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53");
 }
 
 }  // namespace

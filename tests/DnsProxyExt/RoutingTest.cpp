@@ -15,7 +15,9 @@ using testing::SizeIs;
 /// Sends the query back as its own answer, so that a test sees which server answered.
 std::vector<Data> echo(const Data& received) {
   auto answer = received;
-  answer[2] |= 0x80;
+  if (answer.size() > 2) {
+    answer[2] |= 0x80;
+  }
   return {answer};
 }
 
@@ -170,12 +172,6 @@ TEST_F(RoutingTest, ForwardsWhatItCannotDecodeUnchanged) {
     EXPECT_THAT(log_.records(),
                 Contains("connect to DNS using Quillet DNS (" + filtering_.text() + ", q: nil"));
   }
-}
-
-TEST_F(RoutingTest, AMessageWithoutAQuestionHasNoDomain) {
-  serve(makeFlow({hex("12 34 01 00 00 00 00 00 00 00 00 00")}));
-  EXPECT_THAT(log_.records(),
-              Contains("connect to DNS using Quillet DNS (" + filtering_.text() + ", q: nil"));
 }
 
 TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {

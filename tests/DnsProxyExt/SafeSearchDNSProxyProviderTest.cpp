@@ -1,5 +1,4 @@
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
-
 #include "tests/DnsProxyExt/ProviderTest.h"
 #include "tests/support/NetworkNamespace.h"
 
@@ -20,6 +19,7 @@ class SafeSearchDNSProxyProviderTest : public test::ProviderTest {
  protected:
   SafeSearchDNSProxyProviderTest() {
     const auto port = provider_->xpcUdpHelper->relayPort;
+    provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
     provider_ = std::make_shared<SafeSearchDNSProxyProvider>();
     provider_->xpcUdpHelper->relayPort = port;
   }
@@ -35,12 +35,15 @@ class SafeSearchDNSProxyProviderTest : public test::ProviderTest {
 };
 
 TEST_F(SafeSearchDNSProxyProviderTest, SendsEveryQueryUnchangedToTheStandardPort) {
-  const FakeServer filtering([](const Data& received) {
-    auto answer = received;
-    answer[2] |= 0x80;
-    return std::vector<Data>{answer};
-  }, "127.0.0.2", 53);
-  start(R"({"organizationId": "org42", "allowPackages": "app", "mappedDomains": "[corp:127.0.0.1:9]"})"_json);
+  const FakeServer filtering(
+      [](const Data& received) {
+        auto answer = received;
+        answer[2] |= 0x80;
+        return std::vector<Data>{answer};
+      },
+      "127.0.0.2", 53);
+  start(
+      R"({"organizationId": "org42", "allowPackages": "app", "mappedDomains": "[corp:127.0.0.1:9]"})"_json);
   runReady();
   log_.clear();
   for (const char* app : {"com.example.app", "com.apple.nsupdate", "other"}) {
@@ -55,7 +58,8 @@ TEST_F(SafeSearchDNSProxyProviderTest, SendsEveryQueryUnchangedToTheStandardPort
   EXPECT_THAT(log_.records(), Not(Contains(StartsWith("connect to "))));
   EXPECT_THAT(log_.records(), Not(Contains(StartsWith("values for inject"))));
   EXPECT_THAT(log_.records(), Not(Contains("startFetchingPolicy")));
-  EXPECT_THAT(log_.records(), Contains(testing::HasSubstr("dnsServer:Optional(\"127.0.0.2\")")).Times(3));
+  EXPECT_THAT(log_.records(),
+              Contains(testing::HasSubstr("dnsServer:Optional(\"127.0.0.2\")")).Times(3));
 }
 
 TEST_F(SafeSearchDNSProxyProviderTest, LogsAnAnswerWithoutBytesAndWritesNothing) {

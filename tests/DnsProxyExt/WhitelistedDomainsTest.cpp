@@ -1,7 +1,7 @@
-#include "DnsProxyExt/WhitelistedDomains.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "DnsProxyExt/WhitelistedDomains.h"
 
 namespace quillet {
 namespace {
@@ -27,13 +27,6 @@ TEST(WhitelistedDomains, ReadsServersAndTheirDomains) {
   EXPECT_EQ(policy->dnsServerSettings[0].dnsServerIP, "10.0.0.53");
   EXPECT_THAT(policy->dnsServerSettings[1].assignedDomains, IsEmpty());
   EXPECT_EQ(policy->dnsServerSettings[1].dnsServerIP, "10.0.0.54:5353");
-}
-
-TEST(WhitelistedDomains, ReadsARefusal) {
-  const auto policy = decode(R"({"status":false,"dnsServerSettings":[]})");
-  ASSERT_TRUE(policy);
-  EXPECT_FALSE(policy->status);
-  EXPECT_THAT(policy->dnsServerSettings, IsEmpty());
 }
 
 TEST(WhitelistedDomains, SaysWhatIsWrong) {

@@ -1,7 +1,7 @@
-#include "DnsProxyExt/XpcUdpCommandParser.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "DnsProxyExt/XpcUdpCommandParser.h"
 
 namespace quillet {
 namespace {
@@ -25,8 +25,7 @@ TEST(XpcUdpCommandParser, WritesExactBytesAndReadsThemBack) {
       {CmdType::printToLog, "", R"({"cmdType":"printToLog","payload":""})"},
       {CmdType::printToLog, R"(say "no"\)", R"({"cmdType":"printToLog","payload":"say \"no\"\\"})"},
       {CmdType::printToLog, "a/b", R"({"cmdType":"printToLog","payload":"a\/b"})"},
-      {CmdType::printToLog, "\b\f\n\r\t",
-       R"({"cmdType":"printToLog","payload":"\b\f\n\r\t"})"},
+      {CmdType::printToLog, "\b\f\n\r\t", R"({"cmdType":"printToLog","payload":"\b\f\n\r\t"})"},
       {CmdType::printToLog, std::string("\0\x01\x1b\x1f\x7f", 5),
        "{\"cmdType\":\"printToLog\",\"payload\":\"\\u0000\\u0001\\u001b\\u001f\x7f\"}"},
       {CmdType::printToLog, "čšž €😀", R"({"cmdType":"printToLog","payload":"čšž €😀"})"},

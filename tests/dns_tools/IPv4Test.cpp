@@ -32,29 +32,12 @@ TEST(IPv4, BytesAndTextStandForEachOther) {
   }
 }
 
-TEST(IPv4, TakesItsOwnNumberOfOctetsOnly) {
-  for (std::size_t size = 0; size <= 20; ++size) {
-    EXPECT_EQ(IPv4::networkBytes(Data(size)).has_value(), size == 4) << size;
-  }
-}
-
 TEST(IPv4, RefusesOtherTexts) {
   for (const auto* text :
        {"", "1.2.3", "1.2.3.4.5", "1.2.3.256", "01.2.3.4", " 1.2.3.4", "1.2.3.4 ", "::1", "a"}) {
     EXPECT_FALSE(IPv4::fromPresentation(text)) << text;
   }
   EXPECT_FALSE(IPv4::fromPresentation(std::string_view("1.2.3.4\0", 8)));
-}
-
-TEST(IPv4, IsMadeOfAnIntegerFirstOctetOnTop) {
-  EXPECT_EQ(IPv4(0x01020304).presentation(), "1.2.3.4");
-}
-
-TEST(IPv4, IsPrintedAsInetNtopWritesIt) {
-  for (std::uint32_t octet = 0; octet < 256; ++octet) {
-    const IPv4 ip(octet << 24 | (255 - octet) << 16 | (octet ^ 0x55) << 8 | (octet * 7 & 0xFF));
-    EXPECT_EQ(platform::description(ip), ip.presentation());
-  }
 }
 
 }  // namespace

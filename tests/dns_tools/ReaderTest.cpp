@@ -108,19 +108,6 @@ TEST(Reader, FollowsChainsOfPointersToTheirEnd) {
   EXPECT_EQ(name.position, bytes.size());
 }
 
-TEST(Reader, ReadsNamesOfAnyLength) {
-  for (const std::size_t labels : {63U, 64U, 65U, 127U, 128U, 5000U}) {
-    Data bytes;
-    std::string text;
-    for (std::size_t i = 0; i < labels; ++i) {
-      bytes.insert(bytes.end(), {3, 'a', 'b', 'c'});
-      text.append("abc.");
-    }
-    bytes.push_back(0);
-    EXPECT_EQ(readNameAt(bytes, 0).text, text);
-  }
-}
-
 TEST(Reader, KeepsTheFirstFailureAndStaysAtTheEnd) {
   const auto bytes = hex("00 01 02");
   Reader reader(bytes);

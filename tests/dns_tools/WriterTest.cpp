@@ -66,44 +66,6 @@ TEST(Writer, PointsNoFurtherThanAPointerReaches) {
   EXPECT_EQ(written({"a.", "a."}, 0x4000), hex("01 61 00 01 61 00"));
 }
 
-TEST(Writer, FindsEachOfManyNames) {
-  constexpr std::size_t kNames = 1500;
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < kNames; ++i) {
-    names.push_back(std::to_string(10000 + i).append(".x."));
-  }
-  auto all = names;
-  all.insert(all.end(), names.begin(), names.end());
-  // Each name once, its ".x" as a pointer from the second on; then a pointer to each.
-  Data expected = hex("05 3130303030 01 78 00");
-  std::vector<std::size_t> offsets{0};
-  for (std::size_t i = 1; i < kNames; ++i) {
-    offsets.push_back(expected.size());
-    expected.push_back(5);
-    expected.insert(expected.end(), names[i].begin(), names[i].begin() + 5);
-    expected.insert(expected.end(), {0xC0, 6});
-  }
-  for (const auto offset : offsets) {
-    expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
-    expected.push_back(static_cast<std::uint8_t>(offset));
-  }
-  EXPECT_EQ(written(all), expected);
-}
-
-TEST(Writer, TakesLabelsOfUpTo255Octets) {
-  const auto bytes = written({std::string(255, 'a') + "."});
-  EXPECT_EQ(bytes.size(), 257U);
-  EXPECT_EQ(bytes.front(), 255);
-
-  Data onto;
-  Labels labels;
-  Writer writer(onto, labels);
-  const std::string name = "b." + std::string(256, 'a');
-  writer.writeName(name);
-  ASSERT_TRUE(writer.failed());
-  EXPECT_EQ(writer.finish().error(), EncodeError::labelTooLong);
-}
-
 TEST(Writer, FillsInTheLengthOfData) {
   for (const std::size_t size : {0U, 1U, 255U, 256U, 65535U}) {
     Data onto;
@@ -123,15 +85,6 @@ TEST(Writer, FillsInTheLengthOfData) {
   writer.writeBytes(Data(65536));
   writer.endData(begin);
   EXPECT_EQ(writer.finish().error(), EncodeError::dataTooLong);
-}
-
-TEST(Writer, WritesIntegersBigEndianBehindWhatIsThere) {
-  Data onto{0xAA};
-  Labels labels;
-  Writer writer(onto, labels);
-  writer.writeIntegers(std::uint8_t{1}, std::uint16_t{0x0203}, std::uint32_t{0x04050607});
-  ASSERT_TRUE(writer.finish());
-  EXPECT_EQ(onto, hex("AA 01 0203 04050607"));
 }
 
 }  // namespace

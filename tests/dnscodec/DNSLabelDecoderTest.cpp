@@ -94,18 +94,6 @@ TEST(DNSLabelDecoder, Fails) {
   }
 }
 
-TEST(DNSLabelDecoder, TakesLabelsOfUpTo191Octets) {
-  for (std::size_t length = 1; length <= 191; ++length) {
-    Data buffer{static_cast<std::uint8_t>(length)};
-    buffer.resize(1 + length, 'x');
-    buffer.push_back(0);
-    DNSLabelDecoder decoder;
-    std::uint32_t offset = 0;
-    decoder.decodeLabelInBuffer(buffer, offset);
-    EXPECT_EQ(decoder.name, std::string(length, 'x'));
-  }
-}
-
 TEST(DNSLabelDecoder, PointersHaveFourteenBits) {
   struct PointerRow {
     const char* pointer;

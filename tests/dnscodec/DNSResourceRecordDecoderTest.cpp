@@ -38,23 +38,6 @@ TEST(DNSResourceRecordDecoder, TakesRecordsWithoutData) {
   EXPECT_EQ(record->encode(), bytes);
 }
 
-TEST(DNSResourceRecordDecoder, ReadsEveryTypeAsAPlainRecord) {
-  const auto record = decoded(hex("00 0029 1000 00008000 0000"));
-  ASSERT_TRUE(record);
-  EXPECT_EQ(record->type, DNSOPTResourceRecord::kType);
-  EXPECT_EQ(std::dynamic_pointer_cast<DNSOPTResourceRecord>(record), nullptr);
-}
-
-TEST(DNSResourceRecordDecoder, FailsWhereverItIsCut) {
-  const auto bytes = hex("01 61 00 0001 0001 00000000 0004 01020304");
-  const platform::DataView whole(bytes);
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_FALSE(decoded(whole.first(size))) << size;
-  }
-  EXPECT_FALSE(decoded(whole, static_cast<std::uint32_t>(bytes.size())));
-  EXPECT_FALSE(decoded(whole, static_cast<std::uint32_t>(bytes.size() + 1)));
-}
-
 }  // namespace
 
 }  // namespace quillet

@@ -93,28 +93,6 @@ TEST(BigIntGmpTest, FourOperationsAgree) {
   }
 }
 
-TEST(BigIntGmpTest, BitsAndComparisonsAgree) {
-  Operands operands;
-  Mpz result;
-  for (int i = 0; i < 5000; ++i) {
-    const BigInt a = operands.next();
-    const BigInt b = operands.next();
-    const Mpz x(a);
-    const Mpz y(b);
-    mpz_and(result.get(), x.get(), y.get());
-    ASSERT_TRUE(same(a.bitAnd(b), result)) << i;
-    mpz_ior(result.get(), x.get(), y.get());
-    ASSERT_TRUE(same(a.bitOr(b), result)) << i;
-    mpz_xor(result.get(), x.get(), y.get());
-    ASSERT_TRUE(same(a.xOr(b), result)) << i;
-    const int amount = i % 2300;
-    mpz_fdiv_q_2exp(result.get(), x.get(), static_cast<mp_bitcnt_t>(amount));
-    ASSERT_TRUE(same(a.shiftRight(amount), result)) << i;
-    ASSERT_EQ(a.lessThan(b), mpz_cmp(x.get(), y.get()) < 0) << i;
-    ASSERT_EQ(a.equals(b), mpz_cmp(x.get(), y.get()) == 0) << i;
-  }
-}
-
 TEST(BigIntGmpTest, RootsDivisorsAndSymbolsAgree) {
   Operands operands;
   Mpz result;

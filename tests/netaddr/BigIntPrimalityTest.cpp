@@ -75,30 +75,6 @@ TEST(BigIntPrimalityTest, SeesThroughPseudoprimes) {
   EXPECT_FALSE(highest().isProbablePrime());
 }
 
-// The first strong Lucas pseudoprimes for these parameters; no other composite below 25199 passes.
-TEST(BigIntPrimalityTest, StrongLucasTestIsFooledByItsOwnPseudoprimesOnly) {
-  const std::vector<bool> prime = sievedPrimes();
-  std::vector<int> fooled;
-  for (int n = 0; n < kSieved; ++n) {
-    if (!prime[static_cast<std::size_t>(n)] && BigInt::lucasStrongTest(BigInt(n))) {
-      fooled.push_back(n);
-    }
-  }
-  EXPECT_EQ(fooled, (std::vector<int>{5459, 5777, 10877, 16109, 18971}));
-  EXPECT_FALSE(BigInt::lucasStrongTest(BigInt(1999 * 1999)));
-}
-
-TEST(BigIntPrimalityTest, GeneratesPrimesOfTheLengthAsked) {
-  for (const int bits : {2, 3, 16, 64, 256}) {
-    const BigInt prime = BigInt::generatePseudoPrimeWithBits(bits, 10);
-    EXPECT_EQ(prime.bitCount(), bits);
-    EXPECT_TRUE(prime.isProbablePrime());
-  }
-  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(1, 10), BigInt());
-  EXPECT_EQ(thrownBy([] { (void)BigInt::generatePseudoPrimeWithBits(2240, 1); }),
-            "ArithmeticException: Number of required bits > maxLength.");
-}
-
 TEST(BigIntPrimalityTest, SymbolsAndSequencesRefuseTheEven) {
   EXPECT_EQ(thrownBy([] { (void)BigInt::jacobi(BigInt(3), BigInt(4)); }),
             "ArgumentException: Jacobi defined only for odd integers.");
@@ -108,21 +84,6 @@ TEST(BigIntPrimalityTest, SymbolsAndSequencesRefuseTheEven) {
               (void)BigInt::lucasSequence(BigInt(1), BigInt(-1), BigInt(4), BigInt(7), BigInt(), 0);
             }),
             "ArgumentException: Argument k must be odd.");
-}
-
-TEST(BigIntPrimalityTest, LucasSequenceGivesFibonacciNumbers) {
-  const BigInt n("1000000000000000000000", 10);
-  const BigInt constant = BigInt(1).shiftLeft(192).divide(n);
-  // F(12) = F(3 * 2^2) and L(12).
-  const auto terms = BigInt::lucasSequence(BigInt(1), BigInt(-1), BigInt(3), n, constant, 2);
-  EXPECT_EQ(terms.u, BigInt(144));
-  EXPECT_EQ(terms.v, BigInt(322));
-  EXPECT_EQ(terms.qPower, BigInt(1));
-  const auto same =
-      BigInt::lucasSequence(BigInt(1), BigInt(-1), BigInt(-3), n.negate(), BigInt(3), 2);
-  EXPECT_EQ(same.u, terms.u);
-  EXPECT_EQ(BigInt::lucasSequence(BigInt(1), BigInt(1), BigInt(1), BigInt(), BigInt(), -5).u,
-            BigInt());
 }
 
 }  // namespace

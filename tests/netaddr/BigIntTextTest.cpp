@@ -56,16 +56,6 @@ TEST(BigIntTextTest, RefusesWhatDoesNotFit) {
   }
 }
 
-TEST(BigIntTextTest, TakesAnyRadixAtItsWord) {
-  EXPECT_EQ(BigInt("z1", 100), BigInt(3501));
-  EXPECT_EQ(BigInt("10", 2147483647), BigInt(2147483647));
-  EXPECT_EQ(BigInt("00", 1), BigInt());
-  for (const int radix : {1, 0, -1, -16}) {
-    EXPECT_EQ(thrownByText("1", radix), kInvalid);
-  }
-  EXPECT_EQ(thrownByText("0", 0), kInvalid);
-}
-
 TEST(BigIntTextTest, WritesRadixesFrom2To36) {
   constexpr auto badRadix = "ArgumentException: Radix must be >= 2 and <= 36";
   for (const int radix : {-1, 0, 1, 37, 1000}) {

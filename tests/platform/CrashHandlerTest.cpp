@@ -61,25 +61,6 @@ TEST_F(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
   }
 }
 
-TEST_F(CrashHandlerTest, aFaultOfTheProcessor) {
-  EXPECT_EXIT(
-      {
-        holdBackOneRecord();
-        volatile char* const nowhere = nullptr;
-        *nowhere = 1;
-      },
-      testing::KilledBySignal(SIGSEGV), kLastLine);
-}
-
-TEST_F(CrashHandlerTest, abort) {
-  EXPECT_EXIT(
-      {
-        holdBackOneRecord();
-        std::abort();
-      },
-      testing::KilledBySignal(SIGABRT), kLastLine);
-}
-
 TEST_F(CrashHandlerTest, aStackOverflow) {
   EXPECT_EXIT(
       {

@@ -19,16 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(DescriptionTest, numbersAndTruth) {
-  EXPECT_EQ(description(0), "0");
-  EXPECT_EQ(description(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
-  EXPECT_EQ(description(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
-  EXPECT_EQ(description(std::uint8_t{65}), "65");
-  EXPECT_EQ(description('A'), "A");
-  EXPECT_EQ(description(true), "true");
-  EXPECT_EQ(description(std::vector{false, true}), "[false, true]");
-}
-
 TEST(DescriptionTest, fractions) {
   const struct {
     double value;
@@ -85,14 +75,6 @@ TEST(DescriptionTest, containers) {
 struct Server {
   void describe(std::string& out) const { out.append("10.0.0.1:53"); }
 };
-
-TEST(DescriptionTest, typesWithAFormOfTheirOwn) {
-  EXPECT_EQ(description(Server{}), "10.0.0.1:53");
-  EXPECT_EQ(description(std::map<std::string, std::shared_ptr<Server>>{
-                {"a", std::make_shared<Server>()}, {"b", nullptr}}),
-            R"(["a": 10.0.0.1:53, "b": nil])");
-  EXPECT_EQ(description(std::optional(Error("refused"))), "Optional(refused)");
-}
 
 }  // namespace
 }  // namespace platform

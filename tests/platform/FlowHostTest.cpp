@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -136,42 +135,6 @@ TEST_F(FlowHostTest, OffersWhatOneClientHasSentAsOneFlow) {
   EXPECT_THAT(read(flow), IsEmpty());
 }
 
-TEST_F(FlowHostTest, TellsOfEachFlow) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("a", bound());
-  client.send("b", bound());
-  const auto first = offered(0);
-  client.send("c", bound());
-  const auto second = offered(1);
-  EXPECT_GT(first->hash(), 0);
-  EXPECT_EQ(second->hash(), first->hash() + 1);
-  EXPECT_EQ(first->metaData().sourceAppSigningIdentifier, "com.example.app");
-  EXPECT_FALSE(first->isBound());
-  EXPECT_EQ(first->networkInterface(), std::nullopt);
-  const NWHostEndpoint local{"127.0.0.1", std::to_string(client.port())};
-  EXPECT_EQ(first->localEndpoint(), local);
-  EXPECT_EQ(first->remoteHostname(), "127.0.0.1");
-  const auto ends = description(local) + " -> 127.0.0.1:" + std::to_string(bound().port());
-  EXPECT_EQ(first->debugDescription(), "<NEAppProxyUDPFlow: " + std::to_string(first->hash()) +
-                                           ", " + ends + ", 2 datagrams>");
-  read(first);
-  EXPECT_THAT(first->debugDescription(), testing::EndsWith(", 2 datagrams>"));
-}
-
-TEST_F(FlowHostTest, OpensWithoutAnErrorLater) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("a", bound());
-  const auto flow = offered(0);
-  std::optional<bool> hasError;
-  flow->openWithLocalEndpoint(NWHostEndpoint{"1.2.3.4", "81"},
-                              [&](const auto& error) { hasError = error.has_value(); });
-  EXPECT_EQ(hasError, std::nullopt);
-  runReady();
-  EXPECT_EQ(hasError, false);
-}
-
 // A connected client takes nothing from an address other than the one it has asked.
 TEST_F(FlowHostTest, AnswersLeaveFromTheAddressThatWasAsked) {
   const struct {
@@ -222,42 +185,6 @@ TEST_F(FlowHostTest, OneClientThatAsksTwoAddressesMakesTwoFlows) {
   const auto second = client.receive().value();
   EXPECT_EQ(second.text, "to a");
   EXPECT_EQ(second.from.host(), "127.0.0.2");
-}
-
-TEST_F(FlowHostTest, ServesManyAddressesAtOnce) {
-  start({"127.0.0.1", "0.0.0.0", "::", "127.0.0.2"});
-  const UDPSocket client4;
-  const UDPSocket client6("::1");
-  for (std::size_t index = 0; index < 4; ++index) {
-    auto asked = bound(index);
-    const bool isIPv6 = asked.isIPv6();
-    if (asked.isWildcard()) {
-      asked = SocketAddress::parse(isIPv6 ? "::1" : "127.0.0.3", asked.port()).value();
-    }
-    const auto& client = isIPv6 ? client6 : client4;
-    client.send("q", asked);
-    EXPECT_EQ(answer(offered(index), "a"), "");
-    EXPECT_EQ(client.receive().value().from, asked);
-  }
-}
-
-TEST_F(FlowHostTest, EachClientGetsItsOwnAnswers) {
-  constexpr std::size_t kClients = 3 * DatagramSlots::kSlots + 1;
-  start({"127.0.0.1"});
-  std::vector<UDPSocket> clients(kClients);
-  for (std::size_t i = 0; i < kClients; ++i) {
-    clients[i].send(std::to_string(i), bound());
-  }
-  offered(kClients - 1);
-  ASSERT_THAT(provider_.offers, SizeIs(kClients));
-  for (auto offer = provider_.offers.rbegin(); offer != provider_.offers.rend(); ++offer) {
-    const auto question = read(offer->flow).at(0);
-    EXPECT_EQ(answer(offer->flow, question), "");
-  }
-  const auto to = " to " + description(host_->boundEndpoints().at(0));
-  for (std::size_t i = 0; i < kClients; ++i) {
-    EXPECT_THAT(clients[i].receiveAll(), ElementsAre(std::to_string(i) + to));
-  }
 }
 
 // More datagrams than one read takes: as many flows as reads, nothing lost, in order.
@@ -330,25 +257,6 @@ TEST_F(FlowHostTest, AClosedSideGivesErrors) {
   flow->closeWriteWithError(std::nullopt);
   EXPECT_EQ(answer(flow, "c"), "the flow is closed");
   EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
-}
-
-TEST_F(FlowHostTest, AClientThatHasGoneDisturbsNobody) {
-  start({"127.0.0.1", "0.0.0.0"});
-  const UDPSocket client;
-  for (std::size_t index = 0; index < 2; ++index) {
-    const auto asked = SocketAddress::parse("127.0.0.1", bound(index).port()).value();
-    UDPSocket().send("gone", asked);
-    client.send("q", asked);
-    const auto flow = offered(2 * index + 1);
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(answer(provider_.offers.at(2 * index).flow, "nobody hears"), "");
-      EXPECT_EQ(answer(flow, "a"), "");
-    }
-    EXPECT_THAT(client.receiveAll(), ElementsAre("a", "a", "a"));
-  }
-  client.send("again", bound());
-  offered(4);
-  EXPECT_THAT(log_.records(), IsEmpty());
 }
 
 TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
@@ -426,55 +334,6 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   const UDPSocket successor("127.0.0.1", address.port());  // the port is free
 }
 
-TEST_F(FlowHostTest, MayBeStoppedOrDestroyedFromInsideAnOffer) {
-  for (const bool isDestroyed : {false, true}) {
-    provider_.offers.clear();
-    start({"127.0.0.1"});
-    std::vector<UDPSocket> clients(3);
-    for (const auto& client : clients) {
-      client.send("q", bound());
-    }
-    provider_.decision = [&] {
-      if (isDestroyed) {
-        host_.reset();
-      } else {
-        host_->stop();
-      }
-      return false;
-    };
-    offered(0);
-    runReady();
-    EXPECT_THAT(provider_.offers, SizeIs(1));
-  }
-}
-
-TEST_F(FlowHostTest, FlowsOutliveTheirHost) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("q", bound());
-  const auto flow = offered(0);
-  host_.reset();
-  EXPECT_THAT(read(flow), SizeIs(1));
-  EXPECT_EQ(answer(flow, "a"), "the flow is closed");
-  EXPECT_THAT(flow->debugDescription(), testing::StartsWith("<NEAppProxyUDPFlow: "));
-}
-
-TEST_F(FlowHostTest, AProviderThatThrowsLosesThatFlowOnly) {
-  start({"127.0.0.1"});
-  std::vector<UDPSocket> clients(3);
-  for (const auto& client : clients) {
-    client.send("q", bound());
-  }
-  provider_.decision = [this]() -> bool {
-    if (provider_.offers.size() == 2) {
-      throw std::runtime_error("bad flow");
-    }
-    return true;
-  };
-  offered(2);
-  EXPECT_THAT(log_.records(), ElementsAre("MainLoop: a handler has thrown: bad flow"));
-}
-
 TEST_F(FlowHostTest, DeclinedFlowsGoToTheSystemsResolver) {
   const UDPSocket resolver("127.0.0.3");
   resolverPort_ = resolver.port();
@@ -538,26 +397,6 @@ TEST_F(FlowHostTest, SaysWhatCannotBeBound) {
     ASSERT_FALSE(host);
     EXPECT_EQ(host.error().text(), row.error);
     const UDPSocket successor("127.0.0.5", static_cast<std::uint16_t>(std::stoi(good)));
-  }
-}
-
-TEST_F(FlowHostTest, NothingGrowsWithTheFlowsOfThePast) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  std::vector<std::weak_ptr<NEAppProxyUDPFlow>> flows;
-  for (int i = 0; i < 2000; ++i) {
-    client.send("q", bound());
-    const auto flow = offered(0);
-    EXPECT_EQ(answer(flow, "a"), "");
-    EXPECT_THAT(client.receiveAll(), SizeIs(1));
-    flow->closeReadWithError(std::nullopt);
-    flow->closeWriteWithError(std::nullopt);
-    flows.push_back(flow);
-    provider_.offers.clear();
-  }
-  runReady();
-  for (const auto& flow : flows) {
-    EXPECT_TRUE(flow.expired());
   }
 }
 

@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <string>
-#include <thread>
 
 #include "platform/foundation/HeldBackLines.h"
 #include "tests/platform/Pipe.h"
@@ -18,7 +17,6 @@ using test::Pipe;
 
 // Patience in milliseconds.
 constexpr int kNone = 0;
-constexpr int kEndless = 60'000;
 
 /// Line number `i`, of about 70 bytes.
 std::string lineOf(int i) { return std::to_string(i) + ' ' + std::string(64, 'x') + '\n'; }
@@ -29,19 +27,6 @@ std::string linesUpTo(int count) {
     lines.append(lineOf(i));
   }
   return lines;
-}
-
-TEST(HeldBackLinesTest, holdsBackUntilWritten) {
-  const Pipe pipe(O_NONBLOCK);
-  ::fcntl(pipe.reader.get(), F_SETFL, O_NONBLOCK);
-  HeldBackLines lines(pipe.writer.get());
-  lines.append("a\n");
-  lines.append("b\n");
-  EXPECT_EQ(pipe.read(), "");
-  lines.write();
-  EXPECT_EQ(pipe.read(), "a\nb\n");
-  lines.write();
-  EXPECT_EQ(pipe.read(), "");
 }
 
 TEST(HeldBackLinesTest, aFullPipeThatIsReadAtLastLosesNothing) {
@@ -85,58 +70,6 @@ TEST(HeldBackLinesTest, beyondTheBufferWholeLinesAreLost) {
   EXPECT_GT(received.size(), HeldBackLines::kCapacity);
 }
 
-TEST(HeldBackLinesTest, aSlowReaderIsWaitedFor) {
-  Pipe pipe(O_NONBLOCK);
-  std::string received;
-  std::thread reader([&] { received = pipe.readToEnd(); });
-  HeldBackLines lines(pipe.writer.get(), kEndless);
-  constexpr int kCount = 5000;
-  for (int i = 0; i < kCount; ++i) {
-    lines.append(lineOf(i));
-  }
-  lines.write();
-  pipe.writer = FileDescriptor();
-  reader.join();
-  EXPECT_TRUE(received == linesUpTo(kCount));
-}
-
-TEST(HeldBackLinesTest, signalsDoNotTearLines) {
-  struct sigaction ignoring {};
-  ignoring.sa_handler = [](int) {};  // without SA_RESTART
-  struct sigaction former {};
-  ::sigaction(SIGALRM, &ignoring, &former);
-  const itimerval often{{0, 200}, {0, 200}};
-  ::setitimer(ITIMER_REAL, &often, nullptr);
-
-  Pipe pipe;
-  std::string received;
-  std::thread reader([&] { received = pipe.readToEnd(); });
-  HeldBackLines lines(pipe.writer.get());
-  constexpr int kCount = 5000;
-  for (int i = 0; i < kCount; ++i) {
-    lines.append(lineOf(i));
-  }
-  lines.write();
-  const itimerval never{};
-  ::setitimer(ITIMER_REAL, &never, nullptr);
-  pipe.writer = FileDescriptor();
-  reader.join();
-  ::sigaction(SIGALRM, &former, nullptr);
-  EXPECT_TRUE(received == linesUpTo(kCount));
-}
-
-TEST(HeldBackLinesTest, aReaderThatIsGone) {
-  ::signal(SIGPIPE, SIG_IGN);
-  Pipe pipe;
-  HeldBackLines lines(pipe.writer.get());
-  pipe.reader = FileDescriptor();
-  lines.append("a\n");
-  lines.write();
-  EXPECT_TRUE(lines.takeLoss());
-  lines.append(std::string(2 * HeldBackLines::kCapacity, 'x') + '\n');
-  EXPECT_TRUE(lines.takeLoss());
-}
-
 class FileLines : public testing::Test {
  protected:
   const test::TemporaryDirectory directory_;
@@ -159,30 +92,6 @@ TEST_F(FileLines, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
   lines.append("third\n");
   lines.write();
   EXPECT_EQ(test::readFile(path_), "first\nse\nthird\n");
-}
-
-TEST_F(FileLines, aLineLargerThanTheBuffer) {
-  HeldBackLines lines(file_.get());
-  const std::string large(3 * HeldBackLines::kCapacity, 'x');
-  lines.append("before\n");
-  lines.append(large + '\n');
-  lines.append("after\n");
-  lines.write();
-  EXPECT_TRUE(test::readFile(path_) == "before\n" + large + "\nafter\n");
-}
-
-TEST_F(FileLines, sizesAroundTheBuffersEnd) {
-  for (const std::size_t size :
-       {HeldBackLines::kCapacity - 1, HeldBackLines::kCapacity, HeldBackLines::kCapacity + 1}) {
-    ASSERT_EQ(::ftruncate(file_.get(), 0), 0);
-    ASSERT_EQ(::lseek(file_.get(), 0, SEEK_SET), 0);
-    HeldBackLines lines(file_.get());
-    const std::string line = std::string(size - 1, 'x') + '\n';
-    lines.append(line);
-    lines.append("\n");
-    lines.write();
-    EXPECT_TRUE(test::readFile(path_) == line + '\n') << size;
-  }
 }
 
 TEST_F(FileLines, theSignalHandlersWriteTakesTheLinesOnce) {

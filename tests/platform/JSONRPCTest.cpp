@@ -55,15 +55,5 @@ TEST(JSONRPCTest, ReadsOneRequest) {
   }
 }
 
-TEST(JSONRPCTest, WritesAnswersAsLines) {
-  EXPECT_EQ(jsonRPCResultLine(1, "a\n\"\xc3\xa9"),
-            "{\"id\":1,\"jsonrpc\":\"2.0\",\"result\":\"a\\n\\\"\xc3\xa9\"}\n");
-  EXPECT_EQ(jsonRPCResultLine("x", nullptr), R"({"id":"x","jsonrpc":"2.0","result":null})"
-                                             "\n");
-  EXPECT_EQ(jsonRPCErrorLine(nullptr, JSONRPCError::kParseError),
-            R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})"
-            "\n");
-}
-
 }  // namespace
 }  // namespace platform

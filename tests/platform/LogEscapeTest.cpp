@@ -48,11 +48,5 @@ TEST(LogEscapeTest, oneSpecialByteAtEveryPositionOfEveryLength) {
   }
 }
 
-TEST(LogEscapeTest, appendsToWhatIsThere) {
-  std::string out = "a\n";
-  appendEscaped(out, "b\n");
-  EXPECT_EQ(out, "a\nb\\n");
-}
-
 }  // namespace
 }  // namespace platform

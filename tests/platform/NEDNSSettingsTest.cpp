@@ -36,27 +36,6 @@ TEST(NEDNSSettingsTest, TakesTheNameserverLines) {
   }
 }
 
-TEST(NEDNSSettingsTest, TakesSoManyServersOnly) {
-  std::string text;
-  for (int i = 0; i < 1000; ++i) {
-    text += "nameserver 10.0.0." + std::to_string(i) + "\n";
-  }
-  const auto servers = NEDNSSettings::fromResolvConf(text).servers;
-  EXPECT_EQ(servers.size(), NEDNSSettings::kMaxServers);
-  EXPECT_EQ(servers.back(), "10.0.0.15");
-}
-
-TEST(NEDNSSettingsTest, ReadsAFileUpToItsBound) {
-  const test::TemporaryDirectory directory;
-  const auto path = directory.path() / "resolv.conf";
-  EXPECT_EQ(NEDNSSettings::fromFile(path).error(), std::errc::no_such_file_or_directory);
-  const std::string line = "nameserver 1.1.1.1\n";
-  test::writeFile(path, line + std::string(NEDNSSettings::kMaxFileSize - line.size(), '#'));
-  EXPECT_EQ(NEDNSSettings::fromFile(path)->servers, Servers{"1.1.1.1"});
-  test::writeFile(path, line + std::string(NEDNSSettings::kMaxFileSize, '#'));
-  EXPECT_EQ(NEDNSSettings::fromFile(path).error(), std::errc::file_too_large);
-}
-
 TEST(NEDNSSettingsTest, PrintedForm) {
   const std::optional<std::vector<NEDNSSettings>> settings{{{{"1.1.1.1", "::1"}}, {}}};
   EXPECT_EQ(

@@ -3,9 +3,6 @@
 #include <sys/resource.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <iterator>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,7 +12,6 @@
 #include "platform/network/OpenConnections.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/UDPSocket.h"
-#include "tests/support/LogCapture.h"
 
 namespace platform {
 namespace {
@@ -25,7 +21,6 @@ using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StartsWith;
 
 using Connection = std::shared_ptr<NWConnection>;
 using Lines = std::vector<std::string>;
@@ -115,26 +110,6 @@ TEST_F(NWConnectionTest, ReportsItsStatesOneAfterTheOtherLater) {
   EXPECT_THAT(lines_, testing::SizeIs(4));
 }
 
-TEST_F(NWConnectionTest, StartsOnce) {
-  const UDPSocket server;
-  const auto connection = startedTo(server.port());
-  start(connection);
-  runReady();
-  start(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready"));
-  EXPECT_EQ(NWConnection::openCount(), 1U);
-}
-
-TEST_F(NWConnectionTest, CancelledBeforeItHasStarted) {
-  const auto connection = make("127.0.0.1", 1);
-  connection->cancel();
-  start(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("cancelled"));
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-}
-
 TEST_F(NWConnectionTest, CarriesDatagramsBothWaysWhole) {
   for (const char* host : {"127.0.0.1", "::1", "localhost", "::ffff:127.0.0.1"}) {
     const UDPSocket server(std::string(host) == "::1" ? "::1" : "127.0.0.1");
@@ -159,22 +134,6 @@ TEST_F(NWConnectionTest, CarriesDatagramsBothWaysWhole) {
     connection->cancel();
     runReady();
   }
-}
-
-TEST_F(NWConnectionTest, WhatIsReceivedIsTheBytesThatCame) {
-  const UDPSocket server;
-  const auto connection = readyTo(server.port());
-  send(connection, "q");
-  std::string all;
-  for (int byte = 0; byte < 256; ++byte) {
-    all.push_back(static_cast<char>(byte));
-  }
-  Data got;
-  connection->receiveMessage(
-      [&](std::optional<Data> content, bool, std::optional<NWError>) { got = content.value(); });
-  server.send(all, server.receive().value().from);
-  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !got.empty(); }));
-  EXPECT_EQ(textOf(got), all);
 }
 
 TEST_F(NWConnectionTest, ServesReceivesInTheirOrder) {
@@ -209,17 +168,6 @@ TEST_F(NWConnectionTest, TakesNothingFromStrangers) {
   server.send("yes", client);
   ASSERT_TRUE(runUntilLines(2));
   EXPECT_THAT(lines_, ElementsAre("sent q", "got yes"));
-}
-
-TEST_F(NWConnectionTest, ReceivesArmedBeforeReadyAreServed) {
-  const UDPSocket server;
-  const auto connection = startedTo(server.port());
-  receive(connection);
-  runReady();
-  send(connection, "q");
-  server.send("a", server.receive().value().from);
-  ASSERT_TRUE(runUntilLines(5));
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent q", "got a"));
 }
 
 // The kernel tells of the first refusal when the second datagram is sent.
@@ -261,32 +209,6 @@ TEST_F(NWConnectionTest, ADatagramThatNobodyMissesIsDroppedAtARefusal) {
   EXPECT_THAT(server.receiveAll(), ElementsAre("e"));
 }
 
-TEST_F(NWConnectionTest, ARefusalReachesAReceiveThatWaitsAlready) {
-  const auto connection = readyTo(test::unusedPort());
-  receive(connection, "1 ");
-  receive(connection, "2 ");
-  send(connection, "a");
-  send(connection, "b");
-  ASSERT_TRUE(runUntilLines(4));
-  EXPECT_THAT(lines_,
-              testing::UnorderedElementsAre("sent a", "sent b", std::string("1 got ") + kRefused,
-                                            std::string("2 got ") + kRefused));
-}
-
-TEST_F(NWConnectionTest, WorksAgainWhenThePortIsServedAfterARefusal) {
-  const auto port = test::unusedPort();
-  const auto connection = readyTo(port);
-  send(connection, "a");
-  receive(connection);
-  ASSERT_TRUE(runUntilLines(2));
-  const UDPSocket server("127.0.0.1", port);
-  send(connection, "b");
-  receive(connection);
-  server.send("c", server.receive().value().from);
-  ASSERT_TRUE(runUntilLines(4));
-  EXPECT_THAT(lines_, ElementsAre("sent a", std::string("got ") + kRefused, "sent b", "got c"));
-}
-
 TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
   for (const std::string host : {"", "example.com", "127.1", "localhost.", "::1%nosuch"}) {
     lines_.clear();
@@ -310,36 +232,6 @@ TEST_F(NWConnectionTest, AHostThatIsNoAddressWaits) {
   }
 }
 
-// Each error in a turn of its own: an owner that asks again and again does not stop the loop.
-TEST_F(NWConnectionTest, AnOwnerMayAskAgainAfterEveryError) {
-  const auto connection = make("no address", 53);
-  start(connection);
-  runReady();
-  lines_.clear();
-  int errors = 0;
-  std::function<void()> ask = [&] {
-    connection->receiveMessage([&](auto&&...) {
-      if (++errors < 100) {
-        ask();
-      }
-      DispatchQueue::global().async([&] { lines_.emplace_back("meanwhile"); });
-    });
-  };
-  ask();
-  ASSERT_TRUE(runUntilLines(1));
-  EXPECT_EQ(errors, 2);
-  runReady();
-  EXPECT_EQ(errors, 100);
-}
-
-TEST_F(NWConnectionTest, AnAddressThatCannotBeConnectedWaits) {
-  const auto connection = make("127.255.255.255", 53);  // a broadcast
-  start(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing",
-                                  "waiting(POSIXErrorCode(rawValue: 13): Permission denied)"));
-}
-
 TEST_F(NWConnectionTest, SendsFromStartOnAndNotBefore) {
   const UDPSocket server;
   const auto connection = make("127.0.0.1", server.port());
@@ -351,20 +243,6 @@ TEST_F(NWConnectionTest, SendsFromStartOnAndNotBefore) {
   const std::string error = " POSIXErrorCode(rawValue: 107): Transport endpoint is not connected";
   EXPECT_THAT(lines_, ElementsAre("sent a" + error, "sent b", "setup", "preparing", "ready"));
   EXPECT_THAT(server.receiveAll(), ElementsAre("b"));
-}
-
-TEST_F(NWConnectionTest, ADatagramThatIsTooLargeFailsAlone) {
-  const UDPSocket server;
-  const auto connection = readyTo(server.port());
-  send(connection, "a");
-  send(connection, std::string(65508, 'x'));
-  send(connection, "b");
-  receive(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("sent a",
-                                  "sent 65508 bytes POSIXErrorCode(rawValue: 90): Message too long",
-                                  "sent b"));
-  EXPECT_THAT(server.receiveAll(), ElementsAre("a", "b"));
 }
 
 TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
@@ -384,23 +262,6 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
                                   "sent c"));
   EXPECT_THAT(server.receiveAll(), ElementsAre("b", "c"));
   runReady();  // nobody waits for room any more
-}
-
-TEST_F(NWConnectionTest, ErrorsOfEarlierDatagramsAreNoErrorsOfASend) {
-  const UDPSocket server;
-  const auto connection = readyTo(server.port());
-  const SocketFailures failures({ECONNREFUSED, ECONNREFUSED, EHOSTUNREACH, 0, EPERM, EPERM});
-  send(connection, "a");
-  send(connection, "b");
-  send(connection, "c");
-  receive(connection);
-  receive(connection);
-  receive(connection);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("sent a", "sent b",
-                                  "sent c POSIXErrorCode(rawValue: 1): Operation not permitted",
-                                  std::string("got ") + kRefused,
-                                  "got POSIXErrorCode(rawValue: 113): No route to host"));
 }
 
 TEST_F(NWConnectionTest, NothingCompletesAfterCancelling) {
@@ -498,18 +359,6 @@ struct CancelsAtItsEnd {
   Connection connection;
 };
 
-TEST_F(NWConnectionTest, WhatHandlersOwnMayCancelAgain) {
-  const UDPSocket server;
-  const auto first = readyTo(server.port(), "1 ");
-  const auto second = readyTo(server.port(), "2 ");
-  first->receiveMessage([owner = std::make_shared<CancelsAtItsEnd>(first)](auto&&...) {});
-  first->receiveMessage([owner = std::make_shared<CancelsAtItsEnd>(second)](auto&&...) {});
-  first->cancel();
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("1 cancelled", "2 cancelled"));
-}
-
 TEST_F(NWConnectionTest, OneMoreCancelsTheOneIdleLongest) {
   OpenConnections::shared().setLimit(3);
   const UDPSocket server;
@@ -537,24 +386,6 @@ TEST_F(NWConnectionTest, OneMoreCancelsTheOneIdleLongest) {
                                   "e waiting(-65554: NoSuchRecord)"));
 }
 
-TEST_F(NWConnectionTest, AtManyTimesTheBoundTheLastOnesStay) {
-  OpenConnections::shared().setLimit(16);
-  const UDPSocket server;
-  std::vector<Connection> all;
-  for (int i = 0; i < 500; ++i) {
-    all.push_back(startedTo(server.port()));
-    EXPECT_LE(NWConnection::openCount(), 16U);
-  }
-  runReady();
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    EXPECT_EQ(description(all[i]->state()), i < 484 ? "cancelled" : "ready");
-  }
-}
-
-std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
 /// The limit on open descriptors while it lives.
 class DescriptorLimit {
  public:
@@ -577,30 +408,6 @@ rlim_t noRoom() {
   return static_cast<rlim_t>(next.get());
 }
 
-TEST_F(NWConnectionTest, TheBoundLeavesDescriptorsForOthers) {
-  const struct {
-    rlim_t descriptors;
-    std::size_t bound;
-  } rows[] = {{20000, 2048}, {2112, 2048}, {2111, 2047}, {1024, 960}, {65, 1}, {64, 1}, {10, 1}};
-  for (const auto& row : rows) {
-    const DescriptorLimit limit(row.descriptors);
-    EXPECT_EQ(OpenConnections::usualLimit(), row.bound) << row.descriptors;
-  }
-}
-
-TEST_F(NWConnectionTest, WithoutADescriptorTheOneIdleLongestMakesRoom) {
-  const UDPSocket server;
-  const auto a = readyTo(server.port(), "a ");
-  const auto b = readyTo(server.port(), "b ");
-  const auto c = make("127.0.0.1", server.port(), "c ");
-  {
-    const DescriptorLimit limit(noRoom());
-    start(c);
-  }
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("a cancelled", "c setup", "c preparing", "c ready"));
-}
-
 TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
   const auto connection = make("127.0.0.1", 53);
   {
@@ -614,66 +421,6 @@ TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
   send(connection, "q");
   runReady();
   EXPECT_EQ(lines_.back(), "sent q " + error);
-}
-
-TEST_F(NWConnectionTest, ThousandsOfExchangesLeaveNothingOpen) {
-  const UDPSocket server;
-  const auto before = openDescriptors();
-  int answers = 0;
-  for (int round = 0; round < 500; ++round) {
-    for (int i = 0; i < 10; ++i) {
-      const auto connection =
-          NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
-      connection->stateUpdateHandler = [connection, &answers](const NWConnection::State& state) {
-        if (state.kind != NWConnection::State::Kind::ready) {
-          return;
-        }
-        connection->send(bytes("q"), [connection, &answers](const auto&) {
-          connection->receiveMessage([connection, &answers](auto&&...) {
-            ++answers;
-            connection->cancel();
-          });
-        });
-      };
-      start(connection);
-    }
-    runReady();
-    while (const auto received = server.receive()) {
-      server.send("a", received->from);
-    }
-    ASSERT_TRUE(MainLoop::shared().runUntil([&] { return answers == (round + 1) * 10; }));
-  }
-  runReady();
-  EXPECT_EQ(openDescriptors(), before);
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-}
-
-TEST_F(NWConnectionTest, HandlersThatThrowStopNothing) {
-  const quillet::test::LogCapture log;
-  const UDPSocket server;
-  const auto connection =
-      NWConnection::create(NWEndpoint::Host("127.0.0.1"), NWEndpoint::Port(server.port()));
-  const auto fail = [this](const std::string& what) {
-    lines_.push_back(what);
-    throw std::runtime_error(what);
-  };
-  connection->stateUpdateHandler = [&](const auto& state) { fail(description(state)); };
-  start(connection);
-  runReady();
-  for (int i = 0; i < 2; ++i) {
-    connection->send(bytes("q"), [&](const auto&) { fail("sent"); });
-    connection->receiveMessage([&](auto&&...) { fail("got"); });
-  }
-  while (const auto received = server.receive()) {
-    server.send("a", received->from);
-  }
-  ASSERT_TRUE(runUntilLines(7));
-  connection->cancel();
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent", "sent", "got", "got",
-                                  "cancelled"));
-  EXPECT_THAT(log.records(), testing::SizeIs(8));
-  EXPECT_THAT(log.records(), testing::Each(StartsWith("MainLoop: a handler has thrown: ")));
 }
 
 }  // namespace

@@ -1,10 +1,9 @@
-#include "platform/network/NWPathMonitor.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/foundation/Description.h"
+#include "platform/network/NWPathMonitor.h"
 #include "tests/support/NetworkNamespace.h"
 
 namespace platform {
@@ -21,7 +20,9 @@ class NWPathMonitorTest : public testing::Test {
       GTEST_SKIP() << "needs a network of its own and a pair of virtual interfaces";
     }
     ip("link set v1 up");
-    monitor_.pathUpdateHandler = [this](const NWPath& path) { paths_.push_back(description(path)); };
+    monitor_.pathUpdateHandler = [this](const NWPath& path) {
+      paths_.push_back(description(path));
+    };
   }
 
   static void ip(const std::string& arguments) {

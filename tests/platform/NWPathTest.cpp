@@ -1,8 +1,7 @@
-#include "platform/network/NWPath.h"
-
 #include <gtest/gtest.h>
 
 #include "platform/foundation/Description.h"
+#include "platform/network/NWPath.h"
 
 namespace platform {
 namespace {

@@ -50,16 +50,5 @@ TEST(RegularFileTest, replacesForTheOwnerOnly) {
   EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
 }
 
-TEST(RegularFileTest, aFailedReplacementLeavesNothingBehind) {
-  const TemporaryDirectory directory;
-  const auto path = directory.path() / "taken";
-  std::filesystem::create_directory(path);
-  EXPECT_EQ(replaceFile(path, "new").error(), std::errc::is_a_directory);
-  EXPECT_EQ(replaceFile(directory.path() / "missing" / "file", "new").error(),
-            std::errc::no_such_file_or_directory);
-  const auto entries = std::filesystem::directory_iterator(directory.path());
-  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
-}
-
 }  // namespace
 }  // namespace platform

@@ -22,6 +22,7 @@ TEST(SerialQueueTest, RunsWorkInItsOrderOneAtATime) {
   const auto queue = DispatchQueue::serial();
   std::vector<int> ran;  // no lock: the queue is what guards it
   std::vector<std::thread> givers;
+  givers.reserve(4);
   for (int giver = 0; giver < 4; ++giver) {
     givers.emplace_back([&queue, &ran, giver] {
       for (int i = 0; i < 1000; ++i) {

@@ -5,12 +5,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/FileDescriptor.h"
@@ -87,20 +84,6 @@ TEST_F(StreamLogSinkTest, theTimeMovesOn) {
   }
 }
 
-TEST_F(StreamLogSinkTest, theTimeZoneMayChange) {
-  sink_.write("x");
-  EXPECT_THAT(packets_.next(), testing::HasSubstr(" 22:19:54"));
-  const EnvironmentVariable tz("TZ", "XYZ-2");
-  clock_.advanceSeconds(1);
-  sink_.write("x");
-  EXPECT_THAT(packets_.next(), testing::StartsWith("2026-11-23 00:19:55"));
-}
-
-TEST_F(StreamLogSinkTest, aProcessNameThatIsNoText) {
-  StreamLogSink(packets_.writer(), "a\nb\x1B").write("x");
-  EXPECT_THAT(packets_.next(), testing::HasSubstr(" a\\nb\\x1B["));
-}
-
 TEST_F(StreamLogSinkTest, aBatchIsOneWrite) {
   LogSink::setShared(std::make_unique<StreamLogSink>(packets_.writer(), "proxy"));
   {
@@ -120,14 +103,6 @@ TEST_F(StreamLogSinkTest, aBatchIsOneWrite) {
   LogSink::setShared(nullptr);
 }
 
-TEST_F(StreamLogSinkTest, theEndOfASinkWritesWhatItHolds) {
-  const LogBatch batch;
-  LogSink::setShared(std::make_unique<StreamLogSink>(packets_.writer(), "proxy"));
-  NSLog("a");
-  LogSink::setShared(nullptr);
-  EXPECT_THAT(packets_.next(), testing::EndsWith("a\n"));
-}
-
 TEST_F(StreamLogSinkTest, aRecordTellsOfLostOnes) {
   const test::Pipe pipe(O_NONBLOCK);
   ::fcntl(pipe.reader.get(), F_SETFL, O_NONBLOCK);
@@ -145,42 +120,6 @@ TEST_F(StreamLogSinkTest, aRecordTellsOfLostOnes) {
   received.append(pipe.read());
   EXPECT_THAT(received, testing::HasSubstr("] (log records were lost here)\n"));
   EXPECT_THAT(received, testing::EndsWith("] end\n"));
-}
-
-TEST_F(StreamLogSinkTest, recordsOfSeveralThreadsStayWholeAndInOrder) {
-  const test::TemporaryDirectory directory;
-  const auto path = directory.path() / "log";
-  const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-  LogSink::setShared(std::make_unique<StreamLogSink>(file.get(), "proxy"));
-  constexpr int kThreads = 4;
-  constexpr int kRecords = 500;
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([thread] {
-      for (int i = 0; i < kRecords; ++i) {
-        const LogBatch batch;
-        NSLog("thread ", thread, " record ", i, ' ', std::string(200, 'x'), " end");
-      }
-    });
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
-  LogSink::setShared(nullptr);
-
-  std::map<int, int> next;
-  std::istringstream lines(test::readFile(path));
-  for (std::string line; std::getline(lines, line);) {
-    int thread = -1;
-    int record = -1;
-    const std::size_t at = line.find("] ");
-    ASSERT_NE(at, std::string::npos);
-    ASSERT_EQ(std::sscanf(line.c_str() + at, "] thread %d record %d", &thread, &record), 2) << line;
-    ASSERT_TRUE(line.ends_with("x end")) << line;
-    EXPECT_EQ(record, next[thread]++);
-  }
-  EXPECT_EQ(next, (std::map<int, int>{{0, 500}, {1, 500}, {2, 500}, {3, 500}}));
 }
 
 }  // namespace

@@ -77,24 +77,6 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
   }
 }
 
-TEST_F(SystemResolverTest, ReadsTheFileAgainWhenItHasChanged) {
-  SystemResolver resolver(file_, 53, {});
-  EXPECT_EQ(resolver.server(), std::nullopt);
-  EXPECT_EQ(resolver.server(), std::nullopt);
-  EXPECT_THAT(log_.records(), ElementsAre("SystemResolver: no usable DNS server in " +
-                                          file_.native() + ": No such file or directory"));
-  configure("nameserver 127.0.0.1\n");
-  EXPECT_EQ(resolver.server(), address("127.0.0.1", 53));
-  configure("nameserver 127.0.0.2\n");
-  EXPECT_EQ(resolver.server(), address("127.0.0.2", 53));
-  configure("search example\n");
-  EXPECT_EQ(resolver.server(), std::nullopt);
-  std::filesystem::remove(file_);
-  EXPECT_EQ(resolver.server(), std::nullopt);
-  configure("nameserver ::1\n");
-  EXPECT_EQ(resolver.server(), address("::1", 53));
-}
-
 TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   const UDPSocket server;
   configure("nameserver 127.0.0.1\n");
@@ -162,39 +144,6 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
     EXPECT_EQ(NWConnection::openCount(), 0U);
     EXPECT_EQ(weak.use_count(), 1) << "somebody still holds the flow";
   }
-}
-
-TEST_F(SystemResolverTest, AServerThatIsSilentIsGivenUpToMakeRoom) {
-  const UDPSocket server;
-  configure("nameserver 127.0.0.1\n");
-  SystemResolver resolver(file_, server.port(), {});
-  const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a")});
-  resolver.serve(flow);
-  MainLoop::shared().runReady();
-  EXPECT_EQ(NWConnection::openCount(), 1U);
-  EXPECT_THAT(flow->closed, IsEmpty());
-  OpenConnections::shared().cancelIdleLongest();
-  MainLoop::shared().runReady();
-  EXPECT_THAT(flow->closed, ElementsAre("read Optional(given up to make room)",
-                                        "write Optional(given up to make room)"));
-  EXPECT_EQ(flow.use_count(), 1);
-}
-
-TEST_F(SystemResolverTest, AWriteThatFailsEndsTheExchange) {
-  const UDPSocket server;
-  configure("nameserver 127.0.0.1\n");
-  SystemResolver resolver(file_, server.port(), {});
-  const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a"), bytes("b")});
-  flow->writeError = Error("gone");
-  resolver.serve(flow);
-  MainLoop::shared().runReady();
-  const auto client = server.receive().value().from;
-  server.send("x", client);
-  ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); }));
-  EXPECT_THAT(flow->closed, ElementsAre("read Optional(gone)", "write Optional(gone)"));
-  MainLoop::shared().runReady();
-  EXPECT_EQ(flow.use_count(), 1);
-  EXPECT_EQ(NWConnection::openCount(), 0U);
 }
 
 }  // namespace

@@ -71,12 +71,6 @@ TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
   }
 }
 
-TEST_F(TimeZoneTest, aFifoInPlaceOfTheFileIsPassedOver) {
-  ASSERT_EQ(::mkfifo(paths_.timezone.c_str(), 0600), 0);
-  const EnvironmentVariable tz("TZ", nullptr);
-  EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC");
-}
-
 TEST_F(TimeZoneTest, looksAgainAfterASecond) {
   const EnvironmentVariable tz("TZ", nullptr);
   ManualClock clock;
@@ -90,11 +84,6 @@ TEST_F(TimeZoneTest, looksAgainAfterASecond) {
   clock.advanceSeconds(0.001);
   EXPECT_EQ(zone.identifier(), "Asia/Tokyo");
   Clock::setShared(nullptr);
-}
-
-TEST_F(TimeZoneTest, theSystemsOwn) {
-  const EnvironmentVariable tz("TZ", "Pacific/Chatham");
-  EXPECT_EQ(currentTimeZoneIdentifier(), "Pacific/Chatham");
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "platform/dispatch/Timer.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +6,7 @@
 
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/Timer.h"
 #include "platform/foundation/Clock.h"
 
 namespace platform {

@@ -23,6 +23,7 @@ TEST(URLHost, IsThePartBetweenSchemeAndPath) {
       {"http://EXAMPLE.com", "EXAMPLE.com"},
       {"svn+ssh://example.com/http", "example.com"},
       {"http://a.com/http://b.com", "a.com"},
+      {"//http.example/x", "http.example"},
   };
   for (const auto& [text, host] : rows) {
     EXPECT_EQ(platform::urlHost(text), host) << text;
@@ -39,6 +40,7 @@ TEST(URLHost, IsAbsentWhereThereIsNone) {
       {"://example.com", {}},
       {"1http://example.com", {}},
       {"a b://example.com", {}},
+      {"http//example.com", {}},
       {"http://", {}},
       {"http:///path", {}},
       {"http://:80/", {}},

@@ -8,7 +8,6 @@
 #include <limits>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/foundation/UserDefaults.h"
 #include "tests/platform/TemporaryDirectory.h"
@@ -35,31 +34,6 @@ class UserDefaultsTest : public testing::Test {
   const fs::path file_ = directory_.path() / "group.json";
   LogCapture log_;
 };
-
-TEST_F(UserDefaultsTest, withoutADirectoryThereIsNone) {
-  UserDefaults::setDirectory({});
-  EXPECT_EQ(suite(), nullptr);
-  EXPECT_EQ(UserDefaults::standard(), nullptr);
-}
-
-TEST_F(UserDefaultsTest, namesThatNoFileCanHave) {
-  const std::string names[] = {
-      "", ".", "..", "../group", "a/b", std::string("a\0b", 3), std::string(201, 'a')};
-  for (const auto& name : names) {
-    EXPECT_EQ(UserDefaults::suite(name), nullptr) << name;
-  }
-  EXPECT_NE(UserDefaults::suite(std::string(200, 'a')), nullptr);
-  EXPECT_NE(UserDefaults::suite("group.com.quillet.filteringosx"), nullptr);
-}
-
-TEST_F(UserDefaultsTest, aFileThatIsNotThereIsEmpty) {
-  ASSERT_NE(suite(), nullptr);
-  EXPECT_EQ(suite()->stringForKey("ip"), std::nullopt);
-  EXPECT_EQ(suite()->boolForKey("send_ip"), std::nullopt);
-  EXPECT_EQ(suite()->dictionaryForKey("mdmConf"), std::nullopt);
-  EXPECT_EQ(suite()->integerForKey("send_timezone"), 0);
-  EXPECT_THAT(log_.records(), ElementsAre());
-}
 
 TEST_F(UserDefaultsTest, valuesByType) {
   constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
@@ -97,44 +71,6 @@ TEST_F(UserDefaultsTest, valuesByType) {
     EXPECT_EQ(suite()->integerForKey("key"), row.integer) << row.json;
     EXPECT_EQ(suite()->dictionaryForKey("key").has_value(), row.isDictionary) << row.json;
   }
-}
-
-TEST_F(UserDefaultsTest, theStandardDefaults) {
-  writeFile(directory_.path() / "standard.json", R"({"managed":{"a":"b"}})");
-  ASSERT_NE(UserDefaults::standard(), nullptr);
-  EXPECT_EQ(description(UserDefaults::standard()->dictionaryForKey("managed")),
-            R"(Optional(["a": "b"]))");
-}
-
-// Same file, same size, and mostly within one step of the file's times.
-TEST_F(UserDefaultsTest, everyChangeInPlaceShows) {
-  for (int i = 0; i < 100; ++i) {
-    writeFile(file_, "{\"send_timezone\":" + std::to_string(i % 10) + "}");
-    ASSERT_NE(suite(), nullptr);
-    ASSERT_EQ(suite()->integerForKey("send_timezone"), i % 10);
-  }
-}
-
-TEST_F(UserDefaultsTest, aChangeThatKeepsTheModificationTimeShows) {
-  const timespec past[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-  for (const std::string value : {"a", "b"}) {
-    writeFile(file_, R"({"ip":")" + value + "\"}");
-    ASSERT_EQ(::utimensat(AT_FDCWD, file_.c_str(), past, 0), 0);
-    ASSERT_NE(suite(), nullptr);
-    EXPECT_EQ(suite()->stringForKey("ip"), value);
-  }
-}
-
-TEST_F(UserDefaultsTest, replacedAndRemovedFilesShow) {
-  auto* const defaults = suite();
-  writeFile(directory_.path() / "other", R"({"ip":"10.0.0.1"})");
-  fs::rename(directory_.path() / "other", file_);
-  EXPECT_EQ(suite(), defaults);
-  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");
-  fs::remove(file_);
-  EXPECT_EQ(defaults->stringForKey("ip"), "10.0.0.1");  // only `suite` looks
-  EXPECT_EQ(suite(), defaults);
-  EXPECT_EQ(defaults->stringForKey("ip"), std::nullopt);
 }
 
 TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
@@ -192,22 +128,6 @@ TEST_F(UserDefaultsTest, settingWritesTheFile) {
   EXPECT_THAT(log_.records(), ElementsAre());
 }
 
-TEST_F(UserDefaultsTest, settingKeepsWhatOthersPutThere) {
-  auto* const defaults = suite();
-  writeFile(file_, R"({"userEmail":"a@b"})");
-  defaults->setObject(true, "send_ip");
-  EXPECT_EQ(readFile(file_), "{\n  \"send_ip\": true,\n  \"userEmail\": \"a@b\"\n}\n");
-}
-
-TEST_F(UserDefaultsTest, aFailureToWriteKeepsTheValueInMemory) {
-  UserDefaults::setDirectory(directory_.path() / "missing");
-  ASSERT_NE(suite(), nullptr);
-  suite()->setObject("a", "ip");
-  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(" not written: No such file or directory")));
-  ASSERT_NE(suite(), nullptr);
-  EXPECT_EQ(suite()->stringForKey("ip"), "a");
-}
-
 TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   writeFile(file_, R"({"a":1})");
   JSONValue deep = 1;
@@ -222,15 +142,6 @@ TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   ASSERT_NE(suite(), nullptr);
   EXPECT_EQ(suite()->integerForKey("a"), 1);
   EXPECT_EQ(suite()->stringForKey("large")->size(), 1U << 20);
-}
-
-TEST_F(UserDefaultsTest, aFileThatCannotBeReadIsNotOverwritten) {
-  auto* const defaults = suite();
-  writeFile(file_, "{ \"mdmConf\": a slip of the pen }");
-  defaults->setObject("a", "ip");
-  EXPECT_EQ(readFile(file_), "{ \"mdmConf\": a slip of the pen }");
-  EXPECT_THAT(log_.records(),
-              ElementsAre(HasSubstr(" cannot be used: "), HasSubstr(" not written: the file")));
 }
 
 TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {
@@ -249,17 +160,6 @@ TEST_F(UserDefaultsTest, aReaderSeesTheOldOrTheNewFileWhole) {
   }
   writer.join();
   EXPECT_EQ(damaged, 0);
-}
-
-TEST_F(UserDefaultsTest, openSuitesGoOverToANewDirectory) {
-  const test::TemporaryDirectory other;
-  writeFile(file_, R"({"a":"here"})");
-  writeFile(other.path() / "group.json", R"({"a":"there"})");
-  auto* const defaults = suite();
-  EXPECT_EQ(defaults->stringForKey("a"), "here");
-  UserDefaults::setDirectory(other.path());
-  EXPECT_EQ(suite(), defaults);
-  EXPECT_EQ(defaults->stringForKey("a"), "there");
 }
 
 }  // namespace

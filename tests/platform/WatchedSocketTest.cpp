@@ -6,7 +6,6 @@
 #include <array>
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <vector>
 
 #include "platform/dispatch/MainLoop.h"
@@ -53,7 +52,6 @@ class Watched final : public SocketWatcher {
   bool wasWritable = false;
 };
 
-bool runUntil(const std::function<bool()>& done) { return MainLoop::shared().runUntil(done); }
 void runReady() { MainLoop::shared().runReady(); }
 
 TEST(WatchedSocketTest, TellsAsLongAsThereIsSomethingToRead) {
@@ -70,22 +68,6 @@ TEST(WatchedSocketTest, TellsAsLongAsThereIsSomethingToRead) {
   };
   runReady();  // comes back when nothing is left to read
   EXPECT_EQ(watched.calls, 4);
-  EXPECT_TRUE(watched.wasReadable);
-  EXPECT_FALSE(watched.wasWritable);
-}
-
-TEST(WatchedSocketTest, TellsOfWhatIsWantedOnly) {
-  Watched watched;
-  watched.sendFromPeer();
-  watched.watch(false, true);
-  ASSERT_TRUE(runUntil([&] { return watched.calls == 1; }));
-  EXPECT_TRUE(watched.wasWritable);
-  EXPECT_FALSE(watched.wasReadable);
-  watched.watch(false, false);
-  runReady();
-  EXPECT_EQ(watched.calls, 1);
-  watched.watch(true, false);
-  ASSERT_TRUE(runUntil([&] { return watched.calls == 2; }));
   EXPECT_TRUE(watched.wasReadable);
   EXPECT_FALSE(watched.wasWritable);
 }
@@ -137,53 +119,6 @@ TEST(WatchedSocketTest, ASocketWithTheNumberOfAClosedOneHearsNothingOfIt) {
   EXPECT_EQ(fresh.front()->calls, 1);
 }
 
-// As a child process may that has not executed its program yet.
-TEST(WatchedSocketTest, AnotherHolderOfAClosedSocketCausesNoCall) {
-  Watched watched;
-  watched.watch(true, false);
-  const FileDescriptor another(::dup(watched.socket.get()));
-  watched.socket.close();
-  watched.sendFromPeer();
-  Watched other;  // so that a wait ends
-  other.watch(false, true);
-  other.reaction = [&] { other.watch(false, false); };
-  ASSERT_TRUE(runUntil([&] { return other.calls == 1; }));
-  EXPECT_EQ(watched.calls, 0);
-}
-
-TEST(WatchedSocketTest, StopEndsTheTurnAfterTheWatcherThatIsRunning) {
-  std::array<Watched, 3> all;
-  for (auto& watched : all) {
-    watched.watch(true, false);
-    watched.sendFromPeer();
-    watched.reaction = [&] {
-      watched.read();
-      MainLoop::shared().stop();
-    };
-  }
-  for (int calls = 1; calls <= 3; ++calls) {
-    MainLoop::shared().run();
-    EXPECT_EQ(all[0].calls + all[1].calls + all[2].calls, calls);
-  }
-}
-
-TEST(WatchedSocketTest, AWatcherThatThrowsDisturbsNoOther) {
-  const quillet::test::LogCapture log;
-  std::array<Watched, 2> both;
-  for (auto& watched : both) {
-    watched.watch(true, false);
-    watched.sendFromPeer();
-    watched.reaction = [&] {
-      watched.read();
-      throw std::runtime_error("bad");
-    };
-  }
-  runReady();
-  EXPECT_EQ(both[0].calls + both[1].calls, 2);
-  EXPECT_THAT(log.records(), testing::ElementsAre("MainLoop: a handler has thrown: bad",
-                                                  "MainLoop: a handler has thrown: bad"));
-}
-
 TEST(WatchedSocketTest, AnErrorAtTheSocketCountsAsBoth) {
   Watched watched;
   watched.peer = FileDescriptor();
@@ -197,15 +132,6 @@ TEST(WatchedSocketTest, AnErrorAtTheSocketCountsAsBoth) {
   EXPECT_EQ(watched.calls, 1);
   EXPECT_TRUE(watched.wasReadable);
   EXPECT_TRUE(watched.wasWritable);
-}
-
-TEST(WatchedSocketTest, WhatCannotBeWatchedIsAnError) {
-  Watched watched;
-  watched.socket.close();
-  EXPECT_EQ(watched.socket.watch(watched, {true, false}), std::errc::bad_file_descriptor);
-  WatchedSocket file{FileDescriptor(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC))};
-  EXPECT_EQ(file.watch(watched, {true, false}), std::errc::operation_not_permitted);
-  EXPECT_EQ(file.interest(), SocketInterest());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-#include "programs/quillet_demo_filter/DemoPolicy.h"
-
 #include <gtest/gtest.h>
+
+#include "programs/quillet_demo_filter/DemoPolicy.h"
 
 namespace quillet {
 namespace {

@@ -56,29 +56,5 @@ TEST(ListenAddressTest, RefusesEverythingElse) {
   }
 }
 
-TEST(ListenAddressTest, TextIsTheFormThatParseReads) {
-  for (const std::string_view text : {"127.0.0.1:5300", "[::1]:5300"}) {
-    EXPECT_EQ(ListenAddress::parse(text)->text(), text);
-  }
-}
-
-TEST(ListenAddressTest, FillsTheSocketAddressOfItsFamily) {
-  sockaddr_storage storage{};
-
-  ASSERT_EQ(ListenAddress::parse("127.0.0.1:5300")->toSockaddr(storage), sizeof(sockaddr_in));
-  sockaddr_in ipv4{};
-  std::memcpy(&ipv4, &storage, sizeof ipv4);
-  EXPECT_EQ(ipv4.sin_family, AF_INET);
-  EXPECT_EQ(ntohs(ipv4.sin_port), 5300);
-  EXPECT_EQ(ntohl(ipv4.sin_addr.s_addr), 0x7F000001U);
-
-  ASSERT_EQ(ListenAddress::parse("[::1]:53")->toSockaddr(storage), sizeof(sockaddr_in6));
-  sockaddr_in6 ipv6{};
-  std::memcpy(&ipv6, &storage, sizeof ipv6);
-  EXPECT_EQ(ipv6.sin6_family, AF_INET6);
-  EXPECT_EQ(ntohs(ipv6.sin6_port), 53);
-  EXPECT_TRUE(IN6_IS_ADDR_LOOPBACK(&ipv6.sin6_addr));
-}
-
 }  // namespace
 }  // namespace quillet

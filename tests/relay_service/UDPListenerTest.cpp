@@ -17,7 +17,6 @@ using platform::NWError;
 using quillet::test::LogCapture;
 using test::FakeConnection;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Kind = platform::NWConnection::State::Kind;
 using Lines = std::vector<std::string>;
 

@@ -1,9 +1,10 @@
 """The demo filtering service by itself."""
 
 import signal
+import socket
 
 from roadlib import names, wire
-from roadlib.case import RoadTest, main
+from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import Client, ask, dig
 
 
@@ -89,6 +90,27 @@ class DemoFilterTest(RoadTest):
                 self.assertEqual(process.wait(), 0)
                 self.assertEqual(process.output()[-1], "queries 3, answered 2, refused 1")
                 self.assertEqual(len(process.output()), 2 if quiet else 5)
+
+    def test_policy_and_portal(self):
+        process = self.demo_filter(hosts=("127.0.0.1", "127.0.0.2"), services=("--policy", "--portal"))
+        filtering, mapped, policy, portal = process.addresses
+        proxy = self.proxy({"filteringDNS": filtering, "policyServer": policy, **IDENTITY})
+        ask(proxy.endpoint, wire.query("first.example"))
+        proxy.wait_for_line("Policy is fetched, success - true")
+        query = wire.query("www.intranet.example")
+        self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query, socket.inet_aton(names.ipv4("www.intranet.example"))))
+        proxy.wait_for_line(f"connect to DNS  {mapped}, q: Optional(\"intranet.example\")")
+        registration = wire.query("portal.example", flags=wire.AA, additional=wire.opt(wire.option(65007, "1")))
+        self.assertEqual(wire.rcode_of(ask(endpoint_of(portal), registration)), wire.NOERROR)
+        with Client(endpoint_of(policy)) as client:
+            client.send(b"no request")
+            self.assertIn(f'"dnsServerIP": "{mapped}"'.encode(),
+                          client.ask(b'{"function": "localDNSMap","companyId": "a"b"}'))
+        self.assertEqual(proxy.stop(), 0)
+        process.stop()
+        lines = [line.split("  ")[0] for line in process.output()]
+        for line in ("policy org42", 'policy a"b', "portal A portal.example", "A www.intranet.example"):
+            self.assertIn(line, lines)
 
 
 if __name__ == "__main__":

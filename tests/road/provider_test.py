@@ -102,13 +102,6 @@ class PolicyTest(ProviderTest):
         proxy.stop()
         self.assertEqual(len([line for line in proxy.output() if line.endswith(" fetchPolicy")]), 2)
 
-    def test_organisation_goes_out_as_it_is(self):
-        server = self.policy_server()
-        proxy = self.proxy({**IDENTITY, "organizationId": 'a"b\\č'})
-        self.query(proxy)
-        self.assertEqual(server.wait_for_queries(1),
-                         ['{"function": "localDNSMap","companyId": "a"b\\č"}'.encode()])
-
     def test_hostile_answers_leave_the_map(self):
         wiki = self.upstream(host=WIKI[0], port=WIKI[1])
         good = policy(**{WIKI[0]: ["wiki.corp"]})
@@ -138,12 +131,6 @@ class PolicyTest(ProviderTest):
         proxy.wait_for_line("Policy is fetched, success - true")
         self.query(proxy, "a.example")
         proxy.send_signal(signal.SIGTERM)
-
-    def test_server_that_is_not_there(self):
-        proxy = self.proxy(IDENTITY)
-        self.query(proxy)
-        proxy.wait_for_line("Policy is fetched, success - false")
-        self.query(proxy)
 
 
 class CaptivePortalTest(ProviderTest):
@@ -222,8 +209,11 @@ class RelayTest(ProviderTest):
         for _ in range(20):
             self.query(proxy)
         relay = self.relay()  # and that comes later
-        while not relay.queries:
+        for _ in range(1000):
+            if relay.queries:
+                break
             self.query(proxy)
+        self.assertTrue(relay.queries)
         self.assertEqual(proxy.stop(), 0)
         sent = sum("*Xpc Udp Data was sent to UDP*" in line for line in proxy.output())
         refused = sum("Xpc Udp ERROR! Error when data" in line for line in proxy.output())
@@ -231,23 +221,16 @@ class RelayTest(ProviderTest):
         self.assertLessEqual(sent + refused, 3 * queries + 3)  # one line each, none of them repeated
 
     def test_nobody_reads_standard_output(self):
-        for stream in (None, os.pipe()):
-            descriptor = 1 if stream is None else stream[1]
-
-            def prepare(closed=descriptor):
-                os.close(1) if closed == 1 else os.dup2(closed, 1)
-            proxy = self.proxy(IDENTITY, preparation=prepare)
-            if stream:
-                os.close(stream[0])
-            for _ in range(3):
-                self.reconfigure_quietly(proxy)
+        reader, writer = os.pipe()
+        for preparation, target in ((lambda: os.close(1), r"^/dev/null$"), (lambda: os.dup2(writer, 1), r"^pipe:")):
+            proxy = self.proxy(IDENTITY, preparation=preparation)
+            if target == "^pipe:":
+                os.close(reader)
+            proxy.send_signal(signal.SIGHUP)
             self.query(proxy)
-            target = os.readlink(f"/proc/{proxy.pid}/fd/1")
-            self.assertRegex(target, r"^/dev/null$" if stream is None else r"^pipe:")
+            self.assertRegex(os.readlink(f"/proc/{proxy.pid}/fd/1"), target)
             self.assertEqual(proxy.stop(), 0)
-
-    def reconfigure_quietly(self, proxy):
-        proxy.send_signal(signal.SIGHUP)
+        os.close(writer)
 
 
 if __name__ == "__main__":

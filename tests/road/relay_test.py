@@ -133,17 +133,13 @@ class DatagramTest(RelayTest):
             (b"&*AL" + b"x" * (most - 4), "Agent log: " + "x" * (most - 4)),
             (b"&*AL" + b"\xff" * 1000, "Agent log: " + "\N{REPLACEMENT CHARACTER}" * 1000),
             (b'{"cmdType":"notification","payload":"started"}', "got notification from Ext: started"),
-            (b'{"payload":"bypassAllOn","cmdType":"command"}', "got command from Ext: bypassAllOn"),
             (b'{"z":[{"a":null}],"payload":"\\u00e9\\"\\\\\\n","y":1,"cmdType":"printToLog"}',
              'got printToLog from Ext: é"\\\\n'),
-            (b'{"cmdType":"printToLog","payload":""}', "got printToLog from Ext: "),
             (b'{"cmdType":"printToLog","payload":"' + b"y" * (most - 37) + b'"}',
              "got printToLog from Ext: " + "y" * (most - 37)),
             (b"&*updateCU&*updateCUbob", "update CU received, message: &*updateCU&*updateCUbob", " CU updated: bob"),
             (b"&*requestCU", "request CU received, cu: bob", "Data was sent to UDP"),
-            (b"&*A", no_command.format(3)), (b"\n", no_command.format(1)), (b"\0" * 9, no_command.format(9)),
-            (b"[" * most, no_command.format(most)), (b'{"cmdType":"Command","payload":"x"}', no_command.format(35)),
-            (b'{"cmdType":"command"}', no_command.format(21)), (b'{"cmdType":"command","payload":"\xff"}', no_command.format(35)),
+            (b"\0" * 9, no_command.format(9)), (b"[" * most, no_command.format(most)),
             (b"%s%n", no_command.format(4)),
         )
         for datagram, *expected in cases:
@@ -181,13 +177,9 @@ class DatagramTest(RelayTest):
                     if shutil.which(("socat", "nc")[number]):
                         tool("sh", "-c", command)
                         relay.wait_for_line(f"Agent log: {text} by {('socat', 'nc')[number]}")
-
-    @unittest.skipUnless(shutil.which("socat"), "no socat here")
-    def test_user_value_by_socat(self):
-        self.relay()
-        tool("sh", "-c", "printf '&*updateCUalice' | socat -u - UDP:127.0.0.1:9898")
-        answer = tool("sh", "-c", "printf '&*requestCU' | socat -T 5 - UDP:127.0.0.1:9898,shut-null")
-        self.assertEqual(answer, "alice")
+        if shutil.which("socat"):
+            tool("sh", "-c", "printf '&*updateCUalice' | socat -u - UDP:127.0.0.1:9898")
+            self.assertEqual(tool("sh", "-c", "printf '&*requestCU' | socat -T 5 - UDP:127.0.0.1:9898,shut-null"), "alice")
 
 
 class AssociationTest(RelayTest):
@@ -201,15 +193,6 @@ class AssociationTest(RelayTest):
                 client.send(b"&*AL%d %d" % (turn, number))
         relay.wait_for_line("Agent log: 9 3")
         self.assertEqual([line for line in relay.said() if line in set(expected)], expected)
-
-    def test_replies_go_to_whoever_asked(self):
-        self.relay()
-        first, second = self.client(), self.client()
-        first.send(b"&*updateCUx")
-        for _ in range(3):
-            self.assertEqual(first.ask(b"&*requestCU"), b"x")
-            self.assertEqual(second.ask(b"&*requestCU"), b"x")
-        self.assertIsNone(first.receive(0))
 
     def test_no_bytes_end_the_loop_until_the_next_association(self):
         relay = self.relay()

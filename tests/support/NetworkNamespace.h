@@ -7,8 +7,8 @@
 
 namespace quillet::test {
 
-/// A network of the test's own, where every port is free: loopback is up, nothing else is there. The thread
-/// that entered it, and those that this one starts, are in it while this lives.
+/// A network of the test's own, where every port is free: loopback is up, nothing else is there.
+/// The thread that entered it, and those that this one starts, are in it while this lives.
 class NetworkNamespace {
  public:
   /// Absent when the system does not let this process have one (it takes CAP_SYS_ADMIN).

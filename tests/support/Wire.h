@@ -28,6 +28,9 @@ inline platform::Data hex(std::string_view digits) {
       high = -1;
     }
   }
+  if (high >= 0) {
+    throw std::invalid_argument("half an octet");
+  }
   return bytes;
 }
 
