@@ -143,8 +143,9 @@ void AcceptedConnection::deliver() {
   while (!held_.empty() && !receives_.empty()) {
     const auto completion = std::move(receives_.front());
     receives_.pop_front();
-    auto received = std::move(held_.front());
-    held_.pop_front();
+    std::list<Received> taken;
+    taken.splice(taken.begin(), held_, held_.begin());
+    auto& received = taken.front();
     runGuarded([&] { completion(std::move(received.content), !received.error, received.error); });
   }
   isDelivering_ = false;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <list>
 #include <memory>
 #include <vector>
@@ -84,7 +83,7 @@ class AcceptedConnection final : public NWConnection {
   bool isCancelled_ = false;
   bool isDelivering_ = false;
   std::list<ReceiveCompletion> receives_;  // the oldest first
-  std::deque<Received> held_;
+  std::list<Received> held_;               // the oldest first
 };
 
 }  // namespace platform
