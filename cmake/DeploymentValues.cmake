@@ -8,6 +8,13 @@ set(QUILLET_POLICY_SERVER "127.0.0.5" CACHE STRING "IPv4 address of the policy s
 set(QUILLET_CAPTIVE_PORTAL_HOST "captive-portal.quillet.example" CACHE STRING "Host name of the captive-portal service")
 set(QUILLET_ADMIN_EMAIL "administrator@quillet.example" CACHE STRING "Filtering service's administrator e-mail address")
 
+# What the relay service runs: a command line for the shell whenever a new client reaches one of its ports, and a
+# look-up of a name that the resolver answers with the address of the machine that asks.
+set(QUILLET_SHELL "/bin/zsh" CACHE STRING "Path of the shell that flushes the system's DNS cache")
+set(QUILLET_FLUSH_COMMAND "killall -HUP mDNSResponder" CACHE STRING "Command line that flushes the system's DNS cache")
+set(QUILLET_PUBLIC_IP_NAME "public-ip.quillet.example" CACHE STRING "Query name of the public-IP lookup")
+set(QUILLET_PUBLIC_IP_RESOLVER "127.0.0.6" CACHE STRING "Host name or address of the public-IP lookup's resolver (port 53)")
+
 configure_file("${CMAKE_SOURCE_DIR}/cmake/DeploymentValues.h.in"
                "${CMAKE_BINARY_DIR}/generated/DeploymentValues.h" @ONLY)
 add_library(deployment_values INTERFACE)

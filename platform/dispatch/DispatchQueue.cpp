@@ -4,17 +4,38 @@
 
 #include "platform/dispatch/Deadlines.h"
 #include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/SerialQueue.h"
 
 namespace platform {
 
 DispatchQueue DispatchQueue::global() { return {}; }
 
+DispatchQueue DispatchQueue::serial() {
+  DispatchQueue queue;
+  queue.serial_ = std::make_shared<SerialQueue>();
+  return queue;
+}
+
 void DispatchQueue::async(std::function<void()> work) const {
-  MainLoop::shared().give(std::move(work));
+  if (serial_) {
+    serial_->async(std::move(work));
+  } else {
+    MainLoop::shared().give(std::move(work));
+  }
 }
 
 void DispatchQueue::asyncAfter(double seconds, std::function<void()> work) const {
   MainLoop::shared().deadlines().add(seconds, std::move(work));
+}
+
+void DispatchQueue::stop() const {
+  if (serial_) {
+    serial_->stop();
+  }
+}
+
+asio::io_context& DispatchQueue::context() const {
+  return serial_ ? serial_->context() : MainLoop::shared().context();
 }
 
 }  // namespace platform

@@ -3,27 +3,47 @@
 #include <functional>
 #include <memory>
 
+namespace asio {
+class io_context;
+}
+
 namespace platform {
+
+class SerialQueue;
 
 /// A place where work runs later. Cheap to copy; every copy means the same queue.
 ///
 /// In the provider process every queue is the one event loop of the process (`MainLoop`), so work
-/// never runs beside other work and the state that it touches needs no lock.
+/// never runs beside other work and the state that it touches needs no lock. The relay process has
+/// serial queues besides; state that belongs to one of them needs no lock either.
 class DispatchQueue {
  public:
   /// The shared queue of default quality.
   static DispatchQueue global();
 
+  /// A new queue with a thread of its own, which ends with the last copy. Work that blocks it
+  /// delays no other queue.
+  static DispatchQueue serial();
+
   /// Runs `work` later, never inside this call, after what was given before it. Any thread may call
   /// it.
   void async(std::function<void()> work) const;
 
-  /// Runs `work` once `seconds` have passed by the monotonic time of `Clock::shared()`. Inside the
-  /// event loop only.
+  /// Runs `work` once `seconds` have passed by the monotonic time of `Clock::shared()`. For the
+  /// shared queue, and inside the event loop only.
   void asyncAfter(double seconds, std::function<void()> work) const;
+
+  /// Ends a serial queue: drops what has not begun, waits for what has. Not to be called by its own
+  /// work.
+  void stop() const;
+
+  /// What the platform's own sockets on this queue are watched with.
+  [[nodiscard]] asio::io_context& context() const;
 
  private:
   DispatchQueue() = default;
+
+  std::shared_ptr<SerialQueue> serial_;  // absent: the event loop
 };
 
 }  // namespace platform

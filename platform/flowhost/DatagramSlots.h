@@ -9,7 +9,7 @@
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/flowhost/PacketInfo.h"
+#include "platform/network/PacketInfo.h"
 #include "platform/flowhost/ReceivedDatagram.h"
 
 namespace platform {

@@ -13,7 +13,8 @@
 
 namespace platform {
 
-/// One UDP association to one remote address: a connected socket.
+/// One UDP association to one remote address: a connected socket, or one client of an `NWListener`
+/// (see `AcceptedConnection` for what differs there).
 ///
 /// States, each reported once through `stateUpdateHandler`, never inside a call of the owner's:
 ///
@@ -86,6 +87,9 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
 
   /// The state last reported.
   [[nodiscard]] virtual State state() const = 0;
+
+  /// For log texts.
+  virtual void describe(std::string& out) const = 0;
 
   /// How many started connections of this process are not cancelled.
   static std::size_t openCount();

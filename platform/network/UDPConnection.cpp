@@ -160,6 +160,12 @@ std::optional<NWPath> UDPConnection::currentPath() const {
   return isKnown ? std::optional(NWPath::from(local)) : std::nullopt;
 }
 
+void UDPConnection::describe(std::string& out) const {
+  out.append("[").append(host_.text()).append(":");
+  port_.describe(out);
+  out.append(" udp]");
+}
+
 int UDPConnection::trySend(const Data& content) {
   const int error = sendOnce(socket_.get(), content);
   const bool isDropped = error == ECONNREFUSED && !sendsAfterRefusal;

@@ -27,6 +27,8 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   void cancel() override;
   [[nodiscard]] std::optional<NWPath> currentPath() const override;
   [[nodiscard]] State state() const override { return state_; }
+  /// `[127.0.0.1:53 udp]`.
+  void describe(std::string& out) const override;
 
  private:
   /// A send that has come to its end and is not reported yet.

@@ -182,3 +182,31 @@ class Proxy(Process):
         if not self.is_running():
             raise AssertionError("the proxy has ended:\n" + "\n".join(self.output()))
         return self.bound_ports() >= {port for _, port in self.endpoints}
+
+
+class Relay(Process):
+    """The relay service, once it is there. It takes its ports and finds its programs where they always are, so it
+    runs in a network of its own, with `programs` as the folder that is searched first."""
+
+    def __init__(self, folder, programs, **how):
+        self.socket_path = os.path.join(folder, "group.com.quillet.filteringosx")
+        environment = {"RUNTIME_DIRECTORY": folder, "PATH": f"{programs}:{os.environ['PATH']}"}
+        super().__init__([os.environ["QUILLET_RELAY"]], environment=environment, **how)
+        if self._reader:
+            self.wait_for_line("*** XPC listener resumed ***")
+            self.wait_for_line(" port 989", 4)
+
+    def said(self):
+        """The texts of the records so far."""
+        return [line.split("] ", 1)[-1] for line in list(self.lines)]
+
+    def children(self):
+        """The process ids of its children, zombies included."""
+        children = []
+        for task in os.scandir(f"/proc/{self.pid}/task"):
+            try:
+                with open(os.path.join(task.path, "children"), encoding="ascii") as file:
+                    children += [int(child) for child in file.read().split()]
+            except FileNotFoundError:
+                pass  # a thread that has ended meanwhile
+        return children

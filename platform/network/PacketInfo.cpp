@@ -1,4 +1,4 @@
-#include "platform/flowhost/PacketInfo.h"
+#include "platform/network/PacketInfo.h"
 
 #include <cstring>
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace asio {
+class io_context;
+}
+
+namespace platform {
+
+/// One thread that runs work, each to its end, in the order in which it was given. Work that blocks
+/// holds up this queue and nobody else. What is behind `DispatchQueue::serial`.
+class SerialQueue {
+ public:
+  SerialQueue();
+  /// Stops; also when work of the queue's own lets go of it last.
+  ~SerialQueue();
+  SerialQueue(const SerialQueue&) = delete;
+  SerialQueue& operator=(const SerialQueue&) = delete;
+
+  /// Runs `work` later. What it throws is one log line. Any thread may call it.
+  void async(std::function<void()> work);
+
+  /// Drops what has not begun and waits for what has. Not to be called by work of the queue's own.
+  void stop();
+
+  /// What the platform's sockets on this queue are watched with; their handlers are its work.
+  asio::io_context& context();
+
+ private:
+  struct State;
+
+  std::shared_ptr<State> state_;  // its thread's too
+  std::thread thread_;
+};
+
+}  // namespace platform

@@ -1,0 +1,163 @@
+#include "platform/network/AcceptedConnection.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <utility>
+
+#include "platform/dispatch/RunGuarded.h"
+#include "platform/foundation/NSLog.h"
+
+namespace platform {
+
+namespace {
+
+using Kind = NWConnection::State::Kind;
+
+std::uint64_t nextNumber() {
+  static std::atomic<std::uint64_t> count{0};
+  return ++count;
+}
+
+}  // namespace
+
+AcceptedConnection* Associations::find(const SocketAddress& client) const {
+  const auto found = std::find_if(open.begin(), open.end(), [&](const AcceptedConnection* one) {
+    return one->client() == client;
+  });
+  return found == open.end() ? nullptr : *found;
+}
+
+AcceptedConnection::AcceptedConnection(std::shared_ptr<Associations> associations,
+                                       const SocketAddress& client)
+    : associations_(std::move(associations)), client_(client), number_(nextNumber()) {
+  associations_->open.push_back(this);
+}
+
+AcceptedConnection::~AcceptedConnection() {
+  forget();
+  for (const auto& received : held_) {
+    if (received.content) {
+      NSLog("NWListener: ", *this, " is let go of, dropped ", *received.content);
+    }
+  }
+}
+
+void AcceptedConnection::forget() { std::erase(associations_->open, this); }
+
+/// Runs `work` later, before the next datagram is read, unless this is gone by then.
+void AcceptedConnection::onQueue(void (AcceptedConnection::*work)()) {
+  associations_->isWorkDue = true;
+  queue_->async([weak = weak_from_this(), work] {
+    if (const auto self = std::static_pointer_cast<AcceptedConnection>(weak.lock())) {
+      (self.get()->*work)();
+    }
+  });
+}
+
+void AcceptedConnection::start(DispatchQueue queue) {
+  if (queue_ || isCancelled_) {
+    return;
+  }
+  queue_ = std::move(queue);
+  onQueue(&AcceptedConnection::reportStart);
+}
+
+void AcceptedConnection::reportStart() {
+  for (const auto kind : {Kind::setup, Kind::preparing, Kind::ready}) {
+    if (!isCancelled_) {
+      report(kind);
+    }
+  }
+  deliver();
+}
+
+void AcceptedConnection::report(Kind kind) {
+  state_ = {kind, std::nullopt};
+  if (const auto handler = stateUpdateHandler) {
+    runGuarded([&] { handler(state_); });
+  }
+}
+
+void AcceptedConnection::cancel() {
+  if (std::exchange(isCancelled_, true)) {
+    return;
+  }
+  forget();
+  if (queue_) {
+    onQueue(&AcceptedConnection::reportCancelled);
+  }
+  const auto receives = std::exchange(receives_, {});  // let go of last
+}
+
+void AcceptedConnection::reportCancelled() { report(Kind::cancelled); }
+
+void AcceptedConnection::send(Data content, SendCompletion completion) {
+  if (isCancelled_) {
+    return;
+  }
+  const auto error = queue_ ? associations_->socket.send(asked_, client_, content)
+                            : std::optional(NWError::posix(ENOTCONN));
+  if (completion && queue_) {
+    associations_->isWorkDue = true;
+    queue_->async([completion = std::move(completion), error] { completion(error); });
+  } else if (completion) {
+    completion(error);
+  }
+}
+
+void AcceptedConnection::receiveMessage(ReceiveCompletion completion) {
+  if (isCancelled_) {
+    return;
+  }
+  receives_.push_back(std::move(completion));
+  if (!held_.empty() && !isDelivering_ && state_.kind == Kind::ready) {
+    onQueue(&AcceptedConnection::deliver);
+  }
+}
+
+void AcceptedConnection::arrived(const UDPListenerSocket::Arrival& arrival) {
+  asked_ = arrival.asked;
+  if (held_.size() >= kMaxHeld) {
+    NSLog("NWListener: ", *this, " is not read, dropped ", arrival.datagram);
+    return;
+  }
+  held_.push_back({Data(arrival.datagram.begin(), arrival.datagram.end()), std::nullopt});
+  deliver();
+}
+
+void AcceptedConnection::refused(const NWError& error) {
+  if (held_.size() < kMaxHeld) {
+    held_.push_back({std::nullopt, error});
+    deliver();
+  }
+}
+
+/// Completes what is armed with what is there. A completion may arm the next receive.
+void AcceptedConnection::deliver() {
+  if (isDelivering_ || state_.kind != Kind::ready) {
+    return;
+  }
+  const auto alive = shared_from_this();
+  isDelivering_ = true;
+  while (!held_.empty() && !receives_.empty()) {
+    const auto completion = std::move(receives_.front());
+    receives_.pop_front();
+    std::list<Received> taken;
+    taken.splice(taken.begin(), held_, held_.begin());
+    auto& received = taken.front();
+    runGuarded([&] { completion(std::move(received.content), !received.error, received.error); });
+  }
+  isDelivering_ = false;
+}
+
+std::optional<NWPath> AcceptedConnection::currentPath() const { return NWPath::from(asked_); }
+
+/// An IPv6 address and its port are parted by a full stop, as the framework prints them.
+void AcceptedConnection::describe(std::string& out) const {
+  const auto plain = SocketAddress::parse(client_.host(), client_.port()).value_or(client_);
+  out.append("[C").append(std::to_string(number_)).append(" ").append(plain.host());
+  out.append(plain.isIPv6() ? "." : ":").append(std::to_string(plain.port())).append(" udp]");
+}
+
+}  // namespace platform

@@ -1,0 +1,166 @@
+#include "platform/network/NWListener.h"
+
+#include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <utility>
+
+#include "platform/dispatch/RunGuarded.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/network/AcceptedConnection.h"
+
+namespace platform {
+
+namespace {
+
+using Kind = NWListener::State::Kind;
+using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
+
+// Datagrams read before other work of the queue has its turn.
+constexpr int kMaxReadsPerTurn = 64;
+
+}  // namespace
+
+struct NWListener::Reading {
+  explicit Reading(UDPListenerSocket socket)
+      : port(socket.port()), associations(std::make_shared<Associations>(std::move(socket))) {}
+  ~Reading() { close(); }
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return descriptor.has_value(); }
+  void close() {
+    if (descriptor) {
+      descriptor->release();  // the socket closes it
+      descriptor.reset();
+    }
+    associations->socket.close();
+  }
+
+  const std::uint16_t port;
+  const std::shared_ptr<Associations> associations;
+  std::optional<DispatchQueue> queue;    // present once started
+  std::optional<Descriptor> descriptor;  // present while it is read
+};
+
+tl::expected<std::shared_ptr<NWListener>, NWError> NWListener::create(
+    const NWParameters& /*parameters*/, NWEndpoint::Port port) {
+  auto socket = UDPListenerSocket::bind(port.rawValue);
+  if (!socket) {
+    return tl::unexpected(socket.error());
+  }
+  return std::shared_ptr<NWListener>(new NWListener(std::make_unique<Reading>(*std::move(socket))));
+}
+
+NWListener::NWListener(std::unique_ptr<Reading> reading) : reading_(std::move(reading)) {}
+NWListener::~NWListener() = default;
+
+NWEndpoint::Port NWListener::port() const { return NWEndpoint::Port(reading_->port); }
+
+void NWListener::onQueue(void (NWListener::*work)()) {
+  reading_->queue->async([weak = weak_from_this(), work] {
+    if (const auto self = weak.lock()) {
+      (self.get()->*work)();
+    }
+  });
+}
+
+void NWListener::start(DispatchQueue queue) {
+  if (!reading_->queue) {
+    reading_->queue = std::move(queue);
+    onQueue(&NWListener::begin);
+  }
+}
+
+void NWListener::begin() {
+  report({Kind::setup, std::nullopt});
+  if (isCancelled_) {
+    return;
+  }
+  auto& [port, associations, queue, descriptor] = *reading_;
+  descriptor.emplace(queue->context());
+  asio::error_code error;
+  descriptor->assign(associations->socket.get(), error);
+  if (error) {
+    reading_->close();
+    report({Kind::failed, NWError::posix(error.value())});
+    return;
+  }
+  report({Kind::ready, std::nullopt});
+  wait();
+}
+
+void NWListener::report(const State& state) {
+  if (const auto handler = stateUpdateHandler) {
+    runGuarded([&] { handler(state); });
+  }
+}
+
+void NWListener::cancel() {
+  if (std::exchange(isCancelled_, true)) {
+    return;
+  }
+  reading_->close();
+  if (reading_->queue) {
+    onQueue(&NWListener::reportCancelled);
+  }
+}
+
+void NWListener::reportCancelled() { report({Kind::cancelled, std::nullopt}); }
+
+void NWListener::wait() {
+  if (!reading_->isOpen()) {
+    return;
+  }
+  reading_->descriptor->async_wait(Descriptor::wait_read,
+                                   [weak = weak_from_this()](const asio::error_code& error) {
+                                     const auto self = weak.lock();
+                                     if (self && !error) {
+                                       self->read();
+                                       self->wait();
+                                     }
+                                   });
+}
+
+void NWListener::read() {
+  auto& isWorkDue = reading_->associations->isWorkDue;
+  isWorkDue = false;
+  for (int count = 0; count < kMaxReadsPerTurn && !isWorkDue && reading_->isOpen(); ++count) {
+    if (!readOne()) {
+      return;
+    }
+  }
+}
+
+/// False when there is nothing to be read.
+bool NWListener::readOne() {
+  auto& associations = *reading_->associations;
+  const auto arrival = associations.socket.receive();
+  if (!arrival) {
+    readRefusals();
+    return false;
+  }
+  if (auto* const known = associations.find(arrival->client)) {
+    known->arrived(*arrival);
+    return true;
+  }
+  const auto fresh = std::make_shared<AcceptedConnection>(reading_->associations, arrival->client);
+  if (associations.open.size() > kMaxConnections) {
+    NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->datagram);
+    return true;
+  }
+  fresh->arrived(*arrival);
+  if (const auto handler = newConnectionHandler) {
+    runGuarded([&] { handler(fresh); });
+  }
+  return true;
+}
+
+void NWListener::readRefusals() {
+  while (const auto refusal = reading_->associations->socket.takeRefusal()) {
+    if (auto* const known = reading_->associations->find(refusal->client)) {
+      known->refused(refusal->error);
+    }
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <tl/expected.hpp>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/network/NWConnection.h"
+#include "platform/network/NWEndpoint.h"
+#include "platform/network/NWError.h"
+#include "platform/network/NWParameters.h"
+
+namespace platform {
+
+/// A UDP port that clients send to, on every local address. Each client (address and port) that is
+/// not known is one new connection object, which already has the datagram that made it known.
+///
+/// Datagrams are read one after another: one is with its connection, and all work that this has
+/// given to the queue has run, before the next is read. So whoever starts a new connection at once
+/// and receives from it when it is ready misses nothing, whatever other clients send.
+///
+/// States, each reported once, never inside a call of the owner's:
+///
+///     start() -> setup -> ready
+///                      -> failed(error)    the system does not watch the socket
+///     any of them -> cancelled             after `cancel`, and nothing after that
+///
+/// It lives as long as its owner holds it. After `create`, on its queue only.
+class NWListener : public std::enable_shared_from_this<NWListener> {
+ public:
+  struct State {
+    enum class Kind { setup, waiting, ready, failed, cancelled };
+    Kind kind = Kind::setup;
+    /// Present for failed.
+    std::optional<NWError> error;
+  };
+
+  /// Connections of one listener that somebody holds. One costs about 1 KiB and what it holds
+  /// unread. A further client's datagrams are dropped, each with a log line.
+  static constexpr std::size_t kMaxConnections = 64;
+
+  /// Binds the port; 0 leaves the choice to the system.
+  static tl::expected<std::shared_ptr<NWListener>, NWError> create(const NWParameters& parameters,
+                                                                   NWEndpoint::Port port);
+  ~NWListener();
+  NWListener(const NWListener&) = delete;
+  NWListener& operator=(const NWListener&) = delete;
+
+  /// Set before `start`.
+  std::function<void(const State&)> stateUpdateHandler;
+  std::function<void(std::shared_ptr<NWConnection>)> newConnectionHandler;
+
+  /// Begins to read, on `queue`. Called once.
+  void start(DispatchQueue queue);
+  /// Closes the port. Connections are left alone; they receive nothing more.
+  void cancel();
+
+  [[nodiscard]] NWEndpoint::Port port() const;
+
+ private:
+  struct Reading;
+
+  explicit NWListener(std::unique_ptr<Reading> reading);
+
+  void onQueue(void (NWListener::*work)());
+  void begin();
+  void report(const State& state);
+  void reportCancelled();
+  void wait();
+  void read();
+  bool readOne();
+  void readRefusals();
+
+  const std::unique_ptr<Reading> reading_;
+  bool isCancelled_ = false;
+};
+
+}  // namespace platform

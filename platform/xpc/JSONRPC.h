@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
+
+#include "platform/foundation/JSONValue.h"
+
+namespace platform {
+
+/// The codes of JSON-RPC 2.0, section 5.1.
+enum class JSONRPCError {
+  kParseError = -32700,
+  kInvalidRequest = -32600,
+  kMethodNotFound = -32601,
+  kInvalidParams = -32602,
+  kInternalError = -32603,
+};
+
+/// One call of a method.
+struct JSONRPCRequest {
+  /// Absent for a notification: nothing is answered, errors included.
+  std::optional<JSONValue> id;
+  std::string method;
+  std::optional<JSONValue> params;
+};
+
+/// Why a line is no request, and the id that the answer carries: null when the line has none.
+struct JSONRPCRejection {
+  JSONValue id;
+  JSONRPCError error;
+};
+
+/// The request in one line: a JSON object, `"jsonrpc": "2.0"`, the id a text, a number or null.
+/// Batches are not read.
+tl::expected<JSONRPCRequest, JSONRPCRejection> readJSONRPCRequest(std::string_view line);
+
+/// The answers, each a line with its line feed.
+std::string jsonRPCResultLine(const JSONValue& id, const JSONValue& result);
+std::string jsonRPCErrorLine(const JSONValue& id, JSONRPCError error);
+
+}  // namespace platform

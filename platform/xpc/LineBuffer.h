@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Puts a byte stream together to lines.
+class LineBuffer {
+ public:
+  /// A line's greatest length in bytes, its line feed not counted.
+  static constexpr std::size_t kMaxLine = 256UL * 1024;
+
+  struct Line {
+    std::string text;
+    /// The line was longer than allowed; `text` is empty.
+    bool isTooLong = false;
+  };
+
+  void append(std::string_view bytes);
+  /// The next whole line without its line feed; absent until there is one.
+  std::optional<Line> next();
+
+ private:
+  std::string bytes_;
+  std::size_t searched_ = 0;  // no line feed before it
+  bool isTooLong_ = false;    // the beginning of the line is dropped already
+};
+
+}  // namespace platform

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <thread>
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/xpc/LineBuffer.h"
+#include "platform/xpc/NSXPCInterface.h"
+
+namespace platform {
+
+/// One client of a service, on a thread of its own: a call that takes its time delays only this
+/// client's next one. Each line is one JSON-RPC 2.0 message (`JSONRPC.h`): `method` is a wire name,
+/// `params` the arguments by position without the reply block, whose text is the `result` (null for
+/// a method without one).
+///
+/// A line that cannot be read, or is longer than `LineBuffer::kMaxLine`, is answered with an error;
+/// the connection goes on. What a client leaves unfinished when it goes is dropped.
+class NSXPCConnection {
+ public:
+  /// `onEnd` runs on the connection's thread as the last thing there.
+  NSXPCConnection(FileDescriptor socket, std::function<void()> onEnd);
+  /// Invalidates, and waits for a call that is running.
+  ~NSXPCConnection();
+  NSXPCConnection(const NSXPCConnection&) = delete;
+  NSXPCConnection& operator=(const NSXPCConnection&) = delete;
+
+  // To be set before `resume`.
+  NSXPCInterface exportedInterface;
+  std::shared_ptr<NSObject> exportedObject;
+
+  /// Begins to serve. Called once.
+  void resume();
+  /// Ends the connection; a call that is running is not answered any more. Any thread may call it.
+  void invalidate();
+
+  /// When the client sent something last, in nanoseconds of the monotonic clock. Any thread.
+  [[nodiscard]] std::uint64_t lastActivity() const { return lastActivity_; }
+  /// Whether a call is running. Any thread.
+  [[nodiscard]] bool isBusy() const { return isBusy_; }
+  /// Any thread.
+  [[nodiscard]] bool isInvalidated() const { return isInvalidated_; }
+
+ private:
+  void serve();
+  bool receive(LineBuffer& lines);
+  /// These give the answer's line; empty for none.
+  std::string answer(const LineBuffer::Line& line);
+  std::string call(const struct JSONRPCRequest& request);
+  bool send(std::string_view line) const;
+
+  const FileDescriptor socket_;
+  const std::function<void()> onEnd_;
+  std::atomic<std::uint64_t> lastActivity_;
+  std::atomic<bool> isBusy_{false};
+  std::atomic<bool> isInvalidated_{false};
+  std::thread thread_;
+};
+
+}  // namespace platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
+
+#include "platform/foundation/Error.h"
+#include "platform/foundation/FileDescriptor.h"
+
+namespace platform {
+
+/// A Unix stream socket that clients find by a service's name, for as long as it lives.
+class ServiceSocket {
+ public:
+  /// Where a service of this name has its socket: a file of that name in the service manager's
+  /// runtime directory ($RUNTIME_DIRECTORY, the first of several), else the user's
+  /// ($XDG_RUNTIME_DIR), else /run/quillet.
+  static std::filesystem::path pathOf(const std::string& serviceName);
+
+  /// Listens at `path`, for every user: who may reach the service is what the folder's permissions
+  /// say. A socket that nobody listens at is replaced. The error names the path and says what is
+  /// wrong.
+  static tl::expected<ServiceSocket, Error> listen(const std::filesystem::path& path);
+
+  ServiceSocket(ServiceSocket&&) = default;
+  ServiceSocket& operator=(ServiceSocket&&) = delete;
+  ServiceSocket(const ServiceSocket&) = delete;
+  ServiceSocket& operator=(const ServiceSocket&) = delete;
+  /// Removes the file, unless another has taken its place.
+  ~ServiceSocket();
+
+  /// Non-blocking; ready to read when a client is there.
+  [[nodiscard]] int get() const { return socket_.get(); }
+  /// Gives the descriptor away, to be watched.
+  FileDescriptor take() { return std::move(socket_); }
+
+ private:
+  ServiceSocket(FileDescriptor socket, std::filesystem::path path);
+
+  FileDescriptor socket_;
+  std::filesystem::path path_;
+  struct stat file_ {};
+};
+
+}  // namespace platform

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "platform/xpc/NSXPCListener.h"
+#include "relay_service/ServiceDelegate.h"
+#include "relay_service/UDPListener.h"
+
+namespace QuilletXPCservice {
+
+/// The relay service as a process: its two ports, its XPC service, and the run loop.
+class RelayService {
+ public:
+  /// Serves until SIGTERM or SIGINT. Returns the process' exit status. At the end nothing is waited
+  /// for: child processes that run are killed.
+  int run();
+
+ private:
+  void start();
+  void stop();
+
+  const std::shared_ptr<UDPListener> listenerA_ = std::make_shared<UDPListener>();
+  const std::shared_ptr<UDPListener> listenerB_ = std::make_shared<UDPListener>();
+  const std::shared_ptr<ServiceDelegate> delegate_ = std::make_shared<ServiceDelegate>();
+  std::optional<platform::NSXPCListener> xpcListener_;
+};
+
+}  // namespace QuilletXPCservice

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/foundation/NSObject.h"
+#include "relay_service/ServiceProviderXPCProtocol.h"
+#include "relay_service/XPCServiceDNSProxyProtocol.h"
+
+namespace QuilletXPCservice {
+
+/// The object behind one client's connection. It has no state; its methods write to the log but for
+/// the public-IP lookup.
+class ServiceProviderXPC final : public platform::NSObject,
+                                 public ServiceProviderXPCProtocol,
+                                 public XPCServiceDNSProxyProtocol {
+ public:
+  void getPublicIp(const platform::NSXPCReply& reply) override;
+  void sendDNSProxyCommand(const std::string& command) override;
+  void printAppLogToFile(const std::string& log) override;
+
+  void printLogToFile(const std::string& log) override;
+  void proxyStateWasUpdated(const std::string& state) override;
+  /// The block is neither kept nor called.
+  void setAgentCommandListener(std::function<void(std::string)> listener) override;
+};
+
+}  // namespace QuilletXPCservice

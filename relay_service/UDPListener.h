@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "DnsProxyExt/XpcUdpCommandParser.h"
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Data.h"
+#include "platform/network/NWListener.h"
+#include "relay_service/Published.h"
+
+namespace QuilletXPCservice {
+
+/// One UDP port of the relay service.
+///
+/// Each new client flushes the system's DNS cache and takes the place of the one before. One
+/// receive at a time is armed, on the current client; each datagram is a marker message or a
+/// command object, acted on in the order in which they came. A receive that brings an error or no
+/// bytes ends the loop until the next client; a client that fails closes the port for good.
+///
+/// Everything after `start` runs on `queue`, and nothing else touches the fields: they need no
+/// lock. A flush that hangs holds up this port only.
+class UDPListener : public std::enable_shared_from_this<UDPListener> {
+ public:
+  UDPListener() = default;
+  UDPListener(const UDPListener&) = delete;
+  UDPListener& operator=(const UDPListener&) = delete;
+  virtual ~UDPListener() = default;
+
+  /// Opens the port; when that fails it stays closed, silently. Called once.
+  void start(std::uint16_t port);
+  /// Waits for the work that runs and runs no more; for the end of the process, on another thread.
+  void stop() const { queue.stop(); }
+
+  void acceptConnection(std::shared_ptr<platform::NWConnection> newConnection);
+  void receive();
+  void handleCommand(const quillet::XpcUdpCommand& cmd);
+  void clearDNSCache();
+  /// What the shell prints for the command line, both its streams, as valid UTF-8: what is not is
+  /// replaced. A shell that cannot be started prints why. Blocks until all output is closed.
+  virtual std::string runShellCommand(const std::string& command);
+
+  /// What local clients set and read back.
+  std::string xpcUser;
+  /// What the provider reported last.
+  std::string proxyStatus = "stopped";
+  std::shared_ptr<platform::NWListener> listener;
+  const platform::DispatchQueue queue = platform::DispatchQueue::serial();
+  Published<std::optional<platform::Data>> messageReceived{std::nullopt};
+  Published<bool> isReady{false};
+  Published<bool> listening{true};
+  std::shared_ptr<platform::NWConnection> connection;
+
+ private:
+  using WeakConnection = std::weak_ptr<platform::NWConnection>;
+
+  void listenerChanged(const platform::NWListener::State& state, std::uint16_t port);
+  void connectionChanged(const platform::NWConnection::State& state,
+                         const platform::NWConnection& changed);
+  void close();
+
+  void received(const WeakConnection& from, std::optional<platform::Data> content, bool isComplete,
+                const std::optional<platform::NWError>& error);
+  void letGo(const WeakConnection& from);
+  void act(platform::DataView datagram);
+  void sendUser();
+  void updateUser(std::string_view text);
+};
+
+}  // namespace QuilletXPCservice

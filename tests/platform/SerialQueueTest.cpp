@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <future>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+/// Waits until everything that `queue` was given has run.
+void drain(const DispatchQueue& queue) {
+  std::promise<void> done;
+  queue.async([&done] { done.set_value(); });
+  done.get_future().wait();
+}
+
+TEST(SerialQueueTest, RunsWorkInItsOrderOneAtATime) {
+  const auto queue = DispatchQueue::serial();
+  std::vector<int> ran;  // no lock: the queue is what guards it
+  std::vector<std::thread> givers;
+  givers.reserve(4);
+  for (int giver = 0; giver < 4; ++giver) {
+    givers.emplace_back([&queue, &ran, giver] {
+      for (int i = 0; i < 1000; ++i) {
+        queue.async([&ran, giver, i] { ran.push_back(giver * 1000 + i); });
+      }
+    });
+  }
+  for (auto& giver : givers) {
+    giver.join();
+  }
+  drain(queue);
+  ASSERT_EQ(ran.size(), 4000U);
+  std::vector<int> last(4, -1);
+  for (const int number : ran) {
+    auto& before = last[static_cast<std::size_t>(number / 1000)];
+    EXPECT_LT(before, number);
+    before = number;
+  }
+}
+
+TEST(SerialQueueTest, BlockedWorkDelaysNoOtherQueue) {
+  const auto blocked = DispatchQueue::serial();
+  const auto other = DispatchQueue::serial();
+  std::promise<void> release;
+  blocked.async([&release] { release.get_future().wait(); });
+  drain(other);
+  release.set_value();
+  drain(blocked);
+}
+
+TEST(SerialQueueTest, IsNotTheThreadThatGives) {
+  const auto queue = DispatchQueue::serial();
+  std::thread::id ran;
+  queue.async([&ran] { ran = std::this_thread::get_id(); });
+  drain(queue);
+  EXPECT_NE(ran, std::this_thread::get_id());
+}
+
+TEST(SerialQueueTest, WorkThatThrowsIsOneLine) {
+  const quillet::test::LogCapture log;
+  const auto queue = DispatchQueue::serial();
+  queue.async([] { throw std::runtime_error("oh"); });
+  drain(queue);
+  EXPECT_EQ(log.records().size(), 1U);
+}
+
+TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
+  const auto queue = DispatchQueue::serial();
+  std::promise<void> begun;
+  bool hasEnded = false;
+  bool hasRunAfterwards = false;
+  queue.async([&] {
+    begun.set_value();
+    hasEnded = true;
+  });
+  begun.get_future().wait();
+  queue.stop();
+  EXPECT_TRUE(hasEnded);
+  queue.stop();
+  queue.async([&] { hasRunAfterwards = true; });
+  EXPECT_FALSE(hasRunAfterwards);
+}
+
+TEST(SerialQueueTest, MayBeLetGoOfByItsOwnWork) {
+  std::promise<void> isLast;
+  std::promise<void> over;
+  {
+    const auto queue = DispatchQueue::serial();
+    queue.async([&, kept = std::make_shared<DispatchQueue>(queue)]() mutable {
+      isLast.get_future().wait();
+      kept.reset();
+      over.set_value();
+    });
+  }
+  isLast.set_value();
+  over.get_future().wait();
+}
+
+}  // namespace
+}  // namespace platform
