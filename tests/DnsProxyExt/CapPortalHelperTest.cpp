@@ -11,9 +11,7 @@ using test::hex;
 using test::query;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Not;
-using testing::SizeIs;
 using testing::StartsWith;
 
 class CapPortalHelperTest : public test::ProviderTest {

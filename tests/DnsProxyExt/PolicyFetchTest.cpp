@@ -10,9 +10,7 @@ using test::FakeServer;
 using test::query;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
-using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
