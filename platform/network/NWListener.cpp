@@ -111,14 +111,14 @@ void NWListener::wait() {
   if (!reading_->isOpen()) {
     return;
   }
-  reading_->descriptor->async_wait(Descriptor::wait_read,
-                                   [weak = weak_from_this()](const asio::error_code& error) {
-                                     const auto self = weak.lock();
-                                     if (self && !error) {
-                                       self->read();
-                                       self->wait();
-                                     }
-                                   });
+  reading_->descriptor->async_wait(
+      Descriptor::wait_read, [weak = weak_from_this()](const asio::error_code& error) {
+        const auto self = weak.lock();
+        if (self && !error) {
+          self->read();
+          self->onQueue(&NWListener::wait);  // after the work that this has given to the queue
+        }
+      });
 }
 
 void NWListener::read() {
