@@ -111,24 +111,28 @@ void NWListener::wait() {
   if (!reading_->isOpen()) {
     return;
   }
-  reading_->descriptor->async_wait(
-      Descriptor::wait_read, [weak = weak_from_this()](const asio::error_code& error) {
-        const auto self = weak.lock();
-        if (self && !error) {
-          self->read();
-          self->onQueue(&NWListener::wait);  // after the work that this has given to the queue
-        }
-      });
+  reading_->descriptor->async_wait(Descriptor::wait_read,
+                                   [weak = weak_from_this()](const asio::error_code& error) {
+                                     const auto self = weak.lock();
+                                     if (self && !error) {
+                                       self->read();
+                                     }
+                                   });
 }
 
+/// Work that is due comes first, and what it gives in turn.
 void NWListener::read() {
-  auto& isWorkDue = reading_->associations->isWorkDue;
-  isWorkDue = false;
-  for (int count = 0; count < kMaxReadsPerTurn && !isWorkDue && reading_->isOpen(); ++count) {
+  const auto& workDue = reading_->associations->workDue;
+  if (workDue > 0) {
+    onQueue(&NWListener::read);
+    return;
+  }
+  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && reading_->isOpen(); ++count) {
     if (!readOne()) {
-      return;
+      break;
     }
   }
+  wait();
 }
 
 /// False when there is nothing to be read.
