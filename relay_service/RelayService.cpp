@@ -3,7 +3,6 @@
 #include <csignal>
 
 #include "platform/dispatch/MainLoop.h"
-#include "platform/dispatch/SignalSource.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/process/ChildProcesses.h"
 
@@ -20,8 +19,10 @@ constexpr char kGroupId[] = "group.com.quillet.filteringosx";
 
 }  // namespace
 
+RelayService::RelayService()
+    : signals_({SIGTERM, SIGINT}, [](int) { MainLoop::shared().stop(); }) {}
+
 int RelayService::run() {
-  const platform::SignalSource signals({SIGTERM, SIGINT}, [](int) { MainLoop::shared().stop(); });
   start();
   MainLoop::shared().run();
   stop();

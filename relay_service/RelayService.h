@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/dispatch/SignalSource.h"
 #include "platform/xpc/NSXPCListener.h"
 #include "relay_service/ServiceDelegate.h"
 #include "relay_service/UDPListener.h"
@@ -12,6 +13,8 @@ namespace QuilletXPCservice {
 /// The relay service as a process: its two ports, its XPC service, and the run loop.
 class RelayService {
  public:
+  RelayService();
+
   /// Serves until SIGTERM or SIGINT. Returns the process' exit status. At the end nothing is waited
   /// for: child processes that run are killed.
   int run();
@@ -20,6 +23,7 @@ class RelayService {
   void start();
   void stop();
 
+  const platform::SignalSource signals_;  // before any thread begins
   const std::shared_ptr<UDPListener> listenerA_ = std::make_shared<UDPListener>();
   const std::shared_ptr<UDPListener> listenerB_ = std::make_shared<UDPListener>();
   const std::shared_ptr<ServiceDelegate> delegate_ = std::make_shared<ServiceDelegate>();

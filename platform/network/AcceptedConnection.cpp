@@ -28,6 +28,14 @@ AcceptedConnection* Associations::find(const SocketAddress& client) const {
   return found == open.end() ? nullptr : *found;
 }
 
+void Associations::runFirst(const DispatchQueue& queue, std::function<void()> work) {
+  ++workDue;
+  queue.async([self = shared_from_this(), work = std::move(work)] {
+    --self->workDue;
+    work();
+  });
+}
+
 AcceptedConnection::AcceptedConnection(std::shared_ptr<Associations> associations,
                                        const SocketAddress& client)
     : associations_(std::move(associations)), client_(client), number_(nextNumber()) {
@@ -45,10 +53,9 @@ AcceptedConnection::~AcceptedConnection() {
 
 void AcceptedConnection::forget() { std::erase(associations_->open, this); }
 
-/// Runs `work` later, before the next datagram is read, unless this is gone by then.
+/// The same, unless this is gone by then.
 void AcceptedConnection::onQueue(void (AcceptedConnection::*work)()) {
-  associations_->isWorkDue = true;
-  queue_->async([weak = weak_from_this(), work] {
+  associations_->runFirst(*queue_, [weak = weak_from_this(), work] {
     if (const auto self = std::static_pointer_cast<AcceptedConnection>(weak.lock())) {
       (self.get()->*work)();
     }
@@ -99,8 +106,8 @@ void AcceptedConnection::send(Data content, SendCompletion completion) {
   const auto error = queue_ ? associations_->socket.send(asked_, client_, content)
                             : std::optional(NWError::posix(ENOTCONN));
   if (completion && queue_) {
-    associations_->isWorkDue = true;
-    queue_->async([completion = std::move(completion), error] { completion(error); });
+    associations_->runFirst(*queue_,
+                            [completion = std::move(completion), error] { completion(error); });
   } else if (completion) {
     completion(error);
   }

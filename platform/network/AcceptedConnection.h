@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <memory>
 #include <vector>
@@ -14,17 +15,18 @@ class AcceptedConnection;
 
 /// What a listener and its associations share: the socket, and who is there. On the listener's
 /// queue only.
-struct Associations {
+struct Associations : std::enable_shared_from_this<Associations> {
   explicit Associations(UDPListenerSocket listenerSocket) : socket(std::move(listenerSocket)) {}
 
   /// The association of `client`, or nullptr.
   [[nodiscard]] AcceptedConnection* find(const SocketAddress& client) const;
 
+  /// Runs `work` later on `queue`, before the next datagram is read.
+  void runFirst(const DispatchQueue& queue, std::function<void()> work);
+
   UDPListenerSocket socket;
   std::vector<AcceptedConnection*> open;  // each takes itself out at its end
-  /// Whether work that an association has given to the queue is to run before the next datagram is
-  /// read.
-  bool isWorkDue = false;
+  int workDue = 0;                        // pieces of work that have not run
 };
 
 /// One client of a listener, as a connection that shares the listener's socket.

@@ -116,19 +116,23 @@ void NWListener::wait() {
                                      const auto self = weak.lock();
                                      if (self && !error) {
                                        self->read();
-                                       self->wait();
                                      }
                                    });
 }
 
+/// Work that is due comes first, and what it gives in turn.
 void NWListener::read() {
-  auto& isWorkDue = reading_->associations->isWorkDue;
-  isWorkDue = false;
-  for (int count = 0; count < kMaxReadsPerTurn && !isWorkDue && reading_->isOpen(); ++count) {
+  const auto& workDue = reading_->associations->workDue;
+  if (workDue > 0) {
+    onQueue(&NWListener::read);
+    return;
+  }
+  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && reading_->isOpen(); ++count) {
     if (!readOne()) {
-      return;
+      break;
     }
   }
+  wait();
 }
 
 /// False when there is nothing to be read.

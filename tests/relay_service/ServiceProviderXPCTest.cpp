@@ -1,3 +1,5 @@
+#include "relay_service/ServiceProviderXPC.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

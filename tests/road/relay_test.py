@@ -205,6 +205,17 @@ class AssociationTest(RelayTest):
             client = (client, self.client())[number % 2]
         self.assertFalse(any("disconnected" in line for line in relay.said()))
 
+    def test_what_a_datagram_brings_about_comes_before_the_next(self):
+        relay = self.relay()
+        client = self.client()
+        expected = []
+        for number in range(50):
+            client.send(b"&*requestCU")
+            client.send(b"&*AL%d" % number)
+            expected += ["request CU received, cu: ", "Data was sent to UDP", f"Agent log: {number}"]
+        relay.wait_for_line("Agent log: 49")
+        self.assertEqual([line for line in relay.said() if line in set(expected)], expected)
+
     def test_a_receive_error_ends_the_loop_until_the_next_association(self):
         relay = self.relay()
         self.program("killall", "sleep 0.2")  # the client has gone before the answer comes
