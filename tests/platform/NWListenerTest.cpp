@@ -162,6 +162,21 @@ TEST_F(NWListenerTest, UnreadDatagramsOfWhomItLetsGoAreLines) {
   EXPECT_THAT(log.records(), ElementsAre(HasSubstr("is let go of, dropped 3 bytes")));
 }
 
+TEST_F(NWListenerTest, WhatTheKernelHadNoRoomForIsALine) {
+  const LogCapture log;
+  const UDPSocket client;
+  for (int i = 0; i < 1000; ++i) {  // some 64 MB
+    client.send(std::string(65'507, 'x'), at("127.0.0.1"));
+  }
+  ASSERT_TRUE(runUntilLines(2));
+  runReady();
+  client.send("end", at("127.0.0.1"));
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return lines_.back() == "got end"; }));
+  const auto lost = 1000 - (lines_.size() - 2);  // without "new" and the end
+  EXPECT_THAT(log.records(), ElementsAre(testing::StartsWith("NWListener: " + std::to_string(lost) +
+                                                             " datagrams to port ")));
+}
+
 TEST_F(NWListenerTest, AClientThatWasLetGoOfIsANewOne) {
   const UDPSocket client;
   client.send("1", at("127.0.0.1"));
