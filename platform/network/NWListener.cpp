@@ -143,6 +143,10 @@ bool NWListener::readOne() {
     readRefusals();
     return false;
   }
+  if (arrival->lost > 0) {
+    NSLog("NWListener: ", arrival->lost, " datagrams to port ", reading_->port,
+          " were lost, the queue was busy");
+  }
   if (auto* const known = associations.find(arrival->client)) {
     known->arrived(*arrival);
     return true;

@@ -24,6 +24,9 @@ constexpr std::size_t kBufferSize = 64UL * 1024;
 // What the kernel holds while the owner's queue is busy. It may give less.
 constexpr int kReceiveBufferSize = 8 * 1024 * 1024;
 
+// Room for all that the kernel says of a datagram.
+constexpr std::size_t kControlSize = 512;
+
 // Refusals that one failed call may find before it: one for each earlier datagram.
 constexpr int kMaxAttempts = 64;
 
@@ -48,7 +51,8 @@ bool prepare(int socket, bool isIPv6, std::uint16_t port) {
   const auto address = anyAddress(isIPv6, port);
   return (!isIPv6 || (setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 0) &&
                       setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1))) &&
-         setOption(socket, IPPROTO_IP, IP_RECVERR, 1) && PacketInfo::request(socket, isIPv6) &&
+         setOption(socket, IPPROTO_IP, IP_RECVERR, 1) &&
+         setOption(socket, SOL_SOCKET, SO_RXQ_OVFL, 1) && PacketInfo::request(socket, isIPv6) &&
          ::bind(socket, address.data(), address.size()) == 0;
 }
 
@@ -65,6 +69,19 @@ std::uint16_t boundPort(int socket) {
   SocketAddress address;
   socklen_t size = SocketAddress::kMaxSize;
   return ::getsockname(socket, address.data(), &size) == 0 ? address.port() : std::uint16_t{0};
+}
+
+/// How many datagrams the kernel had no room for; absent for none (socket(7), SO_RXQ_OVFL).
+std::optional<std::uint32_t> lostIn(msghdr& message) {
+  for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
+       control = CMSG_NXTHDR(&message, control)) {
+    if (control->cmsg_level == SOL_SOCKET && control->cmsg_type == SO_RXQ_OVFL) {
+      std::uint32_t lost = 0;
+      std::memcpy(&lost, CMSG_DATA(control), sizeof lost);
+      return lost;
+    }
+  }
+  return std::nullopt;
 }
 
 std::optional<int> errorIn(msghdr& message) {
@@ -106,14 +123,16 @@ std::optional<UDPListenerSocket::Arrival> UDPListenerSocket::receive() {
   Arrival arrival;
   iovec range{buffer_.data(), buffer_.size()};
   msghdr message{};
-  PacketInfo info;
+  alignas(cmsghdr) std::array<unsigned char, kControlSize> control{};
   for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-    message = {arrival.client.data(), SocketAddress::kMaxSize, &range, 1, nullptr, 0, 0};
-    info.prepareToReceive(message);
+    message = {arrival.client.data(), SocketAddress::kMaxSize, &range, 1,
+               control.data(),        control.size(),          0};
     const auto size = ::recvmsg(socket_.get(), &message, MSG_DONTWAIT);
     if (size >= 0) {
-      arrival.asked = info.sentTo(message, port_).value_or(anyAddress(isIPv6_, port_));
+      arrival.asked = PacketInfo::sentTo(message, port_).value_or(anyAddress(isIPv6_, port_));
       arrival.datagram = DataView(buffer_).first(static_cast<std::size_t>(size));
+      const auto lost = lostIn(message).value_or(lost_);
+      arrival.lost = lost - std::exchange(lost_, lost);
       return arrival;
     }
     if (errno == EAGAIN) {
@@ -125,7 +144,7 @@ std::optional<UDPListenerSocket::Arrival> UDPListenerSocket::receive() {
 
 std::optional<UDPListenerSocket::Refusal> UDPListenerSocket::takeRefusal() {
   SocketAddress client;
-  alignas(cmsghdr) std::array<unsigned char, 512> control{};
+  alignas(cmsghdr) std::array<unsigned char, kControlSize> control{};
   msghdr message{client.data(),  SocketAddress::kMaxSize, nullptr, 0,
                  control.data(), control.size(),          0};
   if (::recvmsg(socket_.get(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) {

@@ -20,6 +20,8 @@ class UDPListenerSocket {
     SocketAddress client;
     SocketAddress asked;
     DataView datagram;  // valid until the next call of `receive`
+    /// Datagrams that the kernel had no room for since the one before.
+    std::uint32_t lost = 0;
   };
   /// What the network answered to an earlier `send` to `client` (RFC 1122, section 4.1.3.3).
   struct Refusal {
@@ -50,6 +52,7 @@ class UDPListenerSocket {
   bool isIPv6_;
   std::uint16_t port_;
   Data buffer_;
+  std::uint32_t lost_ = 0;  // all so far, modulo 2^32
 };
 
 }  // namespace platform

@@ -53,14 +53,6 @@ TEST(SerialQueueTest, BlockedWorkDelaysNoOtherQueue) {
   drain(blocked);
 }
 
-TEST(SerialQueueTest, IsNotTheThreadThatGives) {
-  const auto queue = DispatchQueue::serial();
-  std::thread::id ran;
-  queue.async([&ran] { ran = std::this_thread::get_id(); });
-  drain(queue);
-  EXPECT_NE(ran, std::this_thread::get_id());
-}
-
 TEST(SerialQueueTest, WorkThatThrowsIsOneLine) {
   const quillet::test::LogCapture log;
   const auto queue = DispatchQueue::serial();
