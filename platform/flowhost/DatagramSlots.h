@@ -9,8 +9,8 @@
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/network/PacketInfo.h"
 #include "platform/flowhost/ReceivedDatagram.h"
+#include "platform/network/PacketInfo.h"
 
 namespace platform {
 

@@ -1,8 +1,7 @@
-#include "relay_service/ServiceProviderXPC.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "relay_service/ServiceProviderXPC.h"
 #include "tests/support/LogCapture.h"
 
 namespace QuilletXPCservice {
