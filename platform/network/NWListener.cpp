@@ -132,7 +132,18 @@ void NWListener::read() {
       break;
     }
   }
+  tellLost();
   wait();
+}
+
+void NWListener::tellLost() {
+  if (!reading_->isOpen()) {
+    return;
+  }
+  if (const auto lost = reading_->associations->socket.takeLost(); lost > 0) {
+    NSLog("NWListener: ", lost, " datagrams to port ", reading_->port,
+          " were lost, the queue was busy");
+  }
 }
 
 /// False when there is nothing to be read.
@@ -142,10 +153,6 @@ bool NWListener::readOne() {
   if (!arrival) {
     readRefusals();
     return false;
-  }
-  if (arrival->lost > 0) {
-    NSLog("NWListener: ", arrival->lost, " datagrams to port ", reading_->port,
-          " were lost, the queue was busy");
   }
   if (auto* const known = associations.find(arrival->client)) {
     known->arrived(*arrival);

@@ -70,6 +70,7 @@ class NWListener : public std::enable_shared_from_this<NWListener> {
   void wait();
   void read();
   bool readOne();
+  void tellLost();
   void readRefusals();
 
   const std::unique_ptr<Reading> reading_;

@@ -4,8 +4,9 @@
 #include <sys/socket.h>
 #include <time.h>
 
-// Needs the two above.
+// The first needs the two above.
 #include <linux/errqueue.h>
+#include <linux/sock_diag.h>
 
 #include <array>
 #include <cerrno>
@@ -51,8 +52,7 @@ bool prepare(int socket, bool isIPv6, std::uint16_t port) {
   const auto address = anyAddress(isIPv6, port);
   return (!isIPv6 || (setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 0) &&
                       setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1))) &&
-         setOption(socket, IPPROTO_IP, IP_RECVERR, 1) &&
-         setOption(socket, SOL_SOCKET, SO_RXQ_OVFL, 1) && PacketInfo::request(socket, isIPv6) &&
+         setOption(socket, IPPROTO_IP, IP_RECVERR, 1) && PacketInfo::request(socket, isIPv6) &&
          ::bind(socket, address.data(), address.size()) == 0;
 }
 
@@ -69,19 +69,6 @@ std::uint16_t boundPort(int socket) {
   SocketAddress address;
   socklen_t size = SocketAddress::kMaxSize;
   return ::getsockname(socket, address.data(), &size) == 0 ? address.port() : std::uint16_t{0};
-}
-
-/// How many datagrams the kernel had no room for; absent for none (socket(7), SO_RXQ_OVFL).
-std::optional<std::uint32_t> lostIn(msghdr& message) {
-  for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
-       control = CMSG_NXTHDR(&message, control)) {
-    if (control->cmsg_level == SOL_SOCKET && control->cmsg_type == SO_RXQ_OVFL) {
-      std::uint32_t lost = 0;
-      std::memcpy(&lost, CMSG_DATA(control), sizeof lost);
-      return lost;
-    }
-  }
-  return std::nullopt;
 }
 
 std::optional<int> errorIn(msghdr& message) {
@@ -131,8 +118,6 @@ std::optional<UDPListenerSocket::Arrival> UDPListenerSocket::receive() {
     if (size >= 0) {
       arrival.asked = PacketInfo::sentTo(message, port_).value_or(anyAddress(isIPv6_, port_));
       arrival.datagram = DataView(buffer_).first(static_cast<std::size_t>(size));
-      const auto lost = lostIn(message).value_or(lost_);
-      arrival.lost = lost - std::exchange(lost_, lost);
       return arrival;
     }
     if (errno == EAGAIN) {
@@ -140,6 +125,15 @@ std::optional<UDPListenerSocket::Arrival> UDPListenerSocket::receive() {
     }
   }
   return std::nullopt;
+}
+
+std::uint32_t UDPListenerSocket::takeLost() {
+  std::array<std::uint32_t, SK_MEMINFO_VARS> counts{};
+  socklen_t size = sizeof counts;
+  if (::getsockopt(socket_.get(), SOL_SOCKET, SO_MEMINFO, counts.data(), &size) != 0) {
+    return 0;
+  }
+  return counts[SK_MEMINFO_DROPS] - std::exchange(lost_, counts[SK_MEMINFO_DROPS]);
 }
 
 std::optional<UDPListenerSocket::Refusal> UDPListenerSocket::takeRefusal() {

@@ -20,8 +20,6 @@ class UDPListenerSocket {
     SocketAddress client;
     SocketAddress asked;
     DataView datagram;  // valid until the next call of `receive`
-    /// Datagrams that the kernel had no room for since the one before.
-    std::uint32_t lost = 0;
   };
   /// What the network answered to an earlier `send` to `client` (RFC 1122, section 4.1.3.3).
   struct Refusal {
@@ -38,6 +36,8 @@ class UDPListenerSocket {
 
   /// The next datagram, whole; absent when there is none.
   std::optional<Arrival> receive();
+  /// How many datagrams the kernel had no room for since this was last asked.
+  std::uint32_t takeLost();
   /// The next refusal; absent when there is none.
   std::optional<Refusal> takeRefusal();
 

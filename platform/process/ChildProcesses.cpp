@@ -21,6 +21,7 @@ namespace {
 
 // How often to look when a process can have no descriptor, since there are no more.
 constexpr int kLookMilliseconds = 20;
+constexpr double kLookAgainSeconds = 1;
 
 using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
 
@@ -81,7 +82,10 @@ void ChildProcesses::reapLater(int processId) {
     asio::error_code error;
     process->assign(openProcess(processId), error);
     process->async_wait(Descriptor::wait_read, [this, process, processId](const asio::error_code&) {
-      static_cast<void>(reapIfEnded(processId));
+      if (!reapIfEnded(processId)) {  // there was no descriptor to be had
+        DispatchQueue::global().asyncAfter(kLookAgainSeconds,
+                                           [this, processId] { reapLater(processId); });
+      }
     });
   });
 }

@@ -72,8 +72,8 @@ void NSXPCConnection::invalidate() {
 void NSXPCConnection::serve() {
   LineBuffer lines;
   bool isOpen = true;
-  while (isOpen && receive(lines)) {
-    while (const auto line = isOpen ? lines.next() : std::nullopt) {
+  while (isOpen && !isInvalidated_ && receive(lines)) {
+    while (const auto line = isOpen && !isInvalidated_ ? lines.next() : std::nullopt) {
       isOpen = send(answer(*line));
     }
   }
@@ -116,6 +116,9 @@ std::string NSXPCConnection::call(const JSONRPCRequest& request) {
   const auto text = textArgument(request.params, method->takesText);
   if (!text) {
     return jsonRPCErrorLine(id, JSONRPCError::kInvalidParams);
+  }
+  if (method->replies && !request.id) {
+    return "";  // nobody would get the reply
   }
   const auto result = resultOf(*method, *exportedObject, *text);
   return result ? jsonRPCResultLine(id, *result)

@@ -33,8 +33,10 @@ class NSXPCConnection {
   NSXPCInterface exportedInterface;
   std::shared_ptr<NSObject> exportedObject;
 
-  /// Begins to serve. Called once.
+  /// Begins to serve. Called once. Throws `std::system_error` when there is no thread to be had.
   void resume();
+  /// Whether `resume` was called and has not thrown.
+  [[nodiscard]] bool isResumed() const { return thread_.joinable(); }
   /// Ends the connection; a call that is running is not answered any more. Any thread may call it.
   void invalidate();
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/RunGuarded.h"
 #include "platform/foundation/NSLog.h"
 
 namespace platform {
@@ -83,8 +84,12 @@ void NSXPCListener::accept(FileDescriptor client) {
           }
         });
       });
-  if (!owner->listener(*this, **place)) {
+  bool isWanted = false;
+  runGuarded([&] { isWanted = owner->listener(*this, **place); });
+  if (!(*place)->isResumed()) {
     connections_.erase(place);
+  } else if (!isWanted) {
+    (*place)->invalidate();  // it goes when its thread ends
   }
 }
 

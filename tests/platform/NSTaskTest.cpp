@@ -94,6 +94,16 @@ TEST(NSTaskTest, SignalsHaveTheirDefaultActions) {
   ::signal(SIGPIPE, former);
 }
 
+TEST(NSTaskTest, NoSignalIsBlocked) {
+  sigset_t blocked;
+  sigset_t former;
+  ::sigemptyset(&blocked);
+  ::sigaddset(&blocked, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &blocked, &former);
+  EXPECT_EQ(runShell("kill -TERM $$; echo alive").output, "");
+  ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
+
 TEST(NSTaskTest, AChildThatLivesOnIsReapedWhenItEnds) {
   auto& children = ChildProcesses::shared();
   {

@@ -64,18 +64,22 @@ TEST(SerialQueueTest, WorkThatThrowsIsOneLine) {
 TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
   const auto queue = DispatchQueue::serial();
   std::promise<void> begun;
+  std::promise<void> mayEnd;
   bool hasEnded = false;
-  bool hasRunAfterwards = false;
+  bool hasRunMore = false;
   queue.async([&] {
     begun.set_value();
+    mayEnd.get_future().wait();
     hasEnded = true;
   });
   begun.get_future().wait();
+  std::thread other([&] { mayEnd.set_value(); });
   queue.stop();
   EXPECT_TRUE(hasEnded);
+  queue.async([&] { hasRunMore = true; });
   queue.stop();
-  queue.async([&] { hasRunAfterwards = true; });
-  EXPECT_FALSE(hasRunAfterwards);
+  other.join();
+  EXPECT_FALSE(hasRunMore);
 }
 
 TEST(SerialQueueTest, MayBeLetGoOfByItsOwnWork) {

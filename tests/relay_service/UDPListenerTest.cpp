@@ -2,10 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/network/UDPListenerSocket.h"
 #include "relay_service/UDPListener.h"
 #include "tests/relay_service/FakeConnection.h"
 #include "tests/support/LogCapture.h"
@@ -172,7 +175,9 @@ TEST_F(UDPListenerTest, AnErrorOrNoBytesEndTheLoopUntilTheNextClient) {
   };
   for (const auto& [content, isComplete, error, line] : cases) {
     const auto connection = ready();
+    const auto before = *listener_->messageReceived;
     connection->complete(content, isComplete, error);
+    EXPECT_EQ(*listener_->messageReceived, before);
     EXPECT_THAT(log_.records(), ElementsAre(line));
     EXPECT_EQ(connection->armed(), 0U);
     EXPECT_EQ(listener_->connection, nullptr) << "let go of, so its client may come again";
@@ -181,7 +186,6 @@ TEST_F(UDPListenerTest, AnErrorOrNoBytesEndTheLoopUntilTheNextClient) {
     next->deliver("&*ALx");
     EXPECT_EQ(next->armed(), 1U);
   }
-  EXPECT_FALSE(*listener_->messageReceived == platform::Data{});
 }
 
 TEST_F(UDPListenerTest, AClientThatFailsEndsTheListening) {
@@ -194,6 +198,30 @@ TEST_F(UDPListenerTest, AClientThatFailsEndsTheListening) {
     connection->deliver("&*ALlast");
     EXPECT_EQ(connection->armed(), 0U) << "no receive any more";
   }
+}
+
+TEST_F(UDPListenerTest, AClientThatFailsClosesThePortForGood) {
+  const auto onQueue = [this](const std::function<void()>& work) {
+    std::promise<void> done;
+    listener_->queue.async([&] {
+      work();
+      done.set_value();
+    });
+    done.get_future().wait();
+  };
+  listener_->start(0);
+  const auto port = listener_->listener->port().rawValue;
+  onQueue([] {});
+  onQueue([] {});  // what the first turn gave has run, too
+  EXPECT_TRUE(*listener_->isReady);
+  EXPECT_THAT(log_.records(), testing::Contains("Listener connected to port 0"));
+  onQueue([&] { ready()->report(Kind::failed); });
+  onQueue([] {});
+  EXPECT_THAT(log_.records(), ElementsAre("Listener failed to receive message - [C1]",
+                                          "Listener disconnected from port 0"));
+  EXPECT_FALSE(*listener_->isReady);
+  EXPECT_FALSE(*listener_->listening);
+  EXPECT_TRUE(platform::UDPListenerSocket::bind(port));
 }
 
 TEST_F(UDPListenerTest, TellsItsObservers) {
