@@ -38,6 +38,15 @@ class RelayTest(RoadTest):
         os.chmod(path + ".new", 0o755)
         os.rename(path + ".new", path)
 
+    def held_back(self, name):
+        """A program that does nothing, each time until the function returned is called."""
+        path = os.path.join(self.programs, f"{name}.gate")
+        os.mkfifo(path)
+        gate = os.open(path, os.O_RDWR)
+        self.addCleanup(os.close, gate)
+        self.program(name, f"read line <{path}")
+        return lambda: os.write(gate, b"\n")
+
     def calls(self, name):
         try:
             with open(os.path.join(self.programs, f"{name}.calls"), encoding="utf-8") as file:
@@ -218,14 +227,16 @@ class AssociationTest(RelayTest):
 
     def test_a_receive_error_ends_the_loop_until_the_next_association(self):
         relay = self.relay()
-        self.program("killall", "sleep 0.2")  # the client has gone before the answer comes
+        go_on = self.held_back("killall")
         for number, host in enumerate(("127.0.0.1", "::1")):
             with Client((host, 9898)) as client:
                 client.send(b"&*requestCU")
+            go_on()  # the client has gone before the answer comes
             error = "Error: NWError received in receive() - POSIXErrorCode(rawValue: 111): Connection refused"
             if os.path.exists("/bin/zsh"):
                 relay.wait_for_line(error, number + 1)
             self.client().send(b"&*ALnext %d" % number)
+            go_on()
             relay.wait_for_line(f"Agent log: next {number}")
         self.assertFalse(any("disconnected" in line for line in relay.said()))
 
@@ -263,10 +274,11 @@ class FlushTest(RelayTest):
 
     def test_nothing_is_lost_while_it_takes_its_time(self):
         relay = self.relay()
-        self.program("killall", "sleep 0.3")
+        go_on = self.held_back("killall")
         client = self.client()
         for number in range(500):
             client.send(b"&*AL%d" % number)
+        go_on()
         relay.wait_for_line("Agent log: 499")
         self.assertEqual([line for line in relay.said() if line.startswith("Agent log")],
                          [f"Agent log: {number}" for number in range(500)])
