@@ -3,6 +3,8 @@
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
+#include <deque>
+#include <mutex>
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
@@ -13,10 +15,33 @@ struct SerialQueue::State {
   asio::io_context context{1};
   asio::executor_work_guard<asio::io_context::executor_type> staysOpen{context.get_executor()};
 
+  // What the thread itself posts, the context may run after what others post later; so the work
+  // waits here in its order, and the context is told only that there is one piece more.
+  std::mutex mutex;
+  std::deque<std::function<void()>> works;
+
   void run() {
     while (!context.stopped()) {
       runGuarded([this] { context.run(); });
     }
+  }
+
+  void add(std::function<void()> work) {
+    if (context.stopped()) {
+      return;
+    }
+    {
+      const std::lock_guard lock(mutex);
+      works.push_back(std::move(work));
+    }
+    asio::post(context, [this] { takeNext()(); });
+  }
+
+  std::function<void()> takeNext() {
+    const std::lock_guard lock(mutex);
+    auto next = std::move(works.front());
+    works.pop_front();
+    return next;
   }
 };
 
@@ -32,9 +57,7 @@ SerialQueue::~SerialQueue() {
   }
 }
 
-void SerialQueue::async(std::function<void()> work) {
-  asio::post(state_->context, std::move(work));
-}
+void SerialQueue::async(std::function<void()> work) { state_->add(std::move(work)); }
 
 void SerialQueue::stop() {
   state_->context.stop();

@@ -53,6 +53,27 @@ TEST(SerialQueueTest, BlockedWorkDelaysNoOtherQueue) {
   drain(blocked);
 }
 
+TEST(SerialQueueTest, WhatItsOwnWorkGivesKeepsItsPlace) {
+  const auto queue = DispatchQueue::serial();
+  for (int round = 0; round < 2000; ++round) {
+    std::promise<void> given;
+    bool hasRun = false;
+    queue.async([&] {
+      queue.async([&hasRun] { hasRun = true; });
+      given.set_value();
+    });
+    given.get_future().wait();
+    bool wasBefore = false;
+    std::promise<void> over;
+    queue.async([&] {
+      wasBefore = hasRun;
+      over.set_value();
+    });
+    over.get_future().wait();
+    ASSERT_TRUE(wasBefore) << round;
+  }
+}
+
 TEST(SerialQueueTest, WorkThatThrowsIsOneLine) {
   const quillet::test::LogCapture log;
   const auto queue = DispatchQueue::serial();
