@@ -17,7 +17,7 @@ void writeLogText(std::string text);
 
 }  // namespace detail
 
-/// Writes one log record: the plain forms of `pieces`, one after another, verbatim.
+/// Writes one log record: the plain forms of `pieces` in their order, verbatim up to 256 KiB.
 ///
 ///     NSLog("flows count = ", flows.size());
 template <class... Pieces>

@@ -72,9 +72,5 @@ TEST(DescriptionTest, containers) {
   EXPECT_EQ(description(std::optional(std::vector<Data>{{}})), "Optional([0 bytes])");
 }
 
-struct Server {
-  void describe(std::string& out) const { out.append("10.0.0.1:53"); }
-};
-
 }  // namespace
 }  // namespace platform

@@ -1,120 +1,20 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <map>
-#include <string>
-#include <vector>
 
-#include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/DatagramSlots.h"
-#include "platform/flowhost/FlowHost.h"
-#include "platform/flowhost/ListenSocket.h"
-#include "platform/foundation/Description.h"
-#include "tests/platform/FlowProvider.h"
+#include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
-#include "tests/platform/TemporaryDirectory.h"
-#include "tests/platform/UDPSocket.h"
-#include "tests/support/LogCapture.h"
 
 namespace platform {
 namespace {
 
 using test::bytes;
-using test::FlowProvider;
 using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using Flow = std::shared_ptr<NEAppProxyUDPFlow>;
-using Texts = std::vector<std::string>;
-
-SocketAddress addressOf(const NWHostEndpoint& endpoint) {
-  const auto port = static_cast<std::uint16_t>(std::stoi(endpoint.port));
-  return SocketAddress::parse(endpoint.hostname, port).value();
-}
-
-class FlowHostTest : public testing::Test {
- protected:
-  void start(const std::vector<std::string>& hosts) {
-    FlowHostOptions options;
-    for (const auto& host : hosts) {
-      options.listen.push_back({host, "0"});
-    }
-    options.sourceApp = "com.example.app";
-    options.resolvConf = directory_.path() / "resolv.conf";
-    options.resolverPort = resolverPort_;
-    auto host = FlowHost::start(provider_, options);
-    ASSERT_TRUE(host) << host.error().text();
-    host_ = *std::move(host);
-  }
-  SocketAddress bound(std::size_t index = 0) {
-    return addressOf(host_->boundEndpoints().at(index));
-  }
-
-  static void runReady() { MainLoop::shared().runReady(); }
-  static bool runUntil(const std::function<bool()>& done) {
-    return MainLoop::shared().runUntil(done);
-  }
-  Flow offered(std::size_t index) {
-    EXPECT_TRUE(runUntil([&] { return provider_.offers.size() > index; }));
-    return provider_.offers.at(index).flow;
-  }
-
-  /// What one read of the flow gives: a text and the endpoint it was sent to, for each datagram.
-  static Texts read(const Flow& flow) {
-    Texts texts;
-    bool isDone = false;
-    flow->readDatagrams([&](const auto& datagrams, const auto& endpoints, const auto& error) {
-      isDone = true;
-      if (error) {
-        texts.push_back(error->text());
-        return;
-      }
-      EXPECT_EQ(datagrams->size(), endpoints->size());
-      for (std::size_t i = 0; i < datagrams->size(); ++i) {
-        texts.push_back(std::string(textOf(datagrams->at(i))) + " to " +
-                        description(endpoints->at(i)));
-      }
-    });
-    EXPECT_FALSE(isDone);
-    EXPECT_TRUE(runUntil([&] { return isDone; }));
-    return texts;
-  }
-
-  /// Writes and gives the error's text, "" for none.
-  static std::string write(const Flow& flow, const Texts& texts,
-                           std::vector<NWHostEndpoint> endpoints) {
-    std::optional<std::string> outcome;
-    std::vector<Data> datagrams;
-    for (const auto& text : texts) {
-      datagrams.push_back(bytes(text));
-    }
-    flow->writeDatagrams(std::move(datagrams), std::move(endpoints), [&](const auto& error) {
-      EXPECT_FALSE(outcome);
-      outcome = error ? error->text() : "";
-    });
-    EXPECT_FALSE(outcome);
-    EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
-    return outcome.value_or("nothing");
-  }
-  std::string answer(const Flow& flow, const std::string& text) {
-    for (const auto& offer : provider_.offers) {
-      if (offer.flow == flow) {
-        return write(flow, {text}, {offer.asked});
-      }
-    }
-    return "no such flow";
-  }
-
-  quillet::test::LogCapture log_;
-  test::TemporaryDirectory directory_;
-  std::uint16_t resolverPort_ = 53;
-  FlowProvider provider_;
-  std::unique_ptr<FlowHost> host_;
-};
+class FlowHostTest : public test::HostedTest {};
 
 TEST_F(FlowHostTest, OffersWhatOneClientHasSentAsOneFlow) {
   start({"127.0.0.1"});
@@ -204,97 +104,6 @@ TEST_F(FlowHostTest, AFloodOfOneClientComesInSeveralFlows) {
     }
   }
   EXPECT_EQ(next, kDatagrams);
-}
-
-TEST_F(FlowHostTest, LargestDatagramsPassBothWays) {
-  start({"127.0.0.1", "0.0.0.0"});
-  const std::string large(65507, 'x');
-  for (std::size_t index = 0; index < 2; ++index) {
-    const UDPSocket client;
-    const auto asked = SocketAddress::parse("127.0.0.1", bound(index).port()).value();
-    client.send(large, asked);
-    client.send(large, asked);
-    const auto flow = offered(index);
-    const auto read = FlowHostTest::read(flow);
-    ASSERT_THAT(read, SizeIs(2));
-    for (const auto& text : read) {
-      EXPECT_TRUE(text.starts_with(large + " to "));
-    }
-    EXPECT_EQ(answer(flow, large), "");
-    EXPECT_TRUE(client.receive().value().text == large);
-    EXPECT_EQ(answer(flow, large + "x"), "POSIXErrorCode(rawValue: 90): Message too long");
-  }
-}
-
-TEST_F(FlowHostTest, WritesOnlyWhatComesFromTheAddressAsked) {
-  start({"127.0.0.1", "127.0.0.2"});
-  const UDPSocket client;
-  client.send("q", bound());
-  const auto flow = offered(0);
-  const auto asked = host_->boundEndpoints().at(0);
-  const auto other = host_->boundEndpoints().at(1);
-  EXPECT_EQ(write(flow, {"a"}, {other}), "the client has not asked " + description(other));
-  EXPECT_EQ(write(flow, {"a", "b"}, {asked, other}),
-            "the client has not asked " + description(other));
-  EXPECT_EQ(write(flow, {"a", "b"}, {asked}), "as many endpoints as datagrams are needed");
-  EXPECT_THAT(client.receiveAll(), IsEmpty());
-  EXPECT_EQ(write(flow, {"a", "", "b"}, {asked, asked, asked}), "");
-  EXPECT_EQ(write(flow, {}, {}), "");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "", "b"));
-}
-
-TEST_F(FlowHostTest, AClosedSideGivesErrors) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("q", bound());
-  const auto flow = offered(0);
-  flow->closeReadWithError(std::nullopt);
-  EXPECT_THAT(read(flow), ElementsAre("the flow is closed"));
-  EXPECT_EQ(answer(flow, "a"), "");
-  flow->closeWriteWithError(Error("upstream"));
-  EXPECT_EQ(answer(flow, "b"), "the flow is closed");
-  flow->closeReadWithError(std::nullopt);
-  flow->closeWriteWithError(std::nullopt);
-  EXPECT_EQ(answer(flow, "c"), "the flow is closed");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
-}
-
-TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("q", bound());
-  const auto flow = offered(0);
-  const auto asked = host_->boundEndpoints().at(0);
-  const SocketFailures failures({0, EAGAIN, EAGAIN, EAGAIN, 0, EPERM, 0});
-  EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {asked, asked, asked, asked}),
-            "POSIXErrorCode(rawValue: 1): Operation not permitted");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d"));
-  EXPECT_EQ(answer(flow, "e"), "");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("e"));
-  runReady();  // nobody waits for room any more
-}
-
-TEST_F(FlowHostTest, SoManyAnswersWaitOnly) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  client.send("q", bound());
-  const auto flow = offered(0);
-  const auto asked = host_->boundEndpoints().at(0);
-  const SocketFailures failures({EAGAIN});
-  std::map<std::string, int> outcomes;
-  const auto count = ListenSocket::kMaxWaiting + 10;
-  for (std::size_t i = 0; i < count; ++i) {
-    flow->writeDatagrams({bytes("a")}, {asked},
-                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
-  }
-  flow->closeReadWithError(std::nullopt);
-  flow->closeWriteWithError(std::nullopt);
-  runReady();
-  EXPECT_THAT(
-      outcomes,
-      ElementsAre(testing::Pair("", ListenSocket::kMaxWaiting),
-                  testing::Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
-  EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
 }
 
 TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAndServiceGoesOn) {

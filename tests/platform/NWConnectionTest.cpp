@@ -1,93 +1,26 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cerrno>
 #include <string>
 #include <vector>
 
-#include "platform/dispatch/MainLoop.h"
-#include "platform/foundation/Description.h"
-#include "platform/network/NWConnection.h"
-#include "platform/network/OpenConnections.h"
+#include "tests/platform/ConnectionTest.h"
 #include "tests/platform/SocketFailures.h"
-#include "tests/platform/UDPSocket.h"
 
 namespace platform {
 namespace {
 
 using test::bytes;
+using test::Lines;
 using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Connection = std::shared_ptr<NWConnection>;
-using Lines = std::vector<std::string>;
+class NWConnectionTest : public test::ConnectionTest {};
 
 constexpr char kRefused[] = "POSIXErrorCode(rawValue: 111): Connection refused";
-
-/// Everything that connections say goes into one list of lines.
-class NWConnectionTest : public testing::Test {
- protected:
-  ~NWConnectionTest() override {
-    auto& open = OpenConnections::shared();
-    while (open.cancelIdleLongest()) {
-    }
-    open.setLimit(OpenConnections::usualLimit());
-    runReady();
-  }
-
-  Connection make(const std::string& host, std::uint16_t port, const std::string& name = "") {
-    auto connection = NWConnection::create(NWEndpoint::Host(host), NWEndpoint::Port(port));
-    connection->stateUpdateHandler = [this, name](const NWConnection::State& state) {
-      lines_.push_back(name + description(state));
-    };
-    return connection;
-  }
-  static void start(const Connection& connection) { connection->start(DispatchQueue::global()); }
-  Connection startedTo(std::uint16_t port, const std::string& name = "") {
-    auto connection = make("127.0.0.1", port, name);
-    start(connection);
-    return connection;
-  }
-  /// A connection that is ready, its states forgotten.
-  Connection readyTo(std::uint16_t port, const std::string& name = "") {
-    auto connection = startedTo(port, name);
-    runReady();
-    EXPECT_EQ(connection->state().kind, NWConnection::State::Kind::ready);
-    lines_.clear();
-    return connection;
-  }
-
-  void send(const Connection& connection, const std::string& text) {
-    connection->send(bytes(text), [this, text](const std::optional<NWError>& error) {
-      auto& line = lines_.emplace_back("sent ").append(shortened(text));
-      if (error) {
-        line.append(" ").append(description(*error));
-      }
-    });
-  }
-  void receive(const Connection& connection, const std::string& name = "") {
-    connection->receiveMessage([this, name](const std::optional<Data>& content, bool isComplete,
-                                            const std::optional<NWError>& error) {
-      EXPECT_EQ(content.has_value(), !error.has_value());
-      EXPECT_EQ(isComplete, content.has_value());
-      lines_.emplace_back(name).append("got ").append(
-          content ? shortened(std::string(textOf(*content))) : description(*error));
-    });
-  }
-
-  static std::string shortened(const std::string& text) {
-    return text.size() <= 20 ? text : std::to_string(text.size()) + " bytes";
-  }
-  static void runReady() { MainLoop::shared().runReady(); }
-  bool runUntilLines(std::size_t count) {
-    return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });
-  }
-
-  Lines lines_;
-};
 
 TEST_F(NWConnectionTest, ReportsItsStatesOneAfterTheOtherLater) {
   const UDPSocket server;
@@ -348,79 +281,6 @@ TEST_F(NWConnectionTest, KeepsItselfAndItsHandlersUntilItIsCancelled) {
   runReady();
   EXPECT_EQ(owned, 0);
   EXPECT_TRUE(weak.expired());
-}
-
-/// Cancels what it holds when it goes away itself.
-struct CancelsAtItsEnd {
-  explicit CancelsAtItsEnd(Connection held) : connection(std::move(held)) {}
-  ~CancelsAtItsEnd() { connection->cancel(); }
-  CancelsAtItsEnd(const CancelsAtItsEnd&) = delete;
-  CancelsAtItsEnd& operator=(const CancelsAtItsEnd&) = delete;
-  Connection connection;
-};
-
-TEST_F(NWConnectionTest, OneMoreCancelsTheOneIdleLongest) {
-  OpenConnections::shared().setLimit(3);
-  const UDPSocket server;
-  const auto a = readyTo(server.port(), "a ");
-  const auto b = readyTo(server.port(), "b ");
-  const auto c = readyTo(server.port(), "c ");
-  send(a, "q");
-  const auto clientOfA = server.receive().value().from;
-  send(b, "q");
-  receive(a);
-  server.send("answer", clientOfA);
-  ASSERT_TRUE(runUntilLines(3));  // idle longest first: c, b, a
-  lines_.clear();
-  const auto d = startedTo(server.port(), "d ");
-  EXPECT_EQ(NWConnection::openCount(), 3U);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("c cancelled", "d setup", "d preparing", "d ready"));
-  lines_.clear();
-  OpenConnections::shared().setLimit(2);
-  const auto e = make("no address", 1, "e ");
-  start(e);
-  EXPECT_EQ(NWConnection::openCount(), 2U);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("b cancelled", "a cancelled", "e setup", "e preparing",
-                                  "e waiting(-65554: NoSuchRecord)"));
-}
-
-/// The limit on open descriptors while it lives.
-class DescriptorLimit {
- public:
-  explicit DescriptorLimit(rlim_t limit) {
-    ::getrlimit(RLIMIT_NOFILE, &former_);
-    const rlimit lowered{limit, former_.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &lowered), 0);
-  }
-  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &former_); }
-  DescriptorLimit(const DescriptorLimit&) = delete;
-  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-
- private:
-  rlimit former_{};
-};
-
-/// A limit under which no descriptor can be opened; what is open stays so.
-rlim_t noRoom() {
-  const FileDescriptor next(::dup(STDIN_FILENO));
-  return static_cast<rlim_t>(next.get());
-}
-
-TEST_F(NWConnectionTest, WithoutADescriptorToBeHadItFails) {
-  const auto connection = make("127.0.0.1", 53);
-  {
-    const DescriptorLimit limit(noRoom());
-    start(connection);
-  }
-  receive(connection);
-  runReady();
-  const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "failed(" + error + ")", "got " + error));
-  send(connection, "q");
-  runReady();
-  EXPECT_EQ(lines_.back(), "sent q " + error);
 }
 
 }  // namespace
