@@ -43,6 +43,9 @@ class Delegate : public NSXPCListenerDelegate {
         .add("mute:", &Service::stayMute)
         .add("hear:", &Service::hear);
     connection.exportedObject = std::make_shared<Service>(opened);
+    if (fails) {
+      throw std::runtime_error("no thread to be had");
+    }
     connection.resume();
     ++accepted;
     return true;
@@ -51,6 +54,7 @@ class Delegate : public NSXPCListenerDelegate {
   std::promise<void> gate;  // what `Service::wait` waits for
   std::shared_future<void> opened = gate.get_future().share();
   std::size_t accepted = 0;
+  bool fails = false;
 };
 
 /// A blocking client of the service.
@@ -110,6 +114,22 @@ class NSXPCListenerTest : public testing::Test {
   const std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
   std::unique_ptr<NSXPCListener> listener_ = std::make_unique<NSXPCListener>("service");
 };
+
+TEST_F(NSXPCListenerTest, AReplyThatNobodyGetsIsNotAskedFor) {
+  const auto client = connect();
+  client->send(R"({"jsonrpc":"2.0","method":"count:"})"
+               "\n");
+  EXPECT_EQ(client->ask(callOf("count:")), kOne);
+}
+
+TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
+  delegate_->fails = true;
+  const Client client((folder_.path() / "service").string());
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !log_.records().empty(); }));
+  EXPECT_EQ(client.line(), "") << "the end";
+  delegate_->fails = false;
+  EXPECT_EQ(connect()->ask(callOf("count:")), kOne);
+}
 
 TEST_F(NSXPCListenerTest, AnswersEachLine) {
   const auto error = [](int code, const char* text, const char* id = "1") {
