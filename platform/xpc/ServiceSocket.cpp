@@ -1,5 +1,7 @@
 #include "platform/xpc/ServiceSocket.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -16,6 +18,7 @@ namespace {
 
 constexpr char kUsualDirectory[] = "/run/quillet";
 constexpr mode_t kForEverybody = 0666;
+constexpr mode_t kForOwner = 0600;
 
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
@@ -33,6 +36,16 @@ const sockaddr* plain(const sockaddr_un& address) {
 /// 0, or the errno value.
 int bindTo(const FileDescriptor& socket, const sockaddr_un& address) {
   return ::bind(socket.get(), plain(address), sizeof address) == 0 ? 0 : errno;
+}
+
+/// A lock on a file beside the socket's, held until it is closed. It keeps services that start at
+/// the same instant from taking each other's socket, which is not yet listened at, for a stale one.
+FileDescriptor lockBeside(const std::filesystem::path& path) {
+  FileDescriptor file(
+      ::open((path.native() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kForOwner));
+  while (::flock(file.get(), LOCK_EX) != 0 && errno == EINTR) {
+  }
+  return file;
 }
 
 /// Whether the file is a socket that nobody listens at any more.
@@ -87,6 +100,7 @@ tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::
   std::error_code ignored;  // what it means shows at once
   std::filesystem::create_directories(path.parent_path(), ignored);
   auto socket = openSocket();
+  const auto lock = lockBeside(path);
   if (const auto reason = bindReplacing(socket, address)) {
     return failure(*reason);
   }

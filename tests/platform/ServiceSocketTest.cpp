@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <fstream>
+#include <future>
+#include <latch>
+#include <vector>
 
 #include "platform/foundation/Description.h"
 #include "platform/xpc/ServiceSocket.h"
@@ -59,6 +63,25 @@ TEST(ServiceSocketTest, ReplacesAStaleFileOnly) {
   EXPECT_TRUE(std::filesystem::is_socket(path));
   first->take();  // its process has died: nobody listens, the file stays
   EXPECT_TRUE(ServiceSocket::listen(path).has_value());
+}
+
+TEST(ServiceSocketTest, OnlyOneOfThoseThatStartAtTheSameInstantReplacesAStaleFile) {
+  const TemporaryDirectory folder;
+  const auto path = folder.path() / "name";
+  for (int round = 0; round < 200; ++round) {
+    auto stale = ServiceSocket::listen(path).value();
+    stale.take();
+    std::vector<std::future<bool>> starts;
+    std::latch end(4);
+    for (int i = 0; i < 4; ++i) {
+      starts.push_back(std::async(std::launch::async, [&] {
+        const auto socket = ServiceSocket::listen(path);
+        end.arrive_and_wait();
+        return socket.has_value();
+      }));
+    }
+    EXPECT_EQ(std::ranges::count_if(starts, [](auto& start) { return start.get(); }), 1);
+  }
 }
 
 TEST(ServiceSocketTest, SaysWhatIsWrong) {
