@@ -34,7 +34,7 @@ LogSink& LogSink::shared() {
 }
 
 void LogSink::setShared(std::unique_ptr<LogSink> sink) {
-  static const int atExit = std::atexit([] { shared().flush(); });
+  static const int atExit = std::atexit([] { shared().finish(); });
   static_cast<void>(atExit);
   if (sink == nullptr) {
     sink = makeStandardErrorSink();

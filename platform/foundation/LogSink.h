@@ -8,6 +8,9 @@ namespace platform {
 /// Where log records end up. One call of `write` is one record; any thread may call it.
 class LogSink {
  public:
+  /// The record that a sink writes where others were lost.
+  static constexpr std::string_view kLossText = "(log records were lost here)";
+
   LogSink() = default;
   LogSink(const LogSink&) = delete;
   LogSink& operator=(const LogSink&) = delete;
@@ -20,12 +23,15 @@ class LogSink {
   /// Hands on what `write` held back during a `LogBatch`. A sink does so at its own end, too.
   virtual void flush() {}
 
+  /// At the end of the process: waits, not for long, until all is written.
+  virtual void finish() { flush(); }
+
   /// The same for a signal handler of a process that is about to end: takes no lock, allocates
   /// nothing.
   virtual void flushFromSignalHandler() noexcept {}
 
   /// The sink in use; standard error under the name of the program unless `setShared` gave another.
-  /// It is flushed at exit and never destroyed, so what runs then may still log.
+  /// It is finished at exit and never destroyed, so what runs then may still log.
   static LogSink& shared();
   /// Puts `sink` in use, or that first one again for nullptr. To be called while no other thread
   /// runs.

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <memory>
 
+#include "platform/foundation/BackgroundLogSink.h"
 #include "platform/foundation/CrashHandler.h"
 #include "platform/foundation/JournalLogSink.h"
 #include "platform/foundation/StreamLogSink.h"
@@ -32,10 +33,12 @@ void startLogging(std::string_view processName) {
   openMissingStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);
   if (JournalLogSink::isStandardErrorJournal()) {
-    LogSink::setShared(std::make_unique<JournalLogSink>(processName));
-    return;
+    // The journal may take long to read, or not read at all.
+    LogSink::setShared(
+        std::make_unique<BackgroundLogSink>(std::make_unique<JournalLogSink>(processName)));
+  } else {
+    LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, processName));
   }
-  LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, processName));
   writeLogOnCrash();
 }
 

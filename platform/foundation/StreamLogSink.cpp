@@ -42,7 +42,7 @@ StreamLogSink::~StreamLogSink() { flush(); }
 void StreamLogSink::write(std::string_view text) {
   const std::lock_guard lock(mutex_);
   if (lines_.takeLoss()) {
-    append("(log records were lost here)");
+    append(kLossText);
   }
   append(text);
   if (!LogBatch::isActive()) {
