@@ -43,12 +43,11 @@ struct BackgroundLogSink::State {
 
   const std::unique_ptr<LogSink> sink;
   std::mutex mutex;
-  std::condition_variable hasNews;    // for the thread: `waiting` or `isEnding`
-  std::condition_variable isWritten;  // for others: `unwritten` is 0
-  std::vector<std::string> waiting;   // guarded by mutex
-  bool isEnding = false;              // guarded by mutex
-  bool hasLoss = false;               // guarded by mutex
-  /// The cost of what waits or is being written. It changes under the mutex.
+  std::condition_variable hasNews;   // `waiting` or `isEnding`
+  std::vector<std::string> waiting;  // guarded by mutex
+  bool isEnding = false;             // guarded by mutex
+  bool hasLoss = false;              // guarded by mutex
+  /// The cost of what waits or is being written. It grows under the mutex.
   std::atomic<std::size_t> unwritten{0};
 
   void add(std::string_view record) {
@@ -83,14 +82,14 @@ void BackgroundLogSink::write(std::string_view text) {
   state_->hasNews.notify_one();
 }
 
-void BackgroundLogSink::finish() {
-  std::unique_lock lock(state_->mutex);
-  state_->isWritten.wait_for(lock, kPatience, [this] { return state_->unwritten == 0; });
-}
+void BackgroundLogSink::finish() { waitUntilWritten(); }
 
-void BackgroundLogSink::flushFromSignalHandler() noexcept {
+void BackgroundLogSink::flushFromSignalHandler() noexcept { waitUntilWritten(); }
+
+/// Safe in a signal handler.
+void BackgroundLogSink::waitUntilWritten() const noexcept {
   constexpr timespec kMillisecond{0, 1'000'000};
-  for (auto left = kPatience.count(); left > 0 && state_->unwritten != 0; --left) {
+  for (int left = kPatience; left > 0 && state_->unwritten != 0; --left) {
     ::nanosleep(&kMillisecond, nullptr);
   }
 }
@@ -104,16 +103,11 @@ void BackgroundLogSink::run(State& state) {
     }
     const auto records = std::exchange(state.waiting, {});
     lock.unlock();
-    std::size_t cost = 0;
     for (const auto& record : records) {
       state.sink->write(record);
-      cost += costOf(record);
+      state.unwritten -= costOf(record);
     }
     lock.lock();
-    state.unwritten -= cost;
-    if (state.unwritten == 0) {
-      state.isWritten.notify_all();
-    }
   }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -17,8 +16,8 @@ class BackgroundLogSink final : public LogSink {
   static constexpr std::size_t kCapacity = 4UL * 1024 * 1024;
   /// What a record takes beside its text.
   static constexpr std::size_t kRecordCost = 64;
-  /// How long the end of the process waits for what is not yet written.
-  static constexpr std::chrono::milliseconds kPatience{100};
+  /// How long the end of the process waits for what is not yet written, milliseconds.
+  static constexpr int kPatience = 500;
 
   /// `sink` is used by the thread alone.
   explicit BackgroundLogSink(std::unique_ptr<LogSink> sink);
@@ -35,6 +34,7 @@ class BackgroundLogSink final : public LogSink {
   struct State;
 
   static void run(State& state);
+  void waitUntilWritten() const noexcept;
 
   const std::shared_ptr<State> state_;
 };

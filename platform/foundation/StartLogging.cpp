@@ -1,10 +1,12 @@
 #include "platform/foundation/StartLogging.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <memory>
+#include <utility>
 
 #include "platform/foundation/BackgroundLogSink.h"
 #include "platform/foundation/CrashHandler.h"
@@ -27,18 +29,29 @@ void openMissingStandardStreams() {
   }
 }
 
+bool isStandardErrorFile() {
+  struct stat status {};
+  return ::fstat(STDERR_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Whatever is no file has a reader, who may take long, or stop to read.
+std::unique_ptr<LogSink> makeSink(std::string_view processName) {
+  if (JournalLogSink::isStandardErrorJournal()) {
+    return std::make_unique<BackgroundLogSink>(std::make_unique<JournalLogSink>(processName));
+  }
+  auto lines = std::make_unique<StreamLogSink>(STDERR_FILENO, processName);
+  if (isStandardErrorFile()) {
+    return lines;
+  }
+  return std::make_unique<BackgroundLogSink>(std::move(lines));
+}
+
 }  // namespace
 
 void startLogging(std::string_view processName) {
   openMissingStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);
-  if (JournalLogSink::isStandardErrorJournal()) {
-    // The journal may take long to read, or not read at all.
-    LogSink::setShared(
-        std::make_unique<BackgroundLogSink>(std::make_unique<JournalLogSink>(processName)));
-  } else {
-    LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, processName));
-  }
+  LogSink::setShared(makeSink(processName));
   writeLogOnCrash();
 }
 

@@ -1,4 +1,4 @@
-"""The log of a service: records go to the journal, and a journal that reads nothing stops nobody.
+"""Whoever reads the log: the journal gets each record as an entry, and a reader that reads nothing stops nobody.
 
 Runs in a mount namespace of its own, where the test itself is the journal; skipped where the system permits no
 such thing."""
@@ -14,7 +14,24 @@ from roadlib.client import ask, tool
 SOCKET = "/run/systemd/journal/socket"
 
 
-class JournalTest(RoadTest):
+class LogReaderTest(RoadTest):
+    def assert_serves_and_ends(self, proxy):
+        for number in range(200):
+            query = wire.query(f"host{number}.example")
+            self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
+        self.assertEqual(proxy.stop(), 0)
+
+
+class PipeTest(LogReaderTest):
+    def test_one_that_nobody_reads(self):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        self.addCleanup(os.close, writer)
+        _, proxy = self.road(discard=True, preparation=lambda: os.dup2(writer, 2))
+        self.assert_serves_and_ends(proxy)
+
+
+class JournalTest(LogReaderTest):
     def setUp(self):
         super().setUp()
         tool("mount", "-t", "tmpfs", "tmpfs", "/run")
@@ -39,12 +56,9 @@ class JournalTest(RoadTest):
         while not self.journal.recv(1 << 20).startswith(b"MESSAGE=stopProxy"):
             pass
 
-    def test_every_query_is_answered_and_the_end_comes_at_once_when_nobody_reads(self):
+    def test_one_that_reads_nothing(self):
         _, proxy = self.road_with_journal()
-        for number in range(200):
-            query = wire.query(f"host{number}.example")
-            self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
-        self.assertEqual(proxy.stop(), 0)
+        self.assert_serves_and_ends(proxy)
 
 
 if __name__ == "__main__":
