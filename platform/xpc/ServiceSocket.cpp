@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace platform {
@@ -38,12 +40,17 @@ int bindTo(const FileDescriptor& socket, const sockaddr_un& address) {
   return ::bind(socket.get(), plain(address), sizeof address) == 0 ? 0 : errno;
 }
 
+constexpr std::chrono::milliseconds kShortWait{5};
+constexpr int kMaxWaits = 20;
+
 /// A lock on a file beside the socket's, held until it is closed. It keeps services that start at
 /// the same instant from taking each other's socket, which is not yet listened at, for a stale one.
+/// They hold it for an instant; who holds it longer is not waited for.
 FileDescriptor lockBeside(const std::filesystem::path& path) {
   FileDescriptor file(
       ::open((path.native() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kForOwner));
-  while (::flock(file.get(), LOCK_EX) != 0 && errno == EINTR) {
+  for (int i = 0; i < kMaxWaits && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0; ++i) {
+    std::this_thread::sleep_for(kShortWait);
   }
   return file;
 }
