@@ -81,6 +81,7 @@ void DnsProxyExt::stopProxy(platform::NEProviderStopReason reason, StopCompletio
   }
   xpcUdpHelper->proxyStateWasUpdated("stopped");
   xpcUdpHelper->closeConnection();
+  xpcUdpHelper->appToExtDelegate.reset();
   if (capPortalHelper) {
     capPortalHelper->stopConnectivityListener();
   }

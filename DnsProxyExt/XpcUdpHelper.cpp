@@ -42,7 +42,6 @@ void XpcUdpHelper::closeConnection() {
   if (connection) {
     connection->cancel();
   }
-  appToExtDelegate.reset();
 }
 
 void XpcUdpHelper::connectToUDP(std::uint16_t port) { connectToUDP(nullptr, port, {}, {}); }
@@ -52,10 +51,10 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
                                 std::optional<std::string> request, ResponseCallback respCallback) {
   appToExtDelegate = std::move(appToextDelegate);
   if (connection) {
-    // A replaced association goes away without a word, once its sends are told as done. It has to
-    // be told so: a connection that nobody cancels keeps its socket for ever.
+    // A replaced association goes away without a word. It has to be told so: a connection that
+    // nobody cancels keeps its socket for ever.
     connection->stateUpdateHandler = nullptr;
-    platform::DispatchQueue::global().async([replaced = connection] { replaced->cancel(); });
+    connection->cancel();
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));
@@ -141,7 +140,7 @@ void XpcUdpHelper::received(const std::optional<Data>& content, bool isComplete,
   if (respCallback) {
     respCallback(text, std::nullopt);
   }
-  connection->cancel();
+  closeConnection();
   if (!text.starts_with(kReplyMarker)) {
     obey(*content);
   }

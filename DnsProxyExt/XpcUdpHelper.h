@@ -34,8 +34,7 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
   /// Sends a log line.
   void printLogToFile(std::string_view log);
 
-  /// Cancels the connection, which stays in `connection`, and lets go of the delegate: no command
-  /// can come any more, and a provider that owns this link would keep itself alive through it.
+  /// Cancels the connection, which stays in `connection`: what is sent later is told as an error.
   void closeConnection();
 
   /// Sends the provider's state.
@@ -62,7 +61,8 @@ class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {
 
   /// The current association; a cancelled one stays until the next connect.
   std::shared_ptr<platform::NWConnection> connection;
-  /// Who takes commands.
+  /// Who takes commands. A provider that owns this link keeps itself alive through it until it
+  /// takes itself away here.
   std::shared_ptr<DNSProxyToContentFilter> appToExtDelegate;
   /// Where to connect when no port is given.
   std::uint16_t relayPort = kRelayPort;

@@ -100,11 +100,9 @@ void AcceptedConnection::cancel() {
 void AcceptedConnection::reportCancelled() { report(Kind::cancelled); }
 
 void AcceptedConnection::send(Data content, SendCompletion completion) {
-  if (isCancelled_) {
-    return;
-  }
-  const auto error = queue_ ? associations_->socket.send(asked_, client_, content)
-                            : std::optional(NWError::posix(ENOTCONN));
+  const auto error = isCancelled_ ? std::optional(NWError::posix(ECANCELED))
+                     : queue_     ? associations_->socket.send(asked_, client_, content)
+                                  : std::optional(NWError::posix(ENOTCONN));
   if (completion && queue_) {
     associations_->runFirst(*queue_,
                             [completion = std::move(completion), error] { completion(error); });

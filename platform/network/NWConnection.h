@@ -69,8 +69,8 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   virtual void start(DispatchQueue queue) = 0;
 
   /// Sends `content` as one datagram. The completion runs once, later, in the order of the sends;
-  /// never when the connection is cancelled first. Sent from `start` on, before
-  /// ready is reported; without a socket it carries an error.
+  /// never when the connection is cancelled while the datagram waits for room. Sent from `start`
+  /// on, before ready is reported; without a socket, or after `cancel`, it carries an error.
   virtual void send(Data content, SendCompletion completion) = 0;
 
   /// Takes the next datagram that arrives, up to 65,535 bytes whole. Several may be armed; they are
@@ -78,8 +78,8 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// first. After waiting or failed it carries that error.
   virtual void receiveMessage(ReceiveCompletion completion) = 0;
 
-  /// Closes the socket, drops every completion that has not run, and reports cancelled. A second
-  /// call does nothing.
+  /// Closes the socket, drops the completions of what has not been sent or received, and reports
+  /// cancelled. A second call does nothing.
   virtual void cancel() = 0;
 
   /// How the datagrams go; absent while the socket is not connected.

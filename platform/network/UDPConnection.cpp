@@ -119,7 +119,6 @@ void UDPConnection::cancel() {
     OpenConnections::shared().remove(place_);
   }
   // Let go of only now, with everything in its final state: they may own whoever calls here again.
-  const auto sent = std::exchange(sent_, {});
   const auto waiting = std::exchange(waiting_, {});
   const auto receives = std::exchange(receives_, {});
 }
@@ -134,6 +133,7 @@ void UDPConnection::reportCancelled() {
 
 void UDPConnection::send(Data content, SendCompletion completion) {
   if (isCancelled_) {
+    finish(std::move(completion), NWError::posix(ECANCELED));
     return;
   }
   if (!socket_.isOpen()) {
@@ -282,9 +282,6 @@ void UDPConnection::deliver() {
 void UDPConnection::deliverSent() {
   const auto sent = std::exchange(sent_, {});
   for (const auto& [completion, error] : sent) {
-    if (isCancelled_) {
-      return;
-    }
     if (completion) {
       runGuarded([&send = completion, &outcome = error] { send(outcome); });
     }

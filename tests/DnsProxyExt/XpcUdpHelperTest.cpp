@@ -183,7 +183,7 @@ TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
   EXPECT_EQ(helper_->appToExtDelegate, nullptr);
 }
 
-TEST_F(XpcUdpHelperTest, ClosedItKeepsNothingAlive) {
+TEST_F(XpcUdpHelperTest, ClosedItHoldsNoSocketAndEachLaterSendIsAnErrorLine) {
   const FakeServer relay(test::stayQuiet);
   connect(relay);
   ASSERT_TRUE(runUntilLogged("Xpc Udp State: Ready\n"));
@@ -191,8 +191,12 @@ TEST_F(XpcUdpHelperTest, ClosedItKeepsNothingAlive) {
   helper_->closeConnection();
   ASSERT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
   EXPECT_EQ(NWConnection::openCount(), 0U);
-  EXPECT_EQ(provider_.use_count(), 1);
   EXPECT_EQ(helper_.use_count(), 1);
+  EXPECT_THAT(log_.records(), Contains("*Xpc Udp Data was sent to UDP*"));
+  helper_->printLogToFile("late");
+  ASSERT_TRUE(
+      runUntilLogged("Xpc Udp ERROR! Error when data (Type: Data) sending. NWError: \n "
+                     "POSIXErrorCode(rawValue: 125): Operation canceled"));
   ASSERT_TRUE(runUntil([&] { return !relay.received().empty(); }));
   EXPECT_THAT(texts(relay), ElementsAre(R"({"cmdType":"notification","payload":"stopped"})"));
 }
