@@ -2,12 +2,14 @@
 
 #include <DeploymentValues.h>
 
+#include <atomic>
 #include <memory>
 #include <string_view>
 
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/Utf8.h"
 #include "platform/process/NSTask.h"
+#include "platform/xpc/NSXPCListener.h"
 
 namespace QuilletXPCservice {
 
@@ -26,6 +28,29 @@ std::string_view trimmed(std::string_view text) {
   }
   return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
 }
+
+/// Lookups that run at one time. Each keeps its client's thread until its program ends, and of the
+/// clients that the service takes, the others must find a place however long that is.
+constexpr std::size_t kMaxLookups = platform::NSXPCListener::kMaxConnections / 2;
+
+/// A place among the running lookups, if there was one left.
+class LookupPlace {
+ public:
+  LookupPlace() : isTaken_(++count() <= kMaxLookups) {}
+  ~LookupPlace() { --count(); }
+  LookupPlace(const LookupPlace&) = delete;
+  LookupPlace& operator=(const LookupPlace&) = delete;
+
+  [[nodiscard]] bool isTaken() const { return isTaken_; }
+
+ private:
+  static std::atomic<std::size_t>& count() {
+    static std::atomic<std::size_t> lookups{0};
+    return lookups;
+  }
+
+  const bool isTaken_;
+};
 
 /// What the lookup prints, empty when it cannot be started. Its output is read before its end is
 /// waited for: a program whose output nobody takes would not end.
@@ -48,6 +73,11 @@ std::string lookUpPublicIp() {
 
 /// Output that is no UTF-8 is no address: the reply is empty then.
 void ServiceProviderXPC::getPublicIp(const platform::NSXPCReply& reply) {
+  const LookupPlace place;
+  if (!place.isTaken()) {
+    reply("");
+    return;
+  }
   const auto output = lookUpPublicIp();
   reply(platform::isValidUtf8(output) ? std::string(trimmed(output)) : "");
 }
