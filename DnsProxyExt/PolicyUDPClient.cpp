@@ -118,7 +118,7 @@ void PolicyUDPClient::receivedNothing(const std::string& info, std::optional<Dat
   tell(std::move(content), false, error);
   if (error) {
     NSLog(logTag, " udp socket error: ", error, ",", info, " ");
-    connection->cancel();
+    cancelConnection();
   }
 }
 
@@ -131,7 +131,14 @@ void PolicyUDPClient::receivedAnswer(const std::string& info, Data content,
   tell(std::move(content), true, error);
   NSLog(" ", logTag, "self.connection?.cancel(), arr.count = ", answerCount_,
         ", content count = ", request.size(), ", ", info);
-  connection->cancel();
+  cancelConnection();
+}
+
+/// Whoever took the answer may have taken the connection away.
+void PolicyUDPClient::cancelConnection() {
+  if (connection) {
+    connection->cancel();
+  }
 }
 
 void PolicyUDPClient::tell(std::optional<Data> content, bool isComplete,

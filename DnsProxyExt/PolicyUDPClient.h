@@ -67,6 +67,7 @@ class PolicyUDPClient : public std::enable_shared_from_this<PolicyUDPClient> {
                       const std::optional<platform::NWError>& error);
   void tell(std::optional<platform::Data> content, bool isComplete,
             const std::optional<platform::NWError>& error) const;
+  void cancelConnection();
   [[nodiscard]] std::string connectionInfo() const;
 
   std::size_t answerCount_ = 0;
