@@ -152,12 +152,6 @@ class DemoFilter(Process):
         lines = self.wait_for_line("listening on ", len(hosts) + len(services))
         self.addresses = [line.split("listening on ")[1] for line in lines]
         self.address = self.addresses[0]
-        self.port = int(self.address.rsplit(":", 1)[1])
-
-    def totals(self):
-        """Ends the service; what it counted: queries, answered, refused."""
-        self.stop()
-        return [int(x) for x in re.findall(r"\d+", self.output()[-1])]
 
 
 class Proxy(Process):

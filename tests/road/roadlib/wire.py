@@ -3,11 +3,11 @@
 import random
 import struct
 
-A, NS, CNAME, SOA, PTR, MX, TXT, AAAA, SRV, OPT, HTTPS = 1, 2, 5, 6, 12, 15, 16, 28, 33, 41, 65
+A, CNAME, AAAA, OPT, HTTPS = 1, 5, 28, 41, 65
 
-QR, AA, TC, RD, RA, Z, AD, CD = 0x8000, 0x0400, 0x0200, 0x0100, 0x0080, 0x0040, 0x0020, 0x0010
+QR, RD, RA, Z, AD = 0x8000, 0x0100, 0x0080, 0x0040, 0x0020
 
-NOERROR, FORMERR, SERVFAIL, NXDOMAIN, NOTIMP, REFUSED = range(6)
+NXDOMAIN = 3
 
 
 def name_bytes(name):
@@ -34,10 +34,9 @@ def record(owner, rtype, rdata, ttl=60, rclass=1):
     return owner + struct.pack("!2HIH", rtype, rclass, ttl, len(rdata)) + rdata
 
 
-def query(name, qtype=A, identifier=None, flags=RD, additional=b"", additional_count=None):
+def query(name, qtype=A, identifier=None, flags=RD, additional=b""):
     identifier = random.randrange(0x10000) if identifier is None else identifier
-    count = (1 if additional else 0) if additional_count is None else additional_count
-    return header(identifier, flags, 1, additional=count) + question(name, qtype) + additional
+    return header(identifier, flags, 1, additional=1 if additional else 0) + question(name, qtype) + additional
 
 
 def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
@@ -47,14 +46,6 @@ def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
 def option(code, value):
     value = value if isinstance(value, bytes) else value.encode()
     return struct.pack("!2H", code, len(value)) + value
-
-
-def identifier_of(message):
-    return message[:2]
-
-
-def rcode_of(message):
-    return message[3] & 0x0F
 
 
 def question_end(message):
@@ -91,7 +82,7 @@ def injected_options(message):
     return options
 
 
-def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, rcode=NOERROR, count=1):
+def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, rcode=0, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
     body = record(b"\xc0\x0c", rtype, rdata) * count
     flags = QR | RD | RA | rcode
