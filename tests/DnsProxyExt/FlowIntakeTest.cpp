@@ -89,11 +89,13 @@ TEST_F(FlowIntakeTest, AReportCommandPrintsAndIsForwarded) {
   ASSERT_LT(at + 11, records.end());
   EXPECT_EQ(at[0], "question domain is: quillet_osx_filter_p_other_d.");
   EXPECT_EQ(at[1], "got params string: p_other_d.");
-  EXPECT_EQ(at[4], "vendorData: nil");
-  EXPECT_EQ(at[8], "systemDnsSettings: nil");
-  EXPECT_EQ(at[9], "----> start of flow manager report <----");
-  EXPECT_EQ(at[10], "Report settings - package: Optional(\"other\"), tf: nil, detailed:  false");
-  EXPECT_EQ(at[11], "----< end of flow manager report >----");
+  EXPECT_THAT(
+      std::vector(at + 4, at + 12),
+      ElementsAre("vendorData: nil", "options: nil", "macosConfig options: [:]",
+                  "whitelistedApps: []", "systemDnsSettings: nil",
+                  "----> start of flow manager report <----",
+                  "Report settings - package: Optional(\"other\"), tf: nil, detailed:  false",
+                  "----< end of flow manager report >----"));
 }
 
 }  // namespace

@@ -10,10 +10,12 @@ using test::query;
 using testing::ElementsAre;
 
 constexpr char kPolicy[] =
-    R"({"status": true, "dnsServerSettings": [
-         {"assignedDomains": ["wiki.corp", "lab"], "dnsServerIP": "10.0.0.53"},
-         {"assignedDomains": ["lab"], "dnsServerIP": "10.0.0.54:5353"}]})";
-constexpr char kPolicyMap[] = R"(["lab": 10.0.0.54:5353, "wiki.corp": 10.0.0.53:53])";
+    R"({"status": true, "version": 3, "dnsServerSettings": [
+         {"assignedDomains": ["wiki.corp", "lab", "č"], "dnsServerIP": "10.0.0.53", "note": null},
+         {"dnsServerIP": "10.0.0.54:5353", "assignedDomains": ["lab"]},
+         {"assignedDomains": [], "dnsServerIP": ""}]})";
+constexpr char kPolicyMap[] =
+    R"(["lab": 10.0.0.54:5353, "wiki.corp": 10.0.0.53:53, "č": 10.0.0.53:53])";
 
 class PolicyFetchTest : public test::ProviderTest {
  protected:

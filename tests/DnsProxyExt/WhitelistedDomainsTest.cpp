@@ -6,26 +6,11 @@
 namespace quillet {
 namespace {
 
-using testing::ElementsAre;
-using testing::SizeIs;
 
 constexpr char kMissing[] = "The data couldn’t be read because it is missing.";
 constexpr char kWrong[] = "The data couldn’t be read because it isn’t in the correct format.";
 
 auto decode(std::string_view text) { return WhitelistedDomains::decode(platform::bytesOf(text)); }
-
-TEST(WhitelistedDomains, ReadsServersAndTheirDomains) {
-  const auto policy = decode(
-      R"({"status": true, "version": 3, "dnsServerSettings": [
-            {"assignedDomains": ["wiki.corp", "čr"], "dnsServerIP": "10.0.0.53", "note": null},
-            {"dnsServerIP": "10.0.0.54:5353", "assignedDomains": []}]})");
-  ASSERT_TRUE(policy);
-  EXPECT_TRUE(policy->status);
-  ASSERT_THAT(policy->dnsServerSettings, SizeIs(2));
-  EXPECT_THAT(policy->dnsServerSettings[0].assignedDomains, ElementsAre("wiki.corp", "čr"));
-  EXPECT_EQ(policy->dnsServerSettings[0].dnsServerIP, "10.0.0.53");
-  EXPECT_THAT(policy->dnsServerSettings[1].assignedDomains, SizeIs(0));
-}
 
 TEST(WhitelistedDomains, SaysWhatIsWrong) {
   const auto settings = [](const std::string& servers) {

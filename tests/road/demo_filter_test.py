@@ -33,7 +33,7 @@ class DemoFilterTest(RoadTest):
                          [line for _, line in rows] + ["queries 5, answered 4, refused 1"])
 
     def test_policy_and_portal(self):
-        process = self.demo_filter(hosts=("127.0.0.1", "127.0.0.2"), services=("--policy", "--portal"))
+        process = self.demo_filter("--listen", "--policy", "--portal")
         filtering, mapped, policy, portal = process.addresses
         proxy = self.proxy({"filteringDNS": filtering, "policyServer": policy, **IDENTITY})
         ask(proxy.endpoint, wire.query("first.example"))

@@ -23,10 +23,13 @@ class MachineTest(RoadTest):
                     self.assertEqual(found, {names.ipv4(name), names.ipv6(name)})
                 self.assertEqual(tool("dig", "+short", "example.com").split(), [names.ipv4("example.com")])
 
-    def test_built_in_servers(self):
+    def test_built_in_addresses(self):
         query = wire.query("example.com")
         filtering = self.upstream(host="127.0.0.2", port=81)
-        self.assertEqual(ask(self.proxy().endpoint, query), wire.answer_to(query))
+        process = Process([os.environ["QUILLET_PROXY"], "--defaults-dir", self.folder])
+        self.addCleanup(process.stop)
+        poll(lambda: 5300 in process.bound_ports(), "the port is bound")
+        self.assertEqual(ask(("127.0.0.1", 5300), query), wire.answer_to(query))
         options = dict(wire.injected_options(filtering.wait_for_queries(1)[0]))
         self.assertEqual(sorted(options), [65004, 65006, 65007, 65015])
         for host, settings, app in (("127.0.0.3", {"allowAll": "true"}, "app"),
@@ -35,14 +38,6 @@ class MachineTest(RoadTest):
             proxy = self.proxy(settings, arguments=("--source-app", app))
             self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
             self.assertEqual(server.queries, [query])
-
-    def test_listen_address(self):
-        path = self.vendor_file({"filteringDNS": self.upstream().address})
-        process = Process([os.environ["QUILLET_PROXY"], "--defaults-dir", self.folder, "--vendor-data", path])
-        self.addCleanup(process.stop)
-        poll(lambda: 5300 in process.bound_ports(), "the port is bound")
-        query = wire.query("example.com")
-        self.assertEqual(ask(("127.0.0.1", 5300), query), wire.answer_to(query))
 
 
 if __name__ == "__main__":

@@ -44,8 +44,8 @@ class RoadTest(unittest.TestCase):
         self.addCleanup(server.close)
         return server
 
-    def demo_filter(self, **how):
-        process = DemoFilter(**how)
+    def demo_filter(self, *services, **how):
+        process = DemoFilter(*services, **how)
         self.addCleanup(self._end, process)
         return process
 

@@ -7,8 +7,6 @@ A, CNAME, AAAA, OPT, HTTPS = 1, 5, 28, 41, 65
 
 QR, RD, RA, Z, AD = 0x8000, 0x0100, 0x0080, 0x0040, 0x0020
 
-NXDOMAIN = 3
-
 
 def name_bytes(name):
     """`a.b` and `a.b.` as labels without compression; a label may be given as bytes in a tuple."""
@@ -24,14 +22,14 @@ def header(identifier, flags, questions=0, answers=0, authorities=0, additional=
     return struct.pack("!6H", identifier, flags, questions, answers, authorities, additional)
 
 
-def question(name, qtype, qclass=1):
-    return name_bytes(name) + struct.pack("!2H", qtype, qclass)
+def question(name, qtype):
+    return name_bytes(name) + struct.pack("!2H", qtype, 1)
 
 
-def record(owner, rtype, rdata, ttl=60, rclass=1):
+def record(owner, rtype, rdata):
     """A resource record; `owner` is a name or, as bytes, the name's wire form (a pointer, say)."""
     owner = owner if isinstance(owner, bytes) else name_bytes(owner)
-    return owner + struct.pack("!2HIH", rtype, rclass, ttl, len(rdata)) + rdata
+    return owner + struct.pack("!2HIH", rtype, 1, 60, len(rdata)) + rdata
 
 
 def query(name, qtype=A, identifier=None, flags=RD, additional=b""):
@@ -82,9 +80,9 @@ def injected_options(message):
     return options
 
 
-def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, rcode=0, count=1):
+def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
     body = record(b"\xc0\x0c", rtype, rdata) * count
-    flags = QR | RD | RA | rcode
+    flags = QR | RD | RA
     return (message[:2] + struct.pack("!5H", flags, 1, count, 0, 0)
             + message[12:question_end(message)] + body)
