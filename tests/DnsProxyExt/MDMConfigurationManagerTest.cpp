@@ -117,7 +117,6 @@ TEST_F(MDMConfigurationManagerTest, FollowsTheGroupDefaults) {
 TEST_F(MDMConfigurationManagerTest, NamesTheFirstMissingValue) {
   const std::pair<ConfigurationMap, std::optional<std::string>> rows[] = {
       {{}, "The app has not received values from MDM"},
-      {{{"userId", "u"}}, "OrganizationId value is not found."},
       {{{"organizationId", ""}}, "OrganizationId value is not found."},
       {{{"organizationId", "o"}, {"userEmail", "e"}}, "UserId is not found."},
       {{{"organizationId", "o"}, {"userAuthEnabled", "False"}}, std::nullopt},
@@ -127,8 +126,6 @@ TEST_F(MDMConfigurationManagerTest, NamesTheFirstMissingValue) {
     manager_.initConfigurationForMacOs(conf);
     EXPECT_EQ(manager_.checkMDMValues(), missing);
   }
-  EXPECT_EQ(manager_.getAdminPassword(), std::nullopt);
-  EXPECT_FALSE(manager_.isTestMode());
   manager_.initConfigurationForMacOs({{"adminPassword", "p"}, {"testModeEnabled", "Yes"}});
   EXPECT_EQ(manager_.getAdminPassword(), "p");
   EXPECT_TRUE(manager_.isTestMode());

@@ -74,13 +74,6 @@ TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
                                   "(rawValue: 111): Connection refused),Optional(")));
 }
 
-TEST_F(PolicyUDPClientTest, AnEmptyAnswerIsNone) {
-  const FakeServer server([](const Data& /*received*/) { return std::vector<Data>{Data()}; });
-  connect("127.0.0.1", server.port());
-  ASSERT_TRUE(runUntil([&] { return !told_.empty(); }));
-  EXPECT_THAT(told_, ElementsAre("nothing open nil"));
-}
-
 TEST_F(PolicyUDPClientTest, WhereThereIsNoServerNothingIsTold) {
   for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}}) {
     connect("127.0.0.1", port);

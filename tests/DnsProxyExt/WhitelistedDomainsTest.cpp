@@ -6,7 +6,6 @@
 namespace quillet {
 namespace {
 
-
 constexpr char kMissing[] = "The data couldn’t be read because it is missing.";
 constexpr char kWrong[] = "The data couldn’t be read because it isn’t in the correct format.";
 

@@ -8,7 +8,6 @@ using platform::Data;
 using platform::NWConnection;
 using test::FakeServer;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr char kBypassOn[] = R"({"cmdType":"command","payload":"bypassAllOn"})";
 constexpr char kSent[] = "*Xpc Udp Data was sent to UDP*";
@@ -102,16 +101,6 @@ TEST_F(XpcUdpHelperTest, WithoutARelayEverySendIsOneLine) {
   EXPECT_EQ(count("*Xpc Udp Receive is complete*"), 0);
 }
 
-TEST_F(XpcUdpHelperTest, UnconnectedItDropsEverything) {
-  helper_->printLogToFile("a");
-  helper_->sendUDP(data("b"));
-  helper_->receiveUDP(nullptr);
-  helper_->closeConnection();
-  helper_->handle({XpcUdpCommandParser::CmdType::command, "bypassAllOn"});
-  runReady();
-  EXPECT_THAT(log_.records(), IsEmpty());
-}
-
 TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
   const FakeServer relay(test::stayQuiet);
   for (int i = 0; i < 100; ++i) {
@@ -120,17 +109,6 @@ TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
   ASSERT_TRUE(runUntilLogged("Xpc Udp State: Ready\n"));
   EXPECT_EQ(NWConnection::openCount(), 1U);
   EXPECT_EQ(count(kCancelled), 0) << "it goes without a word";
-}
-
-TEST_F(XpcUdpHelperTest, ClosedItKeepsNothingAlive) {
-  const FakeServer relay(test::stayQuiet);
-  connect(relay);
-  ASSERT_TRUE(runUntilLogged("Xpc Udp State: Ready\n"));
-  helper_->closeConnection();
-  ASSERT_TRUE(runUntilLogged(kCancelled));
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-  EXPECT_EQ(helper_->appToExtDelegate, nullptr);
-  EXPECT_EQ(helper_.use_count(), 1);
 }
 
 }  // namespace

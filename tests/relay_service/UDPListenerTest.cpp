@@ -22,9 +22,15 @@ using testing::ElementsAre;
 using Kind = platform::NWConnection::State::Kind;
 using Lines = std::vector<std::string>;
 
-/// Its flush runs nothing.
+/// Its flush runs nothing, but keeps whose turn it was.
 class Listener final : public UDPListener {
-  std::string runShellCommand(const std::string& /*command*/) override { return ""; }
+ public:
+  std::string runShellCommand(const std::string& /*command*/) override {
+    clientAtFlush = connection.get();
+    return "";
+  }
+
+  const platform::NWConnection* clientAtFlush = nullptr;
 };
 
 class UDPListenerTest : public testing::Test {
@@ -93,6 +99,7 @@ TEST_F(UDPListenerTest, TheNewestClientReplacesTheOneBefore) {
   const std::weak_ptr<FakeConnection> weak = first;
   const auto second = std::make_shared<FakeConnection>("[C2]");
   listener_->acceptConnection(second);
+  EXPECT_EQ(listener_->clientAtFlush, first.get()) << "the flush comes before all else";
   first->deliver("&*ALx");
   EXPECT_THAT(log_.records(), testing::Contains("Agent log: x"));
   EXPECT_THAT(first->done, ElementsAre("start", "receive")) << "and is not cancelled";

@@ -4,17 +4,14 @@ the relay service.
 Runs in a network of its own, where ports 81, 2800 and 9898 are free and any address can be had; skipped where
 the system permits no such thing."""
 
-import itertools
 import json
 import os
-import queue
 import signal
 
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import ask
 from roadlib.processes import poll
-from roadlib.upstream import Upstream
 
 FILTERING, POLICY, RELAY = ("127.0.0.2", 81), ("127.0.0.5", 2800), ("127.0.0.1", 9898)  # the build's values
 WIKI, LAB = ("198.51.100.53", 53), ("198.51.100.54", 5300)
@@ -32,23 +29,7 @@ def command(payload):
     return f'{{"cmdType":"command","payload":"{payload}"}}'.encode()
 
 
-class Relay(Upstream):
-    """The relay service's place: keeps the commands and answers the next one with what it is told to."""
-
-    def __init__(self):
-        self.replies = queue.Queue()
-        super().__init__(self._reply, *RELAY)
-
-    def _reply(self, _):
-        return [] if self.replies.empty() else [self.replies.get()]
-
-    def wait_for_commands(self, count):
-        return [json.loads(datagram) for datagram in self.wait_for_queries(count)]
-
-
 class ProviderTest(RoadTest):
-    _numbers_of_names = itertools.count()
-
     def setUp(self):
         super().setUp()
         self.filtering = self.upstream(host=FILTERING[0], port=FILTERING[1])
@@ -58,14 +39,9 @@ class ProviderTest(RoadTest):
         self.answer = answer
         return self.upstream(lambda _: [self.answer], host=POLICY[0], port=POLICY[1])
 
-    def relay(self):
-        relay = Relay()
-        self.addCleanup(relay.close)
-        return relay
-
-    def query(self, proxy, name=None):
+    def query(self, proxy, name="a.example"):
         """One query through the proxy; its bytes."""
-        query = wire.query(name or f"n{next(self._numbers_of_names)}.example")
+        query = wire.query(name)
         self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
         return query
 
@@ -140,36 +116,21 @@ class CaptivePortalTest(ProviderTest):
         self.assertEqual([len(portal.queries) for portal in portals], [1, 1, 1])
 
 
-class RelayTest(ProviderTest):
-    def test_lines_and_states(self):
-        relay = self.relay()
-        proxy = self.proxy(IDENTITY)
-        self.assertEqual(relay.wait_for_queries(1), [b'{"cmdType":"notification","payload":"started"}'])
-        self.query(proxy)
-        lines = relay.wait_for_commands(4)[1:]
-        self.assertEqual([line["cmdType"] for line in lines], ["printToLog"] * 3)
-        self.assertEqual([line["payload"].split()[0] for line in lines],
-                         ["readDatagrams", "values", "***decodeDNSResponse***,data"])
-        self.assertEqual(proxy.stop(), 0)
-        self.assertEqual(relay.wait_for_commands(6)[4:],
-                         [{"cmdType": "printToLog", "payload": "stopProxy, reason: NEProviderStopReason(rawValue: 1)"},
-                          {"cmdType": "notification", "payload": "stopped"}])
-        self.assertEqual(proxy.output().count("Xpc Udp This is stateUpdateHandler:"), 3)
-
+class LinkTest(ProviderTest):
     def test_bypass_on_and_off(self):
         system = self.upstream(host=SYSTEM[0], port=SYSTEM[1])
-        relay = self.relay()
-        relay.replies.put(command("bypassAllOn"))
+        replies = [command("bypassAllOn")]  # of the relay service, one for each association
+        self.upstream(lambda _: [replies.pop(0)] if replies else [], host=RELAY[0], port=RELAY[1])
         with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM[0]}"):
             proxy = self.proxy(IDENTITY)
             proxy.wait_for_line("Received command: bypassAllOn")
             query = self.query(proxy)
         self.assertEqual((system.queries, self.filtering.queries), ([query], []))
 
-        for reply in (b"&*anything", b"{" * 60_000, command("bypassAllOff")):  # one for each association
-            relay.replies.put(reply)
+        for reply in (b"&*anything", b"{" * 60_000, command("bypassAllOff")):
+            replies.append(reply)
             self.reconfigure(proxy, IDENTITY)
-            poll(relay.replies.empty, "the datagram comes")
+            poll(lambda: not replies, "the datagram comes")
         proxy.wait_for_line("Received command: bypassAllOff")
         query = self.query(proxy)
         self.assertEqual(len(system.queries), 1)

@@ -253,6 +253,7 @@ class ProxyTest(RelayTest):
             client.call("sendDNSProxyCommandWithCommand:", "bypassAllOn")
         self.assertEqual(proxy.stop(), 0)
         relay.wait_for_line("got notification from Ext: stopped")
+        self.assertEqual(proxy.output().count("Xpc Udp This is stateUpdateHandler:"), 3)
         self.assertFalse(any("Received command" in line for line in proxy.output()))  # it passes nothing on
 
 
