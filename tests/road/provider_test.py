@@ -81,7 +81,8 @@ class PolicyTest(ProviderTest):
         wiki = self.upstream(host=WIKI[0], port=WIKI[1])
         good = policy(**{WIKI[0]: ["wiki.corp"]})
         hostile = (b"", b"\xff\xfe", b'{"status": true, "dnsServerSettings": ' + b"[" * 60_000, b"x" * 65_507,
-                   good.replace(b"wiki.corp", b"wiki\xc3.corp"), b'{"status": false, "dnsServerSettings": []}', good[:-1])
+                   good.replace(b"wiki.corp", b"wiki\xc3.corp"), good[:-1],
+                   b'{"status": false, "dnsServerSettings": []}')
         self.policy_server()
         for answer in hostile:
             with self.subTest(answer=answer[:60]):

@@ -50,8 +50,8 @@ class ReloadTest(RoadTest):
         self.assert_identity(proxy, first, b"org42")
         path = self.vendor_file({})
         for number, text in enumerate((
-                "", '{"organizationId": "\udcff"}', "[]", "null", '{"organizationId": "org43",}', "\0\xff", "[" * 100_000,
-                '{"a":' * 10_000, '{"organizationId": "org43"} x', None)):
+                "", '{"organizationId": "\udcff"}', "[]", "null", '{"organizationId": "org43",}', "\0\xff",
+                "[" * 100_000, '{"a":' * 10_000, '{"organizationId": "org43"} x', None)):
             with self.subTest(text=text and text[:40]):
                 os.remove(path)
                 if text is not None:
