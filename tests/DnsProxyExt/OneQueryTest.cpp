@@ -3,53 +3,37 @@
 namespace quillet {
 namespace {
 
-using test::answerForA;
-using test::FakeServer;
 using test::query;
 
 /// The records of one query's whole road, in their order and words.
-class OneQueryTest : public test::ProviderTest {
- protected:
-  /// The running number of the provider says nothing here.
-  static std::string withoutInstance(const std::string& record) {
-    const auto at = record.find("<DnsProxyExt: ");
-    return at == std::string::npos ? record : record.substr(0, at) + "*";
-  }
-};
+class OneQueryTest : public test::ProviderTest {};
 
-constexpr char kQuestions[] =
-    "questions: [DnsToolsSocket.Question(name: \"a.\", type: 1, unique: false, internetClass: 1)]";
-
-constexpr char kValues[] =
-    R"(values for inject = ["65001": "org42", "65004": "127.0.0.1", "65006": "Europe/Ljubljana", )"
+constexpr char kIdentity[] =
+    R"(["65001": "org42", "65004": "127.0.0.1", "65006": "Europe/Ljubljana", )"
     R"("65007": "1", "65015": "1700000000123"])";
+
+/// Options 65001, 65004, 65006, 65007 and 65015, in the order of their codes.
+constexpr char kInjected[] =
+    "1234010000010000000000010161000001000101300000290000000000000040fde900056f72673432"
+    "fdec00093132372e302e302e31fdee00104575726f70652f4c6a75626c6a616e61"
+    "fdef000131fdf7000d31373030303030303030313233";
 
 std::string request(const std::string& additional) {
   return "DNS Request(id: 4660, authoritativeAnswer: false, truncation: false, recursionDesired: "
-         "true, "
-         "recursionAvailable: false, " +
-         std::string(kQuestions) + ", answers: [], authorities: [], additional: [" + additional +
-         "])";
+         "true, recursionAvailable: false, questions: [DnsToolsSocket.Question(name: \"a.\", type: "
+         "1, unique: false, internetClass: 1)], answers: [], authorities: [], additional: [" +
+         additional + "])";
 }
 
-std::string response(const char* quote) {
-  const std::string q = quote;
-  std::string questions = kQuestions;
-  for (auto at = questions.find('"'); at != std::string::npos;
-       at = questions.find('"', at + q.size())) {
-    questions.replace(at, 1, q);
-  }
-  return "DNS Response(id: 4660, returnCode: 0, authoritativeAnswer: false, truncation: false, "
-         "recursionDesired: true, recursionAvailable: true, " +
-         questions + ", answers: [DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: " + q +
-         "a." + q +
-         ", unique: false, internetClass: 1, ttl: 60, ip: 1.2.3.4)], authorities: [], additional: "
-         "[])";
-}
+constexpr char kResponse[] =
+    "DNS Response(id: 4660, returnCode: 0, authoritativeAnswer: false, truncation: false, "
+    "recursionDesired: true, recursionAvailable: true, questions: [DnsToolsSocket.Question(name: "
+    "\"a.\", type: 1, unique: false, internetClass: 1)], answers: "
+    "[DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: \"a.\", unique: false, internetClass: "
+    "1, ttl: 60, ip: 1.2.3.4)], authorities: [], additional: [])";
 
 TEST_F(OneQueryTest, LogsItsWholeRoad) {
-  const FakeServer server(
-      [](const platform::Data&) { return std::vector<platform::Data>{answerForA()}; });
+  const test::FakeServer server(test::answerA);
   start(R"({"organizationId": "org42"})"_json);
   provider_->filteringDNS = host(server);
   // The policy was fetched a moment ago.
@@ -59,14 +43,16 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
   log_.clear();
   const auto flow = makeFlow({query("a")});
   serve(flow);
-  ASSERT_TRUE(
-      runUntilLogged("State: Cancelled, flowHash = " + std::to_string(flow->hash()) + "\n"));
-
   const auto key = std::to_string(flow->hash());
+  ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = " + key + "\n"));
+
   const auto state = "DNSSocketClient stateUpdateHandler:, flowHash = " + key + ", state = ";
   const std::string question = "Question: rawType = 1, debugDesc = A,";
+  std::string escaped = kResponse;
+  for (auto at = escaped.find('"'); at != std::string::npos; at = escaped.find('"', at + 2)) {
+    escaped.insert(at, "\\");
+  }
   const std::vector<std::string> expected{
-      "[DnsProxyExt] handleNewUDPFlow, instance id - *",
       "bypassAll = false",
       "handleNewUDPFlow, hash = " + key +
           ",  flow = <FakeFlow>, isBound: false, localEndpoint: Optional(127.0.0.1:40000),ledb: "
@@ -91,7 +77,7 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "getValuesForInject, configuration = Optional([\"organizationId\": \"org42\"])",
       "sendIp = nil",
       "sendTimezone = 0",
-      kValues,
+      std::string("values for inject = ") + kIdentity,
       "inject value: 65001 : org42 ",
       "inject value: 65004 : 127.0.0.1 ",
       "inject value: 65006 : Europe/Ljubljana ",
@@ -102,9 +88,7 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "+ednsopt=65007:31 +ednsopt=65015:31373030303030303030313233 ",
       "-> dnsType1 = A",
       "--> a",
-      "hex data = 123401000001000000000001016100000100010130000029000000000000004"
-      "0fde900056f72673432fdec00093132372e302e302e31fdee00104575726f70652f4c6a75626c6a616e61"
-      "fdef000131fdf7000d31373030303030303030313233",
+      std::string("hex data = ") + kInjected,
       "---decodeDNSRequest---,data size = 96, hashFlow:" + key,
       "decode request:" +
           request("DnsToolsSocket.Record(name: \"0.\", unique: false, internetClass: 0, "
@@ -128,14 +112,14 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       "handleInBoundDatagram,hash = " + key + ", isFinish = true, error = nil",
       "flow reports: [\"" + key + "\"]",
       "***decodeDNSResponse***,data size = 35, flowHash:" + key,
-      "decode response:" + response("\""),
+      std::string("decode response:") + kResponse,
       "DNS response,  answers count: 1, ttl = 60, name = a.",
       "Response: rawType = 1, debugDesc = A",
       question,
       "ip.presentationString - Optional(\"1.2.3.4\")",
       "handleInBoundDatagram,hash = " + key + ", url = Optional(\"a.\")",
       "handleInBoundDatagram -> starting write datagrams,hash = " + key,
-      "modified msg = Optional(\"" + response("\\\"") + "\")",
+      "modified msg = Optional(\"" + escaped + "\")",
       "[DNS REQ FLOW] - took: 0.0msec, domain:Optional(\"a.\"), dnsServer:Optional(\"127.0.0.1\"), "
       "hash - " +
           key + ", additional: Optional([])",
@@ -146,18 +130,16 @@ TEST_F(OneQueryTest, LogsItsWholeRoad) {
       state + "cancelled",
       "State: Cancelled, flowHash = " + key + "\n",
   };
-  std::vector<std::string> records;
-  for (const auto& record : log_.records()) {
-    records.push_back(withoutInstance(record));
-  }
-  EXPECT_EQ(records, expected);
+  const auto& logged = log_.records();
+  EXPECT_THAT(logged.at(0), testing::MatchesRegex("\\[DnsProxyExt\\] handleNewUDPFlow, instance id "
+                                                  "- <DnsProxyExt: [0-9]+>"));
+  EXPECT_EQ(std::vector(logged.begin() + 1, logged.end()), expected);
+  EXPECT_THAT(server.received(), testing::ElementsAre(test::hex(kInjected)));
   const auto atRelay = relayed(8);
   EXPECT_THAT(std::vector(atRelay.begin() + 5, atRelay.end()),
-              testing::ElementsAre(
-                  "readDatagrams hash = " + key + " ,app id = com.example.app",
-                  "values for inject = [\"65001\": \"org42\", \"65004\": \"127.0.0.1\", \"65006\": "
-                  "\"Europe/Ljubljana\", \"65007\": \"1\", \"65015\": \"1700000000123\"]",
-                  "***decodeDNSResponse***,data size = 35, flowHash:" + key));
+              testing::ElementsAre("readDatagrams hash = " + key + " ,app id = com.example.app",
+                                   std::string("values for inject = ") + kIdentity,
+                                   "***decodeDNSResponse***,data size = 35, flowHash:" + key));
 }
 
 }  // namespace

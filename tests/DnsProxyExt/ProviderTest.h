@@ -91,12 +91,12 @@ class ProviderTest : public testing::Test {
     return payloads;
   }
 
-  /// Runs until the log holds `record`.
+  /// How often the log holds `record`.
+  [[nodiscard]] std::ptrdiff_t count(const std::string& record) const {
+    return std::count(log_.records().begin(), log_.records().end(), record);
+  }
   bool runUntilLogged(const std::string& record) {
-    return runUntil([&] {
-      const auto& records = log_.records();
-      return std::find(records.begin(), records.end(), record) != records.end();
-    });
+    return runUntil([&] { return count(record) > 0; });
   }
 
   /// The log without what the command link says of its own sends.
@@ -122,6 +122,11 @@ inline platform::Data answerForA() {
   return hex(
       "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
       "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
+}
+
+/// What a server that answers every query with it does.
+inline std::vector<platform::Data> answerA(const platform::Data& /*received*/) {
+  return {answerForA()};
 }
 
 }  // namespace quillet::test

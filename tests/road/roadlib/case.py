@@ -1,6 +1,5 @@
 """The base of the end-to-end tests: what a test starts is ended after it, and must have ended well."""
 
-import itertools
 import json
 import os
 import signal
@@ -30,7 +29,6 @@ class RoadTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix="quillet-road-")
         self.addCleanup(folder.cleanup)
         self.folder = folder.name
-        self._numbers = itertools.count()
 
     def vendor_file(self, settings, name="vendor-data.json"):
         path = os.path.join(self.folder, name)
@@ -44,15 +42,15 @@ class RoadTest(unittest.TestCase):
         self.addCleanup(server.close)
         return server
 
-    def demo_filter(self, **how):
-        process = DemoFilter(**how)
+    def demo_filter(self, *services, **how):
+        process = DemoFilter(*services, **how)
         self.addCleanup(self._end, process)
         return process
 
     def proxy(self, settings=None, **how):
         """A proxy with `settings` as vendor data (none for None)."""
         path = None if settings is None else self.vendor_file(settings)
-        how.setdefault("defaults_folder", os.path.join(self.folder, f"defaults{next(self._numbers)}"))
+        how.setdefault("defaults_folder", tempfile.mkdtemp(dir=self.folder))
         process = Proxy(vendor_data_file=path, **how)
         self.addCleanup(self._end, process)
         return process

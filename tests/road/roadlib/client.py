@@ -4,7 +4,7 @@ import select
 import socket
 import subprocess
 
-from roadlib.processes import PATIENCE, family_of, poll
+from roadlib.processes import PATIENCE, family_of
 
 
 class Client:
@@ -42,15 +42,6 @@ def ask(endpoint, query):
         return client.ask(query)
 
 
-def ask_again(endpoint, query):
-    """Asks until an answer comes, for a bounded time: for when the queues on the way may still be full."""
-    with Client(endpoint) as client:
-        def answer():
-            client.send(query)
-            return client.receive(0.2)
-        return poll(answer, f"an answer to {query.hex()}")
-
-
 def tool(*command):
     """Runs a command-line tool; what it printed. It must end with status 0."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
@@ -63,8 +54,3 @@ def tool(*command):
 def dig(endpoint, *arguments):
     host, port = endpoint
     return tool("dig", f"@{host}", "-p", str(port), "+tries=1", "+timeout=15", *arguments)
-
-
-def kdig(endpoint, *arguments):
-    host, port = endpoint
-    return tool("kdig", f"@{host}", "-p", str(port), "+retry=0", "+timeout=15", *arguments)

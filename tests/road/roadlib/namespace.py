@@ -1,6 +1,7 @@
 """A network of the test's own, where every port is free, any address can be had, and /etc/resolv.conf may be
 replaced."""
 
+import contextlib
 import fcntl
 import itertools
 import os
@@ -41,13 +42,17 @@ def add_address(address):
         fcntl.ioctl(s, set_address, struct.pack("16sH2x4s16x", name, socket.AF_INET, octets))
 
 
-def use_resolv_conf(test, *lines):
-    """Makes `lines` the /etc/resolv.conf until the end of `test`."""
-    path = os.path.join(test.folder, "resolv.conf")
+@contextlib.contextmanager
+def resolv_conf(folder, *lines):
+    """Within it `lines` are the /etc/resolv.conf, a file in `folder`."""
+    path = os.path.join(folder, "resolv.conf")
     with open(path, "w", encoding="ascii") as file:
         file.writelines(f"{line}\n" for line in lines)
     tool("mount", "--bind", path, "/etc/resolv.conf")
-    test.addCleanup(tool, "umount", "/etc/resolv.conf")
+    try:
+        yield
+    finally:
+        tool("umount", "/etc/resolv.conf")
 
 
 def _bring_loopback_up():

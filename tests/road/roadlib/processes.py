@@ -144,20 +144,13 @@ class Process:
 class DemoFilter(Process):
     """The demo filtering service on ports of the system's choice."""
 
-    def __init__(self, hosts=("127.0.0.1",), quiet=False, services=()):
-        """`services`: options that take an address each, `--policy` say; their addresses come last."""
-        listen = [x for host in hosts for x in ("--listen", address_text(host, 0))]
-        listen += [x for service in services for x in (service, "127.0.0.1:0")]
+    def __init__(self, *services, quiet=False):
+        """`services`: further options that take an address each, `--policy` say; their addresses come last."""
+        listen = [x for option in ("--listen", *services) for x in (option, "127.0.0.1:0")]
         super().__init__([os.environ["QUILLET_DEMO_FILTER"], *listen, *(["--quiet"] if quiet else [])])
-        lines = self.wait_for_line("listening on ", len(hosts) + len(services))
+        lines = self.wait_for_line("listening on ", 1 + len(services))
         self.addresses = [line.split("listening on ")[1] for line in lines]
         self.address = self.addresses[0]
-        self.port = int(self.address.rsplit(":", 1)[1])
-
-    def totals(self):
-        """Ends the service; what it counted: queries, answered, refused."""
-        self.stop()
-        return [int(x) for x in re.findall(r"\d+", self.output()[-1])]
 
 
 class Proxy(Process):

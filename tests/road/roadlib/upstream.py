@@ -60,12 +60,6 @@ class Upstream:
             raise self._failure
 
 
-def by_name(rules, otherwise=None):
-    """A `respond` that goes by the question's name: `rules` maps a part of the name to a `respond`."""
-    def respond(query):
-        name = wire.question_name(query)
-        for part, rule in rules.items():
-            if part in name:
-                return rule(query)
-        return otherwise(query) if otherwise else [wire.answer_to(query)]
-    return respond
+def by_name(part, rule):
+    """A `respond` that is `rule` for names that contain `part`, and answers the others."""
+    return lambda query: rule(query) if part in wire.question_name(query) else [wire.answer_to(query)]

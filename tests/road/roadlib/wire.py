@@ -3,11 +3,9 @@
 import random
 import struct
 
-A, NS, CNAME, SOA, PTR, MX, TXT, AAAA, SRV, OPT, HTTPS = 1, 2, 5, 6, 12, 15, 16, 28, 33, 41, 65
+A, CNAME, AAAA, OPT, HTTPS = 1, 5, 28, 41, 65
 
-QR, AA, TC, RD, RA, Z, AD, CD = 0x8000, 0x0400, 0x0200, 0x0100, 0x0080, 0x0040, 0x0020, 0x0010
-
-NOERROR, FORMERR, SERVFAIL, NXDOMAIN, NOTIMP, REFUSED = range(6)
+QR, RD, RA, Z, AD = 0x8000, 0x0100, 0x0080, 0x0040, 0x0020
 
 
 def name_bytes(name):
@@ -24,20 +22,19 @@ def header(identifier, flags, questions=0, answers=0, authorities=0, additional=
     return struct.pack("!6H", identifier, flags, questions, answers, authorities, additional)
 
 
-def question(name, qtype, qclass=1):
-    return name_bytes(name) + struct.pack("!2H", qtype, qclass)
+def question(name, qtype):
+    return name_bytes(name) + struct.pack("!2H", qtype, 1)
 
 
-def record(owner, rtype, rdata, ttl=60, rclass=1):
+def record(owner, rtype, rdata):
     """A resource record; `owner` is a name or, as bytes, the name's wire form (a pointer, say)."""
     owner = owner if isinstance(owner, bytes) else name_bytes(owner)
-    return owner + struct.pack("!2HIH", rtype, rclass, ttl, len(rdata)) + rdata
+    return owner + struct.pack("!2HIH", rtype, 1, 60, len(rdata)) + rdata
 
 
-def query(name, qtype=A, identifier=None, flags=RD, additional=b"", additional_count=None):
+def query(name, qtype=A, identifier=None, flags=RD, additional=b""):
     identifier = random.randrange(0x10000) if identifier is None else identifier
-    count = (1 if additional else 0) if additional_count is None else additional_count
-    return header(identifier, flags, 1, additional=count) + question(name, qtype) + additional
+    return header(identifier, flags, 1, additional=1 if additional else 0) + question(name, qtype) + additional
 
 
 def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
@@ -47,14 +44,6 @@ def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
 def option(code, value):
     value = value if isinstance(value, bytes) else value.encode()
     return struct.pack("!2H", code, len(value)) + value
-
-
-def identifier_of(message):
-    return message[:2]
-
-
-def rcode_of(message):
-    return message[3] & 0x0F
 
 
 def question_end(message):
@@ -91,9 +80,9 @@ def injected_options(message):
     return options
 
 
-def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, rcode=NOERROR, count=1):
+def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
     body = record(b"\xc0\x0c", rtype, rdata) * count
-    flags = QR | RD | RA | rcode
+    flags = QR | RD | RA
     return (message[:2] + struct.pack("!5H", flags, 1, count, 0, 0)
             + message[12:question_end(message)] + body)
