@@ -241,6 +241,17 @@ class XpcTest(RelayTest):
             self.assertEqual(relay.stop(), 0)
             poll(lambda: not os.path.exists(f"/proc/{child}"), "the lookup is ended")
 
+    def test_many_lookups_that_hang_leave_room(self):
+        relay = self.relay()
+        self.program("dig", "exec sleep 1000")
+        for _ in range(70):
+            with XpcClient(relay) as client:
+                client.request("getPublicIpWithReply:")
+        poll(lambda: len(relay.children()) == 32, "as many lookups as may run")
+        with XpcClient(relay) as client:
+            self.assertEqual(client.call("getPublicIpWithReply:"), "")
+        self.assertEqual(len(relay.children()), 32)
+
 
 class ProxyTest(RelayTest):
     def test_the_proxy_as_a_client(self):
