@@ -17,13 +17,10 @@ TEST(DNSLabelEncoder, WritesEachPieceAsALabel) {
   const Row rows[] = {
       {".", "00"},
       {"0", "01 30 00"},
-      {"www", "03 777777 00"},
       {"a.b", "01 61 01 62 00"},
       {"", "00 00"},
       {"a.", "01 61 00 00"},
-      {".a", "00 01 61 00"},
       {"a..b", "01 61 00 01 62 00"},
-      {"..", "00 00 00 00"},
       {"caf\xC3\xA9", "05 636166c3a9 00"},
   };
   for (const auto& [name, bytes] : rows) {
