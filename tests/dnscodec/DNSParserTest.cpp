@@ -167,28 +167,27 @@ TEST_F(DNSParserTest, AQueryTooLongForADatagramOnceWrittenInFullComesBackAsItIs)
 
 TEST_F(DNSParserTest, LogsQuestionsAndTakesTheHostOfAUrl) {
   struct Row {
-    const char* name;
+    std::string name;
     std::uint16_t type;
-    const char* nameThen;
     std::vector<std::string> lines;
   };
   const Row rows[] = {
-      {"a.b", 1, "a.b", {"-> dnsType1 = A", "--> a.b"}},
-      {"a.b", 28, "a.b", {"-> dnsType2 = AAAA", "--> a.b"}},
-      {"a.b", 65, "a.b", {"-> dnsType3 = HTTPSSVC", "--> a.b"}},
-      {"100%.b", 65535, "100%.b", {"-> dnsTypeRaw = 65535", "--> 100%.b"}},
-      {"HTTP://a.b", 1, "HTTP://a.b", {"-> dnsType1 = A", "--> HTTP://a.b"}},
-      {"http://a.b:80/c", 1, "a.b", {"--> a.b"}},
-      {"https://a.b", 28, "a.b", {"--> a.b"}},
-      {"http.a.b", 1, "http.a.b", {"--> http.a.b"}},
-      {"http://", 1, "http://", {"--> http://"}},
+      {"a.b", 1, {"-> dnsType1 = A", "--> a.b"}},
+      {"a.b", 28, {"-> dnsType2 = AAAA", "--> a.b"}},
+      {"a.b", 65, {"-> dnsType3 = HTTPSSVC", "--> a.b"}},
+      {"100%.b", 65535, {"-> dnsTypeRaw = 65535", "--> 100%.b"}},
+      {"HTTP://a.b", 1, {"-> dnsType1 = A", "--> HTTP://a.b"}},
+      {"http://a.b:80/c", 1, {"--> a.b"}},
+      {"https://a.b", 28, {"--> a.b"}},
+      {"http.a.b", 1, {"--> http.a.b"}},
+      {"http://", 1, {"--> http://"}},
   };
-  for (const auto& [name, type, nameThen, lines] : rows) {
+  for (const auto& [name, type, lines] : rows) {
     DNSMessage message;
     message.questions.push_back(std::make_shared<DNSQuestion>(DNSQuestion{name, type, 1}));
     EXPECT_EQ(&DNSParser::checkDnsMessage(message), &message);
-    EXPECT_EQ(*message.questions[0], (DNSQuestion{nameThen, type, 1}));
     EXPECT_EQ(log_.records(), lines) << name;
+    EXPECT_EQ("--> " + message.questions[0]->name, lines.back());
     log_.clear();
   }
 }

@@ -16,26 +16,19 @@ LOW, HIGH = -(1 << (BITS - 1)), (1 << (BITS - 1)) - 1
 source = random.Random(20)
 
 
-def words(*from_the_top):
-    value = 0
-    for word in from_the_top:
-        value = value << 32 | word
-    return value
-
-
 EXTREMES = [0, 1, -1, 2, -2, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF, 1 << 32, -(1 << 31), (1 << 63) - 1,
             -(1 << 63), (1 << 64) - 1, HIGH, HIGH - 1, LOW, LOW + 1, -HIGH, 1 << 1119, (1 << 1120) - 1]
 
 # A divisor and dividend each at which the estimated quotient digit is too large, up to the step that adds the
 # divisor back, and divisors whose top word needs every kind of normalising shift.
 DIVISIONS = [
-    (words(0x7FFFFFFF, 0x80000000, 0, 0), words(0x80000000, 0, 1)),
-    (words(0x80000000, 0, 0, 3), words(0x20000000, 0, 1)),
-    (words(0x7FFFFFFF, 0xFFFFFFFF, 0, 0), words(0x80000000, 0, 0xFFFFFFFF)),
-    (words(0x80000000, 0xFFFFFFFE, 0), words(0x80000000, 0xFFFFFFFF)),
-    (words(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0), words(0xFFFFFFFF, 0xFFFFFFFF, 1)),
-    (words(3, 0, 0x80000000), words(1, 0, 0x20000000)),
-    (HIGH, words(1, 0)), (HIGH, words(1, 0, 1)), (HIGH, HIGH), (HIGH - 1, HIGH), (LOW, HIGH),
+    (0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
+    (0x80000000_00000000_00000000_00000003, 0x20000000_00000000_00000001),
+    (0x7FFFFFFF_FFFFFFFF_00000000_00000000, 0x80000000_00000000_FFFFFFFF),
+    (0x80000000_FFFFFFFE_00000000, 0x80000000_FFFFFFFF),
+    (0xFFFFFFFF_FFFFFFFF_FFFFFFFF_00000000, 0xFFFFFFFF_FFFFFFFF_00000001),
+    (0x00000003_00000000_80000000, 0x00000001_00000000_20000000),
+    (HIGH, 1 << 32), (HIGH, 1 << 64 | 1), (HIGH, HIGH), (HIGH - 1, HIGH), (LOW, HIGH),
     (LOW, LOW), (LOW, 1), (LOW, 2), (LOW, -2), (LOW, -1), (HIGH, -1), (1, LOW), (LOW + 1, LOW),
     (HIGH, 0xFFFFFFFF), (LOW, 0xFFFFFFFF), (HIGH, 1 << 1120), (0, HIGH), (7, -2), (-7, 2), (-7, -2),
 ]
