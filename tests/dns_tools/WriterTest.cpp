@@ -55,6 +55,25 @@ TEST(Writer, WritesNames) {
   }
 }
 
+TEST(Writer, FindsEachOfManyNamesAgain) {
+  std::vector<std::string> names;
+  Data expected;
+  for (int i = 0; i < 300; ++i) {
+    const auto label = std::to_string(1000 + i);
+    names.push_back(label + ".");
+    expected.push_back(4);
+    expected.insert(expected.end(), label.begin(), label.end());
+    expected.push_back(0);
+  }
+  auto twice = names;
+  twice.insert(twice.end(), names.begin(), names.end());
+  for (std::size_t offset = 0; offset < 300 * 6; offset += 6) {
+    expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
+    expected.push_back(static_cast<std::uint8_t>(offset));
+  }
+  EXPECT_EQ(written(twice), expected);
+}
+
 TEST(Writer, PointsNoFurtherThanAPointerReaches) {
   // The whole name begins at the last offset that can be pointed to, its rest behind that.
   EXPECT_EQ(written({"a.b.", "a.b.", "c.b."}, 0x3FFF), hex("01 61 01 62 00 FFFF 01 63 01 62 00"));
