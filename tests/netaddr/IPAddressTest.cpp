@@ -135,6 +135,11 @@ TEST(IPAddressTest, AgreesWithPython) {
   EXPECT_GT(memberships, 50);
 }
 
+TEST(IPAddressTest, IsInNoSubnetOfTheOtherFamily) {
+  EXPECT_FALSE(IPAddress("1.2.3.4").isInSubnet(IPAddress("::/0")));
+  EXPECT_FALSE(IPAddress("::1").isInSubnet(IPAddress("0.0.0.0/0")));
+}
+
 TEST(IPAddressTest, IsMadeOfBytes) {
   EXPECT_EQ(IPAddress::addressWithData(Data{192, 168, 0, 1}).address(), "192.168.0.1");
   const Data bytes = {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xAB, 1};
