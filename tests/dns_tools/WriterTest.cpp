@@ -58,7 +58,8 @@ TEST(Writer, WritesNames) {
 TEST(Writer, FindsEachOfManyNamesAgain) {
   std::vector<std::string> names;
   Data expected;
-  for (int i = 0; i < 300; ++i) {
+  constexpr std::size_t kNames = 300;
+  for (std::size_t i = 0; i < kNames; ++i) {
     const auto label = std::to_string(1000 + i);
     names.push_back(label + ".");
     expected.push_back(4);
@@ -67,7 +68,7 @@ TEST(Writer, FindsEachOfManyNamesAgain) {
   }
   auto twice = names;
   twice.insert(twice.end(), names.begin(), names.end());
-  for (std::size_t offset = 0; offset < 300 * 6; offset += 6) {
+  for (std::size_t offset = 0; offset < kNames * 6; offset += 6) {
     expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
     expected.push_back(static_cast<std::uint8_t>(offset));
   }
