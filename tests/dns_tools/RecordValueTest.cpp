@@ -155,13 +155,15 @@ TEST(RecordValue, SplitsTextsAtTheirFirstEqualsSign) {
   }
 }
 
-TEST(RecordValue, ComparesByNameAndTarget) {
+TEST(RecordValue, ComparesByNameAndTargetNotByTheRest) {
   const NameServerRecord server("a.", 2, 1, false, 60, "n.");
   const NameServerRecord sameServer("a.", 2, 3, true, 7, "n.");
   EXPECT_EQ(server, sameServer);
   EXPECT_EQ(std::hash<NameServerRecord>()(server), std::hash<NameServerRecord>()(sameServer));
   EXPECT_FALSE(server == NameServerRecord("b.", 2, 1, false, 60, "n."));
   EXPECT_FALSE(server == NameServerRecord("a.", 2, 1, false, 60, "m."));
+  EXPECT_EQ(HostRecord<IPv4>("a.", false, 1, 60, IPv4(1)),
+            HostRecord<IPv4>("a.", true, 3, 7, IPv4(2)));
   const PointerRecord pointer("a.", false, 1, 60, "d.");
   EXPECT_EQ(pointer, PointerRecord("a.", true, 3, 7, "d."));
   EXPECT_FALSE(pointer == PointerRecord("b.", false, 1, 60, "d."));
