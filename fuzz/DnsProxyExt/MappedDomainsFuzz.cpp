@@ -1,12 +1,11 @@
 // The map is the one that a reader of its own makes of the same text, and finds a server for each
 // fragment.
 
-#include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <string>
 
 #include "DnsProxyExt/MappedDomains.h"
+#include "fuzz/Require.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Description.h"
 #include "platform/foundation/Utf8.h"
@@ -14,6 +13,7 @@
 namespace {
 
 using quillet::Utils;
+using quillet::fuzz::require;
 
 /// Reads byte by byte what stands between the enclosing characters, one byte each.
 std::map<std::string, std::string> readEntries(std::string_view text) {
@@ -34,12 +34,6 @@ std::map<std::string, std::string> readEntries(std::string_view text) {
     }
   }
   return entries;
-}
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
 }
 
 }  // namespace

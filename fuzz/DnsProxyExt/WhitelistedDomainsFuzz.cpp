@@ -1,22 +1,15 @@
 // An answer that was read holds nothing but text, and reads the same from its own members written
 // anew.
 
-#include <cstdint>
-#include <cstdlib>
-
 #include "DnsProxyExt/WhitelistedDomains.h"
+#include "fuzz/Require.h"
 #include "platform/foundation/JSONValue.h"
 #include "platform/foundation/Utf8.h"
 
 namespace {
 
 using quillet::WhitelistedDomains;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using quillet::fuzz::require;
 
 platform::JSONValue jsonOf(const WhitelistedDomains& policy) {
   auto servers = platform::JSONValue::array();

@@ -1,8 +1,6 @@
 // What decodes stays within its budget of names; what encodes is a well-formed message by an
 // independent walk, and decodes to the same fields.
 
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "dns_tools/AliasRecord.h"
@@ -15,19 +13,14 @@
 #include "dns_tools/ServiceRecord.h"
 #include "dns_tools/StartOfAuthorityRecord.h"
 #include "dns_tools/TextRecord.h"
-#include "fuzz/dns_tools/WireWalk.h"
+#include "fuzz/Require.h"
+#include "fuzz/WireWalk.h"
 
 namespace {
 
 using namespace DnsToolsSocket;
-using platform::Data;
 using platform::DataView;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using quillet::fuzz::require;
 
 /// The fields of a message as one text, less what is never written: the unique bit of questions and
 /// the values of text records. In names empty pieces do not count.
@@ -103,12 +96,10 @@ class Fields {
 };
 
 void checkCounts(const Message& message, DataView bytes) {
-  const auto entries = quillet::fuzz::entriesOf(bytes);
-  require(entries.has_value());
-  require((*entries)[0] == message.questions.size());
-  require((*entries)[1] == message.answers.size());
-  require((*entries)[2] == message.authorities.size());
-  require((*entries)[3] == message.additional.size());
+  const auto entries = quillet::fuzz::entriesOf(bytes, /*isCompressed=*/true);
+  require(entries &&
+          entries->counts == std::array{message.questions.size(), message.answers.size(),
+                                        message.authorities.size(), message.additional.size()});
 }
 
 void checkRoundTrip(const Message& message, const Fields& fields) {

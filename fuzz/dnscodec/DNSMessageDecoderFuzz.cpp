@@ -1,25 +1,18 @@
 // What decodes, written and decoded again, has the same fields, and its names stay within the
 // budget of a message however they point at each other.
 
-#include <cstdint>
-#include <cstdlib>
-
 #include "dnscodec/DNSMessageDecoder.h"
 #include "dnscodec/DNSMessageEncoder.h"
 #include "dnscodec/DecodeBudget.h"
+#include "fuzz/Require.h"
 #include "fuzz/dnscodec/WritableNames.h"
 
 namespace {
 
 using namespace quillet;
+using fuzz::require;
 using Questions = DNSMessage::Questions;
 using Records = DNSMessage::Records;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 bool isSame(const Questions& left, const Questions& right) {
   return std::ranges::equal(left, right, [](const auto& a, const auto& b) { return *a == *b; });

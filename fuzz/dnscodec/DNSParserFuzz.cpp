@@ -5,43 +5,25 @@
 // The first octet says how many of those behind it are the text of the second option.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "dnscodec/DNSMessageDecoder.h"
 #include "dnscodec/DNSMessageEncoder.h"
 #include "dnscodec/DNSParser.h"
+#include "fuzz/Require.h"
+#include "fuzz/WireWalk.h"
 #include "fuzz/dnscodec/WritableNames.h"
-#include "platform/foundation/LogSink.h"
+#include "tests/support/LogCapture.h"
 
 namespace {
 
 using namespace quillet;
+using fuzz::require;
 using platform::Data;
 
 /// What UDP over IPv4 carries, octets.
 constexpr std::size_t kMaxDatagramSize = 65'507;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
-
-struct NullSink final : platform::LogSink {
-  void write(std::string_view /*text*/) override {}
-};
-
-void dropTheLog() {
-  static const bool once = [] {
-    platform::LogSink::setShared(std::make_unique<NullSink>());
-    return true;
-  }();
-  static_cast<void>(once);
-}
 
 /// The injected record as RFC 1035 section 4.1.3 and RFC 6891 section 6.1.2 lay it out.
 Data expectedRecord(const std::string& value) {
@@ -53,28 +35,6 @@ Data expectedRecord(const std::string& value) {
   record.insert(record.end(), {0xFD, 0xEF, 0, 1, '1', 0xFD, 0xE9, 0, length});
   record.insert(record.end(), value.begin(), value.end());
   return record;
-}
-
-/// Where the one additional record begins, by a walk over names without compression.
-std::size_t additionalOffset(const Data& message) {
-  std::size_t at = 12;
-  const auto octet = [&](std::size_t i) -> std::size_t { return message.at(i); };
-  const auto count = [&](std::size_t i) { return octet(i) << 8 | octet(i + 1); };
-  const auto skipName = [&] {
-    while (octet(at) != 0) {
-      at += 1 + octet(at);
-    }
-    ++at;
-  };
-  for (std::size_t i = count(4); i > 0; --i) {
-    skipName();
-    at += 4;
-  }
-  for (std::size_t i = count(6) + count(8); i > 0; --i) {
-    skipName();
-    at += 10 + count(at + 8);
-  }
-  return at;
 }
 
 /// Octets of the message with its names written in full, and without additional records.
@@ -89,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size == 0) {
     return 0;
   }
-  dropTheLog();
+  const test::LogCapture log;  // keeps the run's own output readable
   const std::size_t valueSize = std::min<std::size_t>(data[0], size - 1);
   const std::string value(data + 1, data + 1 + valueSize);
   const Data datagram(data + 1 + valueSize, data + size);
@@ -111,7 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(injected[10] == 0 && injected[11] == 1);
   require(std::equal(record.rbegin(), record.rend(), injected.rbegin()));
   if (test::hasWritableNames(checked)) {
-    require(additionalOffset(injected) + record.size() == injected.size());
+    const auto entries = fuzz::entriesOf(injected, /*isCompressed=*/false);
+    require(entries && entries->counts[3] == 1);
+    require(entries->last + record.size() == injected.size());
   }
   return 0;
 }

@@ -7,12 +7,14 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz/netaddr/Require.h"
+#include "fuzz/Require.h"
 #include "netaddr/BigInt.h"
 #include "netaddr/NamedException.h"
 
 namespace quillet {
 namespace {
+
+using fuzz::require;
 
 template <class Call>
 std::optional<BigInt> unlessThrown(Call call) {
@@ -55,8 +57,7 @@ void calculate(const BigInt& a, const BigInt& b) {
   if (const auto divisor = unlessThrown([&] { return a.gcd(b); })) {
     require(a.mod(*divisor) == BigInt() || divisor->equals(BigInt()));
   }
-  require(a.xOr(b) == a.bitOr(b).subtract(a.bitAnd(b)) || a.lessThan(BigInt()) ||
-          b.lessThan(BigInt()));
+  require(a.xOr(b) == a.bitOr(b).subtract(a.bitAnd(b)));
   const int shift = b.intValue();
   require(shift < 0 || shift > 31 || a.bitCount() > 2200 ||
           a.shiftLeft(shift).shiftRight(shift) == a);

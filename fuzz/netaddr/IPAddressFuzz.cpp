@@ -8,11 +8,13 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz/netaddr/Require.h"
+#include "fuzz/Require.h"
 #include "netaddr/IPAddress.h"
 
 namespace quillet {
 namespace {
+
+using fuzz::require;
 
 /// The texts that the platform reads have no suffixes, and end at their first NUL.
 bool isPlain(const std::string& text) {
@@ -71,8 +73,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   quillet::query(quillet::IPv4(text));
   quillet::query(ipv6);
   quillet::queryForms(ipv6);
-  quillet::require(quillet::IPAddress(text).valid() ==
-                   (quillet::IPv4(text).valid() || ipv6.valid()));
+  quillet::fuzz::require(quillet::IPAddress(text).valid() ==
+                         (quillet::IPv4(text).valid() || ipv6.valid()));
   (void)quillet::IPv4::ipv4FromHex(text).valid();
   (void)quillet::IPv6(text, static_cast<int>(size)).valid();
   return 0;

@@ -3,12 +3,11 @@
 // the id that was given.
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "fuzz/Require.h"
 #include "platform/foundation/Data.h"
 #include "platform/xpc/JSONRPC.h"
 #include "platform/xpc/LineBuffer.h"
@@ -16,12 +15,7 @@
 namespace {
 
 using platform::JSONRPCError;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using quillet::fuzz::require;
 
 std::vector<std::string> linesOf(std::string_view bytes, std::size_t step) {
   platform::LineBuffer buffer;

@@ -1,27 +1,22 @@
 // The input as the file of a suite: it is refused or read, and what was read survives a value being
 // set.
 
-#include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 
-#include "platform/foundation/LogSink.h"
+#include "fuzz/Require.h"
 #include "platform/foundation/UserDefaults.h"
+#include "tests/support/LogCapture.h"
 
 namespace {
 
-struct NoLog : platform::LogSink {
-  void write(std::string_view) override {}
-};
+using quillet::fuzz::require;
 
 /// One for the process; its directory is removed at exit.
 class Suite {
  public:
   Suite() {
-    platform::LogSink::setShared(std::make_unique<NoLog>());
     // In memory where that is possible, since setting a value waits for the disk.
     const bool hasMemory = std::filesystem::is_directory("/dev/shm");
     const auto parent = hasMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
@@ -48,9 +43,7 @@ void readAll(const platform::UserDefaults& defaults) {
     const int kinds = defaults.dictionaryForKey(key).has_value() +
                       defaults.stringForKey(key).has_value() +
                       defaults.boolForKey(key).has_value() + (defaults.integerForKey(key) != 0);
-    if (kinds > 1) {
-      std::abort();
-    }
+    require(kinds <= 1);
   }
 }
 
@@ -58,6 +51,7 @@ void readAll(const platform::UserDefaults& defaults) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const Suite suite;
+  const quillet::test::LogCapture log;  // keeps the run's own output readable
   auto* const defaults = suite.holding(data, size);
   if (defaults == nullptr) {
     return 0;
@@ -69,9 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto before = defaults->stringForKey("userEmail");
   defaults->setObject("10.0.0.1", "ip");
   auto* const again = platform::UserDefaults::suite("group");
-  if (again != defaults || again->stringForKey("ip") != "10.0.0.1" ||
-      again->stringForKey("userEmail") != before) {
-    std::abort();
-  }
+  require(again == defaults && again->stringForKey("ip") == "10.0.0.1");
+  require(again->stringForKey("userEmail") == before);
   return 0;
 }

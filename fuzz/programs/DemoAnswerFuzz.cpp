@@ -2,21 +2,13 @@
 // identifier and is marked as an answer, and a log of at most one line.
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/Require.h"
 #include "programs/quillet_demo_filter/DemoAnswer.h"
 #include "programs/quillet_demo_filter/QueryLine.h"
 
-namespace {
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
-
-}  // namespace
+using quillet::fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const platform::DataView datagram(data, size);

@@ -4,13 +4,12 @@
 // kind; one receive is armed after it, none after an error; a reply is the user value, byte for
 // byte.
 
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "fuzz/Require.h"
 #include "platform/foundation/Utf8.h"
 #include "relay_service/UDPListener.h"
 #include "tests/relay_service/FakeConnection.h"
@@ -18,16 +17,11 @@
 
 namespace {
 
+using quillet::fuzz::require;
 using QuilletXPCservice::UDPListener;
 using QuilletXPCservice::test::FakeConnection;
 using Kind = platform::NWConnection::State::Kind;
 using Lines = std::vector<std::string>;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 class Listener final : public UDPListener {
  public:

@@ -34,12 +34,9 @@ TEST(Reader, ReadsNames) {
     std::size_t end;
   } kCases[] = {
       {"root", "00", 0, ".", 1},
-      {"one label", "01 61 00", 0, "a.", 3},
       {"three labels", "01 61 02 62 63 01 64 00 FF", 0, "a.bc.d.", 8},
-      {"a pointer only", "01 61 00 C0 00", 3, "a.", 5},
       {"a label, then a pointer", "01 61 00 01 62 C0 00 FF", 3, "b.a.", 7},
       {"a pointer to a pointer", "01 61 00 C0 00 C0 03 FF", 5, "a.", 7},
-      {"a pointer into a name", "01 61 01 62 00 C0 02", 5, "b.", 7},
       {"a pointer to the root", "00 01 61 C0 00", 1, "a.", 5},
       {"a pointer with its other two top bits", "01 61 00 FF FF C0 00", 5, "a.", 7},
       {"UTF-8", "02 C3 A4 03 E2 82 AC 00", 0, "\u00E4.\u20AC.", 8},
@@ -48,9 +45,9 @@ TEST(Reader, ReadsNames) {
       {"so do empty pieces", "03 2E 2E 61 01 2E 00", 0, "..a...", 7},
       {"but not through a pointer", "03 2E 2E 61 01 2E 00 01 62 C0 00", 7, "b.a.", 11},
       {"where nothing may be left", "01 2E 00 C0 00", 3, ".", 5},
-      {"a length of 0x40", "40" + std::string(128, '6') + "00", 0, std::string(64, 'f') + ".", 66},
-      {"a length of 0xBF", "BF" + std::string(382, '6') + "00", 0, std::string(191, 'f') + ".",
-       193},
+      {"lengths of 0xBF and 0x40",
+       "BF" + std::string(382, '6') + "40" + std::string(128, '7') + "00", 0,
+       std::string(191, 'f') + "." + std::string(64, 'w') + ".", 258},
   };
   for (const auto& [what, bytes, start, text, end] : kCases) {
     const auto name = readNameAt(hex(bytes), start);
@@ -68,21 +65,15 @@ TEST(Reader, RefusesBrokenNames) {
     const char* error;
   } kCases[] = {
       {"nothing there", "", 0, "invalidLabelSize"},
-      {"no root label", "01 61", 0, "invalidLabelSize"},
       {"a label cut short", "02 61", 0, "invalidLabelSize"},
-      {"a pointer cut short", "00 C0", 1, "invalidIntegerSize"},
       {"a pointer cut short behind a label", "01 61 C0", 0, "invalidIntegerSize"},
       {"a pointer to itself", "00 C0 01", 1, "invalidLabelOffset"},
-      {"a pointer to the name's own start", "00 01 61 C0 01", 1, "invalidLabelOffset"},
       {"a pointer into the name itself", "01 61 01 62 C0 02", 0, "invalidLabelOffset"},
       {"a pointer forwards", "C0 02 00", 0, "invalidLabelOffset"},
       {"a pointer beyond the end", "00 FF FF", 1, "invalidLabelOffset"},
       {"a loop of two names", "01 61 C0 04 01 62 C0 00", 4, "invalidLabelOffset"},
       {"a name that runs into the pointer to it", "01 61 C0 00", 2, "invalidLabelOffset"},
-      {"no sequence of UTF-8", "02 C3 28 00", 0, "unicodeDecodingError"},
       {"half a sequence, the rest behind a dot", "01 C3 01 A4 00", 0, "unicodeDecodingError"},
-      {"a surrogate", "03 ED A0 80 00", 0, "unicodeDecodingError"},
-      {"an overlong form", "02 C0 80 00", 0, "unicodeDecodingError"},
       {"the first of two failures counts", "01 80 02 61", 0, "unicodeDecodingError"},
   };
   for (const auto& [what, bytes, start, error] : kCases) {
@@ -92,20 +83,6 @@ TEST(Reader, RefusesBrokenNames) {
     EXPECT_EQ(name.position, octets.size()) << what;
     EXPECT_EQ(name.text, "") << what;
   }
-}
-
-TEST(Reader, FollowsChainsOfPointersToTheirEnd) {
-  // The name "a." and 8000 pointers, each to the one before.
-  auto bytes = hex("01 61 00 C0 00");
-  for (std::size_t i = 1; i < 8000; ++i) {
-    const std::size_t previous = bytes.size() - 2;
-    bytes.push_back(static_cast<std::uint8_t>(0xC0 | previous >> 8));
-    bytes.push_back(static_cast<std::uint8_t>(previous));
-  }
-  const auto name = readNameAt(bytes, bytes.size() - 2);
-  EXPECT_EQ(name.text, "a.");
-  EXPECT_EQ(name.error, "nil");
-  EXPECT_EQ(name.position, bytes.size());
 }
 
 TEST(Reader, KeepsTheFirstFailureAndStaysAtTheEnd) {

@@ -74,8 +74,6 @@ const std::vector<KindCase>& kindCases() {
       {"01 61 00 000F 0001 0000003C 0005 000A 01 62 00",
        Record("a.", false, 1, 60, 15, {0, 10, 1, 'b', 0}),
        R"(DnsToolsSocket.Record(name: "a.", unique: false, internetClass: 1, ttl: 60, type: 15, data: 5 bytes))"},
-      {"01 61 00 0041 0001 0000003C 0003 0001 00", Record("a.", false, 1, 60, 65, {0, 1, 0}),
-       R"(DnsToolsSocket.Record(name: "a.", unique: false, internetClass: 1, ttl: 60, type: 65, data: 3 bytes))"},
       // OPT: class word 0x9000 is 36864 octets, the TTL word holds version 0 and the DO bit.
       {"00 0029 9000 00008000 0004 FDE9 0000",
        Record(".", true, 0x1000, 0x8000, 41, {0xFD, 0xE9, 0, 0}),
@@ -84,32 +82,21 @@ const std::vector<KindCase>& kindCases() {
   return kCases;
 }
 
-TEST(RecordValue, WritesEachKind) {
-  for (const auto& [bytes, record, text] : kindCases()) {
-    EXPECT_EQ(written(*record), hex(bytes)) << text;
-  }
-}
-
-TEST(RecordValue, ReadsAndPrintsEachKind) {
+TEST(RecordValue, WritesReadsAndPrintsEachKind) {
   for (const auto& [bytes, record, text] : kindCases()) {
     const auto octets = hex(bytes);
+    EXPECT_EQ(written(*record), octets) << text;
+    EXPECT_EQ(platform::description(record), text);
     Reader reader(octets);
     const auto read = RecordValue::read(reader);
     ASSERT_FALSE(reader.error()) << text;
     EXPECT_EQ(reader.remaining(), 0U) << text;
     EXPECT_EQ(platform::description(read), text);
-    EXPECT_EQ(platform::description(record), text);
     EXPECT_EQ(written(*read), octets) << text;
-  }
-}
-
-TEST(RecordValue, RefusesEachKindCutShort) {
-  for (const auto& [bytes, record, text] : kindCases()) {
-    const auto octets = hex(bytes);
     for (std::size_t size = 0; size < octets.size(); ++size) {
-      Reader reader(platform::DataView(octets).first(size));
-      static_cast<void>(RecordValue::read(reader));
-      EXPECT_TRUE(reader.error()) << text << " at " << size;
+      Reader cut(platform::DataView(octets).first(size));
+      static_cast<void>(RecordValue::read(cut));
+      EXPECT_TRUE(cut.error()) << text << " at " << size;
     }
   }
 }
@@ -123,30 +110,19 @@ TEST(RecordValue, TellsWhatIsWrongWithData) {
     const char* error;
   } kCases[] = {
       {"A of 5 octets", "0001", "0005 0102030405", "invalidIPAddress"},
-      {"A of 3 octets", "0001", "0003 010203", "invalidIPAddress"},
-      {"A without octets", "0001", "0000", "invalidIPAddress"},
       {"A longer than the message", "0001", "0005 01020304", "invalidDataSize"},
       {"A without a length", "0001", "00", "invalidIntegerSize"},
       {"AAAA of 4 octets", "001C", "0004 01020304", "invalidIPAddress"},
-      {"AAAA longer than the message", "001C", "0010 0102", "invalidDataSize"},
       {"NS shorter than its name", "0002", "0002 01 62 00", "invalidDataSize"},
       {"NS longer than its name", "0002", "0004 01 62 00 00", "invalidDataSize"},
-      {"NS with a broken name", "0002", "0003 02 62", "invalidLabelSize"},
-      {"CNAME without a length", "0005", "00", "invalidLabelSize"},
       {"CNAME without a name", "0005", "0000", "invalidLabelSize"},
       {"PTR to itself", "000C", "0002 C00D", "invalidLabelOffset"},
-      {"SOA shorter than its fields", "0006", "0015 00 00 0000000100000002000000030000000400000005",
-       "invalidDataSize"},
       {"SOA longer than its fields", "0006",
        "0017 00 00 0000000100000002000000030000000400000005 00", "invalidDataSize"},
-      {"SOA cut within a number", "0006", "0016 00 00 00000001000000020000000300000004000000",
-       "invalidIntegerSize"},
       {"SRV shorter than its name", "0021", "0007 0001 0002 0003 01 62 00", "invalidDataSize"},
-      {"SRV cut within the port", "0021", "0007 0001 0002 00", "invalidIntegerSize"},
       {"TXT without a string's length", "0010", "0001", "invalidIntegerSize"},
       {"TXT with a string cut short", "0010", "0003 02 61", "invalidLabelSize"},
       {"TXT that is not UTF-8", "0010", "0002 01 FF", "unicodeDecodingError"},
-      {"MX longer than the message", "000F", "0004 000A00", "invalidDataSize"},
       {"an unknown type longer than the message", "FFFF", "FFFF 00", "invalidDataSize"},
   };
   for (const auto& [what, type, data, error] : kCases) {
@@ -172,21 +148,26 @@ TEST(RecordValue, SplitsTextsAtTheirFirstEqualsSign) {
   EXPECT_EQ(text.values, (std::vector<std::string>{"plain", ""}));
   EXPECT_EQ(written(text),
             hex("01 61 00 0010 0001 0000003C 0010 023D76 03613D32 02623D 05783D793D7A"));
+  for (const std::size_t size : {253U, 254U}) {
+    const auto longest = written(TextRecord("a.", false, 1, 60, {{"k", std::string(size, 'v')}}));
+    EXPECT_EQ(longest.has_value(), size == 253U);
+    EXPECT_TRUE(longest || longest.error() == EncodeError::attributeTooLong);
+  }
 }
 
-TEST(RecordValue, ComparesAndHashesByName) {
+TEST(RecordValue, ComparesByNameAndTargetNotByTheRest) {
   const NameServerRecord server("a.", 2, 1, false, 60, "n.");
-  EXPECT_EQ(server, NameServerRecord("a.", 2, 3, true, 7, "n."));
+  const NameServerRecord sameServer("a.", 2, 3, true, 7, "n.");
+  EXPECT_EQ(server, sameServer);
+  EXPECT_EQ(std::hash<NameServerRecord>()(server), std::hash<NameServerRecord>()(sameServer));
   EXPECT_FALSE(server == NameServerRecord("b.", 2, 1, false, 60, "n."));
   EXPECT_FALSE(server == NameServerRecord("a.", 2, 1, false, 60, "m."));
-  EXPECT_EQ(std::hash<NameServerRecord>()(server),
-            std::hash<NameServerRecord>()(NameServerRecord("b.", 2, 1, false, 60, "n.")));
+  EXPECT_EQ(HostRecord<IPv4>("a.", false, 1, 60, IPv4(1)),
+            HostRecord<IPv4>("a.", true, 3, 7, IPv4(2)));
   const PointerRecord pointer("a.", false, 1, 60, "d.");
   EXPECT_EQ(pointer, PointerRecord("a.", true, 3, 7, "d."));
   EXPECT_FALSE(pointer == PointerRecord("b.", false, 1, 60, "d."));
   EXPECT_FALSE(pointer == PointerRecord("a.", false, 1, 60, "e."));
-  EXPECT_EQ(std::hash<PointerRecord>()(pointer),
-            std::hash<PointerRecord>()(PointerRecord("b.", false, 1, 60, "d.")));
 }
 
 }  // namespace

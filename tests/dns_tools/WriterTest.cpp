@@ -33,24 +33,19 @@ TEST(Writer, WritesNames) {
     const char* bytes;
   } kCases[] = {
       {"the root", {"."}, "00"},
-      {"no text", {""}, "00"},
       {"the root is a name as any other", {".", ".", ""}, "00 C000 00"},
-      {"with and without the last dot", {"a.b"}, "01 61 01 62 00"},
-      {"", {"a.b."}, "01 61 01 62 00"},
+      {"without the last dot", {"a.b"}, "01 61 01 62 00"},
       {"UTF-8", {"\u00E4.\u20AC."}, "02 C3A4 03 E282AC 00"},
       {"the whole name again", {"a.b.c.", "a.b.c."}, "01 61 01 62 01 63 00 C000"},
       {"the rest of a name as a name", {"a.b.c.", "b.c"}, "01 61 01 62 01 63 00 C002"},
       {"but not with a dot more", {"a.b.c.", "b.c."}, "01 61 01 62 01 63 00 01 62 C004"},
-      {"nor with one less", {"a.b.", "a.b"}, "01 61 01 62 00 01 61 C002"},
-      {"", {"a.b", "a.b."}, "01 61 01 62 00 01 61 C002"},
+      {"nor with a dot less", {"a.b.", "a.b"}, "01 61 01 62 00 01 61 C002"},
       {"a rest that two names share", {"a.b.c.", "x.b.c."}, "01 61 01 62 01 63 00 01 78 C002"},
       {"a rest of a rest",
        {"a.b.c.", "x.c.", "y.x.c."},
        "01 61 01 62 01 63 00 01 78 C004 01 79 01 78 C004"},
       {"letters as they are", {"A.", "a."}, "01 41 00 01 61 00"},
       {"empty pieces dropped", {".a..b."}, "01 61 01 62 00"},
-      {"dots only", {"...", ".."}, "00 00"},
-      {"a text with empty pieces again", {"a..b", "a..b"}, "01 61 01 62 00 C000"},
       {"not the same text as without them",
        {"a..b", "a.b", "x.a.b."},
        "01 61 01 62 00 01 61 C002 01 78 C005"},
@@ -60,31 +55,52 @@ TEST(Writer, WritesNames) {
   }
 }
 
+TEST(Writer, FindsEachOfManyNamesAgain) {
+  std::vector<std::string> names;
+  Data expected;
+  constexpr std::size_t kNames = 300;
+  for (std::size_t i = 0; i < kNames; ++i) {
+    const auto label = std::to_string(1000 + i);
+    names.push_back(label + ".");
+    expected.push_back(4);
+    expected.insert(expected.end(), label.begin(), label.end());
+    expected.push_back(0);
+  }
+  auto twice = names;
+  twice.insert(twice.end(), names.begin(), names.end());
+  for (std::size_t offset = 0; offset < kNames * 6; offset += 6) {
+    expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
+    expected.push_back(static_cast<std::uint8_t>(offset));
+  }
+  EXPECT_EQ(written(twice), expected);
+}
+
 TEST(Writer, PointsNoFurtherThanAPointerReaches) {
   // The whole name begins at the last offset that can be pointed to, its rest behind that.
   EXPECT_EQ(written({"a.b.", "a.b.", "c.b."}, 0x3FFF), hex("01 61 01 62 00 FFFF 01 63 01 62 00"));
   EXPECT_EQ(written({"a.", "a."}, 0x4000), hex("01 61 00 01 61 00"));
 }
 
-TEST(Writer, FillsInTheLengthOfData) {
-  for (const std::size_t size : {0U, 1U, 255U, 256U, 65535U}) {
-    Data onto;
+TEST(Writer, RefusesWhatHasNoLength) {
+  for (const bool fits : {true, false}) {
+    Data name;
     Labels labels;
-    Writer writer(onto, labels);
+    Writer nameWriter(name, labels);
+    nameWriter.writeName(std::string(fits ? 255 : 256, 'a'));
+    const auto named = nameWriter.finish();
+    EXPECT_EQ(named.has_value(), fits);
+    EXPECT_TRUE(named || named.error() == EncodeError::labelTooLong);
+
+    Data data;
+    Writer writer(data, labels);
     const auto begin = writer.beginData();
-    writer.writeBytes(Data(size, 7));
+    writer.writeBytes(Data(fits ? 65535 : 65536));
     writer.endData(begin);
-    ASSERT_TRUE(writer.finish()) << size;
-    ASSERT_EQ(onto.size(), 2 + size);
-    EXPECT_EQ(onto[0] * 256U + onto[1], size);
+    const auto outcome = writer.finish();
+    EXPECT_EQ(outcome.has_value(), fits);
+    EXPECT_TRUE(outcome ? data[0] == 0xFF && data[1] == 0xFF
+                        : outcome.error() == EncodeError::dataTooLong);
   }
-  Data onto;
-  Labels labels;
-  Writer writer(onto, labels);
-  const auto begin = writer.beginData();
-  writer.writeBytes(Data(65536));
-  writer.endData(begin);
-  EXPECT_EQ(writer.finish().error(), EncodeError::dataTooLong);
 }
 
 }  // namespace

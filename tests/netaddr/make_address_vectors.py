@@ -53,13 +53,21 @@ def neighbour(text):
     return f"{type(interface.ip)(value)}/{prefix}"
 
 
-def write_membership(text):
-    other = neighbour(text)
-    inner, outer = (ipaddress.ip_network(net, strict=False) for net in (text, other))
-    print("in", text, other, int(inner.subnet_of(outer)))
+def write_membership(inner, outer):
+    networks = [ipaddress.ip_network(text, strict=False) for text in (inner, outer)]
+    print("in", inner, outer, int(networks[0].subnet_of(networks[1])))
+
+
+def write_memberships(text):
+    """In a subnet nearby, and its own subnet's last address in that subnet and in the first half of it."""
+    write_membership(text, neighbour(text))
+    network = ipaddress.ip_interface(text).network
+    last = f"{network.broadcast_address}"
+    write_membership(last, f"{network}")
+    write_membership(last, f"{network.network_address}/{min(network.prefixlen + 1, network.max_prefixlen)}")
 
 
 for text in TEXTS4 + [random4() for _ in range(25)] + TEXTS6 + [random6() for _ in range(60)]:
     write(text)
 for text in TEXTS4 + TEXTS6 + [random4() for _ in range(20)] + [random6() for _ in range(20)]:
-    write_membership(text)
+    write_memberships(text)

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 
-namespace quillet {
+namespace quillet::fuzz {
 
 /// Ends a fuzz run where a property does not hold.
 inline void require(bool holds) {
@@ -11,4 +13,4 @@ inline void require(bool holds) {
   }
 }
 
-}  // namespace quillet
+}  // namespace quillet::fuzz

@@ -1,0 +1,153 @@
+// Whole messages, read and written.
+
+#include <gtest/gtest.h>
+
+#include "dnscodec/DNSCNAMEResourceRecord.h"
+#include "dnscodec/DNSMessageDecoder.h"
+#include "dnscodec/DNSMessageEncoder.h"
+#include "dnscodec/DNSQuestionDecoder.h"
+#include "dnscodec/DNSQuestionEncoder.h"
+#include "dnscodec/DNSResourceRecordDecoder.h"
+#include "tests/dnscodec/Samples.h"
+
+namespace quillet {
+
+namespace {
+
+using platform::DataView;
+using test::hex;
+
+std::optional<DNSMessage> decoded(DataView bytes) {
+  DNSMessageDecoder decoder;
+  decoder.decodeMessageInBuffer(bytes);
+  return std::move(decoder.message);
+}
+
+TEST(DNSMessageDecoder, TakesAnAnswerApart) {
+  const auto message = decoded(test::sampleAnswer());
+  ASSERT_TRUE(message);
+  EXPECT_EQ(message->header.answerRecordCount, 2);
+  EXPECT_EQ(*message->questions.at(0), (DNSQuestion{"www.example.com", 1, 1}));
+  EXPECT_EQ(message->answers.at(0)->name, "www.example.com");
+  EXPECT_EQ(message->answers.at(0)->data, hex("03776562 c010"));
+  EXPECT_EQ(message->answers.at(1)->name, "web.example.com");
+  EXPECT_EQ(message->authorityRecords.at(0)->name, "example.com");
+  EXPECT_EQ(message->additionalRecords.at(0)->ttl, 86400U);
+}
+
+TEST(DNSMessageDecoder, ItsElementsDecodeOnTheirOwnToo) {
+  const auto bytes = hex("ff 01 61 00 001c 0003 00 0001 0002 00000003 0000 ff");
+  std::uint32_t offset = 1;
+  DNSQuestionDecoder question;
+  question.decodeQuestionInBuffer(bytes, offset);
+  EXPECT_EQ(DNSQuestionEncoder::encode(*question.question), hex("01 61 00 001c 0003"));
+  DNSResourceRecordDecoder record;
+  record.decodeResourceInBuffer(bytes, offset);
+  EXPECT_EQ(record.resource->encode(), hex("00 0001 0002 00000003 0000"));
+  EXPECT_EQ(offset, bytes.size() - 1);
+}
+
+TEST(DNSMessageDecoder, RefusesEveryCutAndIgnoresWhatIsBehind) {
+  for (auto bytes : {test::sampleAnswer(), test::sampleQueryWithOpt()}) {
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+      EXPECT_FALSE(decoded(DataView(bytes).first(size))) << size;
+    }
+    const auto written = DNSMessageEncoder::encode(decoded(bytes).value());
+    bytes.push_back(0xFF);
+    EXPECT_EQ(DNSMessageEncoder::encode(decoded(bytes).value()), written);
+  }
+}
+
+TEST(DNSMessageDecoder, TakesOrRefusesEveryFlippedOctet) {
+  const auto bytes = test::sampleAnswer();
+  std::size_t taken = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (const unsigned flip : {0x01U, 0x40U, 0x80U, 0xC0U, 0xFFU}) {
+      auto flipped = bytes;
+      flipped[i] = static_cast<std::uint8_t>(flipped[i] ^ flip);
+      if (const auto message = decoded(flipped)) {
+        EXPECT_GE(DNSMessageEncoder::encode(*message).size(), 12U);
+        ++taken;
+      }
+    }
+  }
+  EXPECT_GT(taken, bytes.size());
+}
+
+TEST(DNSMessageDecoder, RefusesCountsThatLie) {
+  struct Row {
+    const char* what;
+    const char* counts;
+    const char* rest;
+    bool isTaken;
+  };
+  const Row rows[] = {
+      {"one question", "0001 0000 0000 0000", "00 0001 0001", true},
+      {"two, one there", "0002 0000 0000 0000", "00 0001 0001", false},
+      {"all questions", "ffff 0000 0000 0000", "00 0001 0001", false},
+      {"all answers", "0000 ffff 0000 0000", "00 0001 0001 00000000 0000", false},
+      {"all authority records", "0000 0000 ffff 0000", "00 0001 0001 00000000 0000", false},
+      {"all additional records", "0000 0000 0000 ffff", "00 0001 0001 00000000 0000", false},
+      {"one record", "0000 0000 0000 0001", "00 0001 0001 00000000 0000", true},
+      {"one record of too much data", "0000 0000 0000 0001", "00 0001 0001 00000000 ffff", false},
+  };
+  for (const auto& [what, counts, rest, isTaken] : rows) {
+    const auto bytes = hex(std::string("1234 0100 ") + counts + rest);
+    EXPECT_EQ(decoded(bytes).has_value(), isTaken) << what;
+  }
+}
+
+TEST(DNSMessageDecoder, BoundsTheTextOfAllNames) {
+  // A name of 4 labels costs its 255 octets less the root's, one that points at it a pointer more.
+  constexpr std::size_t kName = 254;
+  constexpr std::size_t kMost =
+      (DecodeBudget::kTotal - kName) / (DecodeBudget::kPointerCost + kName);
+  for (const std::size_t pointers : {kMost, kMost + 1}) {
+    auto bytes = test::pointingQuestions(pointers - 1);
+    bytes[11] = 1;
+    bytes.insert(bytes.end(), {0xC0, 12, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0});
+    const auto message = decoded(bytes);
+    ASSERT_EQ(message.has_value(), pointers == kMost);
+    if (message) {
+      EXPECT_EQ(message->additionalRecords.at(0)->name, message->questions.at(0)->name);
+    }
+  }
+}
+
+TEST(DNSMessageEncoder, WritesNamesInFullAndDataAsItIs) {
+  EXPECT_EQ(DNSMessageEncoder::encode(decoded(test::sampleAnswer()).value()),
+            hex("abcd 81a0 0001 0002 0001 0001"
+                "03777777 076578616d706c65 03636f6d 00 0001 0001"
+                "03777777 076578616d706c65 03636f6d 00 0005 0001 0000012c 0006 03776562c010"
+                "03776562 076578616d706c65 03636f6d 00 0001 0001 0000003c 0004 c0000201"
+                "076578616d706c65 03636f6d 00 0002 0001 00015180 0006 036e7331c010"
+                "036e7331 076578616d706c65 03636f6d 00 0001 0001 00015180 0004 c0000235"));
+}
+
+TEST(DNSMessageEncoder, LetsEachRecordWriteItself) {
+  auto cname = std::make_shared<DNSCNAMEResourceRecord>();
+  cname->name = "a";
+  cname->type = 5;
+  cname->resourceClass = 1;
+  cname->canonicalName = "a.name.longer.than.its.empty.data";
+  DNSMessage message;
+  message.header.answerRecordCount = 5;  // what the header says of the lists does not count
+  message.authorityRecords = {cname};
+  EXPECT_EQ(DNSMessageEncoder::encode(message),
+            hex("0000 0000 0000 0000 0001 0000 01 61 00 0005 0001 00000000 0023"
+                "01 61 04 6e616d65 06 6c6f6e676572 04 7468616e 03 697473 05 656d707479"
+                "04 64617461 00"));
+}
+
+TEST(DNSMessageEncoder, WritesTheLowBitsOfACountTooLarge) {
+  DNSMessage message;
+  message.questions.assign(0x10001, std::make_shared<DNSQuestion>(DNSQuestion{".", 1, 1}));
+  const auto bytes = DNSMessageEncoder::encode(message);
+  EXPECT_EQ(bytes.size(), 12U + 5U * 0x10001);
+  EXPECT_EQ(bytes[4], 0);
+  EXPECT_EQ(bytes[5], 1);
+}
+
+}  // namespace
+
+}  // namespace quillet
