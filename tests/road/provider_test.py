@@ -11,7 +11,6 @@ import signal
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import ask
-from roadlib.processes import poll
 
 FILTERING, POLICY, RELAY = ("127.0.0.2", 81), ("127.0.0.5", 2800), ("127.0.0.1", 9898)  # the build's values
 WIKI, LAB = ("198.51.100.53", 53), ("198.51.100.54", 5300)
@@ -121,17 +120,18 @@ class LinkTest(ProviderTest):
     def test_bypass_on_and_off(self):
         system = self.upstream(host=SYSTEM[0], port=SYSTEM[1])
         replies = [command("bypassAllOn")]  # of the relay service, one for each association
-        self.upstream(lambda _: [replies.pop(0)] if replies else [], host=RELAY[0], port=RELAY[1])
+        self.upstream(lambda datagram: [replies.pop(0)] if b'"started"' in datagram else [],
+                      host=RELAY[0], port=RELAY[1])
         with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM[0]}"):
             proxy = self.proxy(IDENTITY)
             proxy.wait_for_line("Received command: bypassAllOn")
             query = self.query(proxy)
         self.assertEqual((system.queries, self.filtering.queries), ([query], []))
 
-        for reply in (b"&*anything", b"{" * 60_000, command("bypassAllOff")):
+        for number, reply in enumerate((b"&*anything", b"{" * 60_000, command("bypassAllOff")), 2):
             replies.append(reply)
             self.reconfigure(proxy, IDENTITY)
-            poll(lambda: not replies, "the datagram comes")
+            proxy.wait_for_line("*Xpc Udp Receive is complete*", number)
         proxy.wait_for_line("Received command: bypassAllOff")
         query = self.query(proxy)
         self.assertEqual(len(system.queries), 1)
