@@ -27,6 +27,11 @@ using Nanoseconds = std::chrono::nanoseconds;
 // that gives itself again and again must not keep the sockets waiting.
 constexpr int kMaxRoundsPerTurn = 16;
 
+// How long a turn goes on with work that was given, nanoseconds. Signals are seen between turns.
+constexpr std::uint64_t kMaxTurn = 10'000'000;
+
+std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
+
 }  // namespace
 
 // Work given with `DispatchQueue::async` has a queue of its own: asio would ask the system for
@@ -94,8 +99,12 @@ bool MainLoop::State::runOneGiven() {
 }
 
 void MainLoop::State::runGiven() {
+  const auto end = uptime() + kMaxTurn;
   for (int round = 0; round < kMaxRoundsPerTurn; ++round) {
-    for (auto count = givenCount(); count > 0 && !isStopping; --count) {
+    for (auto count = givenCount(); count > 0; --count) {
+      if (isStopping || uptime() > end) {
+        return;
+      }
       runOneGiven();
     }
   }
@@ -157,10 +166,9 @@ void MainLoop::give(Work work) {
 }
 
 bool MainLoop::runUntil(const std::function<bool()>& done, double seconds) {
-  const auto now = [] { return Clock::system().uptimeNanoseconds(); };
-  const auto deadline = now() + static_cast<std::uint64_t>(seconds * 1e9);
+  const auto deadline = uptime() + static_cast<std::uint64_t>(seconds * 1e9);
   while (!done()) {
-    const auto time = now();
+    const auto time = uptime();
     if (time >= deadline) {
       return false;
     }

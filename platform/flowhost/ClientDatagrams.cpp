@@ -9,12 +9,14 @@ std::vector<ClientDatagrams> groupedByPath(std::span<const ReceivedDatagram> rec
   std::vector<ClientDatagrams> groups;
   groups.reserve(received.size());
   for (const auto& [path, bytes] : received) {
-    auto group = std::find_if(groups.begin(), groups.end(),
-                              [&path = path](const auto& known) { return known.path == path; });
+    auto group = std::find_if(groups.begin(), groups.end(), [&path = path](const auto& known) {
+      return known.path == path && known.size < ClientDatagrams::kFullSize;
+    });
     if (group == groups.end()) {
-      group = groups.insert(groups.end(), ClientDatagrams{path, {}});
+      group = groups.insert(groups.end(), ClientDatagrams{path, {}, 0});
     }
     group->datagrams.emplace_back(bytes.begin(), bytes.end());
+    group->size += bytes.size();
   }
   return groups;
 }
