@@ -14,6 +14,9 @@ DNSFlowReport DNSFlowReport::startingNow(std::string dnsServer) {
 }
 
 double DNSFlowReport::milliseconds() const {
+  if (!startTimestamp || !endTimestamp) {
+    return 0;
+  }
   const auto nanoseconds = endTimestamp->uptimeNanoseconds - startTimestamp->uptimeNanoseconds;
   return static_cast<double>(nanoseconds) / 1'000'000.0;
 }

@@ -21,7 +21,7 @@ struct DNSFlowReport {
   /// A report that begins now, for a batch on its way to `dnsServer`.
   static DNSFlowReport startingNow(std::string dnsServer);
 
-  /// From start to end. Both are set.
+  /// From start to end; 0 unless both are set.
   [[nodiscard]] double milliseconds() const;
 };
 

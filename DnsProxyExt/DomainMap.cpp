@@ -20,8 +20,8 @@ void DomainMap::set(std::string fragment, DNSHostRef server) {
 }
 
 DNSHostRef DomainMap::server(std::string_view domain) const {
-  if (domain.size() > kMaxDomainLength) {
-    return nullptr;
+  if (domain.size() > kMaxSearched) {
+    domain.remove_prefix(domain.size() - kMaxSearched);
   }
   for (auto length = lengths_.lower_bound(domain.size()); length != lengths_.end(); ++length) {
     for (std::size_t start = 0; start + *length <= domain.size(); ++start) {

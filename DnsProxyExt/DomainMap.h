@@ -17,9 +17,10 @@ namespace quillet {
 /// contains it.
 class DomainMap {
  public:
-  /// A domain name has no more octets (RFC 1035 section 2.3.4); a longer text is none, and no
-  /// server is found for it. Bounds the time of a lookup.
-  static constexpr std::size_t kMaxDomainLength = 255;
+  /// Octets of a domain that are searched; of a longer one, those at its end. Bounds the time of a
+  /// lookup: a domain name has 255 octets at most (RFC 1035 section 2.3.4), a hostile text may have
+  /// some 64 Ki.
+  static constexpr std::size_t kMaxSearched = 1024;
 
   static constexpr std::size_t kMaxPrinted = 256UL * 1024;
 

@@ -65,12 +65,10 @@ std::string ManagedFlow::answeredName() const {
   return message->answers.front()->name();
 }
 
-std::size_t ManagedFlow::cost() const {
+std::size_t ManagedFlow::costOf(const std::vector<platform::Data>& datagrams) {
   std::size_t octets = 0;
-  if (rawReqData) {
-    for (const auto& datagram : *rawReqData) {
-      octets += kEntrySize + datagram.size() * (1 + kDecodedExpansion);
-    }
+  for (const auto& datagram : datagrams) {
+    octets += kEntrySize + datagram.size() * (1 + kDecodedExpansion);
   }
   return octets;
 }

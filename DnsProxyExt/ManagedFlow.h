@@ -26,8 +26,8 @@ class ManagedFlow {
   /// Logs the flow's lines of the flow-manager report.
   void printReport(const ReportSettings& settings) const;
 
-  /// Octets held for the queries of the last read, decoded messages included, never too low.
-  [[nodiscard]] std::size_t cost() const;
+  /// Octets that the queries of one read take, decoded messages included, never too low.
+  static std::size_t costOf(const std::vector<platform::Data>& datagrams);
 
   const std::shared_ptr<platform::NEAppProxyUDPFlow> flow;
   /// Seconds since 1970.
@@ -41,6 +41,8 @@ class ManagedFlow {
   std::optional<std::string> url;
   /// The datagrams of the last read.
   std::optional<std::vector<platform::Data>> rawReqData;
+  /// What all queries read take, octets.
+  std::size_t cost = 0;
 
  private:
   [[nodiscard]] std::string answeredName() const;

@@ -58,9 +58,10 @@ std::string millisecondsSince1970() {
 void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>> data,
                                std::optional<std::vector<NWHostEndpoint>> endpoints,
                                const std::optional<Error>& /*error*/) {
-  if (!isComplete(data, endpoints)) {
+  if (!data || data->empty()) {
     return;
   }
+  const bool isAnswerable = isComplete(data, endpoints);
   const auto& app = flow->metaData().sourceAppSigningIdentifier;
   NSLog("datagram count = ", data->size());
   const auto route = chooseRoute(app, data->front(), flow->hash());
@@ -70,6 +71,9 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
     batch = injectIdentity(app, batch, flow->hash());
   }
   startReport(flow->hash(), route.server->address);
+  if (!isAnswerable) {
+    return;
+  }
   exchange(flow, std::move(batch), *std::move(endpoints), *route.server,
            std::bind_front(&DnsProxyExt::handleInBoundDatagram, shared_from_this()));
 }

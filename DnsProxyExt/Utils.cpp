@@ -29,4 +29,6 @@ void Utils::DNSHost::describe(std::string& out) const {
   platform::describe(out, port);
 }
 
+std::string Utils::DNSHost::description() const { return platform::description(*this); }
+
 }  // namespace quillet

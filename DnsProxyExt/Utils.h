@@ -20,6 +20,8 @@ class Utils {
     explicit DNSHost(std::string_view text);
 
     void describe(std::string& out) const;
+    [[nodiscard]] std::string description() const;
+    [[nodiscard]] std::string debugDescription() const { return description(); }
 
     std::int64_t port;
     std::string address;

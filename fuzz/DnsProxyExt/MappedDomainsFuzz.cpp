@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(map.size() == entries.size());
   for (const auto& [fragment, server] : entries) {
     const auto found = map.server(fragment);
-    if (fragment.empty() || fragment.size() > quillet::DomainMap::kMaxDomainLength) {
+    if (fragment.empty() || fragment.size() > quillet::DomainMap::kMaxSearched) {
       require(found == nullptr);
     } else {
       require(platform::description(found) == platform::description(Utils::DNSHost(server)));

@@ -125,7 +125,7 @@ TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
       manager_.flowWasHandled(*flow, "nil");
     }
   }
-  const auto kept = manager_.flows().size() * manager_.flows().begin()->second->cost();
+  const auto kept = manager_.flows().size() * manager_.flows().begin()->second->cost;
   EXPECT_LE(kept, FlowManager::kMaxCost);
   EXPECT_GT(kept, FlowManager::kMaxCost / 2);
 }
