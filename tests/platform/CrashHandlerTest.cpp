@@ -59,9 +59,6 @@ TEST_F(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
         testing::KilledBySignal(signal), kLastLine)
         << signal;
   }
-}
-
-TEST_F(CrashHandlerTest, aStackOverflow) {
   EXPECT_EXIT(
       {
         holdBackOneRecord();

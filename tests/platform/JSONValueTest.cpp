@@ -10,10 +10,7 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string nested(int depth) {
-  const auto count = static_cast<std::size_t>(depth);
-  return std::string(count, '[') + std::string(count, ']');
-}
+std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
 
 TEST(JSONValueTest, printedForms) {
   const struct {
@@ -23,12 +20,8 @@ TEST(JSONValueTest, printedForms) {
   } rows[] = {
       {R"("a\"b")", "a\"b", R"("a\"b")"},
       {"null", "<null>", "<null>"},
-      {"true", "true", "true"},
-      {"-5", "-5", "-5"},
       {"18446744073709551615", "18446744073709551615", "18446744073709551615"},
-      {"1.5", "1.5", "1.5"},
       {"2.0", "2.0", "2.0"},
-      {"[]", "[]", "[]"},
       {"{}", "[:]", "[:]"},
       {R"({"b":["x",1,null],"a":{"c":false}})", R"(["a": ["c": false], "b": ["x", 1, <null>]])",
        R"(["a": ["c": false], "b": ["x", 1, <null>]])"},
@@ -63,11 +56,9 @@ TEST(JSONValueTest, everyCutOfAnObjectIsRefused) {
 TEST(JSONValueTest, depthIsBounded) {
   EXPECT_TRUE(parseJSON(nested(64)));
   EXPECT_FALSE(parseJSON(nested(65)));
-  EXPECT_FALSE(parseJSON(std::string(1 << 20, '[')));
   // Brackets within strings do not count, whatever stands before them.
   EXPECT_TRUE(parseJSON("[\"" + std::string(1000, '[') + "\"]"));
-  EXPECT_TRUE(
-      parseJSON(R"(["\\\"[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["])"));
+  EXPECT_TRUE(parseJSON(R"(["\\\")" + std::string(1000, '[') + "\"]"));
   EXPECT_FALSE(parseJSON(R"(["\\",)" + nested(64) + "]"));
   EXPECT_TRUE(parseJSON(R"(["\\",)" + nested(63) + "]"));
 }

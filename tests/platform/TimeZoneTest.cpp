@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <string>
 
@@ -45,23 +44,16 @@ TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
     std::string expected;
   } rows[] = {
       {"Asia/Tokyo", zone, "Etc/UTC\n", "Asia/Tokyo"},
-      {":Asia/Tokyo", zone, "Etc/UTC\n", "Asia/Tokyo"},
       {":/usr/share/zoneinfo/America/Port-au-Prince", zone, "", "America/Port-au-Prince"},
-      {"/usr/share/zoneinfo/Etc/GMT+5", zone, "", "Etc/GMT+5"},
       {"", zone, "Europe/Paris\n", "UTC"},  // as the C library takes it
-      {":", zone, "Europe/Paris\n", "UTC"},
       {"CET-1CEST,M3.5.0,M10.5.0/3", zone, "", "Europe/Ljubljana"},
-      {":/etc/localtime", zone, "", "Europe/Ljubljana"},
       {"Europe/\nParis", zone, "", "Europe/Ljubljana"},
       {tooLong.c_str(), zone, "", "Europe/Ljubljana"},
       {nullptr, zone, "Etc/UTC\n", "Europe/Ljubljana"},
       {nullptr, "../usr/share/zoneinfo/America/Argentina/Ushuaia", "", "America/Argentina/Ushuaia"},
       {nullptr, "/srv/myzone", "Europe/Paris\n", "Europe/Paris"},
-      {nullptr, "/usr/share/zoneinfo/", "Europe/Paris\n", "Europe/Paris"},
-      {nullptr, "", "Europe/Paris", "Europe/Paris"},
       {nullptr, "", "Europe/Paris # a remark\nx\n", "Europe/Paris"},
       {nullptr, "", "\nEurope/Paris\n", "UTC"},
-      {nullptr, "", "Europe/\xC3\xA9\n", "UTC"},
       {nullptr, "", std::string(5000, 'A'), "UTC"},
       {nullptr, "", "", "UTC"},
   };
