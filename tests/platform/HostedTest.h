@@ -13,7 +13,6 @@
 #include "platform/flowhost/FlowHost.h"
 #include "platform/foundation/Description.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"
 
@@ -30,7 +29,6 @@ class FlowProvider final : public NEDNSProxyProvider {
     NWHostEndpoint asked;
   };
   std::vector<Offer> offers;
-  bool takesFlows = true;
 
   void startProxy(std::optional<NEProviderOptions> /*options*/,
                   StartCompletion /*completion*/) override {}
@@ -39,7 +37,7 @@ class FlowProvider final : public NEDNSProxyProvider {
   void wake() override {}
   bool handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initialRemoteEndpoint) override {
     offers.push_back({flow, initialRemoteEndpoint});
-    return takesFlows;
+    return true;
   }
 };
 
@@ -51,8 +49,6 @@ class HostedTest : public testing::Test {
     for (const auto& host : hosts) {
       options.listen.push_back({host, "0"});
     }
-    options.resolvConf = directory_.path() / "resolv.conf";
-    options.resolverPort = resolverPort_;
     host_ = FlowHost::start(provider_, options).value();
   }
   NWHostEndpoint endpoint(std::size_t index = 0) { return host_->boundEndpoints().at(index); }
@@ -119,8 +115,6 @@ class HostedTest : public testing::Test {
   }
 
   quillet::test::LogCapture log_;
-  TemporaryDirectory directory_;
-  std::uint16_t resolverPort_ = 53;
   FlowProvider provider_;
   std::unique_ptr<FlowHost> host_;
 };

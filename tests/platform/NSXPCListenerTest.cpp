@@ -22,7 +22,7 @@ class Service : public NSObject {
   explicit Service(std::shared_future<void> gate) : gate_(std::move(gate)) {}
   void wait(const NSXPCReply& reply) {
     gate_.wait();
-    reply("waited");
+    count(reply);
   }
   void count(const NSXPCReply& reply) { reply(std::to_string(++calls_)); }
   void fail(const std::string& text) { throw std::runtime_error(text); }
@@ -67,7 +67,8 @@ class Client {
     path.copy(address.sun_path, path.size());
     EXPECT_EQ(::connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   }
-  void send(const std::string& text) const {
+  void send(const std::string& line) const {
+    const auto text = line + "\n";
     EXPECT_EQ(::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(text.size()));
   }
@@ -79,9 +80,9 @@ class Client {
     }
     return line;
   }
-  [[nodiscard]] std::string ask(const std::string& text) const {
-    send(text + "\n");
-    return line();
+  [[nodiscard]] std::string ask(const std::string& line) const {
+    send(line);
+    return this->line();
   }
 
  private:
@@ -91,8 +92,16 @@ class Client {
 std::string callOf(const std::string& method, const std::string& params = "[]") {
   return R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":)" + params + "}";
 }
+std::string resultOf(const std::string& result, const std::string& id = "1") {
+  return R"({"id":)" + id + R"(,"jsonrpc":"2.0","result":)" + result + "}";
+}
+std::string errorOf(int code, const std::string& text, const std::string& id = "1") {
+  return R"({"error":{"code":)" + std::to_string(code) + R"(,"message":")" + text + R"("},"id":)" +
+         id + R"(,"jsonrpc":"2.0"})";
+}
 
-constexpr char kOne[] = R"({"id":1,"jsonrpc":"2.0","result":"1"})";
+const std::string kOne = resultOf(R"("1")");
+const std::string kTwo = resultOf(R"("2")");
 
 class NSXPCListenerTest : public testing::Test {
  protected:
@@ -115,11 +124,48 @@ class NSXPCListenerTest : public testing::Test {
   std::unique_ptr<NSXPCListener> listener_ = std::make_unique<NSXPCListener>("service");
 };
 
-TEST_F(NSXPCListenerTest, AReplyThatNobodyGetsIsNotAskedFor) {
+TEST_F(NSXPCListenerTest, AnswersEachLineAlsoWhenAllComeAtOnce) {
+  const auto textOfLine = [](std::size_t size) {
+    return R"([")" + std::string(size - callOf("hear:", R"([""])").size(), 'x') + R"("])";
+  };
+  const std::string parseError = errorOf(-32700, "Parse error", "null");
+  const std::string noRequest = errorOf(-32600, "Invalid Request", "null");
+  const std::string noParams = errorOf(-32602, "Invalid params");
+  const std::pair<std::string, std::string> cases[] = {
+      {callOf("count:"), kOne},
+      {R"({"method":"count:","id":"x","jsonrpc":"2.0","more":{}})"
+       "\r",
+       resultOf(R"("2")", R"("x")")},
+      {callOf("hear:", textOfLine(LineBuffer::kMaxLine)), resultOf("null")},
+      {callOf("hear:", textOfLine(LineBuffer::kMaxLine + 1)), parseError},
+      {callOf("hidden:"), errorOf(-32601, "Method not found")},
+      {callOf("hear:", "[1]"), noParams},
+      {callOf("hear:", R"(["a","b"])"), noParams},
+      {callOf("hear:", R"({"text":"a"})"), noParams},
+      {callOf("count:", R"(["a"])"), noParams},
+      {callOf("count:", "null"), noParams},
+      {callOf("fail:", R"(["oh"])"), errorOf(-32603, "Internal error")},
+      {callOf("mute:"), errorOf(-32603, "Internal error")},
+      {"", parseError},
+      {R"({"jsonrpc":"2.0","id":1,"method":")"
+       "\xff\"}",
+       parseError},
+      {"[" + callOf("count:") + "]", noRequest},
+      {R"({"jsonrpc":"2.0","id":true,"method":"count:"})", noRequest},
+      {R"({"jsonrpc":2.0,"id":1,"method":"count:"})", errorOf(-32600, "Invalid Request")},
+      {R"({"jsonrpc":"2.0","id":1,"method":1})", errorOf(-32600, "Invalid Request")},
+      {callOf("count:"), resultOf(R"("3")")},
+  };
   const auto client = connect();
-  client->send(R"({"jsonrpc":"2.0","method":"count:"})"
-               "\n");
-  EXPECT_EQ(client->ask(callOf("count:")), kOne);
+  std::string all =
+      R"({"jsonrpc":"2.0","method":"count:"})";  // a reply that nobody gets: not called
+  for (const auto& [line, expected] : cases) {
+    all += "\n" + line;
+  }
+  client->send(all);
+  for (const auto& [line, expected] : cases) {
+    EXPECT_EQ(client->line(), expected) << line.substr(0, 80);
+  }
 }
 
 TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
@@ -131,47 +177,6 @@ TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
   EXPECT_EQ(connect()->ask(callOf("count:")), kOne);
 }
 
-TEST_F(NSXPCListenerTest, AnswersEachLine) {
-  const auto error = [](int code, const char* text, const char* id = "1") {
-    return R"({"error":{"code":)" + std::to_string(code) + R"(,"message":")" + text +
-           R"("},"id":)" + id + R"(,"jsonrpc":"2.0"})";
-  };
-  const std::pair<std::string, std::string> cases[] = {
-      {callOf("count:"), kOne},
-      {R"({"jsonrpc":"2.0","id":"x","method":"count:"})",
-       R"({"id":"x","jsonrpc":"2.0","result":"2"})"},
-      {callOf("hear:", R"(["a"])"), R"({"id":1,"jsonrpc":"2.0","result":null})"},
-      {callOf("hidden:"), error(-32601, "Method not found")},
-      {callOf("count"), error(-32601, "Method not found")},
-      {callOf("hear:"), error(-32602, "Invalid params")},
-      {callOf("hear:", "[1]"), error(-32602, "Invalid params")},
-      {callOf("hear:", R"(["a","b"])"), error(-32602, "Invalid params")},
-      {callOf("hear:", R"({"text":"a"})"), error(-32602, "Invalid params")},
-      {callOf("count:", R"(["a"])"), error(-32602, "Invalid params")},
-      {callOf("count:", "null"), error(-32602, "Invalid params")},
-      {callOf("fail:", R"(["oh"])"), error(-32603, "Internal error")},
-      {callOf("mute:"), error(-32603, "Internal error")},
-      {"garbage", error(-32700, "Parse error", "null")},
-      {std::string(LineBuffer::kMaxLine + 1, ' '), error(-32700, "Parse error", "null")},
-      {"[]", error(-32600, "Invalid Request", "null")},
-      {callOf("count:"), R"({"id":1,"jsonrpc":"2.0","result":"3"})"},
-  };
-  const auto client = connect();
-  for (const auto& [line, expected] : cases) {
-    EXPECT_EQ(client->ask(line), expected) << line.substr(0, 80);
-  }
-}
-
-TEST_F(NSXPCListenerTest, ACallThatTakesItsTimeDelaysNoOtherClient) {
-  const auto slow = connect();
-  slow->send(callOf("wait:") + "\n" + callOf("count:") + "\n");
-  const auto other = connect();
-  EXPECT_EQ(other->ask(callOf("count:")), kOne) << "an object of its own";
-  delegate_->gate.set_value();
-  EXPECT_EQ(slow->line(), R"({"id":1,"jsonrpc":"2.0","result":"waited"})");
-  EXPECT_EQ(slow->line(), kOne);
-}
-
 TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongest) {
   std::vector<std::unique_ptr<Client>> clients;
   for (std::size_t i = 0; i < NSXPCListener::kMaxConnections; ++i) {
@@ -179,13 +184,13 @@ TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongest) {
   }
   EXPECT_EQ(clients[0]->ask(callOf("count:")), kOne);
   EXPECT_EQ(clients[1]->ask(callOf("count:")), kOne);
-  clients[1]->send(callOf("wait:") + "\n");
+  clients[1]->send(callOf("wait:"));
   const auto further = connect();
   EXPECT_EQ(further->ask(callOf("count:")), kOne);
   EXPECT_EQ(clients[2]->line(), "");
-  EXPECT_EQ(clients[0]->ask(callOf("count:")), R"({"id":1,"jsonrpc":"2.0","result":"2"})");
+  EXPECT_EQ(clients[0]->ask(callOf("count:")), kTwo);
   delegate_->gate.set_value();
-  EXPECT_EQ(clients[1]->line(), R"({"id":1,"jsonrpc":"2.0","result":"waited"})");
+  EXPECT_EQ(clients[1]->line(), kTwo);
 }
 
 TEST_F(NSXPCListenerTest, EndsItsConnections) {
