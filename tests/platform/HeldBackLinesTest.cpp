@@ -12,11 +12,9 @@
 namespace platform {
 namespace {
 
-constexpr int kNoPatience = 0;
-
 TEST(HeldBackLinesTest, whatPipeAndBufferHoldComesWholeAndTheRestIsLostByLines) {
   const test::Pipe pipe;
-  HeldBackLines lines(pipe.writer.get(), kNoPatience);
+  HeldBackLines lines(pipe.writer.get(), 0);
   std::string given;
   for (int i = 0; i < 2000; ++i) {
     const auto line = std::to_string(i) + ' ' + std::string(64, 'x') + '\n';
@@ -39,35 +37,27 @@ TEST(HeldBackLinesTest, whatPipeAndBufferHoldComesWholeAndTheRestIsLostByLines) 
   EXPECT_GT(received.size(), HeldBackLines::kCapacity);
 }
 
-class FileLines : public testing::Test {
- protected:
-  const test::TemporaryDirectory directory_;
-  const std::filesystem::path path_ = directory_.path() / "log";
-  const FileDescriptor file_{::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
-  HeldBackLines lines_{file_.get()};
-};
-
-TEST_F(FileLines, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
+TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
+  const test::TemporaryDirectory directory;
+  const auto path = directory.path() / "log";
+  const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  HeldBackLines lines(file.get());
   ::signal(SIGXFSZ, SIG_IGN);
   rlimit former{};
   ::getrlimit(RLIMIT_FSIZE, &former);
   const rlimit small{8, former.rlim_max};
   ::setrlimit(RLIMIT_FSIZE, &small);
-  lines_.append("first\n");
-  lines_.append("second\n");
-  lines_.write();
+  lines.append("first\n");
+  lines.append("second\n");
+  lines.write();
   ::setrlimit(RLIMIT_FSIZE, &former);
-  EXPECT_TRUE(lines_.takeLoss());
-  lines_.append("third\n");
-  lines_.write();
-  EXPECT_EQ(test::readFile(path_), "first\nse\nthird\n");
-}
-
-TEST_F(FileLines, theSignalHandlersWriteTakesTheLinesOnce) {
-  lines_.append("a\n");
-  lines_.writeFromSignalHandler();
-  lines_.write();
-  EXPECT_EQ(test::readFile(path_), "a\n");
+  EXPECT_TRUE(lines.takeLoss());
+  lines.append("third\n");
+  lines.write();
+  lines.append("last\n");
+  lines.writeFromSignalHandler();
+  lines.write();
+  EXPECT_EQ(test::readFile(path), "first\nse\nthird\nlast\n");
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/dispatch/DispatchQueue.h"
@@ -40,29 +38,6 @@ TEST_F(MainLoopTest, RunsWorkLaterInItsOrderAndStopsAfterTheHandlerThatIsRunning
   later([this] { loop_.stop(); });
   loop_.run();
   EXPECT_THAT(noted_, ElementsAre(1, 2, 3));
-}
-
-TEST_F(MainLoopTest, StopsUnderLoadWhichAnotherThreadAsksFor) {
-  std::atomic<int> turns{0};
-  std::atomic<bool> isOver{false};
-  std::function<void()> endless = [&] {
-    ++turns;
-    if (!isOver) {
-      later(endless);
-    }
-  };
-  later(endless);
-  std::thread other([&] {
-    while (turns < 1000) {
-      std::this_thread::yield();
-    }
-    loop_.stop();
-  });
-  loop_.run();
-  other.join();
-  EXPECT_GE(turns, 1000);
-  isOver = true;
-  loop_.runReady();
 }
 
 /// Keeps what is written and when it is handed on.

@@ -16,16 +16,6 @@ void drain(const DispatchQueue& queue) {
   done.get_future().wait();
 }
 
-TEST(SerialQueueTest, BlockedWorkDelaysNoOtherQueue) {
-  const auto blocked = DispatchQueue::serial();
-  const auto other = DispatchQueue::serial();
-  std::promise<void> release;
-  blocked.async([&release] { release.get_future().wait(); });
-  drain(other);
-  release.set_value();
-  drain(blocked);
-}
-
 TEST(SerialQueueTest, WhatItsOwnWorkGivesKeepsItsPlace) {
   const auto queue = DispatchQueue::serial();
   for (int round = 0; round < 2000; ++round) {

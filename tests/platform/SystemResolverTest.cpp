@@ -36,9 +36,6 @@ class SystemResolverTest : public testing::Test {
     test::writeFile(fresh, text);
     std::filesystem::rename(fresh, file_);
   }
-  static bool runUntil(const std::function<bool()>& done) {
-    return MainLoop::shared().runUntil(done);
-  }
 
   quillet::test::LogCapture log_;
   test::TemporaryDirectory directory_;
@@ -78,7 +75,7 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   resolver.serve(flow);
   std::vector<std::string> questions;
   SocketAddress client;
-  ASSERT_TRUE(runUntil([&] {
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] {
     while (const auto received = server.receive()) {
       questions.push_back(received->text);
       client = received->from;
@@ -91,7 +88,7 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
     EXPECT_THAT(flow->closed, IsEmpty());
     server.send(text, client);
   }
-  ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); }));
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !flow->closed.empty(); }));
   ASSERT_EQ(flow->written.size(), answers.size());
   for (std::size_t i = 0; i < answers.size(); ++i) {
     EXPECT_TRUE(flow->written[i].first == bytes(answers[i]));
@@ -126,7 +123,7 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
     row.change(*flow);
     const std::weak_ptr<FakeFlow> weak = flow;
     resolver.serve(flow);
-    ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); })) << row.error;
+    ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !flow->closed.empty(); })) << row.error;
     MainLoop::shared().runReady();
     EXPECT_THAT(flow->closed, ElementsAre("read " + row.error, "write " + row.error));
     EXPECT_THAT(flow->written, IsEmpty());

@@ -60,14 +60,6 @@ TEST_F(TimerTest, DelaysBeyondAllBounds) {
   EXPECT_THAT(done_, ElementsAre(1, 2));
 }
 
-TEST_F(TimerTest, TheSystemsClockNeedsNobodyToLook) {
-  Clock::setShared(nullptr);
-  after(0.01, 1);
-  after(0.005, 2);
-  EXPECT_TRUE(MainLoop::shared().runUntil([this] { return done_.size() == 2; }));
-  EXPECT_THAT(done_, ElementsAre(2, 1));
-}
-
 TEST_F(TimerTest, FiresOnceOrAgainAndAgain) {
   const auto once = Timer::scheduled(2, false, [this] { done_.push_back(1); });
   const auto again = Timer::scheduled(3, true, [this] { done_.push_back(2); });

@@ -51,24 +51,6 @@ class Watched final : public SocketWatcher {
 
 void runReady() { MainLoop::shared().runReady(); }
 
-TEST(WatchedSocketTest, TellsAsLongAsThereIsSomethingToRead) {
-  Watched watched;
-  watched.watch(true, false);
-  runReady();
-  EXPECT_EQ(watched.calls, 0);
-  watched.sendFromPeer();
-  watched.sendFromPeer();
-  watched.reaction = [&] {
-    if (watched.calls > 2) {
-      watched.read();
-    }
-  };
-  runReady();  // comes back when nothing is left to read
-  EXPECT_EQ(watched.calls, 4);
-  EXPECT_TRUE(watched.wasReadable);
-  EXPECT_FALSE(watched.wasWritable);
-}
-
 // The event of the closed socket has been fetched when a new one gets its number.
 TEST(WatchedSocketTest, NeitherAClosedSocketNorTheNextOfItsNumberHearsOfIt) {
   Watched first;
