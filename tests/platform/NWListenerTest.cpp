@@ -41,10 +41,13 @@ class NWListenerTest : public testing::Test {
   }
 
   void adopt(std::shared_ptr<NWConnection> connection) {
+    connection->stateUpdateHandler =
+        [this, weak = std::weak_ptr(connection)](const NWConnection::State& state) {
+          if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
+            receive(weak);
+          }
+        };
     connection->start(DispatchQueue::global());
-    if (isReceiving_) {
-      receive(connection);
-    }
     held_.push_back(std::move(connection));
     if (held_.size() > keep_) {
       held_.erase(held_.begin());
