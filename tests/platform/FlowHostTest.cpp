@@ -1,6 +1,5 @@
 #include <cerrno>
 
-#include "platform/flowhost/DatagramSlots.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 
@@ -48,24 +47,6 @@ TEST_F(FlowHostTest, AnswersLeaveWholeFromTheAddressThatWasAsked) {
     EXPECT_EQ(answer(i, large), "") << listen[i];
     EXPECT_TRUE(client.receiveAll() == test::Texts{large}) << listen[i];
   }
-}
-
-// More datagrams than one read takes: as many flows as reads, nothing lost, in order.
-TEST_F(FlowHostTest, AFloodOfOneClientComesInSeveralFlows) {
-  constexpr std::size_t kDatagrams = 5 * DatagramSlots::kSlots + 3;
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  for (std::size_t i = 0; i < kDatagrams; ++i) {
-    client.send(std::to_string(i), bound());
-  }
-  offered(5);
-  std::size_t next = 0;
-  for (const auto& offer : provider_.offers) {
-    for (const auto& text : read(offer.flow)) {
-      EXPECT_EQ(text, std::to_string(next++) + " to " + description(endpoint()));
-    }
-  }
-  EXPECT_EQ(next, kDatagrams);
 }
 
 TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAndServiceGoesOn) {

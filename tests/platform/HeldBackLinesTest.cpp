@@ -5,37 +5,12 @@
 #include <csignal>
 #include <string>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/HeldBackLines.h"
-#include "tests/platform/Pipe.h"
 #include "tests/platform/TemporaryDirectory.h"
 
 namespace platform {
 namespace {
-
-TEST(HeldBackLinesTest, whatPipeAndBufferHoldComesWholeAndTheRestIsLostByLines) {
-  const test::Pipe pipe;
-  HeldBackLines lines(pipe.writer.get(), 0);
-  std::string given;
-  for (int i = 0; i < 2000; ++i) {
-    const auto line = std::to_string(i) + ' ' + std::string(64, 'x') + '\n';
-    lines.append(line);
-    given.append(line);
-  }
-  EXPECT_TRUE(lines.takeLoss());
-  EXPECT_FALSE(lines.takeLoss());
-  std::string received = pipe.read();
-  while (received.size() < HeldBackLines::kCapacity) {  // less than what pipe and buffer hold
-    lines.write();
-    received.append(pipe.read());
-  }
-  lines.append("end\n");
-  lines.write();
-  received.append(pipe.read());
-  ASSERT_TRUE(received.ends_with("\nend\n"));
-  received.resize(received.size() - 4);
-  EXPECT_TRUE(given.starts_with(received));
-  EXPECT_GT(received.size(), HeldBackLines::kCapacity);
-}
 
 TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
   const test::TemporaryDirectory directory;
