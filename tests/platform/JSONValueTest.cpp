@@ -16,7 +16,7 @@ TEST(JSONValueTest, printedForms) {
   const std::pair<const char*, std::string> rows[] = {
       {R"("a\"b")", R"("a\"b")"},
       {"18446744073709551615", "18446744073709551615"},
-      {"-5.0", "-5.0"},
+      {"[-5,-5.0]", "[-5, -5.0]"},
       {"{}", "[:]"},
       {R"({"b":["x",1,null],"a":{"c":false}})", R"(["a": ["c": false], "b": ["x", 1, <null>]])"},
   };
@@ -24,6 +24,7 @@ TEST(JSONValueTest, printedForms) {
     EXPECT_EQ(description(parseJSON(text)), "Optional(" + inside + ")");
   }
   EXPECT_EQ(description(parseJSON(R"("a\"b")").value()), "a\"b");
+  EXPECT_EQ(description(parseJSON("null").value()), "<null>");
 }
 
 TEST(JSONValueTest, whatIsNoJSON) {

@@ -114,10 +114,18 @@ class NSXPCListenerTest : public testing::Test {
 
 TEST_F(NSXPCListenerTest, ACallWithoutAResultIsAnErrorAndTheNextIsAnswered) {
   const auto client = connect();
-  const std::string error = R"({"error":{"code":-32603,"message":"Internal error"},"id":1,)"
-                            R"("jsonrpc":"2.0"})";
-  EXPECT_EQ(client->ask("fail:", R"("oh")"), error);
-  EXPECT_EQ(client->ask("mute:"), error);
+  const std::tuple<const char*, const char*, std::string> rows[] = {
+      {"fail:", R"("oh")", R"(-32603,"message":"Internal error"},"id":1)"},
+      {"mute:", "", R"(-32603,"message":"Internal error"},"id":1)"},
+      {"fail:", "1", R"(-32602,"message":"Invalid params"},"id":1)"},
+      {"count:", R"("a")", R"(-32602,"message":"Invalid params"},"id":1)"},
+      {"hidden:", "", R"(-32601,"message":"Method not found"},"id":1)"},
+      {R"(count:","jsonrpc":")", "", R"(-32600,"message":"Invalid Request"},"id":1)"},
+      {"\"", "", R"(-32700,"message":"Parse error"},"id":null)"},
+  };
+  for (const auto& [method, params, error] : rows) {
+    EXPECT_EQ(client->ask(method, params), R"({"error":{"code":)" + error + R"(,"jsonrpc":"2.0"})");
+  }
   EXPECT_EQ(client->ask("count:"), kOne);
 }
 

@@ -85,6 +85,7 @@ TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
     EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(file_.string() + " cannot be used: ")))
         << row.what;
     fs::remove(file_);
+    EXPECT_NE(suite(), nullptr) << "what is not there is empty";
   }
 }
 
