@@ -53,7 +53,7 @@ class ConnectionTest : public testing::Test {
 
   void send(const Connection& connection, const std::string& text) {
     connection->send(bytes(text), [this, text](const std::optional<NWError>& error) {
-      lines_.push_back("sent " + shortened(text) + (error ? " " + description(*error) : ""));
+      lines_.push_back("sent " + text + (error ? " " + description(*error) : ""));
     });
   }
   void receive(const Connection& connection, const std::string& name = "") {
@@ -62,13 +62,10 @@ class ConnectionTest : public testing::Test {
       EXPECT_EQ(content.has_value(), !error.has_value());
       EXPECT_EQ(isComplete, content.has_value());
       lines_.push_back(name + "got " +
-                       (content ? shortened(std::string(textOf(*content))) : description(*error)));
+                       (content ? std::string(textOf(*content)) : description(*error)));
     });
   }
 
-  static std::string shortened(const std::string& text) {
-    return text.size() <= 20 ? text : std::to_string(text.size()) + " bytes";
-  }
   static void runReady() { MainLoop::shared().runReady(); }
   bool runUntilLines(std::size_t count) {
     return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });

@@ -16,12 +16,19 @@
 namespace platform {
 namespace {
 
+/// What a call that waits tells, and what it waits for.
+struct Gate {
+  std::promise<void> reached;
+  std::promise<void> opened;
+};
+
 /// What the service does, one object for each client.
 class Service : public NSObject {
  public:
-  explicit Service(std::shared_future<void> gate) : gate_(std::move(gate)) {}
+  explicit Service(Gate& gate) : gate_(gate) {}
   void wait(const NSXPCReply& reply) {
-    gate_.wait();
+    gate_.reached.set_value();
+    gate_.opened.get_future().wait();
     count(reply);
   }
   void count(const NSXPCReply& reply) { reply(std::to_string(++calls_)); }
@@ -29,7 +36,7 @@ class Service : public NSObject {
   void fail(const std::string& text) { throw std::runtime_error(text); }
 
  private:
-  const std::shared_future<void> gate_;
+  Gate& gate_;
   int calls_ = 0;
 };
 
@@ -43,14 +50,13 @@ class Delegate : public NSXPCListenerDelegate {
         .add("count:", &Service::count)
         .add("mute:", &Service::stayMute)
         .add("fail:", &Service::fail);
-    connection.exportedObject = std::make_shared<Service>(opened);
+    connection.exportedObject = std::make_shared<Service>(gate);
     connection.resume();
     ++accepted;
     return true;
   }
 
-  std::promise<void> gate;  // what `Service::wait` waits for
-  std::shared_future<void> opened = gate.get_future().share();
+  Gate gate;
   std::size_t accepted = 0;
   bool fails = false;
 };
@@ -143,15 +149,17 @@ TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongest) {
   for (std::size_t i = 0; i < NSXPCListener::kMaxConnections; ++i) {
     clients.push_back(connect());
   }
-  EXPECT_EQ(clients[0]->ask("count:"), kOne);
-  EXPECT_EQ(clients[1]->ask("count:"), kOne);
-  clients[1]->send("wait:");
+  clients[0]->send("wait:");  // the longest, but it has no answer yet
+  delegate_->gate.reached.get_future().wait();
+  for (std::size_t i = 1; i < clients.size(); ++i) {
+    EXPECT_EQ(clients[i]->ask("count:"), kOne);
+  }
   const auto further = connect();
   EXPECT_EQ(further->ask("count:"), kOne);
-  EXPECT_EQ(clients[2]->line(), "");
-  EXPECT_EQ(clients[0]->ask("count:"), kTwo);
-  delegate_->gate.set_value();
-  EXPECT_EQ(clients[1]->line(), kTwo);
+  EXPECT_EQ(clients[1]->line(), "");
+  EXPECT_EQ(clients[2]->ask("count:"), kTwo);
+  delegate_->gate.opened.set_value();
+  EXPECT_EQ(clients[0]->line(), kOne);
 }
 
 TEST_F(NSXPCListenerTest, EndsItsConnections) {

@@ -74,6 +74,10 @@ TEST_F(NWConnectionTest, ARefusedPortIsTheErrorOfEachReceive) {
   }
   ASSERT_TRUE(runUntilLines(20));
   expected.resize(20, std::string("got ") + kRefused);
+  const SocketFailures failures({ECONNREFUSED, ECONNREFUSED});
+  send(connection, "refused twice");
+  expected.emplace_back("sent refused twice");
+  runReady();
   EXPECT_EQ(lines_, expected);
   EXPECT_EQ(description(connection->state()), "ready");
 }
@@ -122,9 +126,10 @@ TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
   send(connection, "c");
   EXPECT_THAT(server.receiveAll(), ElementsAre("a"));
   ASSERT_TRUE(runUntilLines(4));
-  EXPECT_THAT(lines_, ElementsAre("sent a", "sent b",
-                                  "sent 70000 bytes POSIXErrorCode(rawValue: 90): Message too long",
-                                  "sent c"));
+  EXPECT_THAT(
+      lines_,
+      ElementsAre("sent a", "sent b",
+                  testing::EndsWith("x POSIXErrorCode(rawValue: 90): Message too long"), "sent c"));
   EXPECT_THAT(server.receiveAll(), ElementsAre("b", "c"));
   runReady();  // nobody waits for room any more
 }
@@ -149,7 +154,7 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
     }
     runReady();
     connection->send({}, [&](const auto&) { note("sent"); });
-    connection->send({}, [&](const auto&) {});
+    connection->send({}, [&](const auto&) { note("sent too"); });
     while (const auto received = server.receive()) {
       server.send("b", received->from);
     }
