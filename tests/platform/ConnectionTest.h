@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -35,27 +36,24 @@ class ConnectionTest : public testing::Test {
     };
     return connection;
   }
-  static void start(const Connection& connection) { connection->start(DispatchQueue::global()); }
-  Connection startedTo(std::uint16_t port, const std::string& name = "") {
-    auto connection = make("127.0.0.1", port, name);
-    start(connection);
+  Connection started(const std::string& host, std::uint16_t port, const std::string& name = "") {
+    auto connection = make(host, port, name);
+    connection->start(DispatchQueue::global());
     return connection;
   }
   /// A connection that is ready, its states forgotten.
-  Connection readyTo(std::uint16_t port, const std::string& name = "") {
-    auto connection = startedTo(port, name);
+  Connection readyTo(std::uint16_t port, const std::string& name = "",
+                     const std::string& host = "127.0.0.1") {
+    auto connection = started(host, port, name);
     runReady();
-    EXPECT_EQ(connection->state().kind, NWConnection::State::Kind::ready);
+    EXPECT_EQ(description(connection->state()), "ready");
     lines_.clear();
     return connection;
   }
 
   void send(const Connection& connection, const std::string& text) {
     connection->send(bytes(text), [this, text](const std::optional<NWError>& error) {
-      auto& line = lines_.emplace_back("sent ").append(shortened(text));
-      if (error) {
-        line.append(" ").append(description(*error));
-      }
+      lines_.push_back("sent " + text + (error ? " " + description(*error) : ""));
     });
   }
   void receive(const Connection& connection, const std::string& name = "") {
@@ -63,14 +61,11 @@ class ConnectionTest : public testing::Test {
                                             const std::optional<NWError>& error) {
       EXPECT_EQ(content.has_value(), !error.has_value());
       EXPECT_EQ(isComplete, content.has_value());
-      lines_.emplace_back(name).append("got ").append(
-          content ? shortened(std::string(textOf(*content))) : description(*error));
+      lines_.push_back(name + "got " +
+                       (content ? std::string(textOf(*content)) : description(*error)));
     });
   }
 
-  static std::string shortened(const std::string& text) {
-    return text.size() <= 20 ? text : std::to_string(text.size()) + " bytes";
-  }
   static void runReady() { MainLoop::shared().runReady(); }
   bool runUntilLines(std::size_t count) {
     return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });

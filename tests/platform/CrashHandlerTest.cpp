@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -14,34 +15,22 @@
 namespace platform {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
+constexpr char kLastLine[] = "doomed\\[[0-9]+\\] the last words\n$";
 
-class CrashHandlerTest : public testing::Test {
- protected:
-  void SetUp() override {
-    if (kIsSanitized) {
-      GTEST_SKIP() << "a sanitizer has handlers of its own";
-    }
-  }
+// Runs in the process that is to end.
+void holdBackOneRecord() {
+  const rlimit noCore{0, 0};
+  ::setrlimit(RLIMIT_CORE, &noCore);
+  LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "doomed"));
+  writeLogOnCrash();
+  static const LogBatch batch;
+  NSLog("the last words");
+}
 
-  // Runs in the process that is to die.
-  static void holdBackOneRecord() {
-    const rlimit noCore{0, 0};
-    ::setrlimit(RLIMIT_CORE, &noCore);
-    LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "doomed"));
-    writeLogOnCrash();
-    static const LogBatch batch;
-    NSLog("the last words");
-  }
-
-  static constexpr char kLastLine[] = "doomed\\[[0-9]+\\] the last words\n$";
-};
+void crash(int signal) {
+  holdBackOneRecord();
+  ::raise(signal);
+}
 
 int overflowStack(int depth) {
   volatile char block[4096];
@@ -49,36 +38,26 @@ int overflowStack(int depth) {
   return depth < INT_MAX ? overflowStack(depth + 1) + block[0] : 0;
 }
 
-TEST_F(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
-  for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
-    EXPECT_EXIT(
-        {
-          holdBackOneRecord();
-          ::raise(signal);
-        },
-        testing::KilledBySignal(signal), kLastLine)
-        << signal;
+TEST(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
+  if (::dlsym(RTLD_DEFAULT, "__sanitizer_set_death_callback") != nullptr) {
+    GTEST_SKIP() << "a sanitizer has handlers of its own";
   }
+  for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    EXPECT_EXIT(crash(signal), testing::KilledBySignal(signal), kLastLine) << signal;
+  }
+  const auto overflow = [] {
+    holdBackOneRecord();
+    overflowStack(0);
+  };
+  EXPECT_EXIT(overflow(), testing::KilledBySignal(SIGSEGV), kLastLine);
 }
 
-TEST_F(CrashHandlerTest, aStackOverflow) {
-  EXPECT_EXIT(
-      {
-        holdBackOneRecord();
-        overflowStack(0);
-      },
-      testing::KilledBySignal(SIGSEGV), kLastLine);
-}
-
-TEST(LogSinkTest, aNormalExitWritesWhatIsHeldBack) {
-  EXPECT_EXIT(
-      {
-        LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "leaving"));
-        const LogBatch batch;
-        NSLog("goodbye");
-        std::exit(3);
-      },
-      testing::ExitedWithCode(3), "leaving\\[[0-9]+\\] goodbye\n$");
+TEST(CrashHandlerTest, aNormalExitWritesWhatIsHeldBack) {
+  const auto leave = [] {
+    holdBackOneRecord();
+    std::exit(3);
+  };
+  EXPECT_EXIT(leave(), testing::ExitedWithCode(3), kLastLine);
 }
 
 }  // namespace

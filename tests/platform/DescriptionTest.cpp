@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
-#include <cstdint>
-#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,7 +9,6 @@
 
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Description.h"
-#include "platform/foundation/Error.h"
 
 namespace platform {
 namespace {
@@ -20,28 +16,15 @@ namespace {
 using namespace std::string_literals;
 
 TEST(DescriptionTest, fractions) {
-  const struct {
-    double value;
-    const char* text;
-  } rows[] = {
-      {0, "0.0"},
-      {-0.0, "-0.0"},
-      {12, "12.0"},
-      {0.1, "0.1"},
-      {1234.5678, "1234.5678"},
-      {0.0001, "0.0001"},
-      {0.00001, "1e-05"},
-      {1e15, "1000000000000000.0"},
-      {1e16, "1e+16"},
-      {123456789012345680000.0, "1.2345678901234568e+20"},
-      {-1.7976931348623157e308, "-1.7976931348623157e+308"},
-      {std::numeric_limits<double>::infinity(), "inf"},
-      {-std::numeric_limits<double>::infinity(), "-inf"},
+  const std::pair<double, const char*> rows[] = {
+      {-0.0, "-0.0"},        {0.0001, "0.0001"},
+      {0.00001, "1e-05"},    {1e15, "1000000000000000.0"},
+      {1e16, "1e+16"},       {-1.7976931348623157e308, "-1.7976931348623157e+308"},
+      {std::nan(""), "nan"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(description(row.value), row.text);
+  for (const auto& [value, text] : rows) {
+    EXPECT_EQ(description(value), text);
   }
-  EXPECT_EQ(description(std::nan("")), "nan");
 }
 
 TEST(DescriptionTest, textsArePlainAloneAndQuotedInside) {
@@ -50,26 +33,18 @@ TEST(DescriptionTest, textsArePlainAloneAndQuotedInside) {
   EXPECT_EQ(description(std::vector{"a\"\\b"s, ""s}), R"(["a\"\\b", ""])");
   EXPECT_EQ(description(std::vector{"\n\r\t\0\x01\x1F\x7F"s + "é"}),
             "[\"\\n\\r\\t\\0\\u{01}\\u{1F}\\u{7F}é\"]");
-  EXPECT_EQ(description(std::array{'a', '"'}), R"(["a", "\""])");
 }
 
-TEST(DescriptionTest, whatMayBeAbsent) {
-  EXPECT_EQ(description(std::optional<int>()), "nil");
+TEST(DescriptionTest, whatMayBeAbsentAndContainers) {
   EXPECT_EQ(description(std::nullopt), "nil");
-  EXPECT_EQ(description(std::optional("a"s)), "Optional(\"a\")");
   EXPECT_EQ(description(std::optional<std::optional<int>>(1)), "Optional(Optional(1))");
   EXPECT_EQ(description(std::make_unique<std::string>("a")), "a");
   EXPECT_EQ(description(std::shared_ptr<int>()), "nil");
-}
-
-TEST(DescriptionTest, containers) {
-  EXPECT_EQ(description(std::vector<int>()), "[]");
   EXPECT_EQ(description(std::map<std::string, int>()), "[:]");
   EXPECT_EQ(description(std::map<std::string, std::optional<int>>{{"a", 1}, {"b", std::nullopt}}),
             R"(["a": Optional(1), "b": nil])");
-  EXPECT_EQ(description(std::map<int, std::vector<std::string>>{{7, {"x"}}}), R"([7: ["x"]])");
-  EXPECT_EQ(description(Data{1, 2, 3}), "3 bytes");
-  EXPECT_EQ(description(std::optional(std::vector<Data>{{}})), "Optional([0 bytes])");
+  EXPECT_EQ(description(std::optional(std::vector<Data>{{}, {1, 2}})),
+            "Optional([0 bytes, 2 bytes])");
 }
 
 }  // namespace

@@ -1,37 +1,26 @@
 #pragma once
 
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <utility>
 
 namespace platform::test {
 
-/// Sets an environment variable, or removes it for nullptr, and puts back what was there at the
-/// end.
+/// Sets an environment variable while it lives, or removes it for nullptr; afterwards it is unset.
 class EnvironmentVariable {
  public:
   EnvironmentVariable(std::string name, const char* value) : name_(std::move(name)) {
-    if (const char* const former = std::getenv(name_.c_str())) {
-      former_ = former;
+    ::unsetenv(name_.c_str());
+    if (value != nullptr) {
+      ::setenv(name_.c_str(), value, 1);
     }
-    set(value);
   }
-  ~EnvironmentVariable() { set(former_ ? former_->c_str() : nullptr); }
+  ~EnvironmentVariable() { ::unsetenv(name_.c_str()); }
   EnvironmentVariable(const EnvironmentVariable&) = delete;
   EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
 
  private:
-  void set(const char* value) const {
-    if (value != nullptr) {
-      ::setenv(name_.c_str(), value, 1);
-    } else {
-      ::unsetenv(name_.c_str());
-    }
-  }
-
   const std::string name_;
-  std::optional<std::string> former_;
 };
 
 }  // namespace platform::test

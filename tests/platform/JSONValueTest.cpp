@@ -10,49 +10,29 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string nested(int depth) {
-  const auto count = static_cast<std::size_t>(depth);
-  return std::string(count, '[') + std::string(count, ']');
-}
+std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
 
 TEST(JSONValueTest, printedForms) {
-  const struct {
-    const char* text;
-    const char* plain;
-    const char* inside;
-  } rows[] = {
-      {R"("a\"b")", "a\"b", R"("a\"b")"},
-      {"null", "<null>", "<null>"},
-      {"true", "true", "true"},
-      {"-5", "-5", "-5"},
-      {"18446744073709551615", "18446744073709551615", "18446744073709551615"},
-      {"1.5", "1.5", "1.5"},
-      {"2.0", "2.0", "2.0"},
-      {"[]", "[]", "[]"},
-      {"{}", "[:]", "[:]"},
-      {R"({"b":["x",1,null],"a":{"c":false}})", R"(["a": ["c": false], "b": ["x", 1, <null>]])",
-       R"(["a": ["c": false], "b": ["x", 1, <null>]])"},
+  const std::pair<const char*, std::string> rows[] = {
+      {R"("a\"b")", R"("a\"b")"},
+      {"18446744073709551615", "18446744073709551615"},
+      {"[-5,-5.0]", "[-5, -5.0]"},
+      {"{}", "[:]"},
+      {R"({"b":["x",1,null],"a":{"c":false}})", R"(["a": ["c": false], "b": ["x", 1, <null>]])"},
   };
-  for (const auto& row : rows) {
-    const auto value = parseJSON(row.text);
-    ASSERT_TRUE(value) << row.text;
-    EXPECT_EQ(description(*value), row.plain);
-    EXPECT_EQ(description(std::optional(*value)), "Optional("s + row.inside + ")");
+  for (const auto& [text, inside] : rows) {
+    EXPECT_EQ(description(parseJSON(text)), "Optional(" + inside + ")");
   }
+  EXPECT_EQ(description(parseJSON(R"("a\"b")").value()), "a\"b");
+  EXPECT_EQ(description(parseJSON("null").value()), "<null>");
 }
 
 TEST(JSONValueTest, whatIsNoJSON) {
-  const std::string rows[] = {
-      "",         " ",        "{",      "[1,]",  "{\"a\":1,}",    "{'a':1}",     "nul",
-      "NaN",      "01",       "1e999",  "[1] 2", "// comment\n1", "\"\\ud800\"", "\"\n\"",
-      "\"\xFF\"", "\xC0\x80", "{}\xFF", "{}\0"s, "{}\0garbage"s,  "\"\0\""s,
-  };
-  for (const auto& row : rows) {
-    EXPECT_FALSE(parseJSON(row)) << testing::PrintToString(row);
+  for (const auto& text :
+       {"[1,]"s, "{'a':1}"s, "NaN"s, "01"s, "1e999"s, "[1] 2"s, "// comment\n1"s, "\"\\ud800\""s,
+        "\"\n\""s, "\"\xFF\""s, "{}\xFF"s, "{}\0"s, "{}\0garbage"s, "\"\0\""s}) {
+    EXPECT_FALSE(parseJSON(text)) << testing::PrintToString(text);
   }
-}
-
-TEST(JSONValueTest, everyCutOfAnObjectIsRefused) {
   const std::string text = R"({"a":["\u00e9\\",-1.5e3,true,null,{}]})";
   EXPECT_TRUE(parseJSON(text));
   for (std::size_t length = 0; length < text.size(); ++length) {
@@ -63,13 +43,9 @@ TEST(JSONValueTest, everyCutOfAnObjectIsRefused) {
 TEST(JSONValueTest, depthIsBounded) {
   EXPECT_TRUE(parseJSON(nested(64)));
   EXPECT_FALSE(parseJSON(nested(65)));
-  EXPECT_FALSE(parseJSON(std::string(1 << 20, '[')));
   // Brackets within strings do not count, whatever stands before them.
-  EXPECT_TRUE(parseJSON("[\"" + std::string(1000, '[') + "\"]"));
-  EXPECT_TRUE(
-      parseJSON(R"(["\\\"[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["])"));
+  EXPECT_TRUE(parseJSON(R"(["\\\")" + std::string(1000, '[') + "\"]"));
   EXPECT_FALSE(parseJSON(R"(["\\",)" + nested(64) + "]"));
-  EXPECT_TRUE(parseJSON(R"(["\\",)" + nested(63) + "]"));
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -26,48 +25,25 @@ TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
   server.send("answer", clientOfA);
   ASSERT_TRUE(runUntilLines(3));  // idle longest first: c, b, a
   lines_.clear();
-  const auto d = startedTo(server.port(), "d ");
-  EXPECT_EQ(NWConnection::openCount(), 3U);
-  runReady();
-  EXPECT_THAT(lines_, ElementsAre("c cancelled", "d setup", "d preparing", "d ready"));
-  lines_.clear();
+  const auto d = started("127.0.0.1", server.port(), "d ");
   OpenConnections::shared().setLimit(2);
-  const auto e = make("no address", 1, "e ");
-  start(e);
+  const auto e = started("no address", 1, "e ");
   EXPECT_EQ(NWConnection::openCount(), 2U);
   runReady();
-  EXPECT_THAT(lines_, ElementsAre("b cancelled", "a cancelled", "e setup", "e preparing",
+  EXPECT_THAT(lines_, ElementsAre("c cancelled", "d setup", "d preparing", "d ready", "b cancelled",
+                                  "a cancelled", "e setup", "e preparing",
                                   "e waiting(-65554: NoSuchRecord)"));
 }
 
-/// The limit on open descriptors while it lives.
-class DescriptorLimit {
- public:
-  explicit DescriptorLimit(rlim_t limit) {
-    ::getrlimit(RLIMIT_NOFILE, &former_);
-    const rlimit lowered{limit, former_.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &lowered), 0);
-  }
-  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &former_); }
-  DescriptorLimit(const DescriptorLimit&) = delete;
-  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-
- private:
-  rlimit former_{};
-};
-
-/// A limit under which no descriptor can be opened; what is open stays so.
-rlim_t noRoom() {
-  const FileDescriptor next(::dup(STDIN_FILENO));
-  return static_cast<rlim_t>(next.get());
-}
-
 TEST_F(OpenConnectionsTest, WithoutADescriptorToBeHadItFails) {
+  rlimit former{};
+  ::getrlimit(RLIMIT_NOFILE, &former);
+  const auto next = static_cast<rlim_t>(FileDescriptor(::dup(STDIN_FILENO)).get());
+  const rlimit noRoom{next, former.rlim_max};
   const auto connection = make("127.0.0.1", 53);
-  {
-    const DescriptorLimit limit(noRoom());
-    start(connection);
-  }
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &noRoom), 0);
+  connection->start(DispatchQueue::global());
+  ::setrlimit(RLIMIT_NOFILE, &former);
   receive(connection);
   runReady();
   const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 
 #include <algorithm>
-#include <fstream>
 #include <future>
 #include <latch>
 #include <vector>
@@ -16,20 +14,10 @@ namespace platform {
 namespace {
 
 using test::EnvironmentVariable;
-using test::TemporaryDirectory;
 
 TEST(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
-  struct Case {
-    const char* runtime;
-    const char* user;
-    const char* expected;
-  };
-  const Case cases[] = {{"/a", "/b", "/a/name"},
-                        {"/a:/c", "/b", "/a/name"},
-                        {nullptr, "/b", "/b/name"},
-                        {"", "/b", "/b/name"},
-                        {nullptr, nullptr, "/run/quillet/name"},
-                        {"", "", "/run/quillet/name"}};
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"/a:/c", "/b", "/a/name"}, {nullptr, "/b", "/b/name"}, {"", "", "/run/quillet/name"}};
   for (const auto& [runtime, user, expected] : cases) {
     const EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
     const EnvironmentVariable second("XDG_RUNTIME_DIR", user);
@@ -37,36 +25,27 @@ TEST(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
   }
 }
 
-TEST(ServiceSocketTest, ComesAndGoesWithItsFile) {
-  const TemporaryDirectory folder;
-  const auto path = folder.path() / "new" / "name";
+TEST(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOneOnly) {
+  const test::TemporaryDirectory folder;
+  const auto path = folder.path() / "name";
+  const auto inUse = "cannot listen at " + path.string() + ": it is in use";
+  test::writeFile(path, "precious");
+  EXPECT_EQ(description(ServiceSocket::listen(path).error()), inUse);
+  EXPECT_EQ(test::readFile(path), "precious");
+  std::filesystem::remove(path);
   {
-    const auto socket = ServiceSocket::listen(path);
-    ASSERT_TRUE(socket.has_value());
-    EXPECT_TRUE(std::filesystem::is_socket(path));
+    auto dead = ServiceSocket::listen(path).value();
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0666));
+    EXPECT_EQ(description(ServiceSocket::listen(path).error()), inUse);
+    dead.take();  // nobody listens any more, the file stays
+    const auto next = ServiceSocket::listen(path);
+    EXPECT_TRUE(next.has_value());
   }
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST(ServiceSocketTest, ReplacesAStaleFileOnly) {
-  const TemporaryDirectory folder;
-  const auto path = folder.path() / "name";
-  const auto message = "cannot listen at " + path.string() + ": it is in use";
-  std::ofstream(path) << "precious";
-  EXPECT_EQ(description(ServiceSocket::listen(path).error()), message);
-  EXPECT_EQ(std::filesystem::file_size(path), 8U);
-  std::filesystem::remove(path);
-
-  auto first = std::make_unique<ServiceSocket>(ServiceSocket::listen(path).value());
-  EXPECT_EQ(description(ServiceSocket::listen(path).error()), message);
-  EXPECT_TRUE(std::filesystem::is_socket(path));
-  first->take();  // its process has died: nobody listens, the file stays
-  EXPECT_TRUE(ServiceSocket::listen(path).has_value());
-}
-
 TEST(ServiceSocketTest, OnlyOneOfThoseThatStartAtTheSameInstantReplacesAStaleFile) {
-  const TemporaryDirectory folder;
+  const test::TemporaryDirectory folder;
   const auto path = folder.path() / "name";
   for (int round = 0; round < 200; ++round) {
     auto stale = ServiceSocket::listen(path).value();

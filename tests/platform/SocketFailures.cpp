@@ -5,62 +5,39 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <deque>
 
 namespace platform::test {
 
-namespace {
+std::deque<int> SocketFailures::results_;
 
-std::deque<int>& results() {
-  static std::deque<int> results;
-  return results;
-}
-
-// The errno value that this call is to give.
-int nextResult() {
-  if (results().empty()) {
-    return 0;
+bool SocketFailures::next() {
+  if (results_.empty()) {
+    return false;
   }
-  const int result = results().front();
-  results().pop_front();
-  return result;
-}
-
-}  // namespace
-
-SocketFailures::SocketFailures(std::initializer_list<int> results) {
-  test::results().assign(results);
-}
-
-SocketFailures::~SocketFailures() { results().clear(); }
-
-namespace detail {
-
-bool fails() {
-  const int result = nextResult();
+  const int result = results_.front();
+  results_.pop_front();
   errno = result != 0 ? result : errno;
   return result != 0;
 }
 
-}  // namespace detail
-
 }  // namespace platform::test
+
+using platform::test::SocketFailures;
 
 // A program's own functions come before those of the C library.
 extern "C" {
 
 ssize_t send(int socket, const void* bytes, size_t size, int flags) {
-  return platform::test::detail::fails()
-             ? -1
-             : ::syscall(SYS_sendto, socket, bytes, size, flags, nullptr, 0);
+  return SocketFailures::next() ? -1
+                                : ::syscall(SYS_sendto, socket, bytes, size, flags, nullptr, 0);
 }
 
 ssize_t sendmsg(int socket, const msghdr* message, int flags) {
-  return platform::test::detail::fails() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
+  return SocketFailures::next() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
 }
 
 int recvmmsg(int socket, mmsghdr* messages, unsigned int count, int flags, timespec* timeout) {
-  return platform::test::detail::fails()
+  return SocketFailures::next()
              ? -1
              : static_cast<int>(::syscall(SYS_recvmmsg, socket, messages, count, flags, timeout));
 }

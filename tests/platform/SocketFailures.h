@@ -1,19 +1,25 @@
 #pragma once
 
+#include <deque>
 #include <initializer_list>
-#include <vector>
 
 namespace platform::test {
 
-/// What the next calls of `send` and `sendmsg` in this program give, one after the other, for as
-/// long as it lives: an errno value, or 0 for a call that goes through. On loopback the kernel
-/// always has room, so a full socket cannot be had otherwise.
+/// What the next calls of `send`, `sendmsg` and `recvmmsg` in this program give, one after the
+/// other, for as long as it lives: an errno value, or 0 for a call that goes through. On loopback
+/// the kernel always has room, so a full socket cannot be had otherwise.
 class SocketFailures {
  public:
-  SocketFailures(std::initializer_list<int> results);
-  ~SocketFailures();
+  SocketFailures(std::initializer_list<int> results) { results_ = results; }
+  ~SocketFailures() { results_.clear(); }
   SocketFailures(const SocketFailures&) = delete;
   SocketFailures& operator=(const SocketFailures&) = delete;
+
+  /// Whether this call fails; if so, `errno` says why.
+  static bool next();
+
+ private:
+  static std::deque<int> results_;
 };
 
 }  // namespace platform::test

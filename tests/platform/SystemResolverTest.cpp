@@ -9,7 +9,6 @@
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
-#include "platform/network/OpenConnections.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"
@@ -23,6 +22,7 @@ using test::bytes;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 SocketAddress address(const std::string& host, std::uint16_t port) {
   return SocketAddress::parse(host, port).value();
@@ -36,15 +36,6 @@ class SystemResolverTest : public testing::Test {
     test::writeFile(fresh, text);
     std::filesystem::rename(fresh, file_);
   }
-  [[nodiscard]] std::string serverFor(const std::string& text, std::vector<SocketAddress> own,
-                                      std::uint16_t port = 53) const {
-    configure(text);
-    const auto server = SystemResolver(file_, port, std::move(own)).server();
-    return server ? server->host() : "none";
-  }
-  static bool runUntil(const std::function<bool()>& done) {
-    return MainLoop::shared().runUntil(done);
-  }
 
   quillet::test::LogCapture log_;
   test::TemporaryDirectory directory_;
@@ -57,23 +48,20 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
     std::vector<SocketAddress> own;
     const char* server;
   } rows[] = {
-      {"nameserver 127.0.0.53\nnameserver 1.1.1.1\n", {}, "127.0.0.53"},
       {"nameserver dns.example\nnameserver 1.1.1.1\n", {}, "1.1.1.1"},
-      {"nameserver 2606:4700::1111\n", {}, "2606:4700::1111"},
       {"nameserver 127.0.0.1\nnameserver 1.1.1.1\n", {address("127.0.0.1", 53)}, "1.1.1.1"},
       {"nameserver 127.0.0.1\nnameserver 1.1.1.1\n", {address("127.0.0.1", 5300)}, "127.0.0.1"},
-      {"nameserver 127.0.0.1\nnameserver 1.1.1.1\n", {address("127.0.0.2", 53)}, "127.0.0.1"},
-      {"nameserver ::1\nnameserver 1.1.1.1\n", {address("::1", 53)}, "1.1.1.1"},
       {"nameserver ::ffff:127.0.0.1\n", {address("127.0.0.1", 53)}, "none"},
       {"nameserver 127.0.0.7\nnameserver 192.0.2.1\n", {address("0.0.0.0", 53)}, "192.0.2.1"},
       {"nameserver 127.0.0.7\n", {address("0.0.0.0", 5300)}, "127.0.0.7"},
       {"nameserver 127.0.0.7\n", {address("::", 53)}, "127.0.0.7"},
       {"nameserver ::1\nnameserver 2001:db8::1\n", {address("::", 53)}, "2001:db8::1"},
       {"nameserver 0.0.0.0\nnameserver ::\n", {}, "none"},
-      {"", {}, "none"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(serverFor(row.text, row.own), row.server) << row.text;
+    configure(row.text);
+    const auto server = SystemResolver(file_, 53, row.own).server();
+    EXPECT_EQ(server ? server->host() : "none", row.server) << row.text;
   }
 }
 
@@ -81,51 +69,37 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   const UDPSocket server;
   configure("nameserver 127.0.0.1\n");
   SystemResolver resolver(file_, server.port(), {});
-  const std::string large(65507, '\xff');
-  const auto flow =
-      std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("one"), bytes(""), bytes(large)});
+  const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("one"), bytes("")});
   resolver.serve(flow);
-  std::vector<std::string> questions;
-  SocketAddress client;
-  ASSERT_TRUE(runUntil([&] {
-    while (const auto received = server.receive()) {
-      questions.push_back(received->text);
-      client = received->from;
-    }
-    return questions.size() == 3;
-  }));
-  EXPECT_TRUE(questions == (std::vector<std::string>{"one", "", large}));
-  for (const auto& text : {large, std::string("two"), std::string()}) {
+  MainLoop::shared().runReady();
+  const auto client = server.receive().value();
+  EXPECT_EQ(client.text, "one");
+  EXPECT_THAT(server.receiveAll(), ElementsAre(""));
+  for (const char* text : {"", "two"}) {
     EXPECT_THAT(flow->closed, IsEmpty());
-    server.send(text, client);
+    server.send(text, client.from);
+    MainLoop::shared().runReady();
   }
-  ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); }));
-  ASSERT_EQ(flow->written.size(), 3U);
-  EXPECT_TRUE(flow->written[0].first == bytes(large));
-  EXPECT_EQ(flow->written[0].second.port, "5300");
-  EXPECT_EQ(flow->written[1].first, bytes("two"));
-  EXPECT_EQ(flow->written[1].second.port, "5301");
-  EXPECT_EQ(flow->written[2].first, bytes(""));
-  EXPECT_EQ(flow->written[2].second.port, "5302");
+  EXPECT_THAT(flow->written, ElementsAre(Pair(bytes(""), NWHostEndpoint{"127.0.0.1", "5300"}),
+                                         Pair(bytes("two"), NWHostEndpoint{"127.0.0.1", "5301"})));
   EXPECT_THAT(flow->closed, ElementsAre("read nil", "write nil"));
   EXPECT_EQ(NWConnection::openCount(), 0U);
 }
 
 TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
-  const auto refused = [](FakeFlow&) {};
+  const auto nothing = [](FakeFlow&) {};
   const struct {
     std::string configuration;
     std::function<void(FakeFlow&)> change;
     std::string error;
   } rows[] = {
-      {"", refused, "Optional(no DNS server of the system's own)"},
-      {"nameserver 127.0.0.1\n", refused,
+      {"", nothing, "Optional(no DNS server of the system's own)"},
+      {"nameserver 127.0.0.1\n", nothing,
        "Optional(POSIXErrorCode(rawValue: 111): Connection refused)"},
-      {"nameserver 127.255.255.255\n", refused,
+      {"nameserver 127.255.255.255\n", nothing,
        "Optional(POSIXErrorCode(rawValue: 13): Permission denied)"},
       {"nameserver 127.0.0.1\n", [](FakeFlow& flow) { flow.readError = Error("no read"); },
        "Optional(no read)"},
-      {"nameserver 127.0.0.1\n", [](FakeFlow& flow) { flow.toRead = std::nullopt; }, "nil"},
       {"nameserver 127.0.0.1\n", [](FakeFlow& flow) { flow.toRead->clear(); }, "nil"},
       {"nameserver 127.0.0.1\n", [](FakeFlow& flow) { flow.toRead = {Data(65508)}; },
        "Optional(POSIXErrorCode(rawValue: 90): Message too long)"},
@@ -137,7 +111,7 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
     row.change(*flow);
     const std::weak_ptr<FakeFlow> weak = flow;
     resolver.serve(flow);
-    ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); })) << row.error;
+    ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !flow->closed.empty(); })) << row.error;
     MainLoop::shared().runReady();
     EXPECT_THAT(flow->closed, ElementsAre("read " + row.error, "write " + row.error));
     EXPECT_THAT(flow->written, IsEmpty());

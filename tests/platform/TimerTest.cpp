@@ -24,7 +24,12 @@ class TimerTest : public testing::Test {
     MainLoop::shared().runReady();
   }
   void after(double seconds, int number) {
-    DispatchQueue::global().asyncAfter(seconds, [this, number] { done_.push_back(number); });
+    DispatchQueue::global().asyncAfter(seconds, [this, number] {
+      done_.push_back(number);
+      if (number == 1) {
+        after(10, 5);
+      }
+    });
   }
 
   ManualClock clock_;
@@ -32,52 +37,21 @@ class TimerTest : public testing::Test {
 };
 
 TEST_F(TimerTest, WorkIsDoneWhenItIsDueAndInOrder) {
+  after(1e300, 6);  // never, but no harm
   after(3, 3);
   after(1, 1);
   after(3, 4);
   after(2, 2);
+  after(-5, 0);
+  EXPECT_THAT(done_, ElementsAre());
   pass(0.999);
-  EXPECT_THAT(done_, ElementsAre());
+  EXPECT_THAT(done_, ElementsAre(0));
   pass(0.001);
-  EXPECT_THAT(done_, ElementsAre(1));
-  pass(10);
-  EXPECT_THAT(done_, ElementsAre(1, 2, 3, 4));
-}
-
-TEST_F(TimerTest, WorkWithoutDelayIsDoneLater) {
-  after(0, 1);
-  after(-5, 2);
-  EXPECT_THAT(done_, ElementsAre());
-  pass(0);
-  EXPECT_THAT(done_, ElementsAre(1, 2));
-  after(1e300, 3);  // never, but no harm
+  EXPECT_THAT(done_, ElementsAre(0, 1));
+  pass(9);
+  EXPECT_THAT(done_, ElementsAre(0, 1, 2, 3, 4));
   pass(1e6);
-  EXPECT_THAT(done_, ElementsAre(1, 2));
-}
-
-TEST_F(TimerTest, WorkThatGivesMoreWork) {
-  DispatchQueue::global().asyncAfter(1, [this] {
-    done_.push_back(1);
-    after(1, 2);
-  });
-  pass(1);
-  EXPECT_THAT(done_, ElementsAre(1));
-  pass(1);
-  EXPECT_THAT(done_, ElementsAre(1, 2));
-}
-
-TEST_F(TimerTest, TheSystemsClockNeedsNobodyToLook) {
-  Clock::setShared(nullptr);
-  after(0.01, 1);
-  after(0.005, 2);
-  EXPECT_TRUE(MainLoop::shared().runUntil([this] { return done_.size() == 2; }));
-  EXPECT_THAT(done_, ElementsAre(2, 1));
-}
-
-TEST_F(TimerTest, TheLoopItselfRunsWhatIsDue) {
-  Clock::setShared(nullptr);
-  DispatchQueue::global().asyncAfter(0.001, [] { MainLoop::shared().stop(); });
-  MainLoop::shared().run();
+  EXPECT_THAT(done_, ElementsAre(0, 1, 2, 3, 4, 5));
 }
 
 TEST_F(TimerTest, FiresOnceOrAgainAndAgain) {
@@ -95,7 +69,6 @@ TEST_F(TimerTest, FiresOnceOrAgainAndAgain) {
 }
 
 TEST_F(TimerTest, FiresNoMoreWhenInvalidatedOrGone) {
-  EXPECT_FALSE(Timer().isValid());
   auto invalidated = Timer::scheduled(1, true, [this] { done_.push_back(1); });
   std::optional gone = Timer::scheduled(1, true, [this] { done_.push_back(2); });
   auto itself = Timer();
@@ -105,7 +78,6 @@ TEST_F(TimerTest, FiresNoMoreWhenInvalidatedOrGone) {
     gone.reset();
   });
   invalidated.invalidate();
-  EXPECT_FALSE(invalidated.isValid());
   pass(1);
   pass(1);
   EXPECT_THAT(done_, ElementsAre(2, 3));

@@ -5,7 +5,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/foundation/Data.h"
@@ -28,63 +27,54 @@ class UDPSocket {
     SocketAddress from;
   };
 
-  explicit UDPSocket(const std::string& host = "127.0.0.1", std::uint16_t port = 0) {
-    const auto wanted = SocketAddress::parse(host, port).value();
-    socket_ =
-        FileDescriptor(::socket(wanted.family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    address_ = wanted;
+  explicit UDPSocket(const std::string& host = "127.0.0.1", std::uint16_t port = 0)
+      : address_(SocketAddress::parse(host, port).value()),
+        socket_(::socket(address_.family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
     socklen_t size = SocketAddress::kMaxSize;
-    if (::bind(socket_.get(), wanted.data(), wanted.size()) != 0 ||
-        ::getsockname(socket_.get(), address_.data(), &size) != 0) {
-      throw std::runtime_error("cannot bind a test socket");
-    }
+    require(::bind(socket_.get(), address_.data(), address_.size()) == 0);
+    require(::getsockname(socket_.get(), address_.data(), &size) == 0);
   }
 
-  [[nodiscard]] const SocketAddress& address() const { return address_; }
   [[nodiscard]] std::uint16_t port() const { return address_.port(); }
 
   /// From now on only what comes from `peer` is received.
   void connect(const SocketAddress& peer) const {
-    if (::connect(socket_.get(), peer.data(), peer.size()) != 0) {
-      throw std::runtime_error("cannot connect a test socket");
-    }
+    require(::connect(socket_.get(), peer.data(), peer.size()) == 0);
   }
 
   void send(const std::string& text, const SocketAddress& to) const {
     const auto size = ::sendto(socket_.get(), text.data(), text.size(), 0, to.data(), to.size());
-    if (size != static_cast<ssize_t>(text.size())) {
-      throw std::runtime_error("cannot send from a test socket");
-    }
+    require(size == static_cast<ssize_t>(text.size()));
   }
 
   /// The next datagram, if there is one.
   [[nodiscard]] std::optional<Received> receive() const {
-    std::string text(65536, 0);
-    Received received;
-    received.from = address_;
+    Received received{std::string(65536, 0), address_};
+    auto& [text, from] = received;
     socklen_t size = SocketAddress::kMaxSize;
-    const auto length =
-        ::recvfrom(socket_.get(), text.data(), text.size(), 0, received.from.data(), &size);
-    if (length < 0) {
-      return std::nullopt;
-    }
-    text.resize(static_cast<std::size_t>(length));
-    received.text = std::move(text);
-    return received;
+    const auto length = ::recvfrom(socket_.get(), text.data(), text.size(), 0, from.data(), &size);
+    text.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    return length < 0 ? std::nullopt : std::optional(received);
   }
 
   /// The texts of all datagrams that are there.
   [[nodiscard]] std::vector<std::string> receiveAll() const {
     std::vector<std::string> texts;
-    while (auto received = receive()) {
-      texts.push_back(std::move(received->text));
+    while (const auto received = receive()) {
+      texts.push_back(received->text);
     }
     return texts;
   }
 
  private:
-  FileDescriptor socket_;
+  static void require(bool isDone) {
+    if (!isDone) {
+      throw std::runtime_error("a test socket cannot be used");
+    }
+  }
+
   SocketAddress address_;
+  FileDescriptor socket_;
 };
 
 /// A UDP port on loopback that nobody listens on.

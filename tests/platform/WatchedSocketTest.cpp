@@ -1,28 +1,24 @@
-#include <fcntl.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
+#include <unistd.h>
 
-#include <array>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/WatchedSocket.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Pipe.h"
 
 namespace platform {
 namespace {
 
-/// One end of a pair of connected sockets, and what the loop says of it.
+/// An end of a pipe, and what the loop says of it.
 class Watched final : public SocketWatcher {
  public:
-  Watched() {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
-    socket.open(FileDescriptor(ends[0]));
-    peer = FileDescriptor(ends[1]);
+  explicit Watched(FileDescriptor(test::Pipe::*end)) {
+    socket.open(std::move(pipe.*end));
+    EXPECT_FALSE(socket.watch(*this, {end == &test::Pipe::reader, end == &test::Pipe::writer}));
   }
   ~Watched() = default;
   Watched(const Watched&) = delete;
@@ -30,108 +26,56 @@ class Watched final : public SocketWatcher {
 
   void socketIsReady(bool canRead, bool canWrite) override {
     ++calls;
-    wasReadable = canRead;
-    wasWritable = canWrite;
-    if (reaction) {
-      reaction();
-    }
+    last = {canRead, canWrite};
+    reaction();
   }
-
-  void watch(bool reading, bool writing) { EXPECT_FALSE(socket.watch(*this, {reading, writing})); }
-  void sendFromPeer() const { EXPECT_EQ(::send(peer.get(), "x", 1, 0), 1); }
+  void send() const { EXPECT_EQ(::write(pipe.writer.get(), "x", 1), 1); }
   void read() const {
     char byte = 0;
-    EXPECT_EQ(::recv(socket.get(), &byte, 1, 0), 1);
+    EXPECT_EQ(::read(socket.get(), &byte, 1), 1);
   }
 
+  test::Pipe pipe;
   WatchedSocket socket;
-  FileDescriptor peer;
   std::function<void()> reaction;
   int calls = 0;
-  bool wasReadable = false;
-  bool wasWritable = false;
+  SocketInterest last;
 };
 
-void runReady() { MainLoop::shared().runReady(); }
-
-TEST(WatchedSocketTest, TellsAsLongAsThereIsSomethingToRead) {
-  Watched watched;
-  watched.watch(true, false);
-  runReady();
-  EXPECT_EQ(watched.calls, 0);
-  watched.sendFromPeer();
-  watched.sendFromPeer();
-  watched.reaction = [&] {
-    if (watched.calls > 2) {
-      watched.read();
-    }
-  };
-  runReady();  // comes back when nothing is left to read
-  EXPECT_EQ(watched.calls, 4);
-  EXPECT_TRUE(watched.wasReadable);
-  EXPECT_FALSE(watched.wasWritable);
-}
-
-TEST(WatchedSocketTest, ASocketClosedInTheSameTurnHearsNothing) {
-  Watched first;
-  Watched second;
-  for (auto* watched : {&first, &second}) {
-    watched->watch(true, false);
-    watched->sendFromPeer();
-  }
-  first.reaction = [&] {
-    first.read();
-    second.socket.close();
-  };
-  second.reaction = [&] {
-    second.read();
-    first.socket.close();
-  };
-  runReady();
-  EXPECT_EQ(first.calls + second.calls, 1);
-}
-
-// The event of the closed socket has been fetched when a new one gets its number.
-TEST(WatchedSocketTest, ASocketWithTheNumberOfAClosedOneHearsNothingOfIt) {
-  Watched first;
-  Watched second;
-  std::vector<std::unique_ptr<Watched>> fresh;
+// The event of the closed one has been fetched when a new one gets its number.
+TEST(WatchedSocketTest, NeitherAClosedOneNorTheNextOfItsNumberHearsOfIt) {
+  Watched first(&test::Pipe::reader);
+  Watched second(&test::Pipe::reader);
+  std::unique_ptr<Watched> fresh;
   const auto replace = [&](Watched& reading, Watched& closed) {
     reading.read();
     const int number = closed.socket.get();
     closed.socket.close();
-    fresh.push_back(std::make_unique<Watched>());
-    EXPECT_EQ(fresh.back()->socket.get(), number);
-    fresh.back()->watch(true, false);
+    fresh = std::make_unique<Watched>(&test::Pipe::reader);
+    EXPECT_EQ(fresh->socket.get(), number);
   };
   first.reaction = [&] { replace(first, second); };
   second.reaction = [&] { replace(second, first); };
-  for (auto* watched : {&first, &second}) {
-    watched->watch(true, false);
-    watched->sendFromPeer();
-  }
-  runReady();
-  ASSERT_EQ(fresh.size(), 1U);
-  EXPECT_EQ(fresh.front()->calls, 0);
-  fresh.front()->sendFromPeer();
-  fresh.front()->reaction = [&] { fresh.front()->read(); };
-  runReady();
-  EXPECT_EQ(fresh.front()->calls, 1);
+  first.send();
+  second.send();
+  MainLoop::shared().runReady();
+  ASSERT_EQ(first.calls + second.calls, 1);
+  EXPECT_EQ(fresh->calls, 0);
+  fresh->send();
+  fresh->send();
+  fresh->reaction = [&] { fresh->read(); };
+  MainLoop::shared().runReady();  // comes back when nothing is left to read
+  EXPECT_EQ(fresh->calls, 2);
+  EXPECT_EQ(fresh->last, (SocketInterest{true, false}));
 }
 
-TEST(WatchedSocketTest, AnErrorAtTheSocketCountsAsBoth) {
-  Watched watched;
-  watched.peer = FileDescriptor();
-  std::array<int, 2> ends{};
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
-  WatchedSocket socket{FileDescriptor(ends[0])};
-  static_cast<void>(FileDescriptor(ends[1]));  // closed: hang-up
-  watched.reaction = [&] { socket.close(); };
-  ASSERT_FALSE(socket.watch(watched, {false, true}));
-  runReady();
+TEST(WatchedSocketTest, AnErrorCountsAsBoth) {
+  Watched watched(&test::Pipe::writer);
+  watched.pipe.reader = FileDescriptor();
+  watched.reaction = [&] { watched.socket.close(); };
+  MainLoop::shared().runReady();
   EXPECT_EQ(watched.calls, 1);
-  EXPECT_TRUE(watched.wasReadable);
-  EXPECT_TRUE(watched.wasWritable);
+  EXPECT_EQ(watched.last, (SocketInterest{true, true}));
 }
 
 }  // namespace

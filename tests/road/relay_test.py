@@ -252,6 +252,28 @@ class XpcTest(RelayTest):
             self.assertEqual(client.call("getPublicIpWithReply:"), "")
         self.assertEqual(len(relay.children()), 32)
 
+    def test_clients_that_behave_badly(self):
+        relay = self.relay()
+        threads = len(os.listdir(f"/proc/{relay.pid}/task"))
+        quiet = [XpcClient(relay) for _ in range(80)]  # more than there is room for
+        half = XpcClient(relay)
+        half.send(b'{"jsonrpc":"2.0","id":1,"met')
+        much = XpcClient(relay)
+        much.send(b"x" * 3_000_000)
+        gone = XpcClient(relay)
+        gone.request("printAppLogToFileWithLog:", "gone")
+        gone.close()
+        with XpcClient(relay) as client:
+            self.assertIsNone(client.call("printAppLogToFileWithLog:", "x"))
+        much.send(b"\n")
+        self.assertEqual(much.answer()["error"]["code"], -32700)
+        self.assertIsNone(much.call("printAppLogToFileWithLog:", "and on"))
+        half.send(b'hod":"printAppLogToFileWithLog:","params":["whole"]}\n')
+        self.assertIsNone(half.answer()["result"])
+        for client in (*quiet, half, much):
+            client.close()
+        poll(lambda: len(os.listdir(f"/proc/{relay.pid}/task")) == threads, "threads of clients have ended")
+
 
 class ProxyTest(RelayTest):
     def test_the_proxy_as_a_client(self):

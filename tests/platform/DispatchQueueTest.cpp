@@ -1,0 +1,62 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/MainLoop.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+TEST(DispatchQueueTest, TakesWorkFromManyThreadsEachInItsOrderOneAtATime) {
+  constexpr int kThreads = 4;
+  constexpr int kEach = 5000;
+  for (const auto& queue : {DispatchQueue::global(), DispatchQueue::serial()}) {
+    std::vector<int> next(kThreads, 0);  // no lock: the queue is what guards it
+    int count = 0;
+    bool isInOrder = true;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+      threads.emplace_back([&, thread] {
+        for (int number = 0; number < kEach; ++number) {
+          queue.async([&, thread, number] {
+            isInOrder = isInOrder && next[static_cast<std::size_t>(thread)]++ == number;
+            if (++count == kThreads * kEach) {
+              MainLoop::shared().stop();
+            }
+          });
+        }
+      });
+    }
+    MainLoop::shared().run();
+    for (auto& thread : threads) {
+      thread.join();
+    }
+    EXPECT_TRUE(isInOrder);
+    EXPECT_EQ(count, kThreads * kEach);
+  }
+}
+
+TEST(DispatchQueueTest, GoesOnWhenItsWorkThrows) {
+  for (const auto& queue : {DispatchQueue::global(), DispatchQueue::serial()}) {
+    const quillet::test::LogCapture log;
+    queue.async([] { throw std::runtime_error("first"); });
+    queue.async([] { throw 2; });
+    queue.async(nullptr);
+    queue.async([] { MainLoop::shared().stop(); });
+    MainLoop::shared().run();
+    EXPECT_THAT(
+        log.records(),
+        testing::ElementsAre("MainLoop: a handler has thrown: first",
+                             "MainLoop: a handler has thrown: something that is no std::exception",
+                             "MainLoop: a handler has thrown: bad_function_call"));
+  }
+}
+
+}  // namespace
+}  // namespace platform
