@@ -59,7 +59,8 @@ void BM_Answer(benchmark::State& state, const char* listen) {
   EchoProvider provider;
   FlowHostOptions options;
   options.listen = {{listen, "0"}};
-  const auto host = FlowHost::start(provider, options).value();
+  const auto host = FlowHost::bind(options).value();
+  host->serve(provider);
   const auto port = static_cast<std::uint16_t>(std::stoi(host->boundEndpoints().at(0).port));
   const auto asked = SocketAddress::parse("127.0.0.1", port).value();
   const std::vector<UDPSocket> clients(atOnce);

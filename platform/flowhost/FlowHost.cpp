@@ -42,9 +42,8 @@ std::vector<SocketAddress> addressesOf(const Sockets& sockets) {
 }  // namespace
 
 struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_this<State> {
-  State(NEDNSProxyProvider& flowProvider, const FlowHostOptions& options, Sockets bound)
-      : provider(flowProvider),
-        metaData(std::make_shared<NEFlowMetaData>(NEFlowMetaData{options.sourceApp})),
+  State(const FlowHostOptions& options, Sockets bound)
+      : metaData(std::make_shared<NEFlowMetaData>(NEFlowMetaData{options.sourceApp})),
         sockets(std::move(bound)),
         resolver(options.resolvConf, options.resolverPort, addressesOf(sockets)) {}
 
@@ -54,7 +53,7 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   void offer(const std::shared_ptr<ClientFlow>& flow);
   void logError(const ListenSocket& socket, std::error_code error);
 
-  NEDNSProxyProvider& provider;
+  NEDNSProxyProvider* provider = nullptr;  // set before anything is read
   const std::shared_ptr<const NEFlowMetaData> metaData;
   Sockets sockets;
   SystemResolver resolver;
@@ -96,7 +95,7 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
 
 void FlowHost::State::offer(const std::shared_ptr<ClientFlow>& flow) {
   bool isDeclined = false;
-  runGuarded([&] { isDeclined = !provider.handleNewUDPFlow(flow, flow->remoteEndpoint()); });
+  runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
     resolver.serve(flow);
   }
@@ -110,17 +109,18 @@ void FlowHost::State::logError(const ListenSocket& socket, std::error_code error
   }
 }
 
-tl::expected<std::unique_ptr<FlowHost>, Error> FlowHost::start(NEDNSProxyProvider& provider,
-                                                               const FlowHostOptions& options) {
+tl::expected<std::unique_ptr<FlowHost>, Error> FlowHost::bind(const FlowHostOptions& options) {
   auto sockets = bindAll(options.listen);
   if (!sockets) {
     return tl::unexpected(sockets.error());
   }
-  auto state = std::make_shared<State>(provider, options, *std::move(sockets));
-  if (auto error = state->listen()) {
-    return tl::unexpected(*std::move(error));
-  }
+  auto state = std::make_shared<State>(options, *std::move(sockets));
   return std::unique_ptr<FlowHost>(new FlowHost(std::move(state)));
+}
+
+std::optional<Error> FlowHost::serve(NEDNSProxyProvider& provider) {
+  state_->provider = &provider;
+  return state_->listen();
 }
 
 FlowHost::FlowHost(std::shared_ptr<State> state) : state_(std::move(state)) {}

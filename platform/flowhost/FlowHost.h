@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tl/expected.hpp>
 #include <vector>
@@ -28,13 +29,16 @@ struct FlowHostOptions {
 /// to the system's own DNS server. Inside the event loop only.
 class FlowHost {
  public:
-  /// Binds all addresses; `provider` outlives the host. The error names the endpoint that cannot be
+  /// Binds all addresses; what comes there waits. The error names the endpoint that cannot be
   /// bound: `cannot listen on 127.0.0.1:5300: Address already in use`.
-  static tl::expected<std::unique_ptr<FlowHost>, Error> start(NEDNSProxyProvider& provider,
-                                                              const FlowHostOptions& options);
+  static tl::expected<std::unique_ptr<FlowHost>, Error> bind(const FlowHostOptions& options);
   ~FlowHost();
   FlowHost(const FlowHost&) = delete;
   FlowHost& operator=(const FlowHost&) = delete;
+
+  /// Offers what comes to `provider`, which outlives the host, from now on. Called once. The error
+  /// says why the system does not let it.
+  std::optional<Error> serve(NEDNSProxyProvider& provider);
 
   /// Closes the sockets: no flow is offered any more, and what is written into those there are
   /// fails. A second call does nothing.

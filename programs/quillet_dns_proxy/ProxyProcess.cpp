@@ -59,28 +59,37 @@ std::shared_ptr<DnsProxyExt> makeProvider(bool safeSearch) {
 
 }  // namespace
 
-ProxyProcess::ProxyProcess(CommandLine commandLine)
-    : commandLine_(std::move(commandLine)), provider_(makeProvider(commandLine_.safeSearch)) {}
+ProxyProcess::ProxyProcess(CommandLine commandLine) : commandLine_(std::move(commandLine)) {}
 
 int ProxyProcess::run() {
   raiseDescriptorLimit();
   useDefaultsDirectory(commandLine_.defaultsDirectory);
   const platform::SignalSource signals({SIGTERM, SIGINT, SIGHUP},
                                        [this](int signal) { handleSignal(signal); });
-  if (!startHost() || !startProvider()) {
+  auto options = vendorOptions();
+  if (!options || !bindHost() || !serve(*std::move(options))) {
     return kCannotStart;
   }
   platform::MainLoop::shared().run();
   return 0;
 }
 
-bool ProxyProcess::startHost() {
+std::optional<ProxyProcess::Options> ProxyProcess::vendorOptions() const {
+  auto options = readProviderOptions(commandLine_.vendorData);
+  if (!options) {
+    NSLog(options.error());
+    return std::nullopt;
+  }
+  return *std::move(options);
+}
+
+bool ProxyProcess::bindHost() {
   platform::FlowHostOptions options;
   for (const auto& address : commandLine_.listen) {
     options.listen.push_back({address.host, std::to_string(address.port)});
   }
   options.sourceApp = commandLine_.sourceApp;
-  auto host = FlowHost::start(*provider_, options);
+  auto host = FlowHost::bind(options);
   if (!host) {
     NSLog(host.error().text());
     return false;
@@ -89,20 +98,27 @@ bool ProxyProcess::startHost() {
   return true;
 }
 
-bool ProxyProcess::startProvider() {
-  auto options = readProviderOptions(commandLine_.vendorData);
-  if (!options) {
-    NSLog(options.error());
+/// The provider is made only when nothing else is in the way: it logs as soon as it is there.
+bool ProxyProcess::serve(Options options) {
+  provider_ = makeProvider(commandLine_.safeSearch);
+  if (const auto error = host_->serve(*provider_)) {
+    NSLog(error->text());
     return false;
   }
-  provider_->setSystemDNSSettings(systemSettings());
-  provider_->startProxy(*std::move(options), [](const std::optional<platform::Error>&) {});
+  startProvider(std::move(options));
   return true;
+}
+
+void ProxyProcess::startProvider(Options options) {
+  provider_->setSystemDNSSettings(systemSettings());
+  provider_->startProxy(std::move(options), [](const std::optional<platform::Error>&) {});
 }
 
 void ProxyProcess::handleSignal(int signal) {
   if (signal == SIGHUP) {
-    startProvider();  // with a file that is wrong the settings stay as they are
+    if (auto options = vendorOptions()) {  // else the settings stay as they are
+      startProvider(*std::move(options));
+    }
     return;
   }
   host_->stop();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/flowhost/FlowHost.h"
@@ -18,12 +19,17 @@ class ProxyProcess {
   int run();
 
  private:
-  bool startHost();
-  bool startProvider();
+  using Options = std::optional<platform::NEProviderOptions>;
+
+  /// Absent, after a line that says why, when the file cannot be used.
+  [[nodiscard]] std::optional<Options> vendorOptions() const;
+  bool bindHost();
+  bool serve(Options options);
+  void startProvider(Options options);
   void handleSignal(int signal);
 
   const CommandLine commandLine_;
-  const std::shared_ptr<DnsProxyExt> provider_;
+  std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
 };
 

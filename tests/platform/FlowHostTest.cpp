@@ -95,7 +95,7 @@ TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
     const auto good = test::unusedPort("127.0.0.5");
     FlowHostOptions options;
     options.listen = {{"127.0.0.5", std::to_string(good)}, {hostname, text}};
-    const auto host = FlowHost::start(provider_, options);
+    const auto host = FlowHost::bind(options);
     ASSERT_FALSE(host);
     EXPECT_EQ(host.error().text(), "cannot listen on " + error);
     const UDPSocket successor("127.0.0.5", good);

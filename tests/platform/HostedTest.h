@@ -49,7 +49,8 @@ class HostedTest : public testing::Test {
     for (const auto& host : hosts) {
       options.listen.push_back({host, "0"});
     }
-    host_ = FlowHost::start(provider_, options).value();
+    host_ = FlowHost::bind(options).value();
+    ASSERT_EQ(host_->serve(provider_), std::nullopt);
   }
   NWHostEndpoint endpoint(std::size_t index = 0) { return host_->boundEndpoints().at(index); }
   /// The address that a listen address has, or another one of the same port.

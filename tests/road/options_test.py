@@ -24,7 +24,7 @@ class OptionsTest(RoadTest):
     def assert_one_line(self, done, thing):
         """Status 1 and one line that names the thing."""
         self.assertEqual(done.returncode, 1, done)
-        self.assertEqual(len([line for line in done.stderr.splitlines() if thing in line]), 1, done.stderr)
+        self.assertEqual([thing in line for line in done.stderr.splitlines()], [True], done.stderr)
 
     def test_help_version_and_what_is_none(self):
         for program in (PROXY, DEMO_FILTER, RELAY):
