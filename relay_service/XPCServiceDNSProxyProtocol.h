@@ -1,21 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <string>
+#include "DnsProxyExt/XPCServiceDNSProxyProtocol.h"
 
 namespace QuilletXPCservice {
 
-/// What a provider would call; exported to nobody.
-class XPCServiceDNSProxyProtocol {
- public:
-  XPCServiceDNSProxyProtocol() = default;
-  XPCServiceDNSProxyProtocol(const XPCServiceDNSProxyProtocol&) = delete;
-  XPCServiceDNSProxyProtocol& operator=(const XPCServiceDNSProxyProtocol&) = delete;
-  virtual ~XPCServiceDNSProxyProtocol() = default;
-
-  virtual void printLogToFile(const std::string& log) = 0;
-  virtual void proxyStateWasUpdated(const std::string& state) = 0;
-  virtual void setAgentCommandListener(std::function<void(std::string)> listener) = 0;
-};
+/// Exported to nobody.
+using quillet::XPCServiceDNSProxyProtocol;
 
 }  // namespace QuilletXPCservice
