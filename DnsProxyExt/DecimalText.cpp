@@ -1,6 +1,6 @@
 #include "DnsProxyExt/DecimalText.h"
 
-#include <charconv>
+#include "platform/foundation/WholeNumber.h"
 
 namespace quillet {
 
@@ -11,13 +11,7 @@ std::optional<std::int64_t> decimalInteger(std::string_view text) {
       return std::nullopt;
     }
   }
-  std::int64_t value = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || stop != end) {
-    return std::nullopt;
-  }
-  return value;
+  return platform::wholeNumber<std::int64_t>(text);
 }
 
 }  // namespace quillet

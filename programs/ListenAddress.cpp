@@ -4,8 +4,9 @@
 #include <netinet/in.h>
 
 #include <array>
-#include <charconv>
 #include <cstring>
+
+#include "platform/foundation/WholeNumber.h"
 
 namespace quillet {
 
@@ -30,16 +31,6 @@ std::optional<HostAndPort> split(std::string_view text) {
   return parts;
 }
 
-std::optional<std::uint16_t> parsePort(std::string_view digits) {
-  std::uint16_t port = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stopped, error] = std::from_chars(digits.data(), end, port);
-  if (error != std::errc() || stopped != end) {
-    return std::nullopt;
-  }
-  return port;
-}
-
 // The address as the system writes it, so that two spellings of one address are equal.
 std::optional<std::string> canonicalHost(std::string_view host, int family) {
   std::array<unsigned char, sizeof(in6_addr)> bytes{};
@@ -58,7 +49,7 @@ std::optional<ListenAddress> ListenAddress::parse(std::string_view text) {
     return std::nullopt;
   }
   const auto host = canonicalHost(parts->host, parts->inBrackets ? AF_INET6 : AF_INET);
-  const auto port = parsePort(parts->port);
+  const auto port = platform::wholeNumber<std::uint16_t>(parts->port);
   if (!host || !port) {
     return std::nullopt;
   }

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <utility>
 
 #include "platform/foundation/Description.h"
+#include "platform/foundation/WholeNumber.h"
 #include "platform/network/NWError.h"
 
 namespace platform {
@@ -25,13 +25,8 @@ tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, int error) {
 }
 
 std::optional<SocketAddress> parse(const NWHostEndpoint& endpoint) {
-  std::uint16_t port = 0;
-  const char* const end = endpoint.port.data() + endpoint.port.size();
-  const auto [stopped, error] = std::from_chars(endpoint.port.data(), end, port);
-  if (error != std::errc() || stopped != end) {
-    return std::nullopt;
-  }
-  return SocketAddress::parse(endpoint.hostname, port);
+  const auto port = wholeNumber<std::uint16_t>(endpoint.port);
+  return port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
 }
 
 void enlargeReceiveBuffer(int socket) {

@@ -8,10 +8,10 @@
 #include <unistd.h>
 
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <cstdlib>
-#include <optional>
+
+#include "platform/foundation/WholeNumber.h"
 
 namespace platform {
 
@@ -23,13 +23,6 @@ constexpr std::string_view kPriorityField = "PRIORITY=6";
 
 iovec fieldOf(std::string_view text) {
   return {const_cast<char*>(text.data()), text.size()};  // only read, the type is C's
-}
-
-std::optional<std::uint64_t> numberIn(std::string_view text) {
-  std::uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace
@@ -52,8 +45,8 @@ bool JournalLogSink::isStandardErrorJournal() {
   if (colon == std::string_view::npos) {
     return false;
   }
-  const auto device = numberIn(stream.substr(0, colon));
-  const auto inode = numberIn(stream.substr(colon + 1));
+  const auto device = wholeNumber<std::uint64_t>(stream.substr(0, colon));
+  const auto inode = wholeNumber<std::uint64_t>(stream.substr(colon + 1));
   struct stat status {};
   return ::fstat(STDERR_FILENO, &status) == 0 && device == status.st_dev && inode == status.st_ino;
 }

@@ -5,8 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
+
+#include "platform/foundation/WholeNumber.h"
 
 namespace platform {
 
@@ -34,10 +35,8 @@ SocketAddress unmapped(const sockaddr_in6& mapped) {
 
 // The number of the interface; 0 for none.
 std::uint32_t parseScope(const std::string& scope) {
-  std::uint32_t number = 0;
-  const char* const end = scope.data() + scope.size();
-  const auto [stopped, error] = std::from_chars(scope.data(), end, number);
-  return error == std::errc() && stopped == end ? number : ::if_nametoindex(scope.c_str());
+  const auto number = wholeNumber<std::uint32_t>(scope);
+  return number ? *number : ::if_nametoindex(scope.c_str());
 }
 
 std::optional<SocketAddress> parseIPv6(const std::string& host, std::uint16_t port) {
