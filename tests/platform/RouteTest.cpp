@@ -52,11 +52,13 @@ TEST(Route, BearsAnAnswerCutAnywhereAndLengthsThatLie) {
     EXPECT_LE(routes.size(), 3U);
   }
   for (std::size_t at = 0; at < whole.size(); ++at) {
-    auto garbled = whole;
-    garbled[at] = static_cast<std::uint8_t>(garbled[at] + 1);
-    std::vector<Route> routes;
-    Route::append(routes, garbled);
-    EXPECT_LE(routes.size(), 4U);
+    for (const int change : {1, -whole[at], 255 - whole[at]}) {
+      auto garbled = whole;
+      garbled[at] = static_cast<std::uint8_t>(whole[at] + change);
+      std::vector<Route> routes;
+      Route::append(routes, garbled);
+      EXPECT_LE(routes.size(), 6U) << at;
+    }
   }
 }
 
