@@ -116,7 +116,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
                              bool isFinished, const platform::NWHostEndpoint& endpoint,
                              std::optional<platform::Error> error);
 
-  // Decoding, logged.
+  // Decoding, logged: absent for what is no message.
 
   std::optional<DnsToolsSocket::Message> decodeDNSRequest(platform::DataView data,
                                                           std::int64_t flowHash) const;
@@ -129,6 +129,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
 
   /// Reads the parameters of a report command: what follows the marker in a query name.
   static ReportSettings checkDomainForCommand(std::string_view domain);
+  /// Logs the settings in use.
   void printExtensionSettings() const;
 
   // State, as settings, the policy and tests set it.

@@ -33,6 +33,7 @@ class MDMConfigurationManager {
   /// become one, the one later in the order of the keys wins.
   static ConfigurationMap buildConfDictionary(const platform::JSONObject& from);
 
+  /// Keeps a configuration and takes the identity from it.
   void initConfigurationForMacOs(const ConfigurationMap& confData);
 
   /// Takes a configuration, or without one falls back to the hard-coded identity. Values that an
@@ -45,7 +46,9 @@ class MDMConfigurationManager {
 
   /// Names the first missing value, or nothing when the configuration is complete.
   [[nodiscard]] std::optional<std::string> checkMDMValues() const;
+  /// The configuration's "adminPassword".
   [[nodiscard]] std::optional<std::string> getAdminPassword() const;
+  /// Whether the configuration's "testModeEnabled" is "yes", in any letter case.
   [[nodiscard]] bool isTestMode() const;
 
   /// To be called when the managed preferences changed; logs them, the configuration in use stays.

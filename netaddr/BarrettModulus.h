@@ -25,6 +25,8 @@ class BarrettModulus {
   /// Any number, reduced; a negative one to what is congruent from 0 up.
   [[nodiscard]] Residue reduced(const BigInt& number) const;
 
+  // Of residues, reduced again; the exponent is not negative.
+
   [[nodiscard]] Residue product(const Residue& a, const Residue& b) const;
   [[nodiscard]] Residue squared(const Residue& a) const;
   [[nodiscard]] Residue sum(const Residue& a, const Residue& b) const;

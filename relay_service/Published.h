@@ -6,7 +6,8 @@
 
 namespace QuilletXPCservice {
 
-/// A value that tells its observers, in the order in which they came, each time it is set.
+/// A value that tells its observers, in the order in which they came, each time it is set. For one
+/// thread; an observer adds no observers.
 template <class T>
 class Published {
  public:
@@ -17,6 +18,7 @@ class Published {
   Published& operator=(const Published&) = delete;
   ~Published() = default;
 
+  /// Sets the value and calls the observers.
   Published& operator=(T value) {
     value_ = std::move(value);
     for (const auto& observer : observers_) {

@@ -35,9 +35,14 @@ class UDPListener : public std::enable_shared_from_this<UDPListener> {
   /// Waits for the work that runs and runs no more; for the end of the process, on another thread.
   void stop() const { queue.stop(); }
 
+  /// Flushes the DNS cache, then makes the client the current one and starts it.
   void acceptConnection(std::shared_ptr<platform::NWConnection> newConnection);
+  /// Arms one receive on the current client; when it brings a datagram, acts on it and arms the
+  /// next.
   void receive();
+  /// Logs a command; a notification's payload becomes `proxyStatus`.
   void handleCommand(const quillet::XpcUdpCommand& cmd);
+  /// Runs the flush command and logs what it printed. Blocks until it ends.
   void clearDNSCache();
   /// What the shell prints for the command line, both its streams, as valid UTF-8: what is not is
   /// replaced. A shell that cannot be started prints why. Blocks until all output is closed.
@@ -47,11 +52,16 @@ class UDPListener : public std::enable_shared_from_this<UDPListener> {
   std::string xpcUser;
   /// What the provider reported last.
   std::string proxyStatus = "stopped";
+  /// Absent until `start`.
   std::shared_ptr<platform::NWListener> listener;
   const platform::DispatchQueue queue = platform::DispatchQueue::serial();
+  /// The datagram received last.
   Published<std::optional<platform::Data>> messageReceived{std::nullopt};
+  /// Whether the current client can be received from.
   Published<bool> isReady{false};
+  /// False once the port is closed for good.
   Published<bool> listening{true};
+  /// The current client.
   std::shared_ptr<platform::NWConnection> connection;
 
  private:

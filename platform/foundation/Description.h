@@ -95,6 +95,47 @@ void describeInteger(std::string& out, T value) {
 template <class T>
 void debugDescribe(std::string& out, const T& value);
 
+namespace detail {
+
+template <class T>
+void describeMap(std::string& out, const T& map) {
+  out.push_back('[');
+  const char* separator = "";
+  for (const auto& [key, mapped] : map) {
+    out.append(separator);
+    debugDescribe(out, key);
+    out.append(": ");
+    debugDescribe(out, mapped);
+    separator = ", ";
+  }
+  out.append(*separator == '\0' ? ":]" : "]");
+}
+
+template <class T>
+void describeSequence(std::string& out, const T& sequence) {
+  out.push_back('[');
+  const char* separator = "";
+  for (const auto& element : sequence) {
+    out.append(separator);
+    debugDescribe(out, element);
+    separator = ", ";
+  }
+  out.push_back(']');
+}
+
+template <class T>
+void describeOptional(std::string& out, const T& optional) {
+  if (!optional.has_value()) {
+    out.append("nil");
+    return;
+  }
+  out.append("Optional(");
+  debugDescribe(out, *optional);
+  out.push_back(')');
+}
+
+}  // namespace detail
+
 /// Appends the plain form of `value` to `out`.
 template <class T>
 void describe(std::string& out, const T& value) {
@@ -115,13 +156,7 @@ void describe(std::string& out, const T& value) {
   } else if constexpr (std::floating_point<T>) {
     detail::describeFloating(out, value);
   } else if constexpr (detail::Optional<T>) {
-    if (!value.has_value()) {
-      out.append("nil");
-      return;
-    }
-    out.append("Optional(");
-    debugDescribe(out, *value);
-    out.push_back(')');
+    detail::describeOptional(out, value);
   } else if constexpr (detail::Pointer<T>) {
     if (value) {
       describe(out, *value);
@@ -132,26 +167,10 @@ void describe(std::string& out, const T& value) {
     detail::describeInteger(out, std::ranges::size(value));
     out.append(" bytes");
   } else if constexpr (detail::Map<T>) {
-    out.push_back('[');
-    const char* separator = "";
-    for (const auto& [key, mapped] : value) {
-      out.append(separator);
-      debugDescribe(out, key);
-      out.append(": ");
-      debugDescribe(out, mapped);
-      separator = ", ";
-    }
-    out.append(*separator == '\0' ? ":]" : "]");
+    detail::describeMap(out, value);
   } else {
     static_assert(std::ranges::range<T>, "this type has no printed form");
-    out.push_back('[');
-    const char* separator = "";
-    for (const auto& element : value) {
-      out.append(separator);
-      debugDescribe(out, element);
-      separator = ", ";
-    }
-    out.push_back(']');
+    detail::describeSequence(out, value);
   }
 }
 

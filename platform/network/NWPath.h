@@ -25,6 +25,7 @@ class NWPath {
   /// one that reaches beyond its own link, and a route. Of several the one with the best default
   /// route.
   static NWPath current();
+  /// The same of interfaces and routes at hand.
   static NWPath best(const std::vector<NetworkInterface>& interfaces,
                      const std::vector<Route>& routes);
   /// The path of a socket that has this address on its own side: the interface that holds it.

@@ -37,6 +37,8 @@ class NEAppProxyUDPFlow {
   NEAppProxyUDPFlow& operator=(const NEAppProxyUDPFlow&) = delete;
   virtual ~NEAppProxyUDPFlow() = default;
 
+  /// Takes the flow over; it is read and written after that. `localEndpoint` is the address that
+  /// the provider uses for it, the system's choice without one.
   virtual void openWithLocalEndpoint(std::optional<NWHostEndpoint> localEndpoint,
                                      OpenCompletion completion) = 0;
 
@@ -49,8 +51,9 @@ class NEAppProxyUDPFlow {
                               std::vector<NWHostEndpoint> sentByEndpoints,
                               WriteCompletion completion) = 0;
 
+  /// Ends reading, with the error that the application is told of, if any.
   virtual void closeReadWithError(std::optional<Error> error) = 0;
-  /// Closing both sides releases the flow.
+  /// Ends writing in the same way. Closing both sides releases the flow.
   virtual void closeWriteWithError(std::optional<Error> error) = 0;
 
   [[nodiscard]] virtual const NEFlowMetaData& metaData() const = 0;

@@ -27,9 +27,14 @@ class NEDNSProxyProvider {
   NEDNSProxyProvider& operator=(const NEDNSProxyProvider&) = delete;
   virtual ~NEDNSProxyProvider() = default;
 
+  /// Starts with the configuration's options, or starts again with new ones. The completion carries
+  /// what keeps it from serving, if anything does.
   virtual void startProxy(std::optional<NEProviderOptions> options, StartCompletion completion) = 0;
+  /// Ends the service; the completion runs when that is done.
   virtual void stopProxy(NEProviderStopReason reason, StopCompletion completion) = 0;
+  /// The machine is about to sleep, as soon as the completion has run.
   virtual void sleep(StopCompletion completion) = 0;
+  /// The machine is awake again.
   virtual void wake() = 0;
 
   /// Offers a flow that an application has begun by asking `initialRemoteEndpoint`. False declines

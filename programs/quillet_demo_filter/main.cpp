@@ -37,44 +37,61 @@ std::string checkListenAddress(const std::string& text) {
   return ListenAddress::parse(text) ? "" : text + " is no ADDR:PORT";
 }
 
+/// The options as they were given.
+struct Texts {
+  std::vector<std::string> listen;
+  std::vector<std::string> policy;
+  std::vector<std::string> portal;
+  bool isQuiet = false;
+};
+
+void addOptions(CLI::App& app, Texts& texts) {
+  const auto addAddresses = [&app](const char* name, std::vector<std::string>& to,
+                                   const char* what) {
+    return app.add_option(name, to, what)
+        ->type_name("ADDR:PORT")
+        ->check(checkListenAddress)
+        ->allow_extra_args(false);
+  };
+  addAddresses("--listen", texts.listen,
+               "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
+      ->required();
+  addAddresses(
+      "--policy", texts.policy,
+      "Answer policy requests here: intranet.example goes to the last IPv4 --listen address");
+  addAddresses("--portal", texts.portal, "Answer the registrations of a captive portal here");
+  app.add_flag("--quiet", texts.isQuiet, "No line for each query");
+  app.set_version_flag("--version", std::string(kName) + ' ' + quillet::deployment::kVersion);
+}
+
+/// Of options that were checked.
+Options optionsFrom(const Texts& texts) {
+  using Service = DemoSocket::Service;
+  Options options;
+  options.isQuiet = texts.isQuiet;
+  for (const auto& [addresses, service] : {std::pair(&texts.listen, Service::queries),
+                                           {&texts.policy, Service::policy},
+                                           {&texts.portal, Service::portal}}) {
+    for (const std::string& text : *addresses) {
+      options.listen.emplace_back(*ListenAddress::parse(text), service);
+    }
+  }
+  return options;
+}
+
 /// The options, or the status to end with.
 std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
   CLI::App app(
       "Answers A, AAAA and HTTPS queries from the name itself and shows the identity it sees.",
       kName);
-  using Texts = std::vector<std::string>;
-  Texts listen;
-  Texts policy;
-  Texts portal;
-  Options options;
-  const auto addAddresses = [&app](const char* name, Texts& texts, const char* what) {
-    return app.add_option(name, texts, what)
-        ->type_name("ADDR:PORT")
-        ->check(checkListenAddress)
-        ->allow_extra_args(false);
-  };
-  addAddresses("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5381; port 0: any")
-      ->required();
-  addAddresses(
-      "--policy", policy,
-      "Answer policy requests here: intranet.example goes to the last IPv4 --listen address");
-  addAddresses("--portal", portal, "Answer the registrations of a captive portal here");
-  app.add_flag("--quiet", options.isQuiet, "No line for each query");
-  app.set_version_flag("--version", std::string(kName) + ' ' + quillet::deployment::kVersion);
+  Texts texts;
+  addOptions(app, texts);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return {options, app.exit(error) == 0 ? 0 : kBadUsage};
+    return {Options(), app.exit(error) == 0 ? 0 : kBadUsage};
   }
-  using Service = DemoSocket::Service;
-  for (const auto& [texts, service] : {std::pair(&listen, Service::queries),
-                                       {&policy, Service::policy},
-                                       {&portal, Service::portal}}) {
-    for (const std::string& text : *texts) {
-      options.listen.emplace_back(*ListenAddress::parse(text), service);
-    }
-  }
-  return {options, std::nullopt};
+  return {optionsFrom(texts), std::nullopt};
 }
 
 std::optional<DatagramSocket> bindSocket(const ListenAddress& address) {

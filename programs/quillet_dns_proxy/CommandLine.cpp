@@ -36,50 +36,64 @@ std::string checkListenAddress(const std::string& text) {
   return ListenAddress::parse(text) ? "" : text + " is no ADDR:PORT";
 }
 
+/// The options as they were given.
+struct Texts {
+  std::vector<std::string> listen{kDefaultListen};
+  std::optional<std::string> vendorData;
+  std::string defaultsDirectory = usualDefaultsDirectory();
+  std::string sourceApp = "unknown";
+  bool safeSearch = false;
+};
+
+void addOptions(CLI::App& app, Texts& texts) {
+  app.add_option("--listen", texts.listen, "Address to serve, repeatable; IPv6 as [::1]:5300")
+      ->type_name("ADDR:PORT")
+      ->check(checkListenAddress)
+      ->allow_extra_args(false)
+      ->capture_default_str();
+  app.add_option("--vendor-data", texts.vendorData,
+                 "JSON object with the provider's settings; read again on SIGHUP")
+      ->type_name("FILE");
+  app.add_option("--defaults-dir", texts.defaultsDirectory, "Folder of the user defaults")
+      ->type_name("DIR")
+      ->capture_default_str();
+  app.add_option("--source-app", texts.sourceApp,
+                 "Signing identifier of flows whose application is not known")
+      ->type_name("ID")
+      ->capture_default_str();
+  app.add_flag("--safe-search", texts.safeSearch,
+               "Send every query unchanged to the filtering service's standard DNS port");
+  app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
+}
+
+/// Of options that were checked.
+CommandLine commandLineFrom(const Texts& texts) {
+  CommandLine result;
+  for (const auto& text : texts.listen) {
+    result.listen.push_back(ListenAddress::parse(text).value());
+  }
+  if (texts.vendorData) {
+    result.vendorData = *texts.vendorData;
+  }
+  result.defaultsDirectory = texts.defaultsDirectory;
+  result.sourceApp = texts.sourceApp;
+  result.safeSearch = texts.safeSearch;
+  return result;
+}
+
 }  // namespace
 
 std::variant<CommandLine, int> parseCommandLine(int argc, const char* const* argv) {
   CLI::App app("DNS proxy: adds the identity of organisation, user and application to DNS queries.",
                "quillet-dns-proxy");
-  std::vector<std::string> listen{kDefaultListen};
-  std::optional<std::string> vendorData;
-  std::string defaultsDirectory = usualDefaultsDirectory();
-  std::string sourceApp = "unknown";
-  app.add_option("--listen", listen, "Address to serve, repeatable; IPv6 as [::1]:5300")
-      ->type_name("ADDR:PORT")
-      ->check(checkListenAddress)
-      ->allow_extra_args(false)
-      ->capture_default_str();
-  app.add_option("--vendor-data", vendorData,
-                 "JSON object with the provider's settings; read again on SIGHUP")
-      ->type_name("FILE");
-  app.add_option("--defaults-dir", defaultsDirectory, "Folder of the user defaults")
-      ->type_name("DIR")
-      ->capture_default_str();
-  app.add_option("--source-app", sourceApp,
-                 "Signing identifier of flows whose application is not known")
-      ->type_name("ID")
-      ->capture_default_str();
-  bool safeSearch = false;
-  app.add_flag("--safe-search", safeSearch,
-               "Send every query unchanged to the filtering service's standard DNS port");
-  app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
+  Texts texts;
+  addOptions(app, texts);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kBadUsage;
   }
-  CommandLine result;
-  for (const auto& text : listen) {
-    result.listen.push_back(ListenAddress::parse(text).value());
-  }
-  if (vendorData) {
-    result.vendorData = *vendorData;
-  }
-  result.defaultsDirectory = defaultsDirectory;
-  result.sourceApp = sourceApp;
-  result.safeSearch = safeSearch;
-  return result;
+  return commandLineFrom(texts);
 }
 
 }  // namespace quillet

@@ -21,6 +21,7 @@ TEST(DispatchQueueTest, TakesWorkFromManyThreadsEachInItsOrderOneAtATime) {
     int count = 0;
     bool isInOrder = true;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&, thread] {
         for (int number = 0; number < kEach; ++number) {

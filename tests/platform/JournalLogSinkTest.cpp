@@ -16,7 +16,8 @@ std::vector<std::string> sentFields;
 
 }  // namespace
 
-// A program's own functions come before those of its libraries.
+// A program's own functions come before those of its libraries; the name is the library's.
+// NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" int sd_journal_sendv(const iovec* fields, int count) {
   for (int i = 0; i < count; ++i) {
     sentFields.emplace_back(static_cast<const char*>(fields[i].iov_base), fields[i].iov_len);

@@ -47,12 +47,14 @@ TEST(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOneOnly) {
 TEST(ServiceSocketTest, OnlyOneOfThoseThatStartAtTheSameInstantReplacesAStaleFile) {
   const test::TemporaryDirectory folder;
   const auto path = folder.path() / "name";
+  constexpr int kStarts = 4;
   for (int round = 0; round < 200; ++round) {
     auto stale = ServiceSocket::listen(path).value();
     stale.take();
     std::vector<std::future<bool>> starts;
-    std::latch end(4);
-    for (int i = 0; i < 4; ++i) {
+    starts.reserve(kStarts);
+    std::latch end(kStarts);
+    for (int i = 0; i < kStarts; ++i) {
       starts.push_back(std::async(std::launch::async, [&] {
         const auto socket = ServiceSocket::listen(path);
         end.arrive_and_wait();

@@ -8,14 +8,14 @@
 
 namespace platform::test {
 
-std::deque<int> SocketFailures::results_;
+std::deque<int> SocketFailures::toCome;
 
 bool SocketFailures::next() {
-  if (results_.empty()) {
+  if (toCome.empty()) {
     return false;
   }
-  const int result = results_.front();
-  results_.pop_front();
+  const int result = toCome.front();
+  toCome.pop_front();
   errno = result != 0 ? result : errno;
   return result != 0;
 }

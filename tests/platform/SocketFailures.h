@@ -10,8 +10,8 @@ namespace platform::test {
 /// the kernel always has room, so a full socket cannot be had otherwise.
 class SocketFailures {
  public:
-  SocketFailures(std::initializer_list<int> results) { results_ = results; }
-  ~SocketFailures() { results_.clear(); }
+  SocketFailures(std::initializer_list<int> results) { toCome = results; }
+  ~SocketFailures() { toCome.clear(); }
   SocketFailures(const SocketFailures&) = delete;
   SocketFailures& operator=(const SocketFailures&) = delete;
 
@@ -19,7 +19,7 @@ class SocketFailures {
   static bool next();
 
  private:
-  static std::deque<int> results_;
+  static std::deque<int> toCome;
 };
 
 }  // namespace platform::test
