@@ -5,8 +5,8 @@
 
 namespace quillet {
 
-/// The calls of the relay service that are meant for a provider. The service exports them to nobody,
-/// so no provider calls them.
+/// The calls of the relay service that are meant for a provider. The service exports them to
+/// nobody, so no provider calls them.
 class XPCServiceDNSProxyProtocol {
  public:
   XPCServiceDNSProxyProtocol() = default;
