@@ -8,8 +8,12 @@ namespace {
 
 static_assert(sizeof(in6_pktinfo) >= sizeof(in_pktinfo));
 
+bool isMulticast(const in6_addr& address) { return IN6_IS_ADDR_MULTICAST(&address) != 0; }
+
 // Such an address means something on its own network link only.
-bool isLinkLocal(const in6_addr& address) { return IN6_IS_ADDR_LINKLOCAL(&address) != 0; }
+bool isOfOneLink(const in6_addr& address) {
+  return IN6_IS_ADDR_LINKLOCAL(&address) != 0 || isMulticast(address);
+}
 
 SocketAddress addressFrom(const in_pktinfo& info, std::uint16_t port) {
   sockaddr_in address{};
@@ -24,7 +28,7 @@ SocketAddress addressFrom(const in6_pktinfo& info, std::uint16_t port) {
   address.sin6_family = AF_INET6;
   address.sin6_port = htons(port);
   address.sin6_addr = info.ipi6_addr;
-  address.sin6_scope_id = isLinkLocal(info.ipi6_addr) ? info.ipi6_ifindex : 0;
+  address.sin6_scope_id = isOfOneLink(info.ipi6_addr) ? info.ipi6_ifindex : 0;
   return SocketAddress(address);
 }
 
@@ -49,8 +53,8 @@ void writeInfo(msghdr& message, int level, int type, const Info& info) {
 
 bool PacketInfo::request(int socket, bool isIPv6) {
   const int on = 1;
-  return isIPv6 ? ::setsockopt(socket, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on) == 0
-                : ::setsockopt(socket, IPPROTO_IP, IP_PKTINFO, &on, sizeof on) == 0;
+  return (!isIPv6 || ::setsockopt(socket, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on) == 0) &&
+         ::setsockopt(socket, IPPROTO_IP, IP_PKTINFO, &on, sizeof on) == 0;
 }
 
 void PacketInfo::prepareToReceive(msghdr& message) {
@@ -59,23 +63,26 @@ void PacketInfo::prepareToReceive(msghdr& message) {
 }
 
 std::optional<SocketAddress> PacketInfo::sentTo(msghdr& message, std::uint16_t port) {
+  std::optional<SocketAddress> address;
   for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
        control = CMSG_NXTHDR(&message, control)) {
     if (control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_PKTINFO) {
       return readInfo<in_pktinfo>(*control, port);
     }
     if (control->cmsg_level == IPPROTO_IPV6 && control->cmsg_type == IPV6_PKTINFO) {
-      return readInfo<in6_pktinfo>(*control, port);
+      address = readInfo<in6_pktinfo>(*control, port);  // one of IPv4 may follow, and says more
     }
   }
-  return std::nullopt;
+  return address;
 }
 
 void PacketInfo::sendFrom(msghdr& message, const SocketAddress& source) {
   prepareToReceive(message);
   if (source.isIPv6()) {
-    writeInfo(message, IPPROTO_IPV6, IPV6_PKTINFO,
-              in6_pktinfo{source.v6().sin6_addr, source.v6().sin6_scope_id});
+    const auto& own = source.v6();
+    writeInfo(
+        message, IPPROTO_IPV6, IPV6_PKTINFO,
+        in6_pktinfo{isMulticast(own.sin6_addr) ? in6addr_any : own.sin6_addr, own.sin6_scope_id});
   } else {
     writeInfo(message, IPPROTO_IP, IP_PKTINFO, in_pktinfo{0, source.v4().sin_addr, {}});
   }
