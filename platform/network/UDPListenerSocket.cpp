@@ -22,13 +22,14 @@ namespace {
 // Larger than any datagram.
 constexpr std::size_t kBufferSize = 64UL * 1024;
 
-// What the kernel holds while the owner's queue is busy. It may give less.
-constexpr int kReceiveBufferSize = 8 * 1024 * 1024;
+// What the kernel holds while the owner's queue is busy, which takes it twice: some hundred
+// datagrams, so that what waits is dealt with in seconds.
+constexpr int kReceiveBufferSize = 256 * 1024;
 
 // Room for all that the kernel says of a datagram.
 constexpr std::size_t kControlSize = 512;
 
-// Refusals that one failed call may find before it: one for each earlier datagram.
+// Refusals that one read may find before it: one for each earlier datagram.
 constexpr int kMaxAttempts = 64;
 
 bool setOption(int socket, int level, int name, int value) {
@@ -69,6 +70,16 @@ std::uint16_t boundPort(int socket) {
   SocketAddress address;
   socklen_t size = SocketAddress::kMaxSize;
   return ::getsockname(socket, address.data(), &size) == 0 ? address.port() : std::uint16_t{0};
+}
+
+/// The error of one attempt; 0 for none.
+int sendOnce(int socket, const msghdr& message) {
+  while (::sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
+    if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
 }
 
 std::optional<int> errorIn(msghdr& message) {
@@ -156,16 +167,11 @@ std::optional<NWError> UDPListenerSocket::send(const SocketAddress& from, const 
   if (!from.isWildcard()) {
     source.sendFrom(message, from);
   }
-  for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-    if (::sendmsg(socket_.get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL) >= 0) {
-      return std::nullopt;
-    }
-    const bool mayBeOfEarlierOne = errno == ECONNREFUSED || errno == EHOSTUNREACH || errno == EINTR;
-    if (!mayBeOfEarlierOne) {
-      break;
-    }
+  int error = sendOnce(socket_.get(), message);
+  if (error != 0 && error != EAGAIN) {
+    error = sendOnce(socket_.get(), message);  // the first may have been about an earlier one
   }
-  return NWError::posix(errno);
+  return error == 0 ? std::nullopt : std::optional(NWError::posix(error));
 }
 
 }  // namespace platform

@@ -41,7 +41,8 @@ class UDPListenerSocket {
   /// The next refusal; absent when there is none.
   std::optional<Refusal> takeRefusal();
 
-  /// Sends one datagram from our address `from`. What was refused earlier is no error of it.
+  /// Sends one datagram from our address `from`. What the network answered to an earlier one is no
+  /// error of it.
   std::optional<NWError> send(const SocketAddress& from, const SocketAddress& to,
                               DataView datagram);
 
