@@ -6,8 +6,6 @@
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/network/NWError.h"
 
 namespace platform {
 
@@ -51,14 +49,12 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   void datagramsArrived(ListenSocket& socket) override;
   void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
   void offer(const std::shared_ptr<ClientFlow>& flow);
-  void logError(const ListenSocket& socket, std::error_code error);
 
   NEDNSProxyProvider* provider = nullptr;  // set before anything is read
   const std::shared_ptr<const NEFlowMetaData> metaData;
   Sockets sockets;
   SystemResolver resolver;
   DatagramSlots slots;
-  std::error_code lastError;
 };
 
 std::optional<Error> FlowHost::State::listen() {
@@ -73,12 +69,8 @@ std::optional<Error> FlowHost::State::listen() {
 void FlowHost::State::datagramsArrived(ListenSocket& socket) {
   for (int reads = 0; reads < kMaxReadsPerTurn && socket.isOpen(); ++reads) {
     const auto received = socket.receive(slots);
-    if (!received) {
-      logError(socket, received.error());
-      return;
-    }
-    offerAll(socket, *received);
-    if (received->size() < DatagramSlots::kSlots) {
+    offerAll(socket, received);
+    if (received.size() < DatagramSlots::kSlots) {
       return;
     }
   }
@@ -98,14 +90,6 @@ void FlowHost::State::offer(const std::shared_ptr<ClientFlow>& flow) {
   runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
     resolver.serve(flow);
-  }
-}
-
-// An error that stays is one line, not one for each turn of the loop.
-void FlowHost::State::logError(const ListenSocket& socket, std::error_code error) {
-  if (std::exchange(lastError, error) != error) {
-    NSLog("FlowHost: cannot receive on ", endpointFrom(socket.address()), ": ",
-          NWError::posix(error.value()));
   }
 }
 

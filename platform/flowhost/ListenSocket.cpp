@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/foundation/Description.h"
+#include "platform/foundation/NSLog.h"
 #include "platform/foundation/WholeNumber.h"
 #include "platform/network/NWError.h"
 
@@ -108,8 +109,17 @@ void ListenSocket::socketIsReady(bool canRead, bool canWrite) {
   }
 }
 
-DatagramSlots::Received ListenSocket::receive(DatagramSlots& slots) {
-  return slots.receive(socket_.get(), address_);
+std::span<const ReceivedDatagram> ListenSocket::receive(DatagramSlots& slots) {
+  const auto received = slots.receive(socket_.get(), address_);
+  logNewError(received ? std::error_code() : received.error());
+  return received.value_or(std::span<const ReceivedDatagram>());
+}
+
+void ListenSocket::logNewError(std::error_code error) {
+  if (std::exchange(readError_, error) != error && error) {
+    NSLog("FlowHost: cannot receive on ", endpointFrom(address_), ": ",
+          NWError::posix(error.value()));
+  }
 }
 
 int ListenSocket::sendNow(const FlowPath& path, DataView datagram) {

@@ -50,8 +50,9 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   /// The address that is bound, with the port that it has.
   [[nodiscard]] const SocketAddress& address() const { return address_; }
 
-  /// What has arrived, into `slots`.
-  DatagramSlots::Received receive(DatagramSlots& slots);
+  /// What has arrived, into `slots`; nothing after an error, which is one log line until a read
+  /// goes well again.
+  std::span<const ReceivedDatagram> receive(DatagramSlots& slots);
 
   /// Sends from one end of `path` to the other. The error, 0 for none; EAGAIN when it has to wait.
   int send(const FlowPath& path, DataView datagram);
@@ -66,12 +67,14 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   };
 
   void socketIsReady(bool canRead, bool canWrite) override;
+  void logNewError(std::error_code error);
   int sendNow(const FlowPath& path, DataView datagram);
   void sendWaiting();
   std::error_code watchAsNeeded();
 
   WatchedSocket socket_;
   const SocketAddress address_;
+  std::error_code readError_;  // of the last read
   std::weak_ptr<Reader> reader_;
   std::list<Waiting> waiting_;
 };
