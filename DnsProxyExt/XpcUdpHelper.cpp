@@ -58,7 +58,8 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));
-  connection->sendsAfterRefusal = false;
+  connection->isExchange = false;
+  connection->reportsRefusals = false;
   connection->stateUpdateHandler = [self = shared_from_this(), request = std::move(request),
                                     respCallback =
                                         std::move(respCallback)](const NWConnection::State& state) {

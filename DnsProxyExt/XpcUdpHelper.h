@@ -19,8 +19,9 @@ namespace quillet {
 /// this machine. Log lines and states go out on it as command datagrams; at most one datagram comes
 /// back for each connect, a reply text or a command.
 ///
-/// Nothing is waited for and nothing retried: without a relay service a send is one refused
-/// datagram and one log line. Unconnected, it drops what it is to send.
+/// Nothing is waited for and nothing retried: without a relay service a send is one datagram that
+/// is lost and one log line; one that comes later hears what is sent then. Unconnected, it drops
+/// what it is to send.
 ///
 /// Owned by a shared_ptr, which its connection's handlers hold. Inside the event loop only.
 class XpcUdpHelper : public std::enable_shared_from_this<XpcUdpHelper> {

@@ -61,9 +61,13 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
-  /// What becomes of a send that finds the refusal of an earlier one at the socket: it is sent all
-  /// the same, or else dropped with that error, for datagrams that nobody misses.
-  bool sendsAfterRefusal = true;
+  /// Set before `start`. Whether the refusal of a datagram fails a receive; if not, nobody hears of
+  /// it, for a link whose other end comes and goes.
+  bool reportsRefusals = true;
+
+  /// Set before `start`. Whether it is one of the open connections: kept alive as one of them, and
+  /// cancelled to make room. If not, it lives as long as somebody holds it, for a link that lasts.
+  bool isExchange = true;
 
   /// Opens and connects the socket. Called once.
   virtual void start(DispatchQueue queue) = 0;
@@ -91,7 +95,7 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// For log texts.
   virtual void describe(std::string& out) const = 0;
 
-  /// How many started connections of this process are not cancelled.
+  /// How many started exchanges of this process are not cancelled.
   static std::size_t openCount();
 
  protected:

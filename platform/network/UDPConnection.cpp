@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/network/SocketAddress.h"
 
 namespace platform {
 
@@ -69,9 +68,11 @@ void UDPConnection::start(DispatchQueue queue) {
     return;
   }
   isStarted_ = true;
-  OpenConnections::shared().makeRoom();
   const State outcome = open();
-  place_ = OpenConnections::shared().add(self());
+  if (isExchange) {
+    OpenConnections::shared().makeRoom();
+    place_ = OpenConnections::shared().add(self());
+  }
   queue.async([self = self(), outcome] { self->reportStart(outcome); });
 }
 
@@ -80,11 +81,15 @@ UDPConnection::State UDPConnection::open() {
   if (!address) {
     return {Kind::waiting, NWError::noSuchRecord()};
   }
-  auto socket = openSocketMakingRoom(address->family());
+  return connect(*address);
+}
+
+UDPConnection::State UDPConnection::connect(const SocketAddress& server) {
+  auto socket = openSocketMakingRoom(server.family());
   if (!socket.isOpen()) {
     return {Kind::failed, NWError::posix(errno)};
   }
-  if (::connect(socket.get(), address->data(), address->size()) != 0) {
+  if (::connect(socket.get(), server.data(), server.size()) != 0) {
     return {Kind::waiting, NWError::posix(errno)};
   }
   socket_.open(std::move(socket));
@@ -115,8 +120,8 @@ void UDPConnection::cancel() {
   isCancelled_ = true;
   DispatchQueue::global().async([self = self()] { self->reportCancelled(); });
   socket_.close();
-  if (isStarted_) {
-    OpenConnections::shared().remove(place_);
+  if (const auto place = std::exchange(place_, std::nullopt)) {
+    OpenConnections::shared().remove(*place);
   }
   // Let go of only now, with everything in its final state: they may own whoever calls here again.
   const auto waiting = std::exchange(waiting_, {});
@@ -168,20 +173,34 @@ void UDPConnection::describe(std::string& out) const {
 
 int UDPConnection::trySend(const Data& content) {
   const int error = sendOnce(socket_.get(), content);
-  const bool isDropped = error == ECONNREFUSED && !sendsAfterRefusal;
-  if (error == 0 || error == EAGAIN || isDropped) {
+  if (error == 0 || error == EAGAIN) {
     return error;
   }
   const int again = sendOnce(socket_.get(), content);
   const bool isOfEarlierOne = error == ECONNREFUSED || error != again;
-  if (isOfEarlierOne && receiveErrors_.size() < kMaxReceiveErrors) {
-    receiveErrors_.push_back(NWError::posix(error));
-    if (!receives_.empty()) {
-      deliverLater();
-    }
+  if (isOfEarlierOne) {
+    keepReceiveError(error);
   }
   // Refused again: some more of the earlier datagrams were. Never the fault of this one.
   return again == ECONNREFUSED ? 0 : again;
+}
+
+void UDPConnection::keepReceiveError(int error) {
+  if (isIgnored(error) || receiveErrors_.size() >= kMaxReceiveErrors) {
+    return;
+  }
+  receiveErrors_.push_back(NWError::posix(error));
+  if (!receives_.empty()) {
+    deliverLater();
+  }
+}
+
+bool UDPConnection::isIgnored(int error) const { return error == ECONNREFUSED && !reportsRefusals; }
+
+void UDPConnection::touch() {
+  if (place_) {
+    OpenConnections::shared().touch(*place_);
+  }
 }
 
 void UDPConnection::sendWaiting() {
@@ -244,7 +263,7 @@ void UDPConnection::watchAsNeeded() {
 void UDPConnection::receiveOne() {
   static std::array<std::uint8_t, kBufferSize> buffer;
   const auto size = ::recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT | MSG_TRUNC);
-  if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+  if (size < 0 && (errno == EAGAIN || errno == EINTR || isIgnored(errno))) {
     return;
   }
   const int error = errno;

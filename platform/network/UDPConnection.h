@@ -8,6 +8,7 @@
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
+#include "platform/network/SocketAddress.h"
 
 namespace platform {
 
@@ -16,7 +17,8 @@ namespace platform {
 ///
 /// A refusal (ICMP port unreachable) is the answer to a datagram sent earlier, and the kernel hands
 /// it out with the next call on the socket, whichever it is. When that is a send, the error is kept
-/// for a receive and the send is done again. One refusal fails one receive.
+/// for a receive and the send is done again. One refusal fails one receive, or none where
+/// refusals are not reported.
 class UDPConnection final : public NWConnection, private SocketWatcher {
  public:
   UDPConnection(NWEndpoint::Host host, NWEndpoint::Port port);
@@ -45,11 +47,13 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   std::shared_ptr<UDPConnection> self();
 
   State open();
+  State connect(const SocketAddress& server);
   void reportStart(const State& outcome);
   void report(const State& state);
   void reportCancelled();
 
   int trySend(const Data& content);
+  void keepReceiveError(int error);
   void sendWaiting();
   void finish(SendCompletion completion, std::optional<NWError> error);
 
@@ -65,7 +69,8 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   void deliverReceiveErrors();
   std::optional<NWError> takeReceiveError();
 
-  void touch() { OpenConnections::shared().touch(place_); }
+  [[nodiscard]] bool isIgnored(int error) const;
+  void touch();
 
   const NWEndpoint::Host host_;
   const NWEndpoint::Port port_;
@@ -74,7 +79,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   bool isStarted_ = false;
   bool isCancelled_ = false;
   bool isDeliveryDue_ = false;
-  OpenConnections::Place place_;  // valid while started and not cancelled
+  std::optional<OpenConnections::Place> place_;  // present while it is an open connection
   std::vector<Sent> sent_;
   std::list<Waiting> waiting_;
   std::list<ReceiveCompletion> receives_;  // the oldest first

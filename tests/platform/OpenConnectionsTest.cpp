@@ -35,22 +35,47 @@ TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
                                   "e waiting(-65554: NoSuchRecord)"));
 }
 
-TEST_F(OpenConnectionsTest, WithoutADescriptorToBeHadItFails) {
+TEST_F(OpenConnectionsTest, ALinkThatLastsIsNoneOfThem) {
+  const auto link = make("127.0.0.1", 53, "link ");
+  link->isExchange = false;
+  link->start(DispatchQueue::global());
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+  EXPECT_FALSE(OpenConnections::shared().cancelIdleLongest());
+  send(link, "q");
+  link->cancel();
+  runReady();
+  EXPECT_EQ(lines_.back(), "link cancelled");
+}
+
+/// Starts it while there is no descriptor to be had.
+void startWithoutDescriptors(const test::Connection& connection) {
   rlimit former{};
   ::getrlimit(RLIMIT_NOFILE, &former);
   const auto next = static_cast<rlim_t>(FileDescriptor(::dup(STDIN_FILENO)).get());
   const rlimit noRoom{next, former.rlim_max};
-  const auto connection = make("127.0.0.1", 53);
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &noRoom), 0);
   connection->start(DispatchQueue::global());
   ::setrlimit(RLIMIT_NOFILE, &former);
-  receive(connection);
+}
+
+TEST_F(OpenConnectionsTest, WithoutADescriptorTheOneIdleLongestGivesItsOwnOrItFails) {
+  const auto idle = readyTo(53, "idle ");
+  const auto next = make("127.0.0.1", 53);
+  startWithoutDescriptors(next);
+  runReady();
+  EXPECT_THAT(lines_, ElementsAre("idle cancelled", "setup", "preparing", "ready"));
+  next->cancel();
+  runReady();
+  lines_.clear();
+  const auto last = make("127.0.0.1", 53);
+  startWithoutDescriptors(last);
+  receive(last);
+  runReady();
+  send(last, "q");
   runReady();
   const std::string error = "POSIXErrorCode(rawValue: 24): Too many open files";
-  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "failed(" + error + ")", "got " + error));
-  send(connection, "q");
-  runReady();
-  EXPECT_EQ(lines_.back(), "sent q " + error);
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "failed(" + error + ")", "got " + error,
+                                  "sent q " + error));
 }
 
 }  // namespace

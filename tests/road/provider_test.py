@@ -6,11 +6,14 @@ the system permits no such thing."""
 
 import json
 import os
+import resource
 import signal
+import socket
 
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.client import ask
+from roadlib.client import Client, ask
+from roadlib.processes import PATIENCE
 
 FILTERING, POLICY, RELAY = ("127.0.0.2", 81), ("127.0.0.5", 2800), ("127.0.0.1", 9898)  # the build's values
 WIKI, LAB = ("198.51.100.53", 53), ("198.51.100.54", 5300)
@@ -136,6 +139,41 @@ class LinkTest(ProviderTest):
         query = self.query(proxy)
         self.assertEqual(len(system.queries), 1)
         self.assertEqual(self.filtering.wait_for_queries(1)[0][:2], query[:2])
+
+    def listening_relay(self):
+        relay = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.addCleanup(relay.close)
+        relay.settimeout(PATIENCE)
+        relay.bind(RELAY)
+        return relay
+
+    def test_declined_flows_leave_the_link_alone(self):
+        system = self.upstream(lambda _: [], host=SYSTEM[0], port=SYSTEM[1])
+        relay = self.listening_relay()
+        with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM[0]}"):
+            proxy = self.proxy(IDENTITY, preparation=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (96, 96)))
+            relay.sendto(command("bypassAllOn"), relay.recvfrom(65535)[1])
+            proxy.wait_for_line("Received command: bypassAllOn")
+            self.reconfigure(proxy, IDENTITY)
+            _, link = relay.recvfrom(65535)
+            for number in range(1, 101):  # of which 32 may wait for an answer
+                with Client(proxy.endpoint) as client:
+                    client.send(wire.query("a.example"))
+                system.wait_for_queries(number)
+            relay.sendto(command("bypassAllOff"), link)
+            proxy.wait_for_line("Received command: bypassAllOff")
+        self.query(proxy)
+
+    def test_a_relay_that_starts_late_hears_the_first_line_and_is_heard(self):
+        proxy = self.proxy(IDENTITY)
+        for _ in range(3):
+            self.query(proxy)
+        relay = self.listening_relay()
+        self.query(proxy)
+        first, link = relay.recvfrom(65535)
+        self.assertIn(b"readDatagrams hash = ", first)
+        relay.sendto(command("bypassAllOn"), link)
+        proxy.wait_for_line("Received command: bypassAllOn")
 
     def test_nobody_reads_standard_output(self):
         reader, writer = os.pipe()
