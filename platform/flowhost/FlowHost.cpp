@@ -6,6 +6,8 @@
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/network/OwnSockets.h"
 
 namespace platform {
 
@@ -29,21 +31,13 @@ tl::expected<Sockets, Error> bindAll(const std::vector<NWHostEndpoint>& endpoint
   return sockets;
 }
 
-std::vector<SocketAddress> addressesOf(const Sockets& sockets) {
-  std::vector<SocketAddress> addresses;
-  for (const auto& socket : sockets) {
-    addresses.push_back(socket->address());
-  }
-  return addresses;
-}
-
 }  // namespace
 
 struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_this<State> {
   State(const FlowHostOptions& options, Sockets bound)
       : metaData(std::make_shared<NEFlowMetaData>(NEFlowMetaData{options.sourceApp})),
         sockets(std::move(bound)),
-        resolver(options.resolvConf, options.resolverPort, addressesOf(sockets)) {}
+        resolver(options.resolvConf, options.resolverPort) {}
 
   std::optional<Error> listen();
   void datagramsArrived(ListenSocket& socket) override;
@@ -80,6 +74,10 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
   for (auto& group : groupedByPath(received)) {
     if (!socket.isOpen()) {
       return;
+    }
+    if (OwnSockets::shared().hasSent(group.path.client)) {
+      NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", group.path.client);
+      continue;
     }
     offer(std::make_shared<ClientFlow>(socket.shared_from_this(), std::move(group), metaData));
   }

@@ -26,7 +26,8 @@ struct FlowHostOptions {
 
 /// A UDP server for the DNS queries of local clients, which drives a provider: it makes one flow of
 /// what one client socket has sent in one read and offers it. Flows that the provider declines go
-/// to the system's own DNS server. Inside the event loop only.
+/// to the system's own DNS server. What this process's own sockets have sent is dropped, with a log
+/// line: it would come back as the next query. Inside the event loop only.
 class FlowHost {
  public:
   /// Binds all addresses; what comes there waits. The error names the endpoint that cannot be

@@ -78,7 +78,7 @@ tl::expected<std::shared_ptr<ListenSocket>, Error> ListenSocket::bind(
 }
 
 ListenSocket::ListenSocket(FileDescriptor socket, const SocketAddress& address)
-    : socket_(std::move(socket)), address_(address) {}
+    : socket_(std::move(socket)), address_(address), served_(OwnSockets::shared().serve(address)) {}
 
 std::optional<Error> ListenSocket::listen(std::weak_ptr<Reader> reader) {
   reader_ = std::move(reader);
@@ -90,6 +90,7 @@ std::optional<Error> ListenSocket::listen(std::weak_ptr<Reader> reader) {
 
 void ListenSocket::close() {
   socket_.close();
+  served_.reset();
   for (const auto& answer : std::exchange(waiting_, {})) {
     answer.completion(ECANCELED);
   }
@@ -117,8 +118,7 @@ std::span<const ReceivedDatagram> ListenSocket::receive(DatagramSlots& slots) {
 
 void ListenSocket::logNewError(std::error_code error) {
   if (std::exchange(readError_, error) != error && error) {
-    NSLog("FlowHost: cannot receive on ", endpointFrom(address_), ": ",
-          NWError::posix(error.value()));
+    NSLog("FlowHost: cannot receive on ", address_, ": ", NWError::posix(error.value()));
   }
 }
 

@@ -9,6 +9,7 @@
 #include "platform/flowhost/DatagramSlots.h"
 #include "platform/flowhost/FlowPath.h"
 #include "platform/foundation/Error.h"
+#include "platform/network/OwnSockets.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 
 namespace platform {
@@ -74,6 +75,7 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
 
   WatchedSocket socket_;
   const SocketAddress address_;
+  OwnSockets::Entry served_;   // while it is open
   std::error_code readError_;  // of the last read
   std::weak_ptr<Reader> reader_;
   std::list<Waiting> waiting_;

@@ -1,11 +1,10 @@
 #include "platform/flowhost/SystemResolver.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/flowhost/ResolverExchange.h"
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/network/OwnSockets.h"
 #include "platform/networkextension/NEDNSSettings.h"
 
 namespace platform {
@@ -17,18 +16,15 @@ std::optional<FileState> stateOf(const std::filesystem::path& file) {
   return state ? std::optional(*state) : std::nullopt;
 }
 
-/// Whether the address is one of this machine's: only such a one can be bound.
-bool isLocal(SocketAddress address) {
-  address.setPort(0);
-  const FileDescriptor socket(::socket(address.family(), SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  return socket.isOpen() && ::bind(socket.get(), address.data(), address.size()) == 0;
+// The wildcard address stands for this machine: it counts as our own whatever we serve.
+bool isOwn(const SocketAddress& server) {
+  return server.isWildcard() || OwnSockets::shared().servesAt(server);
 }
 
 }  // namespace
 
-SystemResolver::SystemResolver(std::filesystem::path resolvConf, std::uint16_t port,
-                               std::vector<SocketAddress> ownAddresses)
-    : resolvConf_(std::move(resolvConf)), port_(port), ownAddresses_(std::move(ownAddresses)) {}
+SystemResolver::SystemResolver(std::filesystem::path resolvConf, std::uint16_t port)
+    : resolvConf_(std::move(resolvConf)), port_(port) {}
 
 void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow) {
   if (const auto address = server()) {
@@ -68,16 +64,6 @@ std::optional<SocketAddress> SystemResolver::firstUsable(
     }
   }
   return std::nullopt;
-}
-
-// The wildcard address stands for this machine: it counts as our own whatever we serve.
-bool SystemResolver::isOwn(const SocketAddress& server) const {
-  return server.isWildcard() ||
-         std::any_of(ownAddresses_.begin(), ownAddresses_.end(), [&](const SocketAddress& own) {
-           const bool isCovered = own.isWildcard() && own.family() == server.family() &&
-                                  own.port() == server.port() && isLocal(server);
-           return own == server || isCovered;
-         });
 }
 
 }  // namespace platform

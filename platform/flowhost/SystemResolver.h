@@ -13,12 +13,10 @@
 namespace platform {
 
 /// Answers flows from the DNS server that the system itself uses: the first `nameserver` of its
-/// configuration that is an address of somebody else's. Inside the event loop only.
+/// configuration that this process does not serve itself. Inside the event loop only.
 class SystemResolver {
  public:
-  /// `ownAddresses` are what this process serves: asking one of them would go round in a circle.
-  SystemResolver(std::filesystem::path resolvConf, std::uint16_t port,
-                 std::vector<SocketAddress> ownAddresses);
+  SystemResolver(std::filesystem::path resolvConf, std::uint16_t port);
 
   /// Passes the flow's datagrams to the server as they are, and its answers back, in the order in
   /// which they come; closes the flow after the last one, or with an error. A server that does not
@@ -32,11 +30,9 @@ class SystemResolver {
   void readAgain(const std::optional<FileState>& state);
   [[nodiscard]] std::optional<SocketAddress> firstUsable(
       const std::vector<std::string>& servers) const;
-  [[nodiscard]] bool isOwn(const SocketAddress& server) const;
 
   const std::filesystem::path resolvConf_;
   const std::uint16_t port_;
-  const std::vector<SocketAddress> ownAddresses_;
   std::optional<SocketAddress> server_;
   std::optional<FileState> state_;  // of the file when it was read; absent for none
   bool isRead_ = false;

@@ -160,7 +160,7 @@ std::optional<NWPath> AcceptedConnection::currentPath() const { return NWPath::f
 
 /// An IPv6 address and its port are parted by a full stop, as the framework prints them.
 void AcceptedConnection::describe(std::string& out) const {
-  const auto plain = SocketAddress::parse(client_.host(), client_.port()).value_or(client_);
+  const auto plain = client_.unmapped();
   out.append("[C").append(std::to_string(number_)).append(" ").append(plain.host());
   out.append(plain.isIPv6() ? "." : ":").append(std::to_string(plain.port())).append(" udp]");
 }

@@ -20,15 +20,16 @@ namespace platform {
 ///
 ///     start() -> setup -> preparing -> ready            the socket is connected
 ///                                   -> waiting(error)   no such address, no route; it stays so
-///                                   -> failed(error)    the system gives no socket
+///                                   -> failed(error)    the system gives no socket, or the
+///                                                       address is one that this process serves
 ///     any of them -> cancelled                          after `cancel`, and nothing after that
 ///
 /// A refused port is no state: it arrives as the error of a receive. There are no timeouts. The
 /// process keeps at most `kMaxConnections` of these open; one more cancels the one that has been
 /// idle longest.
 ///
-/// A started connection keeps itself and its handlers alive until it is cancelled; then it lets go
-/// of all of them. Inside the event loop only.
+/// A started connection keeps itself and its handlers alive until it is cancelled or has failed;
+/// then it lets go of all of them, and nothing is reported after that. Inside the event loop only.
 class NWConnection : public std::enable_shared_from_this<NWConnection> {
  public:
   struct State {
@@ -95,7 +96,7 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// For log texts.
   virtual void describe(std::string& out) const = 0;
 
-  /// How many started exchanges of this process are not cancelled.
+  /// How many started exchanges of this process have neither failed nor are cancelled.
   static std::size_t openCount();
 
  protected:

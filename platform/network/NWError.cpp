@@ -1,12 +1,18 @@
 #include "platform/network/NWError.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include "platform/foundation/Description.h"
 
 namespace platform {
 
+NWError NWError::ownAddress() { return posix(ELOOP); }
+
 std::string NWError::text() const {
+  if (*this == ownAddress()) {
+    return "The address is served by this program itself";  // the system's text speaks of files
+  }
   if (domain_ == Domain::dns) {
     return "NoSuchRecord";
   }

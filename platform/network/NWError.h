@@ -13,6 +13,8 @@ class NWError {
   static NWError posix(int code) { return NWError(Domain::posix, code); }
   /// The host text is no IP address; names are never looked up.
   static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
+  /// The address asked is one that this process itself serves.
+  static NWError ownAddress();
 
   [[nodiscard]] int code() const { return code_; }
   /// What has failed, without the number: `Connection refused`, whatever the locale.

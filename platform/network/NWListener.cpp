@@ -7,6 +7,7 @@
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/network/AcceptedConnection.h"
+#include "platform/network/OwnSockets.h"
 
 namespace platform {
 
@@ -153,6 +154,11 @@ bool NWListener::readOne() {
   if (!arrival) {
     readRefusals();
     return false;
+  }
+  if (OwnSockets::shared().hasSent(arrival->client)) {
+    NSLog("NWListener: dropped ", arrival->datagram, " from our own socket ",
+          arrival->client.unmapped());
+    return true;
   }
   if (auto* const known = associations.find(arrival->client)) {
     known->arrived(*arrival);

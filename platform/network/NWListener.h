@@ -26,6 +26,9 @@ namespace platform {
 ///                      -> failed(error)    the system does not watch the socket
 ///     any of them -> cancelled             after `cancel`, and nothing after that
 ///
+/// What this process's own sockets have sent is dropped, with a log line: two ports that answer
+/// each other would never end.
+///
 /// It lives as long as its owner holds it. After `create`, on its queue only.
 class NWListener : public std::enable_shared_from_this<NWListener> {
  public:

@@ -25,14 +25,6 @@ std::optional<SocketAddress> parseIPv4(const std::string& host, std::uint16_t po
   return SocketAddress(address);
 }
 
-SocketAddress unmapped(const sockaddr_in6& mapped) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = mapped.sin6_port;
-  std::memcpy(&address.sin_addr, mapped.sin6_addr.s6_addr + kMappedPrefixSize, sizeof(in_addr));
-  return SocketAddress(address);
-}
-
 // The number of the interface; 0 for none.
 std::uint32_t parseScope(const std::string& scope) {
   const auto number = wholeNumber<std::uint32_t>(scope);
@@ -53,7 +45,7 @@ std::optional<SocketAddress> parseIPv6(const std::string& host, std::uint16_t po
       return std::nullopt;
     }
   }
-  return IN6_IS_ADDR_V4MAPPED(&address.sin6_addr) ? unmapped(address) : SocketAddress(address);
+  return SocketAddress(address).unmapped();
 }
 
 std::string scopeText(std::uint32_t scope) {
@@ -84,6 +76,17 @@ void SocketAddress::setPort(std::uint16_t port) {
   (isIPv6() ? address_.v6.sin6_port : address_.v4.sin_port) = htons(port);
 }
 
+SocketAddress SocketAddress::unmapped() const {
+  if (!isIPv6() || !IN6_IS_ADDR_V4MAPPED(&v6().sin6_addr)) {
+    return *this;
+  }
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = v6().sin6_port;
+  std::memcpy(&address.sin_addr, v6().sin6_addr.s6_addr + kMappedPrefixSize, sizeof(in_addr));
+  return SocketAddress(address);
+}
+
 std::string SocketAddress::host() const {
   std::array<char, INET6_ADDRSTRLEN> text{};
   if (!isIPv6()) {
@@ -94,6 +97,11 @@ std::string SocketAddress::host() const {
     host.append("%").append(scopeText(v6().sin6_scope_id));
   }
   return host;
+}
+
+void SocketAddress::describe(std::string& out) const {
+  out.append(isIPv6() ? "[" : "").append(host()).append(isIPv6() ? "]:" : ":");
+  out.append(std::to_string(port()));
 }
 
 bool SocketAddress::operator==(const SocketAddress& other) const {

@@ -27,8 +27,13 @@ class SocketAddress {
   [[nodiscard]] bool isWildcard() const;
   [[nodiscard]] std::uint16_t port() const;
   void setPort(std::uint16_t port);
+  /// The IPv4 address that an IPv6 form stands for, as a socket for both families gives it; any
+  /// other as it is.
+  [[nodiscard]] SocketAddress unmapped() const;
   /// The form that `parse` reads.
   [[nodiscard]] std::string host() const;
+  /// `127.0.0.1:53`, `[::1]:53`.
+  void describe(std::string& out) const;
 
   [[nodiscard]] sa_family_t family() const { return address_.any.sa_family; }
   [[nodiscard]] const sockaddr_in& v4() const { return address_.v4; }

@@ -69,7 +69,7 @@ void UDPConnection::start(DispatchQueue queue) {
   }
   isStarted_ = true;
   const State outcome = open();
-  if (isExchange) {
+  if (isExchange && outcome.kind != Kind::failed) {
     OpenConnections::shared().makeRoom();
     place_ = OpenConnections::shared().add(self());
   }
@@ -81,6 +81,9 @@ UDPConnection::State UDPConnection::open() {
   if (!address) {
     return {Kind::waiting, NWError::noSuchRecord()};
   }
+  if (OwnSockets::shared().servesAt(*address)) {
+    return {Kind::failed, NWError::ownAddress()};
+  }
   return connect(*address);
 }
 
@@ -89,9 +92,13 @@ UDPConnection::State UDPConnection::connect(const SocketAddress& server) {
   if (!socket.isOpen()) {
     return {Kind::failed, NWError::posix(errno)};
   }
-  if (::connect(socket.get(), server.data(), server.size()) != 0) {
+  SocketAddress local;
+  socklen_t size = SocketAddress::kMaxSize;
+  if (::connect(socket.get(), server.data(), server.size()) != 0 ||
+      ::getsockname(socket.get(), local.data(), &size) != 0) {
     return {Kind::waiting, NWError::posix(errno)};
   }
+  local_ = OwnSockets::shared().exchange(local);
   socket_.open(std::move(socket));
   return {Kind::ready, std::nullopt};
 }
@@ -101,6 +108,9 @@ void UDPConnection::reportStart(const State& outcome) {
   report({Kind::preparing, std::nullopt});
   report(outcome);
   deliverReceiveErrors();
+  if (outcome.kind == Kind::failed) {
+    const auto letGoOf = std::exchange(stateUpdateHandler, nullptr);
+  }
 }
 
 void UDPConnection::report(const State& state) {
@@ -120,6 +130,7 @@ void UDPConnection::cancel() {
   isCancelled_ = true;
   DispatchQueue::global().async([self = self()] { self->reportCancelled(); });
   socket_.close();
+  local_.reset();
   if (const auto place = std::exchange(place_, std::nullopt)) {
     OpenConnections::shared().remove(*place);
   }
@@ -156,13 +167,8 @@ void UDPConnection::send(Data content, SendCompletion completion) {
 }
 
 std::optional<NWPath> UDPConnection::currentPath() const {
-  if (!socket_.isOpen()) {
-    return std::nullopt;
-  }
-  SocketAddress local;
-  socklen_t size = SocketAddress::kMaxSize;
-  const bool isKnown = ::getsockname(socket_.get(), local.data(), &size) == 0;
-  return isKnown ? std::optional(NWPath::from(local)) : std::nullopt;
+  const auto& local = local_.address();
+  return local ? std::optional(NWPath::from(*local)) : std::nullopt;
 }
 
 void UDPConnection::describe(std::string& out) const {

@@ -8,12 +8,13 @@
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
+#include "platform/network/OwnSockets.h"
 #include "platform/network/SocketAddress.h"
 
 namespace platform {
 
 /// The connection as a connected, non-blocking socket. An exchange of one datagram each way costs
-/// six system calls: socket, connect, send, one to be watched, recv, close.
+/// seven system calls: socket, connect, getsockname, send, one to be watched, recv, close.
 ///
 /// A refusal (ICMP port unreachable) is the answer to a datagram sent earlier, and the kernel hands
 /// it out with the next call on the socket, whichever it is. When that is a send, the error is kept
@@ -75,6 +76,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   const NWEndpoint::Host host_;
   const NWEndpoint::Port port_;
   WatchedSocket socket_;
+  OwnSockets::Entry local_;  // while the socket is connected
   State state_;
   bool isStarted_ = false;
   bool isCancelled_ = false;

@@ -115,7 +115,17 @@ UDPListenerSocket::UDPListenerSocket(FileDescriptor socket, bool isIPv6)
     : socket_(std::move(socket)),
       isIPv6_(isIPv6),
       port_(boundPort(socket_.get())),
-      buffer_(kBufferSize) {}
+      buffer_(kBufferSize) {
+  served_.push_back(OwnSockets::shared().serve(anyAddress(false, port_)));
+  if (isIPv6_) {
+    served_.push_back(OwnSockets::shared().serve(anyAddress(true, port_)));
+  }
+}
+
+void UDPListenerSocket::close() {
+  served_.clear();
+  socket_ = FileDescriptor();
+}
 
 std::optional<UDPListenerSocket::Arrival> UDPListenerSocket::receive() {
   Arrival arrival;

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <optional>
 #include <tl/expected.hpp>
+#include <vector>
 
 #include "platform/foundation/Data.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/network/NWError.h"
+#include "platform/network/OwnSockets.h"
 #include "platform/network/SocketAddress.h"
 
 namespace platform {
@@ -32,7 +34,7 @@ class UDPListenerSocket {
 
   [[nodiscard]] int get() const { return socket_.get(); }
   [[nodiscard]] std::uint16_t port() const { return port_; }
-  void close() { socket_ = FileDescriptor(); }
+  void close();
 
   /// The next datagram, whole; absent when there is none.
   std::optional<Arrival> receive();
@@ -52,6 +54,7 @@ class UDPListenerSocket {
   FileDescriptor socket_;
   bool isIPv6_;
   std::uint16_t port_;
+  std::vector<OwnSockets::Entry> served_;  // one for each family, while it is open
   Data buffer_;
   std::uint32_t lost_ = 0;  // all so far, modulo 2^32
 };

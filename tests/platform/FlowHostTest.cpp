@@ -1,5 +1,6 @@
 #include <cerrno>
 
+#include "platform/network/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 
@@ -30,6 +31,27 @@ TEST_F(FlowHostTest, OffersWhatOneClientHasSentToOneAddressAsOneFlow) {
   EXPECT_THAT(read(provider_.offers[0].flow), IsEmpty());
   EXPECT_THAT(read(provider_.offers[1].flow), ElementsAre("b" + to1));
   EXPECT_THAT(read(provider_.offers[2].flow), ElementsAre("c to 127.0.0.2:" + endpoint().port));
+  for (int i = 0; i < 3; ++i) {
+    first.send(std::string(40'000, 'x'), bound(0, "127.0.0.1"));  // the second fills a flow
+  }
+  offered(4);
+  EXPECT_THAT(read(provider_.offers[3].flow), SizeIs(2));
+  EXPECT_THAT(read(provider_.offers[4].flow), SizeIs(1));
+}
+
+TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
+  start({"0.0.0.0"});
+  const UDPSocket client;
+  const auto address = SocketAddress::parse("127.0.0.1", client.port()).value();
+  auto exchange = OwnSockets::shared().exchange(address);
+  client.send("round", bound(0, "127.0.0.1"));
+  runReady();
+  EXPECT_THAT(provider_.offers, IsEmpty());
+  EXPECT_THAT(log_.records(),
+              ElementsAre("FlowHost: dropped 5 bytes from our own socket " + description(address)));
+  exchange.reset();
+  client.send("in", bound(0, "127.0.0.1"));
+  offered(0);
 }
 
 // A connected client takes nothing from an address other than the one it has asked.
@@ -49,16 +71,20 @@ TEST_F(FlowHostTest, AnswersLeaveWholeFromTheAddressThatWasAsked) {
   }
 }
 
-TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAndServiceGoesOn) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  const SocketFailures failures({EINTR, ENOMEM, ENOMEM, ENOMEM, 0});
-  flowOf(client);
-  EXPECT_EQ(answer(0, "a"), "");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
-  EXPECT_THAT(log_.records(),
-              ElementsAre("FlowHost: cannot receive on " + description(endpoint()) +
-                          ": POSIXErrorCode(rawValue: 12): Cannot allocate memory"));
+TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAnEpisodeAndServiceGoesOn) {
+  start({"127.0.0.1", "::1"});
+  std::vector<std::string> lines;
+  for (const std::size_t index : {0U, 0U, 1U}) {
+    const UDPSocket client(endpoint(index).hostname);
+    const SocketFailures failures({EINTR, ENOMEM, ENOMEM, ENOMEM, 0});
+    client.send("q", bound(index));
+    offered(lines.size());
+    EXPECT_EQ(answer(lines.size(), "a"), "");
+    EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
+    lines.push_back("FlowHost: cannot receive on " + description(endpoint(index)) +
+                    ": POSIXErrorCode(rawValue: 12): Cannot allocate memory");
+  }
+  EXPECT_EQ(log_.records(), lines);
 }
 
 TEST_F(FlowHostTest, StopEndsEverything) {

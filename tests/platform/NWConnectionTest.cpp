@@ -1,5 +1,6 @@
 #include <cerrno>
 
+#include "platform/network/OwnSockets.h"
 #include "tests/platform/ConnectionTest.h"
 #include "tests/platform/SocketFailures.h"
 
@@ -102,6 +103,20 @@ TEST_F(NWConnectionTest, WhereRefusalsAreNotReportedOnlyADatagramCompletesARecei
   ASSERT_TRUE(runUntilLines(8));
   EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent a", "sent b", "sent c",
                                   "sent d", "got answer"));
+}
+
+TEST_F(NWConnectionTest, AnAddressThatThisProcessServesFailsAndLeavesNothing) {
+  const auto served = OwnSockets::shared().serve(SocketAddress::parse("0.0.0.0", 5300).value());
+  auto connection = started("::ffff:127.0.0.7", 5300);
+  const std::weak_ptr<NWConnection> weak = connection;
+  receive(connection);
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+  runReady();
+  const std::string error =
+      "POSIXErrorCode(rawValue: 40): The address is served by this program itself";
+  EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "failed(" + error + ")", "got " + error));
+  connection.reset();
+  EXPECT_TRUE(weak.expired());
 }
 
 TEST_F(NWConnectionTest, AHostThatIsNoAddressWaitsAndFailsWhatIsAskedOfIt) {

@@ -9,6 +9,7 @@
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
+#include "platform/network/OwnSockets.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"
@@ -60,7 +61,11 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
   };
   for (const auto& row : rows) {
     configure(row.text);
-    const auto server = SystemResolver(file_, 53, row.own).server();
+    std::vector<OwnSockets::Entry> own;
+    for (const auto& served : row.own) {
+      own.push_back(OwnSockets::shared().serve(served));
+    }
+    const auto server = SystemResolver(file_, 53).server();
     EXPECT_EQ(server ? server->host() : "none", row.server) << row.text;
   }
 }
@@ -68,7 +73,7 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
 TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   const UDPSocket server;
   configure("nameserver 127.0.0.1\n");
-  SystemResolver resolver(file_, server.port(), {});
+  SystemResolver resolver(file_, server.port());
   const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("one"), bytes("")});
   resolver.serve(flow);
   MainLoop::shared().runReady();
@@ -106,7 +111,7 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
   };
   for (const auto& row : rows) {
     configure(row.configuration);
-    SystemResolver resolver(file_, test::unusedPort(), {});
+    SystemResolver resolver(file_, test::unusedPort());
     const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a"), bytes("b")});
     row.change(*flow);
     const std::weak_ptr<FakeFlow> weak = flow;

@@ -139,6 +139,24 @@ class HostileUpstreamTest(HostileTest):
         self.addCleanup(server.close)
         self.assert_serves(proxy)
 
+    def test_servers_that_are_the_proxy_itself(self):
+        for host, address in (("127.0.0.1", "127.0.0.1"), ("0.0.0.0", "127.0.0.9")):
+            for form in ({"filteringDNS": "OWN"}, {"mappedDomains": "[example:OWN]"}, {"localNetworkDNS": "OWN"},
+                         {"secondDNS": "OWN", "allowAll": "true"}):
+                port = free_port(host)
+                settings = {key: text.replace("OWN", f"{address}:{port}") for key, text in form.items()}
+                with self.subTest(host=host, settings=settings):
+                    proxy = self.proxy(settings, hosts=(host,), port=port,
+                                       arguments=("--source-app", "com.apple.nsupdate"))
+                    with Client(("127.0.0.1", port)) as client:
+                        client.send(wire.query("a.example"))
+                        proxy.wait_for_few_lines("State: Failed,flowHash", 100)
+                    self.reconfigure(proxy, {"secondDNS": self.upstream().address, "allowAll": "true"})
+                    query = wire.query("good.example")
+                    self.assertEqual(ask(("127.0.0.1", port), query), wire.answer_to(query))
+                    self.assertEqual(sum("is served by this program itself" in line for line in proxy.lines), 2)
+                    self.assertEqual(proxy.stop(), 0)
+
     def test_addresses_that_are_none(self):
         proxy = self.proxy({})
         for number, address in enumerate(("nonsense", "", "127.0.0.1:0", "127.0.0.1:70000", "127.0.0.1:-1", "::1",

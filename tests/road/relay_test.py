@@ -8,11 +8,11 @@ import signal
 import socket
 import unittest
 
-from roadlib import namespace
+from roadlib import forged, namespace
 from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.client import Client, ask, tool
-from roadlib.processes import Process, Relay, poll
-from roadlib.wire import query
+from roadlib.client import Client, ask, ask_all, tool
+from roadlib.processes import Process, Relay, address_text, poll
+from roadlib.wire import answer_to, query
 from roadlib.xpc import XpcClient
 
 PORTS = (9898, 9899)
@@ -143,6 +143,30 @@ class DatagramTest(RelayTest):
                         relay.wait_for_line(f"Agent log: {port} {version} by {name}")
 
 
+    def test_who_asks_everybody_is_answered_from_a_unicast_address(self):
+        self.relay()
+        namespace.let_multicast_through()
+        proxy = self.proxy({"filteringDNS": self.upstream().address}, hosts=("0.0.0.0", "::"))
+        asked = query("example.com")
+        for host, sender, endpoint in (("127.255.255.255", "127.0.0.1", proxy.endpoints[0]),
+                                       ("ff02::1", "::1", proxy.endpoints[1])):
+            with self.subTest(host=host):
+                self.assertEqual(ask_all(host, 9898, b"&*requestCU"), (b"", sender))
+                self.assertEqual(ask_all(host, endpoint[1], asked), (answer_to(asked), sender))
+
+    def test_the_ports_do_not_talk_to_each_other(self):
+        relay = self.relay()
+        for port in PORTS:
+            self.client(port).send(b"&*updateCU&*requestCU")
+        relay.wait_for_line(" CU updated: &*requestCU", 2)
+        for host in LOCAL:
+            for own, other in (PORTS, PORTS[::-1]):
+                with self.subTest(host=host, own=own, other=other):
+                    forged.send_datagram((host, own), (host, other), b"&*requestCU")
+                    relay.wait_for_few_lines(f"dropped 11 bytes from our own socket {address_text(host, own)}", 100)
+        self.assertFalse(any("request CU received" in line for line in relay.said()))
+
+
 class AssociationTest(RelayTest):
     @needs_zsh
     def test_no_bytes_and_an_error_end_the_loop_until_the_next_association(self):
@@ -177,6 +201,20 @@ class FlushTest(RelayTest):
                              ["Listener receiving new message", f"clearDNSCacheCmd result - {result}"])
         self.assertEqual(self.calls("killall"), ["-HUP mDNSResponder"] * 3)
         poll(lambda: not relay.children(), "no zombies")
+
+    def test_what_the_network_says_of_one_answer_fails_no_other(self):
+        relay = self.relay()
+        go_on = self.held_back("killall")
+        errors = ((3, 0), (3, 1), (3, 2), (3, 4), (3, 9), (3, 13), (12, 0))  # RFC 792, RFC 1812 section 5.2.7.1
+        for number, (kind, code) in enumerate(errors, 1):
+            with self.subTest(kind=kind, code=code):
+                client = self.client()
+                client.send(b"&*requestCU")
+                poll(lambda count=number: len(self.calls("killall")) == count, "the flush")
+                forged.send_icmp_error(kind, code, ("127.0.0.1", 9898), ("192.0.2.1", 40_000))
+                go_on()
+                relay.wait_for_line("request CU received", number)
+                self.assertEqual(client.receive(), b"")
 
     def test_a_flush_that_hangs_delays_nobody_else_and_nothing_is_lost(self):
         relay = self.relay()

@@ -89,6 +89,12 @@ class Process:
                 raise AssertionError(f"no line with {text!r} ({count} times) in:\n{tail}")
         return found
 
+    def wait_for_few_lines(self, text, most):
+        """The same for one line, among `most` so far: more of them, as of a circle, fail at once."""
+        poll(lambda: len(self.lines) > most or any(text in line for line in list(self.lines)), text)
+        if len(self.lines) > most:
+            raise AssertionError(f"{text!r} in more than {most} lines:\n" + "\n".join(self.lines[-20:]))
+
     def output(self):
         """All lines; for a process that has ended."""
         if self._reader:
