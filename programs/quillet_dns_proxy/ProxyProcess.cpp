@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
+#include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
 #include "platform/foundation/NSLog.h"
@@ -15,6 +16,7 @@
 
 namespace quillet {
 
+using platform::DispatchQueue;
 using platform::FlowHost;
 using platform::NEProviderStopReason;
 using platform::NSLog;
@@ -121,9 +123,14 @@ void ProxyProcess::handleSignal(int signal) {
     }
     return;
   }
+  stop();
+}
+
+void ProxyProcess::stop() {
   host_->stop();
-  provider_->stopProxy(NEProviderStopReason::kUserInitiated,
-                       [] { platform::MainLoop::shared().stop(); });
+  provider_->stopProxy(NEProviderStopReason::kUserInitiated, [] {
+    DispatchQueue::global().async([] { platform::MainLoop::shared().stop(); });
+  });
 }
 
 }  // namespace quillet
