@@ -107,6 +107,9 @@ bool ProxyProcess::serve(Options options) {
     NSLog(error->text());
     return false;
   }
+  for (const auto& endpoint : host_->boundEndpoints()) {
+    NSLog("FlowHost: listening on ", endpoint);
+  }
   startProvider(std::move(options));
   return true;
 }
