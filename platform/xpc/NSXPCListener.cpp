@@ -23,18 +23,15 @@ constexpr double kLookAgainSeconds = 0.1;
 
 constexpr auto kPatience = static_cast<std::uint64_t>(NSXPCListener::kPatienceSeconds * 1e9);
 
-/// How soon a client is to make room: the lowest goes first.
-struct Turn {
-  enum class Reason { idle, stuck, silent, longConnected, none };
+/// Why a client is to make room.
+enum class Reason { idle, stuck, silent, longConnected, none };
 
-  Reason reason = Reason::none;
-  std::uint64_t since = 0;
+/// The reason and since when it holds. The client with the lowest goes first.
+using Turn = std::pair<Reason, std::uint64_t>;
 
-  auto operator<=>(const Turn&) const = default;
-};
+constexpr Turn kStays{Reason::none, 0};
 
 Turn turnOf(const NSXPCConnection& client, std::uint64_t now) {
-  using Reason = Turn::Reason;
   const auto start = client.start();
   const auto lastActivity = client.lastActivity();
   const auto isLongAgo = [now](std::uint64_t time) { return now > time + kPatience; };
@@ -42,7 +39,7 @@ Turn turnOf(const NSXPCConnection& client, std::uint64_t now) {
     return {Reason::stuck, lastActivity};
   }
   if (client.isEnding()) {
-    return {};
+    return kStays;
   }
   if (client.isIdle()) {
     return {Reason::idle, lastActivity};
@@ -50,7 +47,7 @@ Turn turnOf(const NSXPCConnection& client, std::uint64_t now) {
   if (!client.isBusy() && isLongAgo(lastActivity)) {
     return {Reason::silent, lastActivity};
   }
-  return isLongAgo(start) ? Turn{Reason::longConnected, start} : Turn{};
+  return isLongAgo(start) ? Turn{Reason::longConnected, start} : kStays;
 }
 
 }  // namespace
@@ -133,15 +130,15 @@ void NSXPCListener::ended(Connections::iterator place) {
 /// The one that makes room is gone a little later.
 void NSXPCListener::makeRoom() {
   const auto now = Clock::shared().uptimeNanoseconds();
-  Turn first;
+  Turn lowest = kStays;
   NSXPCConnection* leaving = nullptr;
   for (const auto& connection : connections_) {
-    if (const auto turn = turnOf(*connection, now); turn < first) {
-      first = turn;
+    if (const auto turn = turnOf(*connection, now); turn < lowest) {
+      lowest = turn;
       leaving = connection.get();
     }
   }
-  if (first.reason == Turn::Reason::stuck) {
+  if (lowest.first == Reason::stuck) {
     leaving->invalidate();
   } else if (leaving != nullptr) {
     leaving->finish();
