@@ -118,7 +118,7 @@ DNSHostRef DnsProxyExt::host(std::string_view address, std::string_view port) {
 // A running number in place of the object's address: as good for telling instances apart, and a log
 // tells nothing of the process' memory.
 std::string DnsProxyExt::identity() const {
-  return "<DnsProxyExt: " + std::to_string(instanceNumber_) + ">";
+  return std::string("<").append(className()) + ": " + std::to_string(instanceNumber_) + ">";
 }
 
 }  // namespace quillet

@@ -168,6 +168,9 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   std::int64_t lastPolicyFetchTime = 0;
 
  protected:
+  /// What the log calls the provider.
+  [[nodiscard]] virtual std::string_view className() const { return "DnsProxyExt"; }
+
   using AnswerHandler = std::function<void(
       const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
       const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error)>;

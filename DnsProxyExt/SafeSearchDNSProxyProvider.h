@@ -15,6 +15,9 @@ class SafeSearchDNSProxyProvider final : public DnsProxyExt {
   /// Does nothing.
   void startFetchingPolicy() override {}
 
+ protected:
+  [[nodiscard]] std::string_view className() const override { return "SafeSearchDNSProxyProvider"; }
+
  private:
   void received(const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
                 const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error);

@@ -20,7 +20,11 @@ constexpr char kGroupId[] = "group.com.quillet.filteringosx";
 }  // namespace
 
 RelayService::RelayService()
-    : signals_({SIGTERM, SIGINT}, [](int) { MainLoop::shared().stop(); }) {}
+    : signals_({SIGTERM, SIGINT, SIGHUP}, [](int signal) {
+        if (signal != SIGHUP) {
+          MainLoop::shared().stop();
+        }
+      }) {}
 
 int RelayService::run() {
   start();

@@ -15,8 +15,9 @@ class RelayService {
  public:
   RelayService();
 
-  /// Serves until SIGTERM or SIGINT. Returns the process' exit status. At the end nothing is waited
-  /// for: child processes that run are killed.
+  /// Serves until SIGTERM or SIGINT. SIGHUP does nothing: there are no settings to read again, and
+  /// whoever sends it to all of the product's processes keeps the relay. Returns the process' exit
+  /// status. At the end nothing is waited for: child processes that run are killed.
   int run();
 
  private:

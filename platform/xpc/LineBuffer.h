@@ -21,6 +21,8 @@ class LineBuffer {
   void append(std::string_view bytes);
   /// The next whole line without its line feed; absent until there is one.
   std::optional<Line> next();
+  /// Whether there is no line, not even the beginning of one.
+  [[nodiscard]] bool isEmpty() const { return bytes_.empty() && !isTooLong_; }
 
  private:
   std::string bytes_;

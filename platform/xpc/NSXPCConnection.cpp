@@ -1,5 +1,6 @@
 #include "platform/xpc/NSXPCConnection.h"
 
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -47,7 +48,7 @@ std::optional<JSONValue> resultOf(const NSXPCInterface::Method& method, NSObject
 }  // namespace
 
 NSXPCConnection::NSXPCConnection(FileDescriptor socket, std::function<void()> onEnd)
-    : socket_(std::move(socket)), onEnd_(std::move(onEnd)), lastActivity_(now()) {}
+    : socket_(std::move(socket)), onEnd_(std::move(onEnd)), start_(now()) {}
 
 NSXPCConnection::~NSXPCConnection() {
   invalidate();
@@ -69,14 +70,31 @@ void NSXPCConnection::invalidate() {
   ::shutdown(socket_.get(), SHUT_RDWR);
 }
 
+void NSXPCConnection::finish() {
+  isFinishing_ = true;
+  ::shutdown(socket_.get(), SHUT_RD);  // what has come stays to be read
+}
+
+bool NSXPCConnection::isIdle() const {
+  int unread = 0;
+  return hasServedAll_ && ::ioctl(socket_.get(), FIONREAD, &unread) == 0 && unread == 0;
+}
+
 void NSXPCConnection::serve() {
   LineBuffer lines;
-  bool isOpen = true;
-  while (isOpen && !isInvalidated_ && receive(lines)) {
-    while (const auto line = isOpen && !isInvalidated_ ? lines.next() : std::nullopt) {
-      isOpen = send(answer(*line));
+  while (!isInvalidated_ && receive(lines) && serveLines(lines)) {
+    hasServedAll_ = lines.isEmpty();
+  }
+}
+
+/// False when the client can be served no more.
+bool NSXPCConnection::serveLines(LineBuffer& lines) {
+  while (const auto line = lines.next()) {
+    if (isInvalidated_ || !send(answer(*line))) {
+      return false;
     }
   }
+  return true;
 }
 
 bool NSXPCConnection::receive(LineBuffer& lines) {
@@ -88,6 +106,7 @@ bool NSXPCConnection::receive(LineBuffer& lines) {
   if (size <= 0) {
     return false;
   }
+  hasServedAll_ = false;
   lastActivity_ = now();
   lines.append({chunk.data(), static_cast<std::size_t>(size)});
   return true;
@@ -101,9 +120,9 @@ std::string NSXPCConnection::answer(const LineBuffer::Line& line) {
   if (!request) {
     return jsonRPCErrorLine(request.error().id, request.error().error);
   }
-  isBusy_ = true;
+  stage_ = Stage::calling;
   auto answered = call(*request);
-  isBusy_ = false;
+  stage_ = Stage::receiving;
   return request->id ? answered : "";
 }
 
@@ -125,14 +144,17 @@ std::string NSXPCConnection::call(const JSONRPCRequest& request) {
                 : jsonRPCErrorLine(id, JSONRPCError::kInternalError);
 }
 
-bool NSXPCConnection::send(std::string_view line) const {
+bool NSXPCConnection::send(std::string_view line) {
+  stage_ = Stage::sending;
   while (!line.empty()) {
     const auto size = ::send(socket_.get(), line.data(), line.size(), MSG_NOSIGNAL);
     if (size < 0 && errno != EINTR) {
       return false;
     }
     line.remove_prefix(size < 0 ? 0 : static_cast<std::size_t>(size));
+    lastActivity_ = now();
   }
+  stage_ = Stage::receiving;
   return true;
 }
 

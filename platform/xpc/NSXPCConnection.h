@@ -39,26 +39,42 @@ class NSXPCConnection {
   [[nodiscard]] bool isResumed() const { return thread_.joinable(); }
   /// Ends the connection; a call that is running is not answered any more. Any thread may call it.
   void invalidate();
+  /// Ends the connection once all that the client has sent is served; what it sends from now on
+  /// fails there. Any thread may call it.
+  void finish();
 
-  /// When the client sent something last, in nanoseconds of the monotonic clock. Any thread.
+  /// When the client connected, in nanoseconds of the monotonic clock.
+  [[nodiscard]] std::uint64_t start() const { return start_; }
+  /// When the client last sent something or took an answer. Any thread.
   [[nodiscard]] std::uint64_t lastActivity() const { return lastActivity_; }
+  /// Whether the client has been served and has sent nothing since, not even half a line. Any
+  /// thread.
+  [[nodiscard]] bool isIdle() const;
   /// Whether a call is running. Any thread.
-  [[nodiscard]] bool isBusy() const { return isBusy_; }
-  /// Any thread.
-  [[nodiscard]] bool isInvalidated() const { return isInvalidated_; }
+  [[nodiscard]] bool isBusy() const { return stage_ == Stage::calling; }
+  /// Whether an answer is on its way to the client. Any thread.
+  [[nodiscard]] bool isSending() const { return stage_ == Stage::sending; }
+  /// Whether the connection is to end (`finish`, `invalidate`). Any thread.
+  [[nodiscard]] bool isEnding() const { return isFinishing_ || isInvalidated_; }
 
  private:
+  enum class Stage { receiving, calling, sending };
+
   void serve();
   bool receive(LineBuffer& lines);
+  bool serveLines(LineBuffer& lines);
   /// These give the answer's line; empty for none.
   std::string answer(const LineBuffer::Line& line);
   std::string call(const struct JSONRPCRequest& request);
-  bool send(std::string_view line) const;
+  bool send(std::string_view line);
 
   const FileDescriptor socket_;
   const std::function<void()> onEnd_;
-  std::atomic<std::uint64_t> lastActivity_;
-  std::atomic<bool> isBusy_{false};
+  const std::uint64_t start_;
+  std::atomic<std::uint64_t> lastActivity_{start_};
+  std::atomic<bool> hasServedAll_{false};  // at least one line, and nothing is left of it
+  std::atomic<Stage> stage_{Stage::receiving};
+  std::atomic<bool> isFinishing_{false};
   std::atomic<bool> isInvalidated_{false};
   std::thread thread_;
 };

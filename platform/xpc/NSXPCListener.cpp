@@ -9,6 +9,7 @@
 
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/NSLog.h"
 
 namespace platform {
@@ -17,6 +18,37 @@ namespace {
 
 // How long nobody is accepted when the system has no descriptors left.
 constexpr double kPauseSeconds = 1;
+// How often to look whether a client may go, when none may and none ends by itself.
+constexpr double kLookAgainSeconds = 0.1;
+
+constexpr auto kPatience = static_cast<std::uint64_t>(NSXPCListener::kPatienceSeconds * 1e9);
+
+/// Why a client is to make room.
+enum class Reason { idle, stuck, silent, longConnected, none };
+
+/// The reason and since when it holds. The client with the lowest goes first.
+using Turn = std::pair<Reason, std::uint64_t>;
+
+constexpr Turn kStays{Reason::none, 0};
+
+Turn turnOf(const NSXPCConnection& client, std::uint64_t now) {
+  const auto start = client.start();
+  const auto lastActivity = client.lastActivity();
+  const auto isLongAgo = [now](std::uint64_t time) { return now > time + kPatience; };
+  if (client.isSending() && isLongAgo(lastActivity)) {
+    return {Reason::stuck, lastActivity};
+  }
+  if (client.isEnding()) {
+    return kStays;
+  }
+  if (client.isIdle()) {
+    return {Reason::idle, lastActivity};
+  }
+  if (!client.isBusy() && isLongAgo(lastActivity)) {
+    return {Reason::silent, lastActivity};
+  }
+  return isLongAgo(start) ? Turn{Reason::longConnected, start} : kStays;
+}
 
 }  // namespace
 
@@ -48,22 +80,23 @@ void NSXPCListener::watch() {
 }
 
 void NSXPCListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
+  if (connections_.size() >= kMaxConnections) {
+    makeRoom();
+    pause(kLookAgainSeconds);
+    return;
+  }
   FileDescriptor client(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
   if (client.isOpen()) {
     accept(std::move(client));
   } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-    pause(errno);
+    NSLog("NSXPCListener: cannot accept a client: ", ::strerrordesc_np(errno));
+    pause(kPauseSeconds);
   }
 }
 
-void NSXPCListener::pause(int error) {
-  NSLog("NSXPCListener: cannot accept a client: ", ::strerrordesc_np(error));
+void NSXPCListener::pause(double seconds) {
   socket_.watch(*this, {});
-  DispatchQueue::global().asyncAfter(kPauseSeconds, [weak = std::weak_ptr(self_)] {
-    if (const auto self = weak.lock()) {
-      (*self)->watch();
-    }
-  });
+  pausing_ = Timer::scheduled(seconds, false, [this] { watch(); });
 }
 
 void NSXPCListener::accept(FileDescriptor client) {
@@ -71,16 +104,12 @@ void NSXPCListener::accept(FileDescriptor client) {
   if (!owner) {
     return;
   }
-  if (!makeRoom()) {
-    NSLog("NSXPCListener: a client is turned away, there are ", connections_.size(), " others");
-    return;
-  }
   const auto place = connections_.emplace(connections_.end());
   *place =
       std::make_unique<NSXPCConnection>(std::move(client), [weak = std::weak_ptr(self_), place] {
         DispatchQueue::global().async([weak, place] {
           if (const auto self = weak.lock()) {
-            (*self)->connections_.erase(place);
+            (*self)->ended(place);
           }
         });
       });
@@ -93,24 +122,27 @@ void NSXPCListener::accept(FileDescriptor client) {
   }
 }
 
-/// The one that makes room ends a little later.
-bool NSXPCListener::makeRoom() {
-  std::size_t count = 0;
-  NSXPCConnection* idlest = nullptr;
+void NSXPCListener::ended(Connections::iterator place) {
+  connections_.erase(place);
+  watch();
+}
+
+/// The one that makes room is gone a little later.
+void NSXPCListener::makeRoom() {
+  const auto now = Clock::shared().uptimeNanoseconds();
+  Turn lowest = kStays;
+  NSXPCConnection* leaving = nullptr;
   for (const auto& connection : connections_) {
-    if (connection->isInvalidated()) {
-      continue;
-    }
-    ++count;
-    const bool isIdler = idlest == nullptr || connection->lastActivity() < idlest->lastActivity();
-    if (!connection->isBusy() && isIdler) {
-      idlest = connection.get();
+    if (const auto turn = turnOf(*connection, now); turn < lowest) {
+      lowest = turn;
+      leaving = connection.get();
     }
   }
-  if (count >= kMaxConnections && idlest != nullptr) {
-    idlest->invalidate();
+  if (lowest.first == Reason::stuck) {
+    leaving->invalidate();
+  } else if (leaving != nullptr) {
+    leaving->finish();
   }
-  return count < kMaxConnections || idlest != nullptr;
 }
 
 }  // namespace platform

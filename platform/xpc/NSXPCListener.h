@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/dispatch/Timer.h"
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/xpc/NSXPCConnection.h"
 #include "platform/xpc/ServiceSocket.h"
@@ -30,9 +31,15 @@ class NSXPCListenerDelegate {
 class NSXPCListener final : private SocketWatcher {
  public:
   /// Clients at one time. One costs a descriptor, a thread and up to `LineBuffer::kMaxLine` bytes.
-  /// A further one takes the place of the client that has been silent longest; it is turned away
-  /// when a call of every client is running.
+  ///
+  /// A further one waits in the kernel's queue until another has gone. One that has been served and
+  /// has nothing unread goes at once, the one silent longest first. So that nobody can hold all
+  /// places for ever, `kPatienceSeconds` later others go too: first those silent since then, which
+  /// have sent no whole line or do not take their answers, then the one connected longest. What
+  /// they have sent by then is served before, unless they do not take their answers.
   static constexpr std::size_t kMaxConnections = 64;
+  /// How long a client keeps its place whatever it does, while others wait for it.
+  static constexpr double kPatienceSeconds = 2;
 
   explicit NSXPCListener(std::string machServiceName);
   /// Ends all connections; waits for calls that are running.
@@ -52,12 +59,14 @@ class NSXPCListener final : private SocketWatcher {
   void socketIsReady(bool canRead, bool canWrite) override;
   void watch();
   void accept(FileDescriptor client);
-  bool makeRoom();
-  void pause(int error);
+  void ended(Connections::iterator place);
+  void makeRoom();
+  void pause(double seconds);
 
   const std::string machServiceName_;
   std::optional<ServiceSocket> file_;
   WatchedSocket socket_;
+  Timer pausing_;  // valid while nobody is accepted
   Connections connections_;
   const std::shared_ptr<NSXPCListener*> self_;  // what ended connections find us by
 };

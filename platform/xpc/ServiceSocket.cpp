@@ -14,17 +14,35 @@
 #include <thread>
 #include <utility>
 
+#include "platform/xpc/WithoutUmask.h"
+
 namespace platform {
 
 namespace {
 
 constexpr char kUsualDirectory[] = "/run/quillet";
-constexpr mode_t kForEverybody = 0666;
 constexpr mode_t kForOwner = 0600;
+constexpr mode_t kFolderMode = 0755;
 
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
   return value != nullptr ? value : "";
+}
+
+/// Others could exchange what lies in a folder of theirs; the variable may be another user's, too.
+bool isOurFolder(const std::string& path) {
+  struct stat file {};
+  return ::lstat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == ::geteuid();
+}
+
+/// What cannot be made shows when the socket is.
+void makeFolders(const std::filesystem::path& folder) {
+  std::error_code ignored;
+  if (folder.empty() || std::filesystem::exists(folder, ignored)) {
+    return;
+  }
+  makeFolders(folder.parent_path());
+  withoutUmask([&folder] { return ::mkdir(folder.c_str(), kFolderMode) == 0 ? 0 : errno; });
 }
 
 FileDescriptor openSocket() {
@@ -41,15 +59,16 @@ int bindTo(const FileDescriptor& socket, const sockaddr_un& address) {
 }
 
 constexpr std::chrono::milliseconds kShortWait{5};
-constexpr int kMaxWaits = 20;
+constexpr int kMaxWaits = 200;
 
 /// A lock on a file beside the socket's, held until it is closed. It keeps services that start at
 /// the same instant from taking each other's socket, which is not yet listened at, for a stale one.
 /// They hold it for an instant; who holds it longer is not waited for.
 FileDescriptor lockBeside(const std::filesystem::path& path) {
-  FileDescriptor file(
-      ::open((path.native() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kForOwner));
-  for (int i = 0; i < kMaxWaits && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0; ++i) {
+  FileDescriptor file(::open((path.native() + ".lock").c_str(),
+                             O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kForOwner));
+  for (int i = 0; file.isOpen() && i < kMaxWaits && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0;
+       ++i) {
     std::this_thread::sleep_for(kShortWait);
   }
   return file;
@@ -65,21 +84,26 @@ bool isStale(const sockaddr_un& address) {
   return ::connect(probe.get(), plain(address), sizeof address) != 0 && errno == ECONNREFUSED;
 }
 
-/// Nothing, or what is wrong.
-std::optional<std::string> bindReplacing(const FileDescriptor& socket, const sockaddr_un& address) {
+/// 0, or the errno value.
+int bindReplacing(const FileDescriptor& socket, const sockaddr_un& address) {
   int error = bindTo(socket, address);
-  if (error == EADDRINUSE) {
-    if (!isStale(address)) {
-      return "it is in use";
-    }
+  if (error == EADDRINUSE && isStale(address)) {
     ::unlink(address.sun_path);
     error = bindTo(socket, address);
   }
-  if (error == 0 &&
-      (::chmod(address.sun_path, kForEverybody) != 0 || ::listen(socket.get(), SOMAXCONN) != 0)) {
-    error = errno;
+  return error;
+}
+
+/// 0, or the errno value. The file that comes into being takes over the socket's own mode. Clients
+/// see the process that calls `listen`.
+int listenAt(const FileDescriptor& socket, const sockaddr_un& address, mode_t mode) {
+  if (::fchmod(socket.get(), mode) != 0) {
+    return errno;
   }
-  return error == 0 ? std::nullopt : std::optional<std::string>(::strerrordesc_np(error));
+  if (const int error = withoutUmask([&] { return bindReplacing(socket, address); })) {
+    return error;
+  }
+  return ::listen(socket.get(), SOMAXCONN) == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -88,12 +112,14 @@ std::filesystem::path ServiceSocket::pathOf(const std::string& serviceName) {
   auto directory = environment("RUNTIME_DIRECTORY");
   directory = directory.substr(0, directory.find(':'));
   if (directory.empty()) {
-    directory = environment("XDG_RUNTIME_DIR");
+    const auto users = environment("XDG_RUNTIME_DIR");
+    directory = isOurFolder(users) ? users : kUsualDirectory;
   }
-  return std::filesystem::path(directory.empty() ? kUsualDirectory : directory) / serviceName;
+  return std::filesystem::path(directory) / serviceName;
 }
 
-tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::path& path) {
+tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::path& path,
+                                                         mode_t mode) {
   const auto failure = [&path](const std::string& reason) {
     return tl::unexpected(Error("cannot listen at " + path.string() + ": " + reason));
   };
@@ -104,12 +130,11 @@ tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::
     return failure("the path is too long");
   }
   text.copy(address.sun_path, text.size());
-  std::error_code ignored;  // what it means shows at once
-  std::filesystem::create_directories(path.parent_path(), ignored);
+  makeFolders(path.parent_path());
   auto socket = openSocket();
   const auto lock = lockBeside(path);
-  if (const auto reason = bindReplacing(socket, address)) {
-    return failure(*reason);
+  if (const int error = listenAt(socket, address, mode)) {
+    return failure(error == EADDRINUSE ? "it is in use" : ::strerrordesc_np(error));
   }
   return ServiceSocket(std::move(socket), path);
 }

@@ -16,13 +16,17 @@ class ServiceSocket {
  public:
   /// Where a service of this name has its socket: a file of that name in the service manager's
   /// runtime directory ($RUNTIME_DIRECTORY, the first of several), else the user's
-  /// ($XDG_RUNTIME_DIR), else /run/quillet.
+  /// ($XDG_RUNTIME_DIR, when that is a folder of the user we run as), else /run/quillet.
   static std::filesystem::path pathOf(const std::string& serviceName);
 
-  /// Listens at `path`, for every user: who may reach the service is what the folder's permissions
-  /// say. A socket that nobody listens at is replaced. The error names the path and says what is
-  /// wrong.
-  static tl::expected<ServiceSocket, Error> listen(const std::filesystem::path& path);
+  /// For every user: who may reach the service is what the folder's permissions say.
+  static constexpr mode_t kForEverybody = 0666;
+
+  /// Listens at `path`; the file has `mode` from its beginning, whatever the umask. Folders that
+  /// are missing are made, for everybody to enter. A socket that nobody listens at is replaced, a
+  /// link never followed. The error names the path and says what is wrong.
+  static tl::expected<ServiceSocket, Error> listen(const std::filesystem::path& path,
+                                                   mode_t mode = kForEverybody);
 
   ServiceSocket(ServiceSocket&&) = default;
   ServiceSocket& operator=(ServiceSocket&&) = delete;

@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
+#include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
 #include "platform/foundation/NSLog.h"
@@ -15,6 +16,7 @@
 
 namespace quillet {
 
+using platform::DispatchQueue;
 using platform::FlowHost;
 using platform::NEProviderStopReason;
 using platform::NSLog;
@@ -105,6 +107,9 @@ bool ProxyProcess::serve(Options options) {
     NSLog(error->text());
     return false;
   }
+  for (const auto& endpoint : host_->boundEndpoints()) {
+    NSLog("FlowHost: listening on ", endpoint);
+  }
   startProvider(std::move(options));
   return true;
 }
@@ -121,9 +126,14 @@ void ProxyProcess::handleSignal(int signal) {
     }
     return;
   }
+  stop();
+}
+
+void ProxyProcess::stop() {
   host_->stop();
-  provider_->stopProxy(NEProviderStopReason::kUserInitiated,
-                       [] { platform::MainLoop::shared().stop(); });
+  provider_->stopProxy(NEProviderStopReason::kUserInitiated, [] {
+    DispatchQueue::global().async([] { platform::MainLoop::shared().stop(); });
+  });
 }
 
 }  // namespace quillet

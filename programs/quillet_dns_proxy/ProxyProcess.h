@@ -27,6 +27,8 @@ class ProxyProcess {
   bool serve(Options options);
   void startProvider(Options options);
   void handleSignal(int signal);
+  /// Ends the loop behind what is queued already: the provider's last sends and states are told.
+  void stop();
 
   const CommandLine commandLine_;
   std::shared_ptr<DnsProxyExt> provider_;

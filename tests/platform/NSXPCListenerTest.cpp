@@ -2,12 +2,17 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <atomic>
 #include <future>
+#include <mutex>
+#include <shared_mutex>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/dispatch/MainLoop.h"
+#include "platform/foundation/Clock.h"
 #include "platform/xpc/NSXPCListener.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/TemporaryDirectory.h"
@@ -61,6 +66,28 @@ class Delegate : public NSXPCListenerDelegate {
   bool fails = false;
 };
 
+/// A clock that stands still until it is moved, and can keep the threads of clients waiting.
+class TestClock final : public Clock {
+ public:
+  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return 0; }
+  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override {
+    if (std::this_thread::get_id() != owner_) {
+      const std::shared_lock lock(others_);
+    }
+    return uptime_;
+  }
+  void advanceSeconds(double seconds) { uptime_ += static_cast<std::uint64_t>(seconds * 1e9); }
+  /// Other threads get no time until the lock is released.
+  [[nodiscard]] std::unique_lock<std::shared_mutex> holdBackOthers() {
+    return std::unique_lock(others_);
+  }
+
+ private:
+  const std::thread::id owner_ = std::this_thread::get_id();
+  mutable std::shared_mutex others_;
+  std::atomic<std::uint64_t> uptime_{1};
+};
+
 /// A blocking client of the service.
 class Client {
  public:
@@ -69,11 +96,14 @@ class Client {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, path.size());
+    const timeval patience{10, 0};  // a failure, not a test that hangs
+    ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     EXPECT_EQ(::connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   }
   void send(const std::string& method, const std::string& params = "") const {
-    const auto text =
-        R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n";
+    write(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n");
+  }
+  void write(const std::string& text) const {
     EXPECT_GT(::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL), 0);
   }
   /// The next line; empty at the end.
@@ -93,14 +123,20 @@ class Client {
   FileDescriptor socket_;
 };
 
+const std::string kRequest = "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"count:\"}\n";
 const std::string kOne = R"({"id":1,"jsonrpc":"2.0","result":"1"})";
 const std::string kTwo = R"({"id":1,"jsonrpc":"2.0","result":"2"})";
 
 class NSXPCListenerTest : public testing::Test {
  protected:
   NSXPCListenerTest() {
+    Clock::setShared(&clock_);
     listener_->delegate = delegate_;
     listener_->resume();
+  }
+  ~NSXPCListenerTest() override {
+    listener_.reset();
+    Clock::setShared(nullptr);
   }
 
   std::unique_ptr<Client> connect() {
@@ -109,7 +145,27 @@ class NSXPCListenerTest : public testing::Test {
     EXPECT_TRUE(MainLoop::shared().runUntil([&] { return delegate_->accepted > count; }));
     return client;
   }
+  std::vector<std::unique_ptr<Client>> connectAsManyAsThereIsRoomFor() {
+    std::vector<std::unique_ptr<Client>> clients;
+    while (clients.size() < NSXPCListener::kMaxConnections) {
+      clients.push_back(connect());
+    }
+    return clients;
+  }
+  /// A client that finds all places taken.
+  std::unique_ptr<Client> connectInVain() {
+    auto client = std::make_unique<Client>(path_);
+    MainLoop::shared().runReady();
+    EXPECT_EQ(delegate_->accepted, NSXPCListener::kMaxConnections);
+    return client;
+  }
+  void waitUntilAFurtherOneIsAccepted() {
+    clock_.advanceSeconds(1);
+    EXPECT_TRUE(MainLoop::shared().runUntil(
+        [this] { return delegate_->accepted > NSXPCListener::kMaxConnections; }));
+  }
 
+  TestClock clock_;
   const quillet::test::LogCapture log_;
   const test::TemporaryDirectory folder_;
   const std::string path_ = folder_.path() / "service";
@@ -144,22 +200,51 @@ TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
   EXPECT_EQ(connect()->ask("count:"), kOne);
 }
 
-TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongest) {
-  std::vector<std::unique_ptr<Client>> clients;
-  for (std::size_t i = 0; i < NSXPCListener::kMaxConnections; ++i) {
-    clients.push_back(connect());
-  }
+TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongestThatHasBeenServed) {
+  const auto clients = connectAsManyAsThereIsRoomFor();
   clients[0]->send("wait:");  // the longest, but it has no answer yet
   delegate_->gate.reached.get_future().wait();
-  for (std::size_t i = 1; i < clients.size(); ++i) {
+  clients[1]->write(kRequest + kRequest.substr(0, 9));  // has begun a line
+  EXPECT_EQ(clients[1]->line(), kOne);
+  for (std::size_t i = 2; i < clients.size(); ++i) {
+    clock_.advanceSeconds(0.001);
     EXPECT_EQ(clients[i]->ask("count:"), kOne);
   }
   const auto further = connect();
   EXPECT_EQ(further->ask("count:"), kOne);
-  EXPECT_EQ(clients[1]->line(), "");
-  EXPECT_EQ(clients[2]->ask("count:"), kTwo);
+  EXPECT_EQ(clients[2]->line(), "");
+  EXPECT_EQ(clients[3]->ask("count:"), kTwo);
+  clients[1]->write(kRequest.substr(9));
+  EXPECT_EQ(clients[1]->line(), kTwo);
   delegate_->gate.opened.set_value();
   EXPECT_EQ(clients[0]->line(), kOne);
+}
+
+TEST_F(NSXPCListenerTest, NobodyGoesWithARequestThatIsNotServed) {
+  auto others = clock_.holdBackOthers();
+  auto clients = connectAsManyAsThereIsRoomFor();
+  for (const auto& client : clients) {
+    client->send("count:");
+  }
+  clients.push_back(connectInVain());
+  clients.back()->send("count:");
+  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
+  MainLoop::shared().runReady();
+  others.unlock();
+  waitUntilAFurtherOneIsAccepted();
+  for (const auto& client : clients) {
+    EXPECT_EQ(client->line(), kOne);
+  }
+}
+
+TEST_F(NSXPCListenerTest, WhoSendsNothingHasToGoInTheEnd) {
+  const auto clients = connectAsManyAsThereIsRoomFor();
+  const auto further = connectInVain();
+  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
+  waitUntilAFurtherOneIsAccepted();
+  EXPECT_EQ(further->ask("count:"), kOne);
+  EXPECT_EQ(clients[0]->line(), "");
+  EXPECT_EQ(clients[1]->ask("count:"), kOne);
 }
 
 TEST_F(NSXPCListenerTest, EndsItsConnections) {

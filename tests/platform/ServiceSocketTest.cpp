@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <future>
@@ -16,8 +18,18 @@ namespace {
 using test::EnvironmentVariable;
 
 TEST(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"/a:/c", "/b", "/a/name"}, {nullptr, "/b", "/b/name"}, {"", "", "/run/quillet/name"}};
+  const test::TemporaryDirectory ours;
+  const auto link = ours.path() / "link";
+  std::filesystem::create_directory_symlink(ours.path(), link);
+  const test::TemporaryDirectory others;
+  const bool isGivenAway = ::chown(others.path().c_str(), ::geteuid() + 1, gid_t(-1)) == 0;
+  const std::tuple<const char*, const char*, std::filesystem::path> cases[] = {
+      {"/a:/c", ours.path().c_str(), "/a/name"},
+      {nullptr, ours.path().c_str(), ours.path() / "name"},
+      {"", "", "/run/quillet/name"},
+      {"", "/no/folder", "/run/quillet/name"},
+      {"", link.c_str(), "/run/quillet/name"},
+      {"", isGivenAway ? others.path().c_str() : "/", "/run/quillet/name"}};
   for (const auto& [runtime, user, expected] : cases) {
     const EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
     const EnvironmentVariable second("XDG_RUNTIME_DIR", user);
@@ -44,11 +56,37 @@ TEST(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOneOnly) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
+TEST(ServiceSocketTest, ModesAreWhatTheyShallBeWhateverTheUmaskAndLinksAreNotFollowed) {
+  using std::filesystem::perms;
+  const test::TemporaryDirectory folder;
+  const auto path = folder.path() / "a" / "b" / "name";
+  const auto permissions = [](const auto& file) {
+    return std::filesystem::symlink_status(file).permissions();
+  };
+  const auto umask = ::umask(077);
+  EXPECT_TRUE(ServiceSocket::listen(path).has_value());
+  EXPECT_EQ(::umask(umask), 077U);
+  EXPECT_EQ(permissions(folder.path() / "a"), perms(0755));
+  EXPECT_EQ(permissions(folder.path() / "a" / "b"), perms(0755));
+  EXPECT_EQ(permissions(path.native() + ".lock"), perms(0600));
+
+  const auto target = folder.path() / "target";
+  std::filesystem::create_symlink(target, path);
+  std::filesystem::remove(path.native() + ".lock");
+  std::filesystem::create_symlink(target, path.native() + ".lock");
+  EXPECT_FALSE(ServiceSocket::listen(path).has_value());
+  std::filesystem::remove(path);
+  const auto socket = ServiceSocket::listen(path, 0660);
+  EXPECT_TRUE(socket.has_value());
+  EXPECT_EQ(permissions(path), perms(0660));
+  EXPECT_FALSE(std::filesystem::exists(target));
+}
+
 TEST(ServiceSocketTest, OnlyOneOfThoseThatStartAtTheSameInstantReplacesAStaleFile) {
   const test::TemporaryDirectory folder;
   const auto path = folder.path() / "name";
   constexpr int kStarts = 4;
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < 60; ++round) {
     auto stale = ServiceSocket::listen(path).value();
     stale.take();
     std::vector<std::future<bool>> starts;

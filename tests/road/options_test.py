@@ -9,7 +9,7 @@ import tempfile
 from roadlib import wire
 from roadlib.case import RoadTest, main
 from roadlib.client import ask
-from roadlib.processes import PATIENCE, free_port
+from roadlib.processes import PATIENCE, Process, free_port
 
 PROXY, DEMO_FILTER, RELAY = (os.environ[f"QUILLET_{name}"] for name in ("PROXY", "DEMO_FILTER", "RELAY"))
 SUITE = "group.com.quillet.filteringosx.json"
@@ -44,6 +44,14 @@ class OptionsTest(RoadTest):
             for program in (PROXY, DEMO_FILTER):
                 for address in (f"127.0.0.1:{taken.getsockname()[1]}", "192.0.2.1:5300"):
                     self.assert_one_line(run(program, "--listen", address), address)
+
+    def test_ports_of_the_systems_choice_are_told(self):
+        proxy = Process([PROXY, "--listen", "127.0.0.1:0", "--listen", "127.0.0.2:0", "--defaults-dir", self.folder])
+        self.addCleanup(self._end, proxy)
+        told = [line.split("FlowHost: listening on ")[1] for line in proxy.wait_for_line("FlowHost: listening on ", 2)]
+        hosts, ports = zip(*(text.split(":") for text in told))
+        self.assertEqual(hosts, ("127.0.0.1", "127.0.0.2"))
+        self.assertLessEqual({int(port) for port in ports}, proxy.bound_ports())
 
     def test_vendor_data_that_cannot_be_used(self):
         missing = os.path.join(self.folder, "missing.json")

@@ -73,6 +73,9 @@ class StartTest(RelayTest):
                                  [f"Listener connecting to port {port}...", f"Listener connected to port {port}"])
             self.assertEqual([line for line in said if "port" not in line],
                              ["*** XPC and UDP started_ ***", "*** XPC listener resumed ***"])
+            relay.send_signal(signal.SIGHUP)  # does nothing
+            with XpcClient(relay) as client:
+                self.assertIsNone(client.call("printAppLogToFileWithLog:", "still there"))
             relay.send_signal(number)
             self.assertEqual(relay.wait(), 0)
             self.assertFalse(os.path.exists(relay.socket_path))
@@ -325,8 +328,11 @@ class ProxyTest(RelayTest):
             client.call("sendDNSProxyCommandWithCommand:", "bypassAllOn")
         self.assertEqual(proxy.stop(), 0)
         relay.wait_for_line("got notification from Ext: stopped")
-        self.assertEqual(proxy.output().count("Xpc Udp This is stateUpdateHandler:"), 3)
-        self.assertFalse(any("Received command" in line for line in proxy.output()))  # it passes nothing on
+        output = proxy.output()
+        self.assertEqual(output.count("Xpc Udp This is stateUpdateHandler:"), 4)
+        self.assertEqual([line.split("] ", 1)[1] for line in output if "] " in line][-3:], [
+            "*Xpc Udp Data was sent to UDP*", "*Xpc Udp Data was sent to UDP*", "Xpc Udp State: Cancelled\\n"])
+        self.assertFalse(any("Received command" in line for line in output))  # it passes nothing on
 
 
 if __name__ == "__main__":

@@ -17,6 +17,7 @@ class SafeSearchTest(RoadTest):
                             "localNetworkDNS": other.address, "mappedDomains": f"[corp:{other.address}]",
                             "policyServer": policy.address},
                            arguments=("--safe-search", "--source-app", "com.apple.nsupdate"))
+        proxy.wait_for_line("startProxy, instance id: <SafeSearchDNSProxyProvider: 1>")
         queries = [wire.query("www.a.corp"), wire.query("search.example", wire.HTTPS),
                    wire.query("a.example", wire.AAAA, additional=wire.opt(wire.option(10, b"12345678")))]
         for number, query in enumerate(queries):
