@@ -147,22 +147,60 @@ TEST_F(DNSParserTest, KeepsAndChanges) {
   }
 }
 
-TEST_F(DNSParserTest, ADatagramThatIsNoMessageComesBackAsItIs) {
-  for (const auto* const bytes :
-       {"", "1234 0100 0001 0000 0000 0000", "1234 0100 0001 0000 0000 0000 01 80 00 0001 0001"}) {
-    EXPECT_EQ(DNSParser::injectFlagsTo(hex(bytes), hex("fdef 0001 31")), hex(bytes));
+TEST_F(DNSParserTest, KeepsTheQuestionOctetsThatItCannotDecode) {
+  const std::string kept = "inject: query cannot be decoded, its question octets are kept";
+  const std::string unchanged = "inject: query cannot be decoded, it goes out without identity";
+  const std::string opt = "01 30 00 0029 0000 00000000 0005 fdef 0001 31";
+  struct Row {
+    std::string datagram;
+    std::string injected;  // empty: unchanged
+  };
+  const Row rows[] = {
+      {"1234 0140 0001 0000 0000 0000 01 80 00 0001 0001",
+       "1234 0100 0001 0000 0000 0001 01 80 00 0001 0001"},
+      {"1234 0100 0002 0000 0000 0000 bf" + std::string(382, 'f') +
+           "00 0001 0001 01 61 c00c 0041 0003",
+       "1234 0100 0002 0000 0000 0001 bf" + std::string(382, 'f') +
+           "00 0001 0001 01 61 c00c 0041 0003"},
+      {"1234 0100 0001 0001 0002 0003 01 61 00 0001 0001 0130",
+       "1234 0100 0001 0000 0000 0001 01 61 00 0001 0001"},
+      {"1234 0100 0000 0000 0000 0001", "1234 0100 0000 0000 0000 0001"},
+      {"", ""},
+      {"1234 0100 0001 0000 0000 00", ""},
+      {"1234 0100 0001 0000 0000 0000", ""},
+      {"1234 0100 0001 0000 0000 0000 01 80 00 0001 00", ""},
+      {"1234 0100 0001 0000 0000 0000 02 80 00 0001 00", ""},
+      {"1234 0100 0001 0000 0000 0000 01 80 c0", ""},
+      // Pointers into the header, at themselves and ahead.
+      {"1234 0100 0001 0000 0000 0000 01 80 c00b 0001 0001", ""},
+      {"1234 0100 0001 0000 0000 0000 01 80 c00e 0001 0001", ""},
+      {"1234 0100 0001 0000 0000 0001 01 80 c013 0001 0001 00", ""},
+  };
+  for (const auto& [datagram, injected] : rows) {
+    log_.clear();
+    EXPECT_EQ(DNSParser::injectFlagsTo(hex(datagram), hex("fdef 0001 31")),
+              injected.empty() ? hex(datagram) : hex(injected + opt))
+        << datagram;
+    EXPECT_THAT(log_.records(), ElementsAre(injected.empty() ? unchanged : kept)) << datagram;
   }
-  EXPECT_THAT(log_.records(), IsEmpty());
   EXPECT_THAT(DNSParser::injectFlagsToDatagrams({hex("00ff"), query()}, Flags{{"65007", "1"}}),
               ElementsAre(hex("00ff"), injectedQuery()));
-  EXPECT_EQ(log_.records().at(2), "hex data = 00ff");
+  EXPECT_EQ(log_.records().end()[-4], "hex data = 00ff");
 }
 
-TEST_F(DNSParserTest, AQueryTooLongForADatagramOnceWrittenInFullComesBackAsItIs) {
+TEST_F(DNSParserTest, KeepsTheQuestionOctetsThatAreTooLongWrittenInFull) {
   // Written, that are 252 questions of 259 octets, and a record of 13 and the options.
   const auto query = test::pointingQuestions(251);
   EXPECT_EQ(DNSParser::injectFlagsTo(query, Data(214)).size(), 65507U);
-  EXPECT_EQ(DNSParser::injectFlagsTo(query, Data(215)), query);
+  auto kept = query;
+  kept[11] = 1;
+  const auto opt = hex("01 30 00 0029 0000 00000000 00d7");
+  kept.insert(kept.end(), opt.begin(), opt.end());
+  kept.resize(kept.size() + 215);
+  EXPECT_EQ(DNSParser::injectFlagsTo(query, Data(215)), kept);
+  EXPECT_EQ(log_.records().back(),
+            "inject: query is too long written in full, its question octets are kept");
+  EXPECT_EQ(DNSParser::injectFlagsTo(query, Data(65'000)), query) << "no datagram carries it";
 }
 
 TEST_F(DNSParserTest, LogsQuestionsAndTakesTheHostOfAUrl) {
