@@ -13,8 +13,8 @@ class PolicyUDPClientTest : public test::ProviderTest {
  protected:
   PolicyUDPClientTest() { log_.clear(); }
 
-  void connect(const std::string& ip, std::int64_t port) {
-    auto client = std::make_shared<PolicyUDPClient>(Data{'q', 'q'});
+  void connect(const std::string& ip, std::int64_t port, Data request = {'q', 'q'}) {
+    auto client = std::make_shared<PolicyUDPClient>(std::move(request));
     client->onPolicyDataReceived = [this](const std::optional<Data>& content,
                                           std::optional<bool> isComplete,
                                           const std::optional<platform::NWError>& error) {
@@ -74,16 +74,29 @@ TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
                                   "(rawValue: 111): Connection refused),Optional(")));
 }
 
-TEST_F(PolicyUDPClientTest, WhereThereIsNoServerNothingIsTold) {
+TEST_F(PolicyUDPClientTest, WhatIsOverWithoutAnAnswerIsLetGoWithoutALine) {
   for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}}) {
     connect("127.0.0.1", port);
     EXPECT_TRUE(client_.expired());
     EXPECT_EQ(log_.records().back(), "PolicyUDPClient: no such port: " + std::to_string(port));
   }
   connect("policy.example", 2800);
-  ASSERT_TRUE(runUntilLogged(
-      "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord"));
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_EQ(log_.records().back(),
+            "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord");
+  const FakeServer empty([](const Data& /*received*/) { return std::vector<Data>{Data()}; });
+  connect("127.0.0.1", empty.port(), Data(70'000));
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::MatchesRegex("PolicyUDPClient  ERROR! Error when data \\(Type: Data\\) "
+                                    "sending to  UDP\\.Optional\\(.*\\), to ip - 127.0.0.1, port "
+                                    "- [0-9]+ NWError: \n .*Message too long"));
   EXPECT_THAT(told_, testing::IsEmpty());
+  connect("127.0.0.1", empty.port());
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::StartsWith("PolicyUDPClient dns session is not completed,Optional("));
+  EXPECT_THAT(told_, ElementsAre("nothing open nil"));
 }
 
 }  // namespace
