@@ -12,7 +12,6 @@
 namespace quillet {
 
 using platform::Data;
-using platform::DispatchTime;
 using platform::Error;
 using platform::NSLog;
 using platform::NWHostEndpoint;
@@ -24,6 +23,33 @@ struct DnsProxyExt::Route {
   Rule rule;
   DNSHostRef server;
   std::optional<std::string> domain;
+};
+
+/// Takes a report away with the last handler of its exchange, unless it has been answered or
+/// replaced before.
+class DnsProxyExt::KeptReport {
+ public:
+  KeptReport(std::shared_ptr<DnsProxyExt> provider, std::int64_t flowHash, DNSFlowReport report)
+      : provider_(std::move(provider)),
+        key_(std::to_string(flowHash)),
+        exchange_(++provider_->exchanges_) {
+    report.exchange = exchange_;
+    provider_->dnsFlowsReports.insert_or_assign(key_, std::move(report));
+  }
+  ~KeptReport() {
+    auto& reports = provider_->dnsFlowsReports;
+    const auto kept = reports.find(key_);
+    if (kept != reports.end() && kept->second.exchange == exchange_) {
+      reports.erase(kept);
+    }
+  }
+  KeptReport(const KeptReport&) = delete;
+  KeptReport& operator=(const KeptReport&) = delete;
+
+ private:
+  const std::shared_ptr<DnsProxyExt> provider_;
+  const std::string key_;
+  const std::uint64_t exchange_;
 };
 
 namespace {
@@ -70,7 +96,7 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
   if (route.rule == Route::Rule::filtering) {
     batch = injectIdentity(app, batch, flow->hash());
   }
-  startReport(flow->hash(), route.server->address);
+  NSLog("dnshost address = ", route.server->address);
   if (!isAnswerable) {
     return;
   }
@@ -148,26 +174,14 @@ std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
   return injected;
 }
 
-void DnsProxyExt::startReport(std::int64_t flowHash, const std::string& dnsServer) {
-  auto report = DNSFlowReport::startingNow(dnsServer);
-  NSLog("dnshost address = ", dnsServer);
-  keepReport(flowHash, std::move(report));
-}
-
-void DnsProxyExt::keepReport(std::int64_t flowHash, DNSFlowReport report) {
-  report.startTimestamp = DispatchTime::now();
-  dnsFlowsReports.insert_or_assign(std::to_string(flowHash), std::move(report));
-  if (dnsFlowsReports.size() > kMaxReports) {
-    dnsFlowsReports.erase(dnsFlowsReports.begin());
-  }
-}
-
 void DnsProxyExt::exchange(const Flow& flow, std::vector<Data> batch,
                            std::vector<NWHostEndpoint> endpoints, const Utils::DNSHost& server,
                            AnswerHandler handler) {
+  auto report = std::make_shared<const KeptReport>(shared_from_this(), flow->hash(),
+                                                   DNSFlowReport::startingNow(server.address));
   const auto client =
       DnsToolsSocket::DNSSocketClient::create(flow, std::move(batch), std::move(endpoints));
-  client->onDataReceived = [handler = std::move(handler)](
+  client->onDataReceived = [handler = std::move(handler), report = std::move(report)](
                                const Flow& answeredFlow, std::optional<Data> answer,
                                const std::optional<NWHostEndpoint>& endpoint,
                                std::optional<bool> isFinished,
