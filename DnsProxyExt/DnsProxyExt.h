@@ -31,9 +31,9 @@ namespace quillet {
 /// back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the
-/// domain maps, Reports.cpp prints what is asked for on the way, RelayLog.h hands lines to the
-/// relay service.
+/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, UpstreamExchange.cpp, ResponsePath.cpp;
+/// PolicyFetch.cpp fills the domain maps, Reports.cpp prints what is asked for on the way,
+/// RelayLog.h hands lines to the relay service.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
 /// excepted.
