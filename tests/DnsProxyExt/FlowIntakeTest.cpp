@@ -36,7 +36,11 @@ TEST_F(FlowIntakeTest, OpensANewFlowAndReadsItEvenWhenThatFailed) {
             1);
   EXPECT_THAT(recordOf(*flow).errors, ElementsAre(testing::EndsWith("breakboint: 3"), "nil"));
   EXPECT_EQ(flow->reads, 1);
+  flow->toRead = {Data{1, 2}};
   ASSERT_TRUE(offer(flow)) << "and reads it again when it is offered again";
+  runReady();
+  EXPECT_EQ(recordOf(*flow).rawReqData, flow->toRead);
+  EXPECT_THAT(recordOf(*flow).reqMessages, SizeIs(2));
   EXPECT_EQ(flow->reads, 2);
   EXPECT_THAT(flow->opened, SizeIs(1));
   EXPECT_EQ(count("handleNewUDPFlow - old flow, hash = " + std::to_string(flow->hash())), 1);

@@ -3,9 +3,9 @@
 
 #include "DnsProxyExt/FlowManager.h"
 #include "platform/foundation/Clock.h"
+#include "tests/dnscodec/Samples.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/LogCapture.h"
-#include "tests/dnscodec/Samples.h"
 
 namespace quillet {
 namespace {
@@ -119,11 +119,10 @@ TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirstAndTheOldestThatIsNeverAnsw
 
 TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
   std::int64_t key = 0;
-  const auto offer = [&](int flows, const Data& datagram) {
-    const auto message = *DnsToolsSocket::Message::deserialize(datagram);
-    for (; flows > 0; --flows) {
+  const auto addUpTo = [&](std::int64_t last, const Data& datagram) {
+    while (key < last) {
       const auto flow = add(++key);
-      manager_.addRequest(*flow, {datagram}, {message});
+      manager_.addRequest(*flow, {datagram}, {*DnsToolsSocket::Message::deserialize(datagram)});
       if (key % 2 == 0) {
         manager_.flowWasHandled(*flow, "nil");
       }
@@ -131,9 +130,9 @@ TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
   };
   auto padded = test::hex("12 34 01 00 00 00 00 00 00 00 00 01 00 00 29 10 00 00 00 00 00 ea 60");
   padded.resize(padded.size() + 60'000);
-  offer(200, padded);
+  addUpTo(200, padded);
   EXPECT_EQ(manager_.flows().size(), 200U) << "padding takes what it takes";
-  offer(50, test::pointingQuestions(10'000));
+  addUpTo(250, test::pointingQuestions(10'000));
   std::size_t kept = 0;
   for (const auto& [hash, record] : manager_.flows()) {
     kept += record->cost();
