@@ -63,7 +63,7 @@ void ManagedFlow::addRequest(std::vector<platform::Data> datagrams,
   }
   datagramsCost_ = 0;
   for (const auto& datagram : datagrams) {
-    datagramsCost_ += sizeof(datagram) + datagram.capacity();
+    datagramsCost_ += sizeof(platform::Data) + datagram.capacity();
   }
   rawReqData = std::move(datagrams);
 }
