@@ -69,6 +69,7 @@ TEST_F(FlowIntakeTest, StopsAtWhatCannotBeRead) {
 TEST_F(FlowIntakeTest, CountsAndKeepsTheDatagramsOfItsOwnOldApplicationToo) {
   const auto flow = makeFlow({query("a"), Data{1, 2}}, "com.quillet.ldapapp.ldap-app.DNS-proxy");
   serve(flow);
+  EXPECT_THAT(server_.received(), testing::Contains(Data{1, 2})) << "forwarded as it is";
   EXPECT_EQ(recordOf(*flow).rawReqData, flow->toRead);
   ASSERT_THAT(recordOf(*flow).reqMessages, SizeIs(2));
   EXPECT_EQ(recordOf(*flow).reqMessages[0]->questions[0].name, "a.");

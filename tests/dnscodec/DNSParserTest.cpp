@@ -160,10 +160,12 @@ TEST_F(DNSParserTest, KeepsTheQuestionOctetsThatItCannotDecode) {
       {"0000", "0000 0000 0001", "", ""},
   };
   for (const auto& [count, otherCounts, questions, behind] : rows) {
-    EXPECT_EQ(DNSParser::injectFlagsTo(hex("1234 0140" + count + otherCounts + questions + behind),
-                                       hex("fdef 0001 31")),
-              hex("1234 0100" + count + "0000 0000 0001" + questions +
-                  "01 30 00 0029 0000 00000000 0005 fdef 0001 31"));
+    std::string sent = "1234 0140";
+    sent.append(count).append(otherCounts).append(questions).append(behind);
+    std::string injected = "1234 0100";
+    injected.append(count).append("0000 0000 0001").append(questions);
+    injected.append("01 30 00 0029 0000 00000000 0005 fdef 0001 31");
+    EXPECT_EQ(DNSParser::injectFlagsTo(hex(sent), hex("fdef 0001 31")), hex(injected));
     EXPECT_EQ(log_.records().back(),
               "inject: query cannot be decoded, its question octets are kept");
   }
