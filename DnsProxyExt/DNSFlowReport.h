@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -17,6 +18,8 @@ struct DNSFlowReport {
   std::optional<std::string> url;
   /// Address of the server chosen.
   std::optional<std::string> dnsServer;
+  /// Tells the exchanges of one flow apart.
+  std::uint64_t exchange = 0;
 
   /// A report that begins now, for a batch on its way to `dnsServer`.
   static DNSFlowReport startingNow(std::string dnsServer);

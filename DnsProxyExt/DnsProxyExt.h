@@ -31,9 +31,9 @@ namespace quillet {
 /// back.
 ///
 /// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, ResponsePath.cpp; PolicyFetch.cpp fills the
-/// domain maps, Reports.cpp prints what is asked for on the way, RelayLog.h hands lines to the
-/// relay service.
+/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, UpstreamExchange.cpp, ResponsePath.cpp;
+/// PolicyFetch.cpp fills the domain maps, Reports.cpp prints what is asked for on the way,
+/// RelayLog.h hands lines to the relay service.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
 /// excepted.
@@ -52,9 +52,6 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
   /// The start option that holds the vendor data, an object.
   static constexpr char kVendorDataOption[] = "VendorData";
-  /// Reports of batches without an answer that are kept; the oldest goes first. One costs about 200
-  /// octets, and a key in a log line of every answer.
-  static constexpr std::size_t kMaxReports = 2048;
 
   DnsProxyExt();
 
@@ -141,6 +138,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   std::optional<platform::NEProviderOptions> options;
   std::set<std::string> safeSearchDomains;
   bool shouldAllowAll = false;
+  /// Of the exchanges that have a connection and no answer: as many as `NWConnection` lets be open.
   DNSFlowReports dnsFlowsReports;
   /// Absent without captive-portal servers.
   std::shared_ptr<CapPortalHelper> capPortalHelper;
@@ -177,18 +175,18 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
 
   /// A server by its address and port as texts.
   static DNSHostRef host(std::string_view address, std::string_view port);
-  /// Keeps the report of a batch that begins now, in place of an earlier one of the same flow.
-  void keepReport(std::int64_t flowHash, DNSFlowReport report);
-  /// Sends a batch to a server; each answer goes to `handler`.
-  static void exchange(const Flow& flow, std::vector<platform::Data> batch,
-                       std::vector<platform::NWHostEndpoint> endpoints,
-                       const Utils::DNSHost& server, AnswerHandler handler);
+  /// Sends a batch to a server; each answer goes to `handler`. Keeps a report that begins now, in
+  /// place of an earlier one of the same flow, until there is an answer or the connection goes.
+  void exchange(const Flow& flow, std::vector<platform::Data> batch,
+                std::vector<platform::NWHostEndpoint> endpoints, const Utils::DNSHost& server,
+                AnswerHandler handler);
   /// Whether there is something to send, and somebody to answer for each of it.
   static bool isComplete(const std::optional<std::vector<platform::Data>>& data,
                          const std::optional<std::vector<platform::NWHostEndpoint>>& endpoints);
 
  private:
   struct Route;
+  class KeptReport;
 
   // The relay service's log (RelayLog.h).
   template <class... Pieces>
@@ -234,7 +232,6 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   [[nodiscard]] std::vector<platform::Data> injectIdentity(const std::string& app,
                                                            const std::vector<platform::Data>& batch,
                                                            std::int64_t flowHash) const;
-  void startReport(std::int64_t flowHash, const std::string& dnsServer);
 
   // Answers (ResponsePath.cpp).
   [[nodiscard]] std::optional<DNSFlowReport> endedReport(const std::string& key) const;
@@ -248,6 +245,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
                      const std::optional<platform::Error>& writeError);
 
   const std::int64_t instanceNumber_;
+  std::uint64_t exchanges_ = 0;
 };
 
 }  // namespace quillet

@@ -66,11 +66,9 @@ void FlowManager::addRequest(const NEAppProxyUDPFlow& flow, std::vector<platform
   if (record == nullptr) {
     return;
   }
-  const auto cost = ManagedFlow::costOf(datagrams);
-  record->cost += cost;
-  cost_ += cost;
-  record->rawReqData = std::move(datagrams);
-  std::move(messages.begin(), messages.end(), std::back_inserter(record->reqMessages));
+  cost_ -= record->cost();
+  record->addRequest(std::move(datagrams), std::move(messages));
+  cost_ += record->cost();
   dropBeyondBounds();
 }
 
@@ -107,7 +105,7 @@ void FlowManager::dropBeyondBounds() {
 }
 
 void FlowManager::drop(std::map<FlowKey, std::unique_ptr<ManagedFlow>>::iterator record) {
-  cost_ -= record->second->cost;
+  cost_ -= record->second->cost();
   flows_.erase(record);
 }
 

@@ -25,7 +25,7 @@ class FlowManager {
   /// Records of flows in progress. One costs the same, and its flow object.
   static constexpr std::size_t kMaxUnfinished = 2048;
   /// Octets of queries and decoded queries held by all records together, whatever their number.
-  static constexpr std::size_t kMaxCost = 64UL << 20;
+  static constexpr std::size_t kMaxCost = 32UL << 20;
 
   /// Registers a flow. True when it is registered already.
   bool addFlowIfNew(const std::shared_ptr<platform::NEAppProxyUDPFlow>& flow);

@@ -1,5 +1,6 @@
 #include "DnsProxyExt/ManagedFlow.h"
 
+#include "DnsProxyExt/MessageFootprint.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSLog.h"
 
@@ -7,17 +8,6 @@ namespace quillet {
 
 using platform::NSLog;
 using platform::secondsSince1970;
-
-namespace {
-
-// What one octet on the wire takes at most once it is decoded: a question of six octets that points
-// at its name becomes a value of its own with a name of its own.
-constexpr std::size_t kDecodedExpansion = 120;
-// What each datagram takes, an empty one too.
-constexpr std::size_t kEntrySize =
-    sizeof(platform::Data) + sizeof(std::optional<DnsToolsSocket::Message>);
-
-}  // namespace
 
 ManagedFlow::ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> managed)
     : flow(std::move(managed)), startTimestamp(secondsSince1970()) {}
@@ -65,12 +55,17 @@ std::string ManagedFlow::answeredName() const {
   return message->answers.front()->name();
 }
 
-std::size_t ManagedFlow::costOf(const std::vector<platform::Data>& datagrams) {
-  std::size_t octets = 0;
-  for (const auto& datagram : datagrams) {
-    octets += kEntrySize + datagram.size() * (1 + kDecodedExpansion);
+void ManagedFlow::addRequest(std::vector<platform::Data> datagrams,
+                             std::vector<std::optional<DnsToolsSocket::Message>> messages) {
+  for (auto& message : messages) {
+    messagesCost_ += sizeof(message) + (message ? footprintOf(*message) : 0);
+    reqMessages.push_back(std::move(message));
   }
-  return octets;
+  datagramsCost_ = 0;
+  for (const auto& datagram : datagrams) {
+    datagramsCost_ += sizeof(platform::Data) + datagram.capacity();
+  }
+  rawReqData = std::move(datagrams);
 }
 
 }  // namespace quillet

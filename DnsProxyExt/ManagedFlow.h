@@ -26,8 +26,12 @@ class ManagedFlow {
   /// Logs the flow's lines of the flow-manager report.
   void printReport(const ReportSettings& settings) const;
 
-  /// Octets that the queries of one read take, decoded messages included, never too low.
-  static std::size_t costOf(const std::vector<platform::Data>& datagrams);
+  /// Keeps what was read: replaces the datagrams, appends the messages.
+  void addRequest(std::vector<platform::Data> datagrams,
+                  std::vector<std::optional<DnsToolsSocket::Message>> messages);
+
+  /// Octets that datagrams and messages take.
+  [[nodiscard]] std::size_t cost() const { return datagramsCost_ + messagesCost_; }
 
   const std::shared_ptr<platform::NEAppProxyUDPFlow> flow;
   /// Seconds since 1970.
@@ -41,12 +45,13 @@ class ManagedFlow {
   std::optional<std::string> url;
   /// The datagrams of the last read.
   std::optional<std::vector<platform::Data>> rawReqData;
-  /// What all queries read take, octets.
-  std::size_t cost = 0;
 
  private:
   [[nodiscard]] std::string answeredName() const;
   void printDetails() const;
+
+  std::size_t datagramsCost_ = 0;
+  std::size_t messagesCost_ = 0;
 };
 
 }  // namespace quillet

@@ -3,6 +3,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/dispatch/DispatchQueue.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/network/NWPath.h"
 
@@ -57,9 +58,11 @@ void PolicyUDPClient::stateChanged(const NWConnection::State& state) {
       break;
     case Kind::waiting:
       NSLog(logTag, " - State: Waiting,", endpoint, " error: ", *state.error);
+      letGoLater();
       break;
     case Kind::failed:
       NSLog(logTag, "  -State: Failed,", endpoint, " failed: ", *state.error);
+      letGoLater();
       break;
     case Kind::cancelled:
       NSLog(logTag, " - State: Cancelled,", endpoint, " \n");
@@ -83,6 +86,7 @@ void PolicyUDPClient::datagramSent(const std::string& info, const std::optional<
   if (error) {
     NSLog(logTag, "  ERROR! Error when data (Type: Data) sending to  UDP.", info, " NWError: \n ",
           *error);
+    letGo();
     return;
   }
   NSLog(logTag, " Data was sent to  UDP, ", info, ",");
@@ -119,6 +123,8 @@ void PolicyUDPClient::receivedNothing(const std::string& info, std::optional<Dat
   if (error) {
     NSLog(logTag, " udp socket error: ", error, ",", info, " ");
     cancelConnection();
+  } else {
+    letGo();
   }
 }
 
@@ -139,6 +145,19 @@ void PolicyUDPClient::cancelConnection() {
   if (connection) {
     connection->cancel();
   }
+}
+
+/// Ends an exchange that is over without a word about it.
+void PolicyUDPClient::letGo() {
+  if (connection) {
+    connection->stateUpdateHandler = nullptr;
+    connection->cancel();
+  }
+}
+
+/// From the state handler, which cannot be replaced while it runs.
+void PolicyUDPClient::letGoLater() {
+  platform::DispatchQueue::global().async([self = shared_from_this()] { self->letGo(); });
 }
 
 void PolicyUDPClient::tell(std::optional<Data> content, bool isComplete,

@@ -15,7 +15,9 @@ namespace quillet {
 ///
 /// There is no time limit and no retry. An exchange without an answer lasts until the platform
 /// needs its connection for another one (`NWConnection::kMaxConnections`); a lost answer is made
-/// good by the owner's next request.
+/// good by the owner's next request. One that is over without an answer (an empty one, a request
+/// that cannot be sent, a connection that waits or failed, which never recovers) lets go of its
+/// connection without a further log line.
 ///
 /// Used once: make it as a shared_ptr, set `onPolicyDataReceived`, connect. From then on the
 /// connection's handlers keep the client alive until the connection is cancelled. Inside the event
@@ -68,6 +70,8 @@ class PolicyUDPClient : public std::enable_shared_from_this<PolicyUDPClient> {
   void tell(std::optional<platform::Data> content, bool isComplete,
             const std::optional<platform::NWError>& error) const;
   void cancelConnection();
+  void letGo();
+  void letGoLater();
   [[nodiscard]] std::string connectionInfo() const;
 
   std::size_t answerCount_ = 0;

@@ -5,14 +5,12 @@
 #include "DnsProxyExt/LetterCase.h"
 #include "DnsProxyExt/RelayLog.h"
 #include "DnsProxyExt/RemoveOccurrences.h"
-#include "dns_tools/DNSSocketClient.h"
 #include "dnscodec/DNSParser.h"
 #include "platform/foundation/NSLog.h"
 
 namespace quillet {
 
 using platform::Data;
-using platform::DispatchTime;
 using platform::Error;
 using platform::NSLog;
 using platform::NWHostEndpoint;
@@ -70,7 +68,7 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
   if (route.rule == Route::Rule::filtering) {
     batch = injectIdentity(app, batch, flow->hash());
   }
-  startReport(flow->hash(), route.server->address);
+  NSLog("dnshost address = ", route.server->address);
   if (!isAnswerable) {
     return;
   }
@@ -146,40 +144,6 @@ std::vector<Data> DnsProxyExt::injectIdentity(const std::string& app,
   auto injected = DNSParser::injectFlagsToDatagrams(batch, values);
   decodeDNSRequest(injected.front(), flowHash);
   return injected;
-}
-
-void DnsProxyExt::startReport(std::int64_t flowHash, const std::string& dnsServer) {
-  auto report = DNSFlowReport::startingNow(dnsServer);
-  NSLog("dnshost address = ", dnsServer);
-  keepReport(flowHash, std::move(report));
-}
-
-void DnsProxyExt::keepReport(std::int64_t flowHash, DNSFlowReport report) {
-  report.startTimestamp = DispatchTime::now();
-  dnsFlowsReports.insert_or_assign(std::to_string(flowHash), std::move(report));
-  if (dnsFlowsReports.size() > kMaxReports) {
-    dnsFlowsReports.erase(dnsFlowsReports.begin());
-  }
-}
-
-void DnsProxyExt::exchange(const Flow& flow, std::vector<Data> batch,
-                           std::vector<NWHostEndpoint> endpoints, const Utils::DNSHost& server,
-                           AnswerHandler handler) {
-  const auto client =
-      DnsToolsSocket::DNSSocketClient::create(flow, std::move(batch), std::move(endpoints));
-  client->onDataReceived = [handler = std::move(handler)](
-                               const Flow& answeredFlow, std::optional<Data> answer,
-                               const std::optional<NWHostEndpoint>& endpoint,
-                               std::optional<bool> isFinished,
-                               const std::optional<platform::NWError>& networkError) {
-    std::optional<Error> error;
-    if (networkError) {
-      error = Error(platform::description(*networkError));
-    }
-    handler(answeredFlow, std::move(answer), isFinished.value(), endpoint.value(),
-            std::move(error));
-  };
-  client->connectWithDNS(server.address, server.port);
 }
 
 DNSHostRef DnsProxyExt::mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap) {

@@ -21,7 +21,6 @@ void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
     return;
   }
   const auto server = host(deployment::kFilteringDns, "53");
-  keepReport(flow->hash(), DNSFlowReport::startingNow(server->address));
   const auto self = std::static_pointer_cast<SafeSearchDNSProxyProvider>(shared_from_this());
   exchange(flow, *std::move(data), *std::move(endpoints), *server,
            std::bind_front(&SafeSearchDNSProxyProvider::received, self));

@@ -15,12 +15,13 @@ class SafeSearchDNSProxyProvider final : public DnsProxyExt {
   /// Does nothing.
   void startFetchingPolicy() override {}
 
- protected:
-  [[nodiscard]] std::string_view className() const override { return "SafeSearchDNSProxyProvider"; }
-
- private:
+  /// Takes one answer for a flow as `handleInBoundDatagram` does, but says only that there is none
+  /// when there is none.
   void received(const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
                 const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error);
+
+ protected:
+  [[nodiscard]] std::string_view className() const override { return "SafeSearchDNSProxyProvider"; }
 };
 
 }  // namespace quillet

@@ -1,9 +1,11 @@
 #include "dns_tools/DNSSocketClient.h"
 
-#include <algorithm>
 #include <limits>
+#include <map>
+#include <string_view>
 #include <utility>
 
+#include "platform/dispatch/DispatchQueue.h"
 #include "platform/foundation/NSLog.h"
 
 namespace DnsToolsSocket {
@@ -16,6 +18,21 @@ using platform::NWEndpoint;
 using platform::NWError;
 using platform::NWHostEndpoint;
 
+namespace {
+
+/// For each datagram the index of the first one with equal bytes, whose endpoint serves all.
+std::vector<std::size_t> firstOfEqual(const std::vector<Data>& batch) {
+  std::map<std::string_view, std::size_t> firsts;
+  std::vector<std::size_t> indices;
+  indices.reserve(batch.size());
+  for (std::size_t i = 0; i < batch.size(); ++i) {
+    indices.push_back(firsts.emplace(platform::textOf(batch[i]), i).first->second);
+  }
+  return indices;
+}
+
+}  // namespace
+
 std::shared_ptr<DNSSocketClient> DNSSocketClient::create(Flow flow,
                                                          std::vector<Data> inBoundDatagrams,
                                                          std::vector<NWHostEndpoint> endpoints) {
@@ -26,6 +43,7 @@ std::shared_ptr<DNSSocketClient> DNSSocketClient::create(Flow flow,
 DNSSocketClient::DNSSocketClient(Flow flow, std::vector<Data> inBoundDatagrams,
                                  std::vector<NWHostEndpoint> endpoints)
     : inBoundDatagrams_(std::move(inBoundDatagrams)),
+      batchSize_(inBoundDatagrams_.size()),
       endpoints_(std::move(endpoints)),
       flow_(std::move(flow)),
       flowHash_(flow_->hash()),
@@ -66,9 +84,11 @@ void DNSSocketClient::stateChanged(const NWConnection::State& state) {
       break;
     case Kind::waiting:
       NSLog("State: Waiting,flowHash = ", flowHash_, ", error: ", *state.error);
+      letGoLater();
       break;
     case Kind::failed:
       NSLog("State: Failed,flowHash = ", flowHash_, ", failed: ", *state.error);
+      letGoLater();
       break;
     case Kind::cancelled:
       NSLog("State: Cancelled, flowHash = ", flowHash_, "\n");
@@ -78,14 +98,23 @@ void DNSSocketClient::stateChanged(const NWConnection::State& state) {
   }
 }
 
+/// Later, since the state handler cannot be replaced while it runs.
+void DNSSocketClient::letGoLater() {
+  platform::DispatchQueue::global().async([self = shared_from_this()] {
+    self->connection_->stateUpdateHandler = nullptr;
+    self->connection_->cancel();
+  });
+}
+
 void DNSSocketClient::sendBatch() {
-  NSLog("sendUDP, content count = ", inBoundDatagrams_.size(), ", flowHash = ", flowHash_);
+  NSLog("sendUDP, content count = ", batchSize_, ", flowHash = ", flowHash_);
   answerCount_ = 0;
-  for (std::size_t index = 0; index < inBoundDatagrams_.size(); ++index) {
-    connection_->send(inBoundDatagrams_[index],
-                      [self = shared_from_this(), index](std::optional<NWError> error) {
-                        self->datagramSent(index, error);
-                      });
+  const auto indices = firstOfEqual(inBoundDatagrams_);
+  auto batch = std::exchange(inBoundDatagrams_, {});
+  for (std::size_t i = 0; i < batch.size(); ++i) {
+    connection_->send(std::move(batch[i]),
+                      [self = shared_from_this(), index = indices[i]](
+                          std::optional<NWError> error) { self->datagramSent(index, error); });
   }
 }
 
@@ -106,7 +135,7 @@ void DNSSocketClient::datagramSent(std::size_t index, const std::optional<NWErro
 void DNSSocketClient::received(std::size_t index, std::optional<Data> content, bool isComplete,
                                const std::optional<NWError>& error) {
   NSLog("receiveUdp callback called, flowHash = ", flowHash_, ", isComplete = ", isComplete);
-  const auto& endpoint = endpointOf(index);
+  const auto& endpoint = endpoints_[index];
   // A datagram of no bytes answers nothing: it counts as no content.
   if (content && content->empty()) {
     content.reset();
@@ -132,25 +161,17 @@ void DNSSocketClient::receivedNothing(const NWHostEndpoint& endpoint, std::optio
 
 void DNSSocketClient::receivedAnswer(const NWHostEndpoint& endpoint, Data content) {
   ++answerCount_;
-  const auto batchSize = inBoundDatagrams_.size();
-  const bool isFinished = answerCount_ == batchSize;
+  const bool isFinished = answerCount_ == batchSize_;
   NSLog("Udp received, flowHash = ", flowHash_, ", arr.count = ", answerCount_,
-        ", content.count = ", batchSize);
+        ", content.count = ", batchSize_);
   if (onDataReceived) {
     onDataReceived(flow_, std::move(content), endpoint, isFinished, std::nullopt);
   }
   if (isFinished) {
-    NSLog("self.connection?.cancel(), arr.count = ", answerCount_, ", content count = ", batchSize,
+    NSLog("self.connection?.cancel(), arr.count = ", answerCount_, ", content count = ", batchSize_,
           ", flowHash = ", flowHash_);
     connection_->cancel();
   }
-}
-
-/// Of datagrams with equal bytes, the first one's endpoint serves all.
-const NWHostEndpoint& DNSSocketClient::endpointOf(std::size_t index) const {
-  const auto first =
-      std::find(inBoundDatagrams_.begin(), inBoundDatagrams_.end(), inBoundDatagrams_[index]);
-  return endpoints_[static_cast<std::size_t>(first - inBoundDatagrams_.begin())];
 }
 
 }  // namespace DnsToolsSocket

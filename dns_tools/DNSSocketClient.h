@@ -19,7 +19,8 @@ namespace DnsToolsSocket {
 ///
 /// Answers are matched to the receives in the order in which they arrive, not by message id. There
 /// is no time limit and no retry; a batch that is not answered in full is never reported as
-/// finished. A connection that waits or failed is left to the platform's bound on open connections.
+/// finished. A connection that waits or failed has no socket and never gets one: it is let go of
+/// without a further word. Datagrams are held until they are sent, not until they are answered.
 ///
 /// Used once: create, set `onDataReceived`, connect. From then on the connection's handlers keep
 /// the client alive until the connection is cancelled. Inside the event loop only.
@@ -63,7 +64,9 @@ class DNSSocketClient : public std::enable_shared_from_this<DNSSocketClient> {
 
   void connectToUDP(const platform::NWEndpoint::Host& host, platform::NWEndpoint::Port port);
   void stateChanged(const platform::NWConnection::State& state);
+  void letGoLater();
   void sendBatch();
+  // `index` is that of the endpoint that the answer belongs to.
   void datagramSent(std::size_t index, const std::optional<platform::NWError>& error);
   void received(std::size_t index, std::optional<platform::Data> content, bool isComplete,
                 const std::optional<platform::NWError>& error);
@@ -71,9 +74,9 @@ class DNSSocketClient : public std::enable_shared_from_this<DNSSocketClient> {
                        std::optional<platform::Data> content,
                        const std::optional<platform::NWError>& error);
   void receivedAnswer(const platform::NWHostEndpoint& endpoint, platform::Data content);
-  [[nodiscard]] const platform::NWHostEndpoint& endpointOf(std::size_t index) const;
 
-  const std::vector<platform::Data> inBoundDatagrams_;
+  std::vector<platform::Data> inBoundDatagrams_;  // none once they are given to the connection
+  const std::size_t batchSize_;
   const std::vector<platform::NWHostEndpoint> endpoints_;
   const Flow flow_;
   const std::int64_t flowHash_;

@@ -10,6 +10,7 @@
 #include "dnscodec/DigCommand.h"
 #include "dnscodec/HexText.h"
 #include "dnscodec/OptionBlock.h"
+#include "dnscodec/QuestionOctets.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/URLHost.h"
 
@@ -23,8 +24,6 @@ namespace {
 
 using OptRef = std::shared_ptr<DNSOPTResourceRecord>;
 
-/// What UDP over IPv4 carries, octets.
-constexpr std::size_t kMaxDatagramSize = 65'507;
 constexpr std::uint16_t kTypeA = 1;
 constexpr std::uint16_t kTypeAaaa = 28;
 constexpr std::uint16_t kTypeHttps = 65;
@@ -57,17 +56,29 @@ OptRef optRecord(Data options) {
   return opt;
 }
 
+/// For a query that cannot be taken apart and written again, because of `reason`.
+Data injectBehindQuestions(const Data& datagram, const OptRef& opt, std::string_view reason) {
+  if (auto injected = withQuestionOctets(datagram, *opt)) {
+    NSLog("inject: query ", reason, ", its question octets are kept");
+    return *std::move(injected);
+  }
+  NSLog("inject: query ", reason, ", it goes out without identity");
+  return datagram;
+}
+
 Data inject(const Data& datagram, const OptRef& opt) {
   DNSMessageDecoder decoder;
   decoder.decodeMessageInBuffer(datagram);
   if (!decoder.message) {
-    return datagram;
+    return injectBehindQuestions(datagram, opt, "cannot be decoded");
   }
   auto& message = DNSParser::checkDnsMessage(*decoder.message);
   message.additionalRecords.assign(1, opt);
   auto injected = DNSMessageEncoder::encode(message);
   // Written in full, names that were pointers can make a message that no datagram carries.
-  return injected.size() <= kMaxDatagramSize ? injected : datagram;
+  return injected.size() <= kMaxDatagramSize
+             ? injected
+             : injectBehindQuestions(datagram, opt, "is too long written in full");
 }
 
 void logType(std::uint16_t type) {

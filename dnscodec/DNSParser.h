@@ -15,8 +15,10 @@ namespace quillet {
 /// Puts EDNS options into query datagrams: replaces the whole additional section of each by one OPT
 /// record that carries them (RFC 6891 section 6.1). Keeps no state; any thread.
 ///
-/// A list of results has one entry for each datagram, in order. A datagram that is no DNS message
-/// comes back as it is, so that the server may say what it thinks of it.
+/// A list of results has one entry for each datagram, in order. Of a query that cannot be decoded,
+/// or that no datagram carries once its names are written in full, the question octets are kept as
+/// they came, before the OPT record. Where even they cannot be told apart the datagram comes back
+/// as it is, so that the server may say what it thinks of it. Each is one log line.
 class DNSParser {
  public:
   using Data = platform::Data;

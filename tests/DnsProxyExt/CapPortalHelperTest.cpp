@@ -95,10 +95,12 @@ TEST_F(CapPortalHelperTest, DeclinedFlowsOfTheProviderRegisterToo) {
   provider_->bypassAll = true;
   EXPECT_FALSE(offer(makeFlow({query("a")})));
   EXPECT_EQ(registrations(), 1);
+  start(R"({"captivePortalIp": "127.0.0.2"})"_json);
+  EXPECT_THAT(provider_->capPortalHelper->ips, ElementsAre("127.0.0.2"));
 }
 
 TEST_F(CapPortalHelperTest, TheListenerRegistersByTheNetwork) {
-  const auto helper = makeHelper();
+  const auto helper = provider_->capPortalHelper = makeHelper();
   std::vector<std::string> paths;
   helper->startConnectivityListener(
       [&](const platform::NWPath& path) { paths.push_back(platform::description(path)); });
@@ -119,7 +121,7 @@ TEST_F(CapPortalHelperTest, TheListenerRegistersByTheNetwork) {
     EXPECT_EQ(registrations(), registered) << seconds;
   }
   EXPECT_EQ(helper->lastRegistrationTime, 0) << "they do not count for the flows";
-  helper->stopConnectivityListener();
+  provider_->stopProxy(platform::NEProviderStopReason::kNone, [] {});
   clock_.advanceSeconds(240);
   runReady();
   EXPECT_EQ(registrations(), 4);

@@ -63,6 +63,7 @@ TEST_F(DnsProxyExtTest, KeepsWhatNewSettingsDoNotName) {
                        description(provider_->localNetworkDNS),
                        description(provider_->policyUDPServer)};
   };
+  EXPECT_THAT(servers(), ElementsAre("127.0.0.3:53", "127.0.0.2:81", "127.0.0.4:53", "nil"));
   start(R"({"secondDNS": "10.0.0.1:54", "filteringDNS": "10.0.0.2", "localNetworkDNS": "10.0.0.3",
             "policyServer": "10.0.0.4:2801", "captivePortalIp": "10.0.0.5,10.0.0.6",
             "allowPackages": "a,b", "mappedDomains": "[corp:10.1.1.1]"})"_json);

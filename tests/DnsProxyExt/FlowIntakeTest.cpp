@@ -36,7 +36,11 @@ TEST_F(FlowIntakeTest, OpensANewFlowAndReadsItEvenWhenThatFailed) {
             1);
   EXPECT_THAT(recordOf(*flow).errors, ElementsAre(testing::EndsWith("breakboint: 3"), "nil"));
   EXPECT_EQ(flow->reads, 1);
+  flow->toRead = {Data{1, 2}};
   ASSERT_TRUE(offer(flow)) << "and reads it again when it is offered again";
+  runReady();
+  EXPECT_EQ(recordOf(*flow).rawReqData, flow->toRead);
+  EXPECT_THAT(recordOf(*flow).reqMessages, SizeIs(2));
   EXPECT_EQ(flow->reads, 2);
   EXPECT_THAT(flow->opened, SizeIs(1));
   EXPECT_EQ(count("handleNewUDPFlow - old flow, hash = " + std::to_string(flow->hash())), 1);
@@ -65,6 +69,7 @@ TEST_F(FlowIntakeTest, StopsAtWhatCannotBeRead) {
 TEST_F(FlowIntakeTest, CountsAndKeepsTheDatagramsOfItsOwnOldApplicationToo) {
   const auto flow = makeFlow({query("a"), Data{1, 2}}, "com.quillet.ldapapp.ldap-app.DNS-proxy");
   serve(flow);
+  EXPECT_THAT(server_.received(), testing::Contains(Data{1, 2})) << "forwarded as it is";
   EXPECT_EQ(recordOf(*flow).rawReqData, flow->toRead);
   ASSERT_THAT(recordOf(*flow).reqMessages, SizeIs(2));
   EXPECT_EQ(recordOf(*flow).reqMessages[0]->questions[0].name, "a.");

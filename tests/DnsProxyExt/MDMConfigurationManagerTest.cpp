@@ -88,11 +88,12 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityFromTheConfiguration) {
 
 TEST_F(MDMConfigurationManagerTest, KeepsWhatALaterConfigurationDoesNotName) {
   manager_.initConfigurationForMacOs(
-      {{"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}});
+      {{"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}, {"serialNumber", "s"}});
   manager_.initConfigurationForMacOs({{"userAuthEnabled", "false"}});
   manager_.initConfigurationForMacOs({{"orgUnitId", ""}});
-  EXPECT_THAT(manager_.valuesForInject(),
-              ElementsAre(std::pair("65003", "u"), std::pair("65010", "60")));
+  EXPECT_THAT(
+      manager_.valuesForInject(),
+      ElementsAre(std::pair("65003", "u"), std::pair("65010", "60"), std::pair("65011", "s")));
 }
 
 TEST_F(MDMConfigurationManagerTest, FollowsTheGroupDefaults) {

@@ -6,15 +6,14 @@ namespace {
 
 using platform::Data;
 using test::FakeServer;
-using testing::Contains;
 using testing::ElementsAre;
 
 class PolicyUDPClientTest : public test::ProviderTest {
  protected:
   PolicyUDPClientTest() { log_.clear(); }
 
-  void connect(const std::string& ip, std::int64_t port) {
-    auto client = std::make_shared<PolicyUDPClient>(Data{'q', 'q'});
+  void connect(const std::string& ip, std::int64_t port, Data request = {'q', 'q'}) {
+    auto client = std::make_shared<PolicyUDPClient>(std::move(request));
     client->onPolicyDataReceived = [this](const std::optional<Data>& content,
                                           std::optional<bool> isComplete,
                                           const std::optional<platform::NWError>& error) {
@@ -64,26 +63,34 @@ TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
           tag + " - State: Cancelled," + endpoint + " \n"));
 }
 
-TEST_F(PolicyUDPClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
-  connect("127.0.0.1", test::closedPort());
-  ASSERT_TRUE(runUntilGone());
-  EXPECT_THAT(told_, ElementsAre("nothing open Optional(POSIXErrorCode(rawValue: 111): "
-                                 "Connection refused)"));
-  EXPECT_THAT(log_.records(), Contains(testing::StartsWith(
-                                  "PolicyUDPClient udp socket error: Optional(POSIXErrorCode"
-                                  "(rawValue: 111): Connection refused),Optional(")));
-}
-
-TEST_F(PolicyUDPClientTest, WhereThereIsNoServerNothingIsTold) {
+TEST_F(PolicyUDPClientTest, EveryExchangeWithoutAnAnswerEnds) {
   for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}}) {
     connect("127.0.0.1", port);
     EXPECT_TRUE(client_.expired());
     EXPECT_EQ(log_.records().back(), "PolicyUDPClient: no such port: " + std::to_string(port));
   }
   connect("policy.example", 2800);
-  ASSERT_TRUE(runUntilLogged(
-      "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord"));
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_EQ(log_.records().back(),
+            "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord");
+  const FakeServer empty([](const Data& /*received*/) { return std::vector<Data>{Data()}; });
+  connect("127.0.0.1", empty.port(), Data(70'000));
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::MatchesRegex("PolicyUDPClient  ERROR! Error when data \\(Type: Data\\) "
+                                    "sending to  UDP\\.Optional\\(.*\\), to ip - 127.0.0.1, port "
+                                    "- [0-9]+ NWError: \n .*Message too long"));
   EXPECT_THAT(told_, testing::IsEmpty());
+  connect("127.0.0.1", empty.port());
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::StartsWith("PolicyUDPClient dns session is not completed,Optional("));
+  connect("127.0.0.1", test::closedPort());
+  ASSERT_TRUE(runUntilGone());
+  const std::string refused = "Optional(POSIXErrorCode(rawValue: 111): Connection refused)";
+  EXPECT_THAT(log_.records(), testing::Contains(testing::StartsWith(
+                                  "PolicyUDPClient udp socket error: " + refused + ",Optional(")));
+  EXPECT_THAT(told_, ElementsAre("nothing open nil", "nothing open " + refused));
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ TEST_F(ReportsTest, ReadsTheParameters) {
       {"p_tf_9", 9, "tf", false},
       {"p_d", {}, "d", true},
       {"p", {}, {}, false},
+      {"tf_d", {}, {}, true},
       {"tf_5_tf", 5, {}, false},
       {"p_", {}, "", false},
   };

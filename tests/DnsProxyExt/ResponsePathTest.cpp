@@ -1,3 +1,4 @@
+#include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
 namespace quillet {
@@ -85,6 +86,16 @@ TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
                                    "[DNS REQ FLOW] - took: 0.0msec, domain:nil, dnsServer:"
                                    "Optional(\"127.0.0.9\"), hash - 12, additional: nil"}));
   EXPECT_THAT(flow_->written, ElementsAre(std::pair(garbage, asked_)));
+}
+
+TEST_F(ResponsePathTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
+  const auto safeSearch = std::make_shared<SafeSearchDNSProxyProvider>();
+  safeSearch->connectToDNS(flow_, {{test::query("a")}}, {{asked_}}, std::nullopt);
+  EXPECT_EQ(safeSearch->dnsFlowsReports.at("12").dnsServer, "127.0.0.2");
+  safeSearch->received(flow_, answerForA(), true, asked_, Error("upstream"));
+  EXPECT_EQ(count("***decodeDNSResponse***,data size = 35, flowHash:12"), 2);
+  runReady();
+  EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
 TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {

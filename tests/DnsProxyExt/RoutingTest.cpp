@@ -58,18 +58,10 @@ TEST_F(RoutingTest, FirstRuleThatAppliesChoosesTheServer) {
     offer(makeFlow({row.query}, row.app));
     EXPECT_TRUE(runUntilLogged(row.line)) << row.line;
   }
+  EXPECT_THAT(relayed(13), testing::IsSupersetOf({toLocalNetwork, toSecond, toSecond}));
   provider_->localNetworkDNS = nullptr;
   offer(makeFlow({query("a")}, "com.apple.nsupdate"));
   EXPECT_TRUE(runUntilLogged(toFiltering + "Optional(\"a\")"));
-}
-
-TEST_F(RoutingTest, ForwardsWhatItCannotDecodeUnchanged) {
-  const test::FakeServer filtering(test::stayQuiet);
-  provider_->filteringDNS = host(filtering);
-  const auto garbage = test::hex("12 34 01 00 00 02 00 00 00 00 00 00 01 61 00 00 01 00 01");
-  offer(makeFlow({garbage}));
-  ASSERT_TRUE(runUntil([&] { return !filtering.received().empty(); }));
-  EXPECT_THAT(filtering.received(), testing::ElementsAre(garbage));
 }
 
 TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
@@ -87,17 +79,32 @@ TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   EXPECT_EQ(count("datagram count = 1"), 2) << "what leads to the server is told";
 }
 
-TEST_F(RoutingTest, KeepsABoundedNumberOfReports) {
-  const auto first = makeFlow({query("a")});
-  offer(first);
-  for (std::size_t i = 0; i < DnsProxyExt::kMaxReports; ++i) {
-    offer(makeFlow({query("a")}));
+TEST_F(RoutingTest, AReportGoesWithItsConnection) {
+  const auto refused = makeFlow({query("a")});
+  provider_->filteringDNS =
+      std::make_shared<Utils::DNSHost>("127.0.0.1:" + std::to_string(test::closedPort()));
+  offer(refused);
+  const auto key = std::to_string(refused->hash());
+  ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = " + key + "\n"));
+  EXPECT_EQ(count("handleInBoundDatagram,hash = " + key +
+                  ", isFinish = false, error = Optional("
+                  "POSIXErrorCode(rawValue: 111): Connection refused)"),
+            1);
+  EXPECT_EQ(count("flow reports: [\"" + key + "\"]"), 1) << "there while its error is dealt with";
+  EXPECT_THAT(provider_->dnsFlowsReports, testing::IsEmpty());
+
+  // Not when another exchange of the flow is under way.
+  const test::FakeServer silent(test::stayQuiet);
+  provider_->filteringDNS = host(silent);
+  provider_->xpcUdpHelper->closeConnection();
+  const auto flow = makeFlow({query("a")});
+  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
+  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
+  for (const auto left : {1U, 0U}) {
+    ASSERT_TRUE(platform::OpenConnections::shared().cancelIdleLongest());
+    runReady();
+    EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(left));
   }
-  ASSERT_TRUE(
-      runUntil([&] { return provider_->dnsFlowsReports.size() == DnsProxyExt::kMaxReports; }));
-  runReady();
-  EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(DnsProxyExt::kMaxReports));
-  EXPECT_EQ(provider_->dnsFlowsReports.count(std::to_string(first->hash())), 0U);
 }
 
 }  // namespace

@@ -23,18 +23,6 @@ std::optional<DNSMessage> decoded(DataView bytes) {
   return std::move(decoder.message);
 }
 
-TEST(DNSMessageDecoder, TakesAnAnswerApart) {
-  const auto message = decoded(test::sampleAnswer());
-  ASSERT_TRUE(message);
-  EXPECT_EQ(message->header.answerRecordCount, 2);
-  EXPECT_EQ(*message->questions.at(0), (DNSQuestion{"www.example.com", 1, 1}));
-  EXPECT_EQ(message->answers.at(0)->name, "www.example.com");
-  EXPECT_EQ(message->answers.at(0)->data, hex("03776562 c010"));
-  EXPECT_EQ(message->answers.at(1)->name, "web.example.com");
-  EXPECT_EQ(message->authorityRecords.at(0)->name, "example.com");
-  EXPECT_EQ(message->additionalRecords.at(0)->ttl, 86400U);
-}
-
 TEST(DNSMessageDecoder, ItsElementsDecodeOnTheirOwnToo) {
   const auto bytes = hex("ff 01 61 00 001c 0003 00 0001 0002 00000003 0000 ff");
   std::uint32_t offset = 1;
@@ -58,22 +46,6 @@ TEST(DNSMessageDecoder, RefusesEveryCutAndIgnoresWhatIsBehind) {
   }
 }
 
-TEST(DNSMessageDecoder, TakesOrRefusesEveryFlippedOctet) {
-  const auto bytes = test::sampleAnswer();
-  std::size_t taken = 0;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    for (const unsigned flip : {0x01U, 0x40U, 0x80U, 0xC0U, 0xFFU}) {
-      auto flipped = bytes;
-      flipped[i] = static_cast<std::uint8_t>(flipped[i] ^ flip);
-      if (const auto message = decoded(flipped)) {
-        EXPECT_GE(DNSMessageEncoder::encode(*message).size(), 12U);
-        ++taken;
-      }
-    }
-  }
-  EXPECT_GT(taken, bytes.size());
-}
-
 TEST(DNSMessageDecoder, RefusesCountsThatLie) {
   struct Row {
     const char* what;
@@ -83,6 +55,8 @@ TEST(DNSMessageDecoder, RefusesCountsThatLie) {
   };
   const Row rows[] = {
       {"one question", "0001 0000 0000 0000", "00 0001 0001", true},
+      {"cut in its type", "0001 0000 0000 0000", "02 6161 00 00", false},
+      {"cut in its class", "0001 0000 0000 0000", "01 61 00 0001 00", false},
       {"two, one there", "0002 0000 0000 0000", "00 0001 0001", false},
       {"all questions", "ffff 0000 0000 0000", "00 0001 0001", false},
       {"all answers", "0000 ffff 0000 0000", "00 0001 0001 00000000 0000", false},

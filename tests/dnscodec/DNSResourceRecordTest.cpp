@@ -12,23 +12,13 @@ namespace {
 
 using test::hex;
 
-TEST(DNSResourceRecord, WritesAllItsFields) {
-  DNSResourceRecord record;
-  record.name = "a.b";
-  record.type = 0x0102;
-  record.resourceClass = 0x0304;
-  record.ttl = 0x05060708;
-  record.data = hex("09");
-  EXPECT_EQ(record.encode(), hex("01 61 01 62 00 0102 0304 05060708 0001 09"));
-  EXPECT_EQ(record.copy()->encode(), record.encode());
-}
-
 TEST(DNSResourceRecord, LeavesOutDataThatHasNoLength) {
   DNSResourceRecord record;
   record.name = ".";
   record.data.resize(0xFFFF);
   EXPECT_EQ(record.encode().size(), 11U + 0xFFFF);
   EXPECT_EQ(record.encode()[9], 0xFF);
+  EXPECT_EQ(record.copy()->encode(), record.encode());
   record.data.resize(0x10000);
   EXPECT_EQ(record.encode(), hex("00 0000 0000 00000000 0000"));
 }
