@@ -1,6 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+
+#include "dnscodec/WireWriter.h"
+#include "platform/foundation/Data.h"
 
 namespace quillet {
 
@@ -26,6 +31,43 @@ struct DNSHeader {
   std::uint16_t additionalRecordCount = 0;
 
   bool operator==(const DNSHeader&) const = default;
+};
+
+/// The flags of a message header (RFC 1035 section 4.1.1, RFC 4035 section 3), in its octets 2
+/// and 3.
+struct HeaderBits {
+  static constexpr std::size_t kHeaderSize = 12;
+
+  static constexpr std::uint8_t kResponse = 0x80;
+  static constexpr int kOpCodeShift = 3;
+  static constexpr std::uint8_t kAuthoritativeAnswer = 0x04;
+  static constexpr std::uint8_t kTruncated = 0x02;
+  static constexpr std::uint8_t kRecursionDesired = 0x01;
+
+  static constexpr std::uint8_t kRecursionAvailable = 0x80;
+  static constexpr std::uint8_t kAuthenticatedData = 0x20;
+  static constexpr std::uint8_t kCheckingDisabled = 0x10;
+
+  /// Operation code and response code have four bits each.
+  static constexpr std::uint8_t kCodeMask = 0x0F;
+};
+
+/// Reads one header. Made fresh for each.
+class DNSHeaderDecoder {
+ public:
+  /// Reads the 12 octets from `offset` on and moves it behind them. Fewer leave `header` unset.
+  void decodeHeaderInBuffer(platform::DataView buffer, std::uint32_t& offset);
+
+  std::optional<DNSHeader> header;
+};
+
+/// Writes headers.
+class DNSHeaderEncoder {
+ public:
+  /// The 12 octets of a header, with the counts that it holds.
+  static platform::Data encode(const DNSHeader& header);
+  /// The same behind what the writer holds.
+  static void encodeTo(WireWriter& writer, const DNSHeader& header);
 };
 
 }  // namespace quillet

@@ -4,11 +4,8 @@
 #include <memory>
 #include <utility>
 
-#include "dnscodec/DNSMessageDecoder.h"
-#include "dnscodec/DNSMessageEncoder.h"
-#include "dnscodec/DNSOPTResourceRecord.h"
-#include "dnscodec/DigCommand.h"
-#include "dnscodec/HexText.h"
+#include "dnscodec/DNSMessage.h"
+#include "dnscodec/DNSResourceRecord.h"
 #include "dnscodec/OptionBlock.h"
 #include "dnscodec/QuestionOctets.h"
 #include "platform/foundation/NSLog.h"

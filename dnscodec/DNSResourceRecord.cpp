@@ -1,5 +1,10 @@
 #include "dnscodec/DNSResourceRecord.h"
 
+#include <utility>
+
+#include "dnscodec/DNSLabel.h"
+#include "dnscodec/WireReader.h"
+
 namespace quillet {
 
 using platform::Data;
@@ -53,6 +58,66 @@ void DNSResourceRecord::encodeAs(WireWriter& writer, std::uint16_t classToWrite,
   writer.writeUInt32(ttlToWrite);
   writer.writeUInt16(static_cast<std::uint16_t>(rdata.size()));
   writer.writeBytes(rdata);
+}
+
+void DNSResourceRecordDecoder::decodeResourceInBuffer(DataView buffer, std::uint32_t& offset) {
+  DecodeBudget budget;
+  decodeResourceInBuffer(buffer, offset, budget);
+}
+
+void DNSResourceRecordDecoder::decodeResourceInBuffer(DataView buffer, std::uint32_t& offset,
+                                                      DecodeBudget& budget) {
+  DNSLabelDecoder label;
+  label.decodeLabelInBuffer(buffer, offset, budget);
+  if (!label.name) {
+    return;
+  }
+  WireReader reader(buffer, offset);
+  auto read = std::make_shared<DNSResourceRecord>();
+  read->name = *std::move(label.name);
+  read->type = reader.readUInt16();
+  read->resourceClass = reader.readUInt16();
+  read->ttl = reader.readUInt32();
+  const auto data = reader.readBytes(reader.readUInt16());
+  if (reader.failed()) {
+    return;
+  }
+  read->data.assign(data.begin(), data.end());
+  resource = std::move(read);
+  offset = reader.offset();
+}
+
+void DNSCNAMEResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
+  std::uint32_t offset = 0;
+  DNSLabelDecoder decoder;
+  decoder.decodeLabelInBuffer(record.data, offset);
+  canonicalName = decoder.name.value_or("");
+}
+
+platform::Data DNSCNAMEResourceRecord::encodeData() const {
+  return DNSLabelEncoder::encode(canonicalName);
+}
+
+namespace {
+
+constexpr int kExtendedRCodeShift = 24;
+constexpr int kVersionShift = 16;
+constexpr std::uint32_t kDnssecOk = 1U << 15;
+
+}  // namespace
+
+void DNSOPTResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
+  udpPayloadSize = record.resourceClass;
+  extendedRCode = static_cast<std::uint8_t>(record.ttl >> kExtendedRCodeShift);
+  version = static_cast<std::uint8_t>(record.ttl >> kVersionShift);
+  dnssecOK = (record.ttl & kDnssecOk) != 0;
+}
+
+void DNSOPTResourceRecord::encodeTo(WireWriter& writer) const {
+  const std::uint32_t fields = static_cast<std::uint32_t>(extendedRCode) << kExtendedRCodeShift |
+                               static_cast<std::uint32_t>(version) << kVersionShift |
+                               (dnssecOK ? kDnssecOk : 0);
+  encodeAs(writer, udpPayloadSize, fields, data);
 }
 
 }  // namespace quillet

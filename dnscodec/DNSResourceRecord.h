@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "dnscodec/DNSLabel.h"
 #include "dnscodec/WireWriter.h"
 #include "platform/foundation/Data.h"
 
@@ -64,6 +65,63 @@ class DNSResourceRecord {
   /// Writes the record with this class, TTL and RDATA in place of its own.
   void encodeAs(WireWriter& writer, std::uint16_t classToWrite, std::uint32_t ttlToWrite,
                 platform::DataView rdata) const;
+};
+
+/// Reads one resource record as a plain one, whatever its type. Made fresh for each.
+class DNSResourceRecordDecoder {
+ public:
+  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource`
+  /// unset.
+  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset);
+  /// The same, charged to the budget of a whole message.
+  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset,
+                              DecodeBudget& budget);
+
+  std::shared_ptr<DNSResourceRecord> resource;
+};
+
+/// What every kind of record has for itself: how one is made from a generic record, and copied.
+///
+///     class DNSOPTResourceRecord final : public DNSTypedResourceRecord<DNSOPTResourceRecord>
+template <class Kind>
+class DNSTypedResourceRecord : public DNSResourceRecord {
+ public:
+  /// A record of this kind filled from a generic one.
+  static std::shared_ptr<Kind> fromResource(const DNSResourceRecord& record) {
+    return DNSResourceRecord::fromResource<Kind>(record);
+  }
+
+  [[nodiscard]] std::shared_ptr<DNSResourceRecord> copy() const final {
+    return std::make_shared<Kind>(static_cast<const Kind&>(*this));
+  }
+};
+
+/// A CNAME record with its target as text (RFC 1035 section 3.3.1).
+class DNSCNAMEResourceRecord final : public DNSTypedResourceRecord<DNSCNAMEResourceRecord> {
+ public:
+  /// Reads the target from the RDATA alone, without the message around it; one that cannot be read
+  /// leaves the name empty.
+  void decodeFromResource(const DNSResourceRecord& record) override;
+  [[nodiscard]] platform::Data encodeData() const override;
+
+  std::string canonicalName;
+};
+
+/// An EDNS OPT pseudo-record (RFC 6891 section 6.1): class and TTL carry fields of their own,
+/// `data` the options.
+class DNSOPTResourceRecord final : public DNSTypedResourceRecord<DNSOPTResourceRecord> {
+ public:
+  static constexpr std::uint16_t kType = 41;
+
+  /// Takes the fields from class and TTL.
+  void decodeFromResource(const DNSResourceRecord& record) override;
+  /// Writes the fields in place of class and TTL.
+  void encodeTo(WireWriter& writer) const override;
+
+  std::uint16_t udpPayloadSize = 0;
+  std::uint8_t extendedRCode = 0;
+  std::uint8_t version = 0;
+  bool dnssecOK = false;
 };
 
 }  // namespace quillet

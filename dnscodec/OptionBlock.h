@@ -2,12 +2,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "dnscodec/WireWriter.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
+
+/// Appends two lower-case hexadecimal digits for each octet of `bytes`.
+void appendHex(std::string& out, platform::DataView bytes);
 
 /// EDNS options one after another, each a code, a length and a text (RFC 6891 section 6.1.2).
 class OptionBlock {
@@ -27,6 +31,20 @@ class OptionBlock {
 
  private:
   WireWriter writer_;
+};
+
+/// The command line of `dig` that sends the filtering service the same options by hand: a help for
+/// those who read the log.
+class DigCommand {
+ public:
+  /// Makes room for `optionCount` options ahead, whose values have `valueSize` octets together.
+  DigCommand(std::size_t optionCount, std::size_t valueSize);
+
+  void addOption(std::uint16_t code, std::string_view value);
+  [[nodiscard]] const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
 };
 
 }  // namespace quillet

@@ -1,8 +1,6 @@
 #include "dnscodec/QuestionOctets.h"
 
-#include "dnscodec/DNSHeaderDecoder.h"
-#include "dnscodec/DNSHeaderEncoder.h"
-#include "dnscodec/HeaderBits.h"
+#include "dnscodec/DNSHeader.h"
 #include "dnscodec/WireReader.h"
 #include "dnscodec/WireWriter.h"
 

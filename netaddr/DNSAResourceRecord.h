@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "dnscodec/DNSTypedResourceRecord.h"
+#include "dnscodec/DNSResourceRecord.h"
 #include "netaddr/IPAddress.h"
 
 namespace quillet {

@@ -1,9 +1,8 @@
 // What decodes, written and decoded again, has the same fields, and its names stay within the
 // budget of a message however they point at each other.
 
-#include "dnscodec/DNSMessageDecoder.h"
-#include "dnscodec/DNSMessageEncoder.h"
-#include "dnscodec/DecodeBudget.h"
+#include "dnscodec/DNSLabel.h"
+#include "dnscodec/DNSMessage.h"
 #include "fuzz/Require.h"
 #include "fuzz/dnscodec/WritableNames.h"
 

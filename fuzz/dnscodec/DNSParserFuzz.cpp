@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "dnscodec/DNSMessageDecoder.h"
-#include "dnscodec/DNSMessageEncoder.h"
+#include "dnscodec/DNSMessage.h"
 #include "dnscodec/DNSParser.h"
 #include "dnscodec/QuestionOctets.h"
 #include "fuzz/Require.h"

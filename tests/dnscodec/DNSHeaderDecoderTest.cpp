@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dnscodec/DNSHeaderDecoder.h"
-#include "dnscodec/DNSHeaderEncoder.h"
+#include "dnscodec/DNSHeader.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dnscodec/DNSLabelDecoder.h"
-#include "dnscodec/DNSLabelEncoder.h"
+#include "dnscodec/DNSLabel.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {

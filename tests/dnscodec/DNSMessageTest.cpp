@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "dnscodec/DNSCNAMEResourceRecord.h"
-#include "dnscodec/DNSMessageDecoder.h"
-#include "dnscodec/DNSMessageEncoder.h"
-#include "dnscodec/DNSQuestionDecoder.h"
-#include "dnscodec/DNSQuestionEncoder.h"
-#include "dnscodec/DNSResourceRecordDecoder.h"
+#include "dnscodec/DNSMessage.h"
+#include "dnscodec/DNSQuestion.h"
+#include "dnscodec/DNSResourceRecord.h"
 #include "tests/dnscodec/Samples.h"
 
 namespace quillet {

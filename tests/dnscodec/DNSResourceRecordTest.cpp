@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dnscodec/DNSCNAMEResourceRecord.h"
-#include "dnscodec/DNSOPTResourceRecord.h"
+#include "dnscodec/DNSResourceRecord.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {

@@ -6,11 +6,32 @@
 #include <string>
 #include <string_view>
 
-#include "dnscodec/DecodeBudget.h"
 #include "dnscodec/WireReader.h"
 #include "platform/foundation/Data.h"
 
 namespace quillet {
+
+/// What decoding one message may cost, so that names which point at each other cannot multiply its
+/// few octets into much text or much time: each octet of a name costs one, each pointer followed
+/// `kPointerCost`.
+class DecodeBudget {
+ public:
+  /// Four times the largest datagram. A message without pointers costs no more than its size.
+  static constexpr std::size_t kTotal = 256UL * 1024;
+  static constexpr std::size_t kPointerCost = 16;
+
+  /// Takes `cost` off what is left; false when there is not enough.
+  bool charge(std::size_t cost) {
+    if (cost > left_) {
+      return false;
+    }
+    left_ -= cost;
+    return true;
+  }
+
+ private:
+  std::size_t left_ = kTotal;
+};
 
 /// Reads one name, compressed or not (RFC 1035 section 4.1.4). Made fresh for each.
 ///
@@ -55,6 +76,13 @@ class DNSLabelDecoder {
   std::size_t targetStart_ = 0;
   std::size_t parentStart_ = 0;
   std::optional<std::uint32_t> behindFirstPointer_;
+};
+
+/// Writes names.
+class DNSLabelEncoder {
+ public:
+  /// A name without compression, see `WireWriter::writeName`.
+  static platform::Data encode(std::string_view name);
 };
 
 }  // namespace quillet

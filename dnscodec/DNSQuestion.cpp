@@ -1,8 +1,8 @@
-#include "dnscodec/DNSQuestionDecoder.h"
+#include "dnscodec/DNSQuestion.h"
 
 #include <utility>
 
-#include "dnscodec/DNSLabelDecoder.h"
+#include "dnscodec/DNSLabel.h"
 #include "dnscodec/WireReader.h"
 
 namespace quillet {
@@ -30,6 +30,23 @@ void DNSQuestionDecoder::decodeQuestionInBuffer(DataView buffer, std::uint32_t& 
   question =
       std::make_shared<DNSQuestion>(DNSQuestion{*std::move(label.name), type, questionClass});
   offset = reader.offset();
+}
+
+platform::Data DNSQuestionEncoder::encode(const DNSQuestion& question) {
+  WireWriter writer(expectedSize(question));
+  encodeTo(writer, question);
+  return writer.finish();
+}
+
+void DNSQuestionEncoder::encodeTo(WireWriter& writer, const DNSQuestion& question) {
+  writer.writeName(question.name);
+  writer.writeUInt16(question.type);
+  writer.writeUInt16(question.questionClass);
+}
+
+std::size_t DNSQuestionEncoder::expectedSize(const DNSQuestion& question) {
+  constexpr std::size_t kTypeAndClass = 4;
+  return WireWriter::maxNameSize(question.name) + kTypeAndClass;
 }
 
 }  // namespace quillet

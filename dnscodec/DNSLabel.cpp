@@ -1,7 +1,9 @@
-#include "dnscodec/DNSLabelDecoder.h"
+#include "dnscodec/DNSLabel.h"
 
 #include <algorithm>
 #include <utility>
+
+#include "dnscodec/WireWriter.h"
 
 namespace quillet {
 
@@ -119,6 +121,12 @@ void DNSLabelDecoder::compileNameAndReset() {
   }
   name = std::exchange(labels_, {});
   state_ = State::finished;
+}
+
+platform::Data DNSLabelEncoder::encode(std::string_view name) {
+  WireWriter writer(WireWriter::maxNameSize(name));
+  writer.writeName(name);
+  return writer.finish();
 }
 
 }  // namespace quillet
