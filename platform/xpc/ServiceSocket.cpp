@@ -10,11 +10,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <thread>
 #include <utility>
-
-#include "platform/xpc/WithoutUmask.h"
 
 namespace platform {
 
@@ -35,6 +32,21 @@ bool isOurFolder(const std::string& path) {
   return ::lstat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == ::geteuid();
 }
 
+/// Gives a file that we have just made its mode whatever the umask, which belongs to all threads. A
+/// link, or what others have put in its place, keeps its own. 0, or the errno value.
+int setMode(const std::filesystem::path& path, mode_t type, mode_t mode) {
+  const FileDescriptor file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  struct stat status {};
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
+    return errno;
+  }
+  if ((status.st_mode & S_IFMT) != type || status.st_uid != ::geteuid()) {
+    return EPERM;
+  }
+  const auto self = "/proc/self/fd/" + std::to_string(file.get());  // as O_PATH has no fchmod
+  return ::chmod(self.c_str(), mode) == 0 ? 0 : errno;
+}
+
 /// What cannot be made shows when the socket is.
 void makeFolders(const std::filesystem::path& folder) {
   std::error_code ignored;
@@ -42,7 +54,9 @@ void makeFolders(const std::filesystem::path& folder) {
     return;
   }
   makeFolders(folder.parent_path());
-  withoutUmask([&folder] { return ::mkdir(folder.c_str(), kFolderMode) == 0 ? 0 : errno; });
+  if (::mkdir(folder.c_str(), kFolderMode) == 0) {
+    setMode(folder, S_IFDIR, kFolderMode);
+  }
 }
 
 FileDescriptor openSocket() {
@@ -59,7 +73,7 @@ int bindTo(const FileDescriptor& socket, const sockaddr_un& address) {
 }
 
 constexpr std::chrono::milliseconds kShortWait{5};
-constexpr int kMaxWaits = 200;
+constexpr int kMaxWaits = 20;
 
 /// A lock on a file beside the socket's, held until it is closed. It keeps services that start at
 /// the same instant from taking each other's socket, which is not yet listened at, for a stale one.
@@ -94,13 +108,16 @@ int bindReplacing(const FileDescriptor& socket, const sockaddr_un& address) {
   return error;
 }
 
-/// 0, or the errno value. The file that comes into being takes over the socket's own mode. Clients
-/// see the process that calls `listen`.
+/// 0, or the errno value. The file that comes into being takes over the socket's own mode, less the
+/// umask; it has `mode` in full before anybody can connect.
 int listenAt(const FileDescriptor& socket, const sockaddr_un& address, mode_t mode) {
   if (::fchmod(socket.get(), mode) != 0) {
     return errno;
   }
-  if (const int error = withoutUmask([&] { return bindReplacing(socket, address); })) {
+  if (const int error = bindReplacing(socket, address)) {
+    return error;
+  }
+  if (const int error = setMode(address.sun_path, S_IFSOCK, mode)) {
     return error;
   }
   return ::listen(socket.get(), SOMAXCONN) == 0 ? 0 : errno;

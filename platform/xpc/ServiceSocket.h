@@ -22,9 +22,9 @@ class ServiceSocket {
   /// For every user: who may reach the service is what the folder's permissions say.
   static constexpr mode_t kForEverybody = 0666;
 
-  /// Listens at `path`; the file has `mode` from its beginning, whatever the umask. Folders that
-  /// are missing are made, for everybody to enter. A socket that nobody listens at is replaced, a
-  /// link never followed. The error names the path and says what is wrong.
+  /// Listens at `path`; the file has `mode` before anybody can connect, whatever the umask. Folders
+  /// that are missing are made, for everybody to enter. A socket that nobody listens at is
+  /// replaced, a link never followed. The error names the path and says what is wrong.
   static tl::expected<ServiceSocket, Error> listen(const std::filesystem::path& path,
                                                    mode_t mode = kForEverybody);
 
