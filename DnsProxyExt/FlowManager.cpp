@@ -21,8 +21,8 @@ bool isWanted(const ManagedFlow& record, const ReportSettings& settings, double 
   if (!settings.package) {
     return true;
   }
-  const auto sender = lowercased(record.flow->metaData().sourceAppSigningIdentifier);
-  return sender.find(lowercased(*settings.package)) != std::string::npos;
+  const auto sender = caseFolded(record.flow->metaData().sourceAppSigningIdentifier);
+  return sender.find(caseFolded(*settings.package)) != std::string::npos;
 }
 
 }  // namespace

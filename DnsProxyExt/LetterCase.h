@@ -5,11 +5,12 @@
 
 namespace quillet {
 
-/// `text` with the letters A to Z in lower case; other characters stand as they are. Signing
-/// identifiers and configuration switches are ASCII.
-std::string lowercased(std::string_view text);
+/// `text` by the simple case folding of Unicode, each character by itself: two texts that differ
+/// only in letter case become the same. Bytes that are no UTF-8 stand as they are.
+std::string caseFolded(std::string_view text);
 
-/// Whether the two texts are equal but for the case of the letters A to Z.
+/// Whether the two texts are equal but for the case of the letters A to Z, as configuration
+/// switches are compared.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
 }  // namespace quillet

@@ -27,9 +27,9 @@ struct DnsProxyExt::Route {
 namespace {
 
 // An entry without text (from a comma too many in the list) matches no application, not every one.
-bool matchesAny(const std::vector<std::string>& entries, const std::string& lowercasedApp) {
+bool matchesAny(const std::vector<std::string>& entries, const std::string& foldedApp) {
   return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
-    return !entry.empty() && lowercasedApp.find(lowercased(entry)) != std::string::npos;
+    return !entry.empty() && foldedApp.find(caseFolded(entry)) != std::string::npos;
   });
 }
 
@@ -85,9 +85,9 @@ DnsProxyExt::Route DnsProxyExt::chooseRoute(const std::string& app,
                                             platform::DataView firstDatagram,
                                             std::int64_t flowHash) const {
   using Rule = Route::Rule;
-  const auto lowercasedApp = lowercased(app);
-  const bool isAllowed = matchesAny(allowedApps, lowercasedApp);
-  const bool isLocalNetwork = matchesAny(localNetworkApps, lowercasedApp);
+  const auto foldedApp = caseFolded(app);
+  const bool isAllowed = matchesAny(allowedApps, foldedApp);
+  const bool isLocalNetwork = matchesAny(localNetworkApps, foldedApp);
   const auto message = decodeDNSRequest(firstDatagram, flowHash);
   NSLog("msg: ", message);
   auto domain = domainOf(message);

@@ -5,11 +5,13 @@
 #include "DnsProxyExt/CommaDelimited.h"
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RelayLog.h"
+#include "platform/foundation/JSONDocument.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/UserDefaults.h"
 
 namespace quillet {
 
+using platform::JSONFault;
 using platform::NSLog;
 
 namespace {
@@ -17,6 +19,11 @@ namespace {
 constexpr char kStoredVendorDataKey[] = "mdmConf";
 constexpr char kUserEmailKey[] = "userEmail";
 constexpr char kPolicyPort[] = "2800";
+
+// An array or a number that goes beyond the reader's bounds is valid, and no object.
+bool isValidJSON(JSONFault fault) {
+  return fault == JSONFault::kTooDeep || fault == JSONFault::kNumberTooLarge;
+}
 
 DNSHostRef hostFrom(std::string_view text) { return std::make_shared<Utils::DNSHost>(text); }
 
@@ -96,7 +103,8 @@ void DnsProxyExt::initServers() {
                                             : host(deployment::kPolicyServer, kPolicyPort);
 }
 
-// "jsonVars" without a list of packages leaves the list as it is, like one that is no object.
+// "jsonVars" without a list of packages leaves the list as it is, like one that is no object; so
+// does one whose list goes beyond the reader's bounds.
 void DnsProxyExt::initAllowedApps() {
   const auto* packages = setting("allowPackages");
   const auto packageList =
@@ -108,16 +116,16 @@ void DnsProxyExt::initAllowedApps() {
   }
   NSLog("initVendorSettings2, jsonVars = ", *jsonVars);
   const auto json = platform::parseJSON(*jsonVars);
-  if (!json) {
+  if (!json && !isValidJSON(json.error())) {
     allowedApps = packageList;
     return;
   }
-  if (!json->is_object()) {
+  if (!json || !json->value.is_object()) {
     return;
   }
-  NSLog("initVendorSettings3, jsonDict = ", *json);
-  const auto list = json->find("allowPackages");
-  if (list == json->end() || !list->is_array()) {
+  NSLog("initVendorSettings3, jsonDict = ", json->value);
+  const auto list = json->value.find("allowPackages");
+  if (list == json->value.end() || !list->is_array()) {
     return;
   }
   allowedApps.clear();

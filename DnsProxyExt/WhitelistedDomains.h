@@ -20,7 +20,8 @@ struct WhitelistedDNS {
 /// The policy server's answer.
 struct WhitelistedDomains {
   /// Reads the one JSON object that a datagram holds. Every member is required and of its own type,
-  /// others are ignored. The error says what is wrong in the words of the platform.
+  /// others are ignored. The error says what is wrong in the words of the platform, or names a
+  /// member that goes beyond the bounds of `parseJSON`.
   static tl::expected<WhitelistedDomains, platform::Error> decode(platform::DataView bytes);
 
   /// Whether the list below replaces the domains in use.

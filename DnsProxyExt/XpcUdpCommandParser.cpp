@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/foundation/JSONValue.h"
+#include "platform/foundation/JSONDocument.h"
 #include "platform/foundation/Utf8.h"
 
 namespace quillet {
@@ -100,11 +100,11 @@ std::optional<Data> XpcUdpCommandParser::encodeCommand(CmdType cmdType, std::str
 
 std::optional<XpcUdpCommand> XpcUdpCommandParser::decodeCommand(DataView data) {
   const auto json = platform::parseJSON(platform::textOf(data));
-  if (!json || !json->is_object()) {
+  if (!json || !json->value.is_object()) {
     return std::nullopt;
   }
-  const auto* name = textMember(*json, kTypeKey);
-  const auto* payload = textMember(*json, kPayloadKey);
+  const auto* name = textMember(json->value, kTypeKey);
+  const auto* payload = textMember(json->value, kPayloadKey);
   const auto type = name != nullptr ? typeNamed(*name) : std::nullopt;
   if (!type || payload == nullptr) {
     return std::nullopt;

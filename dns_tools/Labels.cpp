@@ -27,16 +27,14 @@ void put(Slots& slots, const Entry& entry) {
 
 }  // namespace
 
-const std::uint16_t* Labels::findOrStore(std::string_view text, NameSuffix& name,
-                                         std::size_t offset) {
+const std::uint16_t* Labels::find(std::string_view text, NameSuffix& name) const {
   const auto* entry = slots_.empty() ? findAmongFew(text) : findInSlots(text, name.hash());
-  if (entry != nullptr) {
-    return &entry->offset;
-  }
-  if (offset < kOffsetLimit) {
-    store(keepsTexts_ ? keep(std::string(text)) : text, name, static_cast<std::uint16_t>(offset));
-  }
-  return nullptr;
+  return entry == nullptr ? nullptr : &entry->offset;
+}
+
+std::optional<std::string_view> Labels::copyOf(std::string_view name, std::size_t offset) {
+  return keepsNames_ && offset < kOffsetLimit ? std::optional(keep(std::string(name)))
+                                              : std::nullopt;
 }
 
 const Labels::Entry* Labels::findAmongFew(std::string_view text) const {
@@ -53,9 +51,13 @@ const Labels::Entry* Labels::findInSlots(std::string_view text, std::uint32_t ha
   return slot.data == nullptr ? nullptr : &slot;
 }
 
-void Labels::store(std::string_view text, NameSuffix& name, std::uint16_t offset) {
+void Labels::store(std::string_view text, NameSuffix& name, std::size_t offset) {
+  if (offset >= kOffsetLimit) {
+    return;
+  }
+  const auto target = static_cast<std::uint16_t>(offset);
   if (slots_.empty() && used_ < few_.size()) {
-    few_[used_++] = {text.data(), text.size(), 0, offset};
+    few_[used_++] = {text.data(), text.size(), 0, target};
     return;
   }
   if (slots_.empty()) {
@@ -63,7 +65,7 @@ void Labels::store(std::string_view text, NameSuffix& name, std::uint16_t offset
   } else if (used_ * 2 == slots_.size()) {
     doubleSlots();
   }
-  put(slots_, Entry{text.data(), text.size(), name.hash(), offset});
+  put(slots_, Entry{text.data(), text.size(), name.hash(), target});
   ++used_;
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <forward_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,7 @@ class Labels {
   /// Offsets from here on do not fit a compression pointer (RFC 1035 section 4.1.4).
   static constexpr std::size_t kOffsetLimit = 0x4000;
 
-  /// Holds a copy of each text.
+  /// Keeps a copy of each name.
   Labels() = default;
   /// Borrows the texts: the records written with it must outlive it.
   static Labels borrowing() { return Labels(false); }
@@ -30,9 +31,16 @@ class Labels {
   Labels& operator=(Labels&&) = delete;
   ~Labels() = default;
 
-  /// The offset of `text`, which reads as `name` does, or with empty labels more. Null when the
-  /// text is not there yet; then it is stored with `offset`, unless that cannot be pointed to.
-  const std::uint16_t* findOrStore(std::string_view text, NameSuffix& name, std::size_t offset);
+  /// The offset of `text`, which reads as `name` does, or with empty labels more; null when it is
+  /// not there.
+  [[nodiscard]] const std::uint16_t* find(std::string_view text, NameSuffix& name) const;
+
+  /// Stores a text that is not there, unless `offset` cannot be pointed to. Borrows it.
+  void store(std::string_view text, NameSuffix& name, std::size_t offset);
+
+  /// The text to store in place of a name that is written from `offset` on, and of its suffixes;
+  /// absent when the name itself will do.
+  std::optional<std::string_view> copyOf(std::string_view name, std::size_t offset);
 
   /// Keeps a text that no record holds for as long as the dictionary lives.
   std::string_view keep(std::string text);
@@ -49,9 +57,8 @@ class Labels {
 
   [[nodiscard]] const Entry* findAmongFew(std::string_view text) const;
   [[nodiscard]] const Entry* findInSlots(std::string_view text, std::uint32_t hash) const;
-  explicit Labels(bool keepsTexts) : keepsTexts_(keepsTexts) {}
+  explicit Labels(bool keepsNames) : keepsNames_(keepsNames) {}
 
-  void store(std::string_view text, NameSuffix& name, std::uint16_t offset);
   void moveFewToSlots();
   void doubleSlots();
 
@@ -61,7 +68,7 @@ class Labels {
   std::array<Entry, 16> few_;
   std::vector<Entry> slots_;
   std::size_t used_ = 0;
-  const bool keepsTexts_ = true;
+  const bool keepsNames_ = true;
   std::forward_list<std::string> kept_;
 };
 

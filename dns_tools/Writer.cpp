@@ -48,7 +48,8 @@ tl::expected<void, EncodeError> Writer::finish() {
 }
 
 void Writer::makeRoom(std::size_t size) {
-  onto_.resize(std::max(kUsualMessageSize, 2 * (size_ + size)));
+  const std::size_t written = size_ - begin_;
+  onto_.resize(begin_ + std::max(kUsualMessageSize, 2 * (written + size)));
 }
 
 void Writer::writeBytes(platform::DataView bytes) {
@@ -60,21 +61,33 @@ void Writer::writeName(std::string_view name) {
   if (writePointer(name, rest)) {
     return;
   }
-  if (rest.hasEmptyLabel()) {
-    rest = NameSuffix(labels_.keep(withoutEmptyPieces(name)));
-  }
+  rest = storeName(name, rest);
   while (!rest.empty()) {
     writeLabel(rest.takeLabel());
-    if (!rest.empty() && writePointer(rest.text(), rest)) {
+    if (rest.empty()) {
+      break;
+    }
+    if (writePointer(rest.text(), rest)) {
       return;
     }
+    labels_.store(rest.text(), rest, size_);
   }
   writeIntegers(std::uint8_t{0});
 }
 
-/// Writes a pointer to the text, if it was written before; otherwise it will have been, from here.
+/// For a name that is written from here on; gives what there is to write of it.
+NameSuffix Writer::storeName(std::string_view name, NameSuffix rest) {
+  if (const auto copy = labels_.copyOf(name, size_)) {
+    name = *copy;
+    rest = NameSuffix(name);
+  }
+  labels_.store(name, rest, size_);
+  return rest.hasEmptyLabel() ? NameSuffix(labels_.keep(withoutEmptyPieces(name))) : rest;
+}
+
+/// False when the text was not written before.
 bool Writer::writePointer(std::string_view text, NameSuffix& name) {
-  const auto* offset = labels_.findOrStore(text, name, size_);
+  const auto* offset = labels_.find(text, name);
   if (offset != nullptr) {
     writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
   }

@@ -22,7 +22,8 @@ namespace DnsToolsSocket {
 class Writer {
  public:
   /// Borrows both.
-  Writer(platform::Data& onto, Labels& labels) : onto_(onto), labels_(labels), size_(onto.size()) {}
+  Writer(platform::Data& onto, Labels& labels)
+      : onto_(onto), labels_(labels), begin_(onto.size()), size_(begin_) {}
 
   /// Cuts the buffer to what was written; on a failure that is of no use.
   tl::expected<void, EncodeError> finish();
@@ -46,12 +47,14 @@ class Writer {
  private:
   std::uint8_t* extend(std::size_t size);
   void makeRoom(std::size_t size);
+  NameSuffix storeName(std::string_view name, NameSuffix rest);
   bool writePointer(std::string_view text, NameSuffix& name);
   void writeLabel(std::string_view label);
 
   platform::Data& onto_;
   Labels& labels_;
-  std::size_t size_;  // of what was written; the rest of the buffer is room
+  const std::size_t begin_;  // of what is written here
+  std::size_t size_;         // of the message so far; the rest of the buffer is room
   std::optional<EncodeError> error_;
 };
 

@@ -32,7 +32,7 @@ std::vector<std::string> linesOf(std::string_view bytes, std::size_t step) {
 void checkAnswer(const std::string& answer, const platform::JSONValue& id) {
   require(answer.find('\n') == answer.size() - 1);
   const auto json = platform::parseJSON(answer);
-  require(json && json->at("jsonrpc") == "2.0" && json->at("id") == id);
+  require(json && json->value.at("jsonrpc") == "2.0" && json->value.at("id") == id);
 }
 
 void checkLine(const std::string& line) {

@@ -19,7 +19,7 @@ class BackgroundLogSink final : public LogSink {
   /// How long the end of the process waits for what is not yet written, milliseconds.
   static constexpr int kPatience = 500;
 
-  /// `sink` is used by the thread alone.
+  /// `sink` is used by the thread alone, and may wait as long as it likes.
   explicit BackgroundLogSink(std::unique_ptr<LogSink> sink);
   BackgroundLogSink(const BackgroundLogSink&) = delete;
   BackgroundLogSink& operator=(const BackgroundLogSink&) = delete;

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -22,10 +23,16 @@
 ///     describe(out, Data{1, 2, 3})                3 bytes
 ///     describe(out, 12.0)                         12.0
 ///
+/// A text that has come to `kMaxDescription` grows by no further element of a list or a map: what
+/// comes from outside may have a printed form of many times its size.
+///
 /// A type of one's own brings a member `void describe(std::string& out) const`; where its form
 /// inside other values differs, a `void debugDescribe(std::string& out) const` too. For a type of
 /// another library `Describer` is specialised instead.
 namespace platform {
+
+/// In bytes; a log record shows no more of a text.
+inline constexpr std::size_t kMaxDescription = 256UL * 1024;
 
 /// Specialised with static `describe(out, value)` and `debugDescribe(out, value)`.
 template <class T>
@@ -102,6 +109,9 @@ void describeMap(std::string& out, const T& map) {
   out.push_back('[');
   const char* separator = "";
   for (const auto& [key, mapped] : map) {
+    if (out.size() > kMaxDescription) {
+      return;
+    }
     out.append(separator);
     debugDescribe(out, key);
     out.append(": ");
@@ -116,6 +126,9 @@ void describeSequence(std::string& out, const T& sequence) {
   out.push_back('[');
   const char* separator = "";
   for (const auto& element : sequence) {
+    if (out.size() > kMaxDescription) {
+      return;
+    }
     out.append(separator);
     debugDescribe(out, element);
     separator = ", ";

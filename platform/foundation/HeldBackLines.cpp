@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -18,14 +19,16 @@ namespace {
 
 constexpr int kSliceMilliseconds = 10;
 
-// Waits until the descriptor takes more; time spent in vain is taken off `patience`. A signal only
-// makes the wait shorter.
+// Waits until the descriptor takes more; time spent in vain is taken off `patience`, unless that is
+// unlimited. A signal only makes the wait shorter.
 bool waitForRoom(int descriptor, int& patience) {
-  for (; patience > 0; patience -= kSliceMilliseconds) {
+  const bool isUnlimited = patience == HeldBackLines::kUnlimitedPatience;
+  while (patience != 0) {
     pollfd waiting{descriptor, POLLOUT, 0};
-    if (::poll(&waiting, 1, kSliceMilliseconds) > 0) {
+    if (::poll(&waiting, 1, isUnlimited ? -1 : kSliceMilliseconds) > 0) {
       return true;
     }
+    patience = isUnlimited ? patience : std::max(patience - kSliceMilliseconds, 0);
   }
   return false;
 }
@@ -113,7 +116,7 @@ bool HeldBackLines::takeLoss() { return std::exchange(hasLoss_, false); }
 
 void HeldBackLines::writeFromSignalHandler() noexcept {
   const std::size_t size = size_.exchange(0);
-  writeTo(descriptor_, {buffer_.get(), size}, patience_);
+  writeTo(descriptor_, {buffer_.get(), size}, kPatience);
 }
 
 }  // namespace platform

@@ -11,9 +11,9 @@ namespace platform {
 /// thread-safe, but for `writeFromSignalHandler`.
 ///
 /// Lines come out whole and in order. When the descriptor is non-blocking and full, writing waits
-/// for the reader, but not for long, and not again until the reader has caught up; what was not
-/// written stays here. Lines are lost when the buffer is full, and when the descriptor takes
-/// nothing more (its reader is gone, the disk is full).
+/// for the reader, but no longer than its patience, and not again until the reader has caught up;
+/// what was not written stays here. Lines are lost when the buffer is full, and when the descriptor
+/// takes nothing more (its reader is gone, the disk is full).
 class HeldBackLines {
  public:
   /// Enough for the records of several queries; a larger batch is written in several pieces.
@@ -21,6 +21,8 @@ class HeldBackLines {
 
   /// Milliseconds that one write waits in vain.
   static constexpr int kPatience = 100;
+  /// For a thread that has nothing else to do: waits as a blocking descriptor would make it wait.
+  static constexpr int kUnlimitedPatience = -1;
 
   /// `descriptor` is borrowed and stays open.
   explicit HeldBackLines(int descriptor, int patience = kPatience);
@@ -35,8 +37,9 @@ class HeldBackLines {
   /// Whether lines were lost since the last call.
   bool takeLoss();
 
-  /// The same as `write` for a process that is about to end, from a signal handler of any thread. A
-  /// line that another thread was writing at this moment may come out twice or not at all.
+  /// The same as `write` for a process that is about to end, from a signal handler of any thread;
+  /// `kPatience` is the most that it waits. A line that another thread was writing at this moment
+  /// may come out twice or not at all.
   void writeFromSignalHandler() noexcept;
 
  private:

@@ -1,69 +1,6 @@
 #include "platform/foundation/JSONValue.h"
 
-#include "platform/foundation/Utf8.h"
-
 namespace platform {
-
-namespace {
-
-/// Follows one string of a JSON text: told each byte in turn, says whether it lies outside of
-/// strings.
-class StringTracker {
- public:
-  bool isOutside(char c) {
-    if (!inString_) {
-      inString_ = c == '"';
-      return !inString_;
-    }
-    if (escaped_) {
-      escaped_ = false;
-    } else if (c == '\\') {
-      escaped_ = true;
-    } else if (c == '"') {
-      inString_ = false;
-    }
-    return false;
-  }
-
- private:
-  bool inString_ = false;
-  bool escaped_ = false;
-};
-
-// Exact up to the first error of a text, and no parser goes beyond that.
-bool isWithinDepth(std::string_view text) {
-  StringTracker strings;
-  int depth = 0;
-  for (const char c : text) {
-    if (!strings.isOutside(c)) {
-      continue;
-    }
-    if (c == '[' || c == '{') {
-      if (++depth > kMaxJSONDepth) {
-        return false;
-      }
-    } else if (c == ']' || c == '}') {
-      --depth;
-    }
-  }
-  return true;
-}
-
-// The library takes a NUL for the end of the text, whatever follows.
-bool holdsNul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
-
-}  // namespace
-
-std::optional<JSONValue> parseJSON(std::string_view text) {
-  if (text.size() > kMaxJSONSize || holdsNul(text) || !isValidUtf8(text) || !isWithinDepth(text)) {
-    return std::nullopt;
-  }
-  auto value = JSONValue::parse(text.begin(), text.end(), nullptr, /*allow_exceptions=*/false);
-  if (value.is_discarded()) {
-    return std::nullopt;
-  }
-  return value;
-}
 
 void Describer<JSONValue>::describe(std::string& out, const JSONValue& value) {
   if (const auto* text = value.get_ptr<const JSONValue::string_t*>()) {

@@ -6,8 +6,6 @@ namespace platform::detail {
 
 namespace {
 
-// Messages from outside can be made so that their printed form has many times their size.
-constexpr std::size_t kMaxRecordSize = 256UL * 1024;
 // One large record must not hold its memory for ever.
 constexpr std::size_t kMaxKeptCapacity = 64UL * 1024;
 
@@ -38,10 +36,9 @@ std::string takeLogText() {
 }
 
 void writeLogText(std::string text) {
-  if (text.size() > kMaxRecordSize) {
-    const auto rest = std::to_string(text.size() - kMaxRecordSize);
-    text.resize(kMaxRecordSize);
-    text.append("... (").append(rest).append(" bytes more)");
+  if (text.size() > kMaxDescription) {
+    text.resize(kMaxDescription);
+    text.append("... (cut here)");
   }
   LogSink::shared().write(text);
   if (!isTextGone && text.capacity() <= kMaxKeptCapacity) {

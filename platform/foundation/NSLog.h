@@ -17,7 +17,8 @@ void writeLogText(std::string text);
 
 }  // namespace detail
 
-/// Writes one log record: the plain forms of `pieces` in their order, verbatim up to 256 KiB.
+/// Writes one log record: the plain forms of `pieces` in their order, verbatim up to
+/// `kMaxDescription`; one that is cut there says so.
 ///
 ///     NSLog("flows count = ", flows.size());
 template <class... Pieces>

@@ -39,11 +39,11 @@ std::unique_ptr<LogSink> makeSink(std::string_view processName) {
   if (JournalLogSink::isStandardErrorJournal()) {
     return std::make_unique<BackgroundLogSink>(std::make_unique<JournalLogSink>(processName));
   }
-  auto lines = std::make_unique<StreamLogSink>(STDERR_FILENO, processName);
   if (isStandardErrorFile()) {
-    return lines;
+    return std::make_unique<StreamLogSink>(STDERR_FILENO, processName);
   }
-  return std::make_unique<BackgroundLogSink>(std::move(lines));
+  return std::make_unique<BackgroundLogSink>(std::make_unique<StreamLogSink>(
+      STDERR_FILENO, processName, HeldBackLines::kUnlimitedPatience));
 }
 
 }  // namespace

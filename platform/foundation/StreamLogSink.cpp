@@ -33,9 +33,9 @@ std::string escapedName(std::string_view name) {
 
 }  // namespace
 
-StreamLogSink::StreamLogSink(int descriptor, std::string_view processName)
+StreamLogSink::StreamLogSink(int descriptor, std::string_view processName, int patience)
     : nameAndPid_(escapedName(processName) + "[" + std::to_string(::getpid()) + "] "),
-      lines_(descriptor) {}
+      lines_(descriptor, patience) {}
 
 StreamLogSink::~StreamLogSink() { flush(); }
 

@@ -15,8 +15,10 @@ namespace platform {
 /// `HeldBackLines`), a record says so.
 class StreamLogSink final : public LogSink {
  public:
-  /// `descriptor` is borrowed and stays open; `processName` is the NAME of each line.
-  StreamLogSink(int descriptor, std::string_view processName);
+  /// `descriptor` is borrowed and stays open; `processName` is the NAME of each line; `patience` is
+  /// that of `HeldBackLines`.
+  StreamLogSink(int descriptor, std::string_view processName,
+                int patience = HeldBackLines::kPatience);
   StreamLogSink(const StreamLogSink&) = delete;
   StreamLogSink& operator=(const StreamLogSink&) = delete;
   ~StreamLogSink() override;

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/JSONDocument.h"
 #include "platform/foundation/NSLog.h"
 
 namespace platform {
@@ -23,6 +24,18 @@ bool canNameFile(std::string_view name) {
 
 std::filesystem::path fileOf(const std::filesystem::path& directory, std::string_view name) {
   return directory / (std::string(name) + ".json");
+}
+
+// Why a JSON text is not taken whole, if so.
+std::optional<std::string> lossOf(const tl::expected<JSONDocument, JSONFault>& document) {
+  if (!document) {
+    return textOf(document.error());
+  }
+  if (document->leftOut.empty()) {
+    return std::nullopt;
+  }
+  const auto& first = document->leftOut.front();
+  return first.member + ": " + textOf(first.fault);
 }
 
 // Whether any further change of a file in this state is sure to show in its times.
@@ -96,19 +109,29 @@ void UserDefaults::refresh() {
 
 void UserDefaults::read(const FileState& found) {
   auto content = readRegularFile(file_, kMaxJSONSize);
-  auto value = content ? parseJSON(content->text) : std::nullopt;
-  if (value && value->is_object()) {
-    values_ = std::move(value->get_ref<JSONObject&>());
-    isUsable_ = true;
+  if (content) {
+    take(parseJSON(content->text));
   } else {
-    becomeUnusable(content ? "it holds no JSON object" : content.error().message());
+    becomeUnusable(content.error().message());
   }
   state_ = content ? content->state : found;
   isSettled_ = isPastTimeStep(*state_);
 }
 
+void UserDefaults::take(tl::expected<JSONDocument, JSONFault> document) {
+  const auto loss = lossOf(document);
+  if (!document || !document->value.is_object()) {
+    becomeUnusable(loss.value_or("it holds no JSON object"));
+    return;
+  }
+  values_ = std::move(document->value.get_ref<JSONObject&>());
+  isUsable_ = true;
+  loss_ = loss;
+}
+
 void UserDefaults::becomeEmpty() {
   values_.clear();
+  loss_.reset();
   state_.reset();
   isUsable_ = true;
   isSettled_ = true;
@@ -146,9 +169,12 @@ tl::expected<FileState, Error> UserDefaults::replaced() const {
   if (!isUsable_) {
     return tl::make_unexpected(Error("the file that is there cannot be read"));
   }
+  if (loss_) {
+    return tl::make_unexpected(Error("the file that is there would lose " + *loss_));
+  }
   const std::string text =
       JSONValue(values_).dump(2, ' ', false, JSONValue::error_handler_t::replace) + '\n';
-  if (!parseJSON(text)) {
+  if (lossOf(parseJSON(text))) {
     return tl::make_unexpected(Error("too large or too deep to be read again"));
   }
   return replaceFile(file_, text).map_error([](std::error_code error) {

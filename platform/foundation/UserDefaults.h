@@ -8,7 +8,7 @@
 #include <tl/expected.hpp>
 
 #include "platform/foundation/Error.h"
-#include "platform/foundation/JSONValue.h"
+#include "platform/foundation/JSONDocument.h"
 #include "platform/foundation/RegularFile.h"
 
 namespace platform {
@@ -26,8 +26,9 @@ class UserDefaults {
   /// The suite of that name, the same object at every call, lasting as long as the process; its
   /// file is read again when it changed, which costs one system call to find out. Absent when there
   /// is no defaults directory, when the name cannot be a file's, or when the file is there but
-  /// cannot be read or holds no JSON object within the bounds of `parseJSON` (one log line says so
-  /// when that begins). A file that is not there is an empty suite.
+  /// cannot be read or holds no JSON object (one log line says so when that begins). A file that is
+  /// not there is an empty suite; of one that goes beyond the bounds of `parseJSON` there is what
+  /// they leave.
   static UserDefaults* suite(std::string_view name);
 
   /// The standard user defaults: the suite `standard`.
@@ -50,7 +51,7 @@ class UserDefaults {
 
   /// Sets the value, or removes it for null, and writes the file, with what others have put there
   /// since. A failure is one log line; the value is kept in memory until the file changes. A file
-  /// that could not be read is left as it is, so that nothing in it is lost.
+  /// that could not be read whole is left as it is, so that nothing in it is lost.
   void setObject(JSONValue value, std::string_view key);
 
  private:
@@ -59,6 +60,7 @@ class UserDefaults {
   void moveTo(std::filesystem::path file);
   void refresh();
   void read(const FileState& found);
+  void take(tl::expected<JSONDocument, JSONFault> document);
   void write();
   [[nodiscard]] tl::expected<FileState, Error> replaced() const;
   void becomeEmpty();
@@ -71,6 +73,8 @@ class UserDefaults {
   std::filesystem::path file_;
   JSONObject values_;
   bool isUsable_ = true;
+  /// What `values_` lacks of the file, and why.
+  std::optional<std::string> loss_;
   /// The file that was looked at last; absent when there was none.
   std::optional<FileState> state_;
   /// False while the file may change without a change of its state.

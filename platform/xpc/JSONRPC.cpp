@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/foundation/JSONDocument.h"
+
 namespace platform {
 
 namespace {
@@ -43,22 +45,23 @@ std::string lineOf(const JSONValue& message) {
 }  // namespace
 
 tl::expected<JSONRPCRequest, JSONRPCRejection> readJSONRPCRequest(std::string_view line) {
-  auto message = parseJSON(line);
-  if (!message) {
+  auto document = parseJSON(line);
+  if (!document || !document->leftOut.empty()) {
     return rejected(JSONRPCError::kParseError);
   }
-  if (!message->is_object()) {
+  auto& message = document->value;
+  if (!message.is_object()) {
     return rejected(JSONRPCError::kInvalidRequest);
   }
-  auto id = take(*message, "id");
+  auto id = take(message, "id");
   if (id && !isId(*id)) {
     return rejected(JSONRPCError::kInvalidRequest);
   }
-  auto method = take(*message, "method");
-  if (take(*message, "jsonrpc") != JSONValue("2.0") || !method || !method->is_string()) {
+  auto method = take(message, "method");
+  if (take(message, "jsonrpc") != JSONValue("2.0") || !method || !method->is_string()) {
     return rejected(JSONRPCError::kInvalidRequest, id.value_or(nullptr));
   }
-  return JSONRPCRequest{std::move(id), method->get<std::string>(), take(*message, "params")};
+  return JSONRPCRequest{std::move(id), method->get<std::string>(), take(message, "params")};
 }
 
 std::string jsonRPCResultLine(const JSONValue& id, const JSONValue& result) {

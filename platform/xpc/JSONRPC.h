@@ -33,7 +33,8 @@ struct JSONRPCRejection {
 };
 
 /// The request in one line: a JSON object, `"jsonrpc": "2.0"`, the id a text, a number or null.
-/// Batches are not read.
+/// Batches are not read, nor is a line of which something would be left out (see `JSONDocument`): a
+/// method gets its parameters whole or is not called.
 tl::expected<JSONRPCRequest, JSONRPCRejection> readJSONRPCRequest(std::string_view line);
 
 /// The answers, each a line with its line feed.

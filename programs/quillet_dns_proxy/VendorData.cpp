@@ -1,7 +1,7 @@
 #include "programs/quillet_dns_proxy/VendorData.h"
 
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "platform/foundation/JSONValue.h"
+#include "platform/foundation/JSONDocument.h"
 #include "platform/foundation/RegularFile.h"
 
 namespace quillet {
@@ -25,13 +25,13 @@ tl::expected<std::optional<platform::NEProviderOptions>, std::string> readProvid
   }
   auto json = platform::parseJSON(content->text);
   if (!json) {
-    return complaint(*file, "not valid JSON");
+    return complaint(*file, platform::textOf(json.error()));
   }
-  if (!json->is_object()) {
+  if (!json->value.is_object()) {
     return complaint(*file, "not a JSON object");
   }
   platform::NEProviderOptions options;
-  options.emplace(DnsProxyExt::kVendorDataOption, *std::move(json));
+  options.emplace(DnsProxyExt::kVendorDataOption, std::move(json->value));
   return options;
 }
 

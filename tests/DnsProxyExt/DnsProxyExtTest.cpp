@@ -86,6 +86,9 @@ TEST_F(DnsProxyExtTest, TakesTheAllowedAppsFromWhereverTheyAre) {
       {R"({"jsonVars": "{}", "allowPackages": "x"})", {"before"}},
       {R"({"jsonVars": "{\"allowPackages\": \"a\"}"})", {"before"}},
       {R"({"jsonVars": "{\"allowPackages\": [\"a\", 3]}", "allowPackages": "x"})", {"a", "3"}},
+      {R"({"jsonVars": "{\"n\": 1e999, \"allowPackages\": [\"a\"]}"})", {"a"}},
+      {R"({"jsonVars": "{\"allowPackages\": [\"a\", 1e999]}", "allowPackages": "x"})", {"before"}},
+      {R"({"jsonVars": "[1e999]", "allowPackages": "x"})", {"before"}},
   };
   for (const auto& [vendorData, allowed] : rows) {
     provider_->allowedApps = {"before"};

@@ -70,7 +70,7 @@ TEST_F(FlowManagerTest, ReportsEveryFlow) {
 }
 
 TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
-  add(1, "com.apple.Safari");
+  add(1, "com.apple.ΣSafari");
   clock_.advanceSeconds(60);
   add(2, "org.mozilla.firefox");
   clock_.advanceSeconds(10);
@@ -78,8 +78,8 @@ TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
       {{.forLastSecs = 10}, {"2"}},
       {{.forLastSecs = 70}, {"1", "2"}},
       {{.forLastSecs = 9}, {}},
-      {{.package = "sAFARi"}, {"1"}},
-      {{.forLastSecs = 10, .package = "safari"}, {}},
+      {{.package = "σsAFARi"}, {"1"}},
+      {{.forLastSecs = 10, .package = "ςsafari"}, {}},
   };
   for (const auto& [settings, shown] : rows) {
     std::vector<std::string> keys;

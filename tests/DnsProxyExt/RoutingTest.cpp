@@ -42,7 +42,7 @@ TEST_F(RoutingTest, FirstRuleThatAppliesChoosesTheServer) {
     std::string line;
   } rows[] = {
       {"com.apple.NSUpdate.x", query("corp.example"), "apple", true, toLocalNetwork},
-      {"my.browser.agent", query("corp.example"), "Browser", false, toSecond},
+      {"com.ärzte.browser", query("corp.example"), "ÄRZTE.B", false, toSecond},
       {"app", query("corp.example"), "x", true, toSecond},
       {"app", query("www.a.www.corp.example"), "x", false,
        toLocalDomain + "Optional(\"a.corp.example\")"},

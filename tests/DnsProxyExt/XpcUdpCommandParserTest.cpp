@@ -43,6 +43,9 @@ TEST(XpcUdpCommandParser, ReadsMembersByName) {
   EXPECT_EQ(decode(R"( {"other": [1, {"payload": 2}], "payload": "x/y", "cmdType": "command"} )"),
             expected);
   EXPECT_EQ(decode(R"({"payload":"x\/y","cmdType":"\u0063ommand"})"), expected);
+  EXPECT_EQ(decode(R"({"a":1e999,"payload":"x\/y","b":)" + std::string(20'000, '[') +
+                   std::string(20'000, ']') + R"(,"cmdType":"command"})"),
+            expected);
 }
 
 TEST(XpcUdpCommandParser, RefusesWhatIsNoCommand) {
@@ -53,6 +56,7 @@ TEST(XpcUdpCommandParser, RefusesWhatIsNoCommand) {
       R"({"cmdType":"Command","payload":"x"})",
       R"({"cmdType":1,"payload":"x"})",
       R"({"cmdType":"command","payload":1})",
+      R"({"cmdType":"command","payload":1e999})",
       R"({"cmdtype":"command","payload":"x"})",
       R"({"cmdType":"command","payload":"x"} more)",
       "{\"cmdType\":\"command\",\"payload\":\"\xFF\"}",

@@ -144,7 +144,10 @@ TEST(Message, TellsWhatIsWrong) {
       {"65535 questions, none there", "0001 0000 FFFF 0000 0000 0000", "invalidLabelSize"},
       {"65535 records, none there", "0001 0000 0000 FFFF FFFF FFFF", "invalidLabelSize"},
       {"one question of two", "0001 0000 0002 0000 0000 0000 00 0001 0001", "invalidLabelSize"},
-      {"a question cut", "0001 0000 0001 0000 0000 0000 00 0001 00", "invalidQuestion"},
+      {"a question without a type", "0001 0000 0001 0000 0000 0000 00", "invalidQuestion"},
+      {"one cut in its type", "0001 0000 0001 0000 0000 0000 00 00", "invalidQuestion"},
+      {"one without a class", "0001 0000 0001 0000 0000 0000 00 0001", "invalidQuestion"},
+      {"one cut in its class", "0001 0000 0001 0000 0000 0000 00 0001 00", "invalidQuestion"},
       {"a record cut", "0001 0000 0000 0000 0001 0000 00 0001 00", "invalidIntegerSize"},
   };
   for (const auto& [what, bytes, error] : kCases) {

@@ -74,6 +74,11 @@ const std::vector<KindCase>& kindCases() {
       {"01 61 00 000F 0001 0000003C 0005 000A 01 62 00",
        Record("a.", false, 1, 60, 15, {0, 10, 1, 'b', 0}),
        R"(DnsToolsSocket.Record(name: "a.", unique: false, internetClass: 1, ttl: 60, type: 15, data: 5 bytes))"},
+      {"01 61 00 0041 0001 0000003C 0004 0001 01 62",
+       Record("a.", false, 1, 60, 65, {0, 1, 1, 'b'}),
+       R"(DnsToolsSocket.Record(name: "a.", unique: false, internetClass: 1, ttl: 60, type: 65, data: 4 bytes))"},
+      {"01 61 00 8001 0001 0000003C 0001 FF", Record("a.", false, 1, 60, 32769, {0xFF}),
+       R"(DnsToolsSocket.Record(name: "a.", unique: false, internetClass: 1, ttl: 60, type: 32769, data: 1 bytes))"},
       // OPT: class word 0x9000 is 36864 octets, the TTL word holds version 0 and the DO bit.
       {"00 0029 9000 00008000 0004 FDE9 0000",
        Record(".", true, 0x1000, 0x8000, 41, {0xFD, 0xE9, 0, 0}),
@@ -99,6 +104,11 @@ TEST(RecordValue, WritesReadsAndPrintsEachKind) {
       EXPECT_TRUE(cut.error()) << text << " at " << size;
     }
   }
+}
+
+TEST(RecordValue, ANameServerRecordIsWrittenWithItsOwnType) {
+  EXPECT_EQ(written(NameServerRecord("a.", 0x8027, 1, false, 60, "n.a.")),
+            hex("01 61 00 8027 0001 0000003C 0005 01 6E 01 61 00"));
 }
 
 TEST(RecordValue, TellsWhatIsWrongWithData) {

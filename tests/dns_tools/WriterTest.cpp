@@ -15,15 +15,23 @@ using platform::Data;
 using quillet::test::hex;
 
 /// What writing the names one after another appends to a buffer of `before` octets.
-Data written(const std::vector<std::string>& names, std::size_t before = 0) {
+Data written(const std::vector<std::string>& names, Labels& labels, std::size_t before) {
   Data bytes(before);
-  Labels labels;
   Writer writer(bytes, labels);
   for (const auto& name : names) {
     writer.writeName(name);
   }
   EXPECT_TRUE(writer.finish());
   return {bytes.begin() + static_cast<std::ptrdiff_t>(before), bytes.end()};
+}
+
+/// The same, whoever holds the names.
+Data written(const std::vector<std::string>& names, std::size_t before = 0) {
+  auto borrowing = Labels::borrowing();
+  Labels labels;
+  auto bytes = written(names, labels, before);
+  EXPECT_EQ(written(names, borrowing, before), bytes);
+  return bytes;
 }
 
 TEST(Writer, WritesNames) {
@@ -46,6 +54,9 @@ TEST(Writer, WritesNames) {
        "01 61 01 62 01 63 00 01 78 C004 01 79 01 78 C004"},
       {"letters as they are", {"A.", "a."}, "01 41 00 01 61 00"},
       {"empty pieces dropped", {".a..b."}, "01 61 01 62 00"},
+      {"their rest found again",
+       {"a..a.name.that.is.long", "z..", "x.a.name.that.is.long"},
+       "01 61 01 61 04 6E616D65 04 74686174 02 6973 04 6C6F6E67 00 01 7A 00 01 78 C002"},
       {"not the same text as without them",
        {"a..b", "a.b", "x.a.b."},
        "01 61 01 62 00 01 61 C002 01 78 C005"},
@@ -59,18 +70,22 @@ TEST(Writer, FindsEachOfManyNamesAgain) {
   std::vector<std::string> names;
   Data expected;
   constexpr std::size_t kNames = 300;
+  const auto append = [&expected](const Data& bytes) {
+    expected.insert(expected.end(), bytes.begin(), bytes.end());
+  };
+  std::vector<std::size_t> offsets;
   for (std::size_t i = 0; i < kNames; ++i) {
     const auto label = std::to_string(1000 + i);
-    names.push_back(label + ".");
+    names.push_back(label + ".b.a.");
+    offsets.push_back(expected.size());
     expected.push_back(4);
-    expected.insert(expected.end(), label.begin(), label.end());
-    expected.push_back(0);
+    append({label.begin(), label.end()});
+    append(i == 0 ? hex("01 62 01 61 00") : hex("C005"));
   }
   auto twice = names;
   twice.insert(twice.end(), names.begin(), names.end());
-  for (std::size_t offset = 0; offset < kNames * 6; offset += 6) {
-    expected.push_back(static_cast<std::uint8_t>(0xC0 | offset >> 8));
-    expected.push_back(static_cast<std::uint8_t>(offset));
+  for (const auto offset : offsets) {
+    append({static_cast<std::uint8_t>(0xC0 | offset >> 8), static_cast<std::uint8_t>(offset)});
   }
   EXPECT_EQ(written(twice), expected);
 }

@@ -22,6 +22,7 @@ TEST(JSONRPCTest, ReadsOneRequest) {
       {R"({"jsonrpc":"2.0","method":"m"})", R"(m "none" "none")"},
       {R"({"jsonrpc":"2.0","id":null,"method":"m"})", R"(m null "none")"},
       {"{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"\xff\"}", "-32700 null"},
+      {R"({"jsonrpc":"2.0","id":1,"method":"m","params":{"a":1e999}})", "-32700 null"},
       {R"([{"jsonrpc":"2.0","id":1,"method":"m"}])", "-32600 null"},
       {R"({"jsonrpc":2.0,"id":1,"method":"m"})", "-32600 1"},
       {R"({"jsonrpc":"2.0","id":"x"})", "-32600 \"x\""},

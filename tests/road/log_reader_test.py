@@ -4,6 +4,7 @@ Runs in a mount namespace of its own, where the test itself is the journal; skip
 such thing."""
 
 import os
+import select
 import signal
 import socket
 
@@ -15,20 +16,39 @@ SOCKET = "/run/systemd/journal/socket"
 
 
 class LogReaderTest(RoadTest):
-    def assert_serves_and_ends(self, proxy):
+    def assert_serves(self, proxy):
         for number in range(200):
             query = wire.query(f"host{number}.example")
             self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
+
+    def assert_serves_and_ends(self, proxy):
+        self.assert_serves(proxy)
         self.assertEqual(proxy.stop(), 0)
 
 
 class PipeTest(LogReaderTest):
+    def setUp(self):
+        super().setUp()
+        self.reader, self.writer = os.pipe()
+        self.addCleanup(os.close, self.reader)
+        self.addCleanup(os.close, self.writer)
+
+    def road_with_pipe(self):
+        return self.road(discard=True, preparation=lambda: os.dup2(self.writer, 2))
+
     def test_one_that_nobody_reads(self):
-        reader, writer = os.pipe()
-        self.addCleanup(os.close, reader)
-        self.addCleanup(os.close, writer)
-        _, proxy = self.road(discard=True, preparation=lambda: os.dup2(writer, 2))
+        _, proxy = self.road_with_pipe()
         self.assert_serves_and_ends(proxy)
+
+    def test_one_that_reads_late_gets_all_of_it_also_when_the_pipe_does_not_block(self):
+        os.set_blocking(self.writer, False)
+        _, proxy = self.road_with_pipe()
+        self.assert_serves(proxy)
+        text = b""
+        while text.count(b"[DNS REQ FLOW]") < 200 and select.select([self.reader], [], [], 20)[0]:
+            text += os.read(self.reader, 1 << 16)
+        self.assertEqual(text.count(b"[DNS REQ FLOW]"), 200)
+        self.assertNotIn(b"records were lost", text)
 
 
 class JournalTest(LogReaderTest):
