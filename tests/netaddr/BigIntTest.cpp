@@ -148,8 +148,8 @@ TEST(BigIntTest, RandomBitsAreExactlyAsMany) {
 TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
   const BigInt n = hex("FEDCBA9876543210FEDCBA987");
   const BigInt constant = BigInt(1).shiftLeft(256).divide(n);
-  for (const BigInt& x :
-       {BigInt(5), n, n.subtract(BigInt(1)), n.multiply(n), highest(), lowest()}) {
+  for (const BigInt& x : {BigInt(5), n, n.subtract(BigInt(1)), n.multiply(n),
+                          n.multiply(n).shiftLeft(60), highest(), lowest()}) {
     EXPECT_EQ(BigInt::barrettReduction(x, n, constant), x.mod(n));
     EXPECT_EQ(BigInt::barrettReduction(x, n, BigInt(99)), x.mod(n));
     EXPECT_EQ(BigInt::barrettReduction(x, n, highest()), x.mod(n));

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "netaddr/IPv4.h"
+#include "netaddr/PaddedText.h"
 
 namespace quillet {
 namespace {
@@ -46,9 +47,15 @@ TEST(IPv4Test, HasItsForms) {
   EXPECT_EQ(IPv4("010.001.000.09").reversedForm(), "9.0.1.10.in-addr.arpa.");
   EXPECT_EQ(IPv4::ipv4FromHex("0a:1:2:3").correctForm(), "0.0.161.35");
   EXPECT_EQ(IPv4::ipv4FromHex("1.020304").error(), "Invalid IPv4 Address");
-  EXPECT_EQ(IPv4("256.1.1.1.1").correctForm(), "256.1.1.1.1");
+  EXPECT_EQ(IPv4("256.1.1.1.1.1.1").correctForm(), "256.1.1.1.1.1.1");
   EXPECT_EQ(IPv4("1.2.3.4/99").correctForm(), std::nullopt);
   EXPECT_EQ(IPv4("1.2.3.4/99").reversedForm(), "");
+  IPv4 again("256.1.1.1");
+  again.parse("1.2.3.4");
+  EXPECT_TRUE(again.valid() && !again.error());
+  EXPECT_EQ(again.correctForm(), "1.2.3.4");
+  EXPECT_EQ(stringByPaddingLeftToLength("7", 4, "ab"), "aba7");
+  EXPECT_EQ(stringByPaddingLeftToLength("7", 4, ""), "7");
 }
 
 }  // namespace
