@@ -91,15 +91,13 @@ TEST(BigIntTest, EveryFailureHasItsNameAndReason) {
   }
   EXPECT_EQ(thrownBy([] { BigInt number(std::vector<Word>(71)); }),
             "ArithmaticException: Byte overflow in constructor");
-  const std::pair<const char*, std::function<void()>> arguments[] = {
-      {"Radix must be >= 2 and <= 36", [&] { (void)one.toStringWithRadix(1); }},
-      {"Radix must be >= 2 and <= 36", [&] { (void)one.toStringWithRadix(37); }},
-      {"Argument k must be odd.",
-       [&] { (void)BigInt::lucasSequence(one, one, even, high, one, 0); }},
-      {"Jacobi defined only for odd integers.", [&] { (void)BigInt::jacobi(one, even); }},
-  };
-  for (const auto& [reason, call] : arguments) {
-    EXPECT_EQ(thrownBy(call), std::string("ArgumentException: ") + reason);
+  EXPECT_EQ(thrownBy([&] { (void)BigInt::lucasSequence(one, one, even, high, one, 0); }),
+            "ArgumentException: Argument k must be odd.");
+  EXPECT_EQ(thrownBy([&] { (void)BigInt::jacobi(one, even); }),
+            "ArgumentException: Jacobi defined only for odd integers.");
+  for (const int radix : {1, 37}) {
+    EXPECT_EQ(thrownBy([&] { (void)one.toStringWithRadix(radix); }),
+              "ArgumentException: Radix must be >= 2 and <= 36");
   }
   EXPECT_EQ(untouched, BigInt(5));
 }
