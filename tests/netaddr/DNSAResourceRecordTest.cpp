@@ -30,13 +30,7 @@ TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
   const auto typed6 = typedRecordOf(data);
   EXPECT_EQ(typed6->ip->correctForm(), "5db8:d822::");
   EXPECT_EQ(typed6->encodeData(), data);
-}
-
-TEST(DNSAResourceRecordTest, OtherLengthsThrow) {
-  EXPECT_EQ(
-      thrownBy([&] { typedRecordOf(hex("5db8d8")); }),
-      "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 nor a "
-      "IPv6 address");
+  EXPECT_TRUE(thrownBy([] { typedRecordOf(hex("5db8d8")); }).starts_with("ipInvalidLength: "));
 }
 
 }  // namespace

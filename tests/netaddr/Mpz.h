@@ -12,11 +12,7 @@ class Mpz {
   Mpz() { mpz_init(value_); }
   explicit Mpz(const BigInt& value) : Mpz() {
     mpz_import(value_, BigInt::kWords, -1, sizeof(BigInt::Word), 0, 0, value.getData().data());
-    if (mpz_tstbit(value_, BigInt::kBits - 1) != 0) {
-      Mpz wrap;
-      mpz_setbit(wrap.value_, BigInt::kBits);
-      mpz_sub(value_, value_, wrap.value_);
-    }
+    wrap();
   }
   Mpz(const Mpz&) = delete;
   Mpz(Mpz&&) = delete;
@@ -34,6 +30,16 @@ class Mpz {
     const bool below = mpz_cmp(value_, low.value_) < 0;
     mpz_neg(low.value_, low.value_);
     return below && mpz_cmp(value_, low.value_) >= 0;
+  }
+
+  /// Makes it what 2240 bits of two's complement keep of it.
+  void wrap() {
+    mpz_fdiv_r_2exp(value_, value_, BigInt::kBits);
+    if (mpz_tstbit(value_, BigInt::kBits - 1) != 0) {
+      Mpz lost;
+      mpz_setbit(lost.value_, BigInt::kBits);
+      mpz_sub(value_, value_, lost.value_);
+    }
   }
 
  private:

@@ -27,37 +27,25 @@ void holdBackOneRecord() {
   NSLog("the last words");
 }
 
-void crash(int signal) {
-  holdBackOneRecord();
-  ::raise(signal);
-}
-
 int overflowStack(int depth) {
   volatile char block[4096];
   block[0] = static_cast<char>(depth);
   return depth < INT_MAX ? overflowStack(depth + 1) + block[0] : 0;
 }
 
-TEST(CrashHandlerTest, heldBackRecordsComeOutOnceAndTheSignalEndsTheProcess) {
+TEST(CrashHandlerTest, heldBackRecordsComeOutOnceHoweverTheProcessEnds) {
+  const auto end = [](auto how) {
+    holdBackOneRecord();
+    how();
+  };
+  EXPECT_EXIT(end([] { std::exit(3); }), testing::ExitedWithCode(3), kLastLine);
   if (::dlsym(RTLD_DEFAULT, "__sanitizer_set_death_callback") != nullptr) {
     GTEST_SKIP() << "a sanitizer has handlers of its own";
   }
   for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
-    EXPECT_EXIT(crash(signal), testing::KilledBySignal(signal), kLastLine) << signal;
+    EXPECT_EXIT(end([signal] { ::raise(signal); }), testing::KilledBySignal(signal), kLastLine);
   }
-  const auto overflow = [] {
-    holdBackOneRecord();
-    overflowStack(0);
-  };
-  EXPECT_EXIT(overflow(), testing::KilledBySignal(SIGSEGV), kLastLine);
-}
-
-TEST(CrashHandlerTest, aNormalExitWritesWhatIsHeldBack) {
-  const auto leave = [] {
-    holdBackOneRecord();
-    std::exit(3);
-  };
-  EXPECT_EXIT(leave(), testing::ExitedWithCode(3), kLastLine);
+  EXPECT_EXIT(end([] { overflowStack(0); }), testing::KilledBySignal(SIGSEGV), kLastLine);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <cerrno>
+#include <map>
 
+#include "platform/flowhost/ListenSocket.h"
 #include "platform/network/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
@@ -12,6 +14,7 @@ using test::SocketFailures;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 using testing::SizeIs;
 
 class FlowHostTest : public test::HostedTest {};
@@ -85,6 +88,58 @@ TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAnEpisodeAndServiceGoesOn) {
                     ": POSIXErrorCode(rawValue: 12): Cannot allocate memory");
   }
   EXPECT_EQ(log_.records(), lines);
+}
+
+TEST_F(FlowHostTest, WritesOnlyWhatComesFromTheAddressAskedUntilTheFlowIsClosed) {
+  start({"127.0.0.1", "127.0.0.2"});
+  const UDPSocket client;
+  const auto flow = flowOf(client);
+  const auto asked = endpoint(0);
+  const auto other = endpoint(1);
+  EXPECT_EQ(write(flow, {"a", "b"}, {asked, other}),
+            "the client has not asked " + description(other));
+  EXPECT_EQ(write(flow, {"a", "b"}, {asked}), "as many endpoints as datagrams are needed");
+  EXPECT_THAT(client.receiveAll(), IsEmpty());
+  EXPECT_EQ(write(flow, {"a", "", "b"}, {asked, asked, asked}), "");
+  EXPECT_EQ(write(flow, {}, {}), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "", "b"));
+  flow->closeReadWithError(std::nullopt);
+  EXPECT_THAT(read(flow), ElementsAre("the flow is closed"));
+  EXPECT_EQ(answer(0, "c"), "");
+  flow->closeWriteWithError(Error("upstream"));
+  EXPECT_EQ(answer(0, "d"), "the flow is closed");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("c"));
+}
+
+TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  const auto flow = flowOf(client);
+  const SocketFailures failures({0, EAGAIN, 0, EAGAIN, EPERM, 0});
+  EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {4, endpoint()}),
+            "POSIXErrorCode(rawValue: 1): Operation not permitted");
+  EXPECT_EQ(answer(0, "e"), "");
+  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d", "e"));
+  runReady();  // nobody waits for room any more
+}
+
+TEST_F(FlowHostTest, SoManyAnswersWaitOnlyAndGoAfterTheFlowIsClosed) {
+  start({"127.0.0.1"});
+  const UDPSocket client;
+  const auto flow = flowOf(client);
+  const SocketFailures failures({EAGAIN});
+  std::map<std::string, int> outcomes;
+  for (std::size_t i = 0; i < ListenSocket::kMaxWaiting + 10; ++i) {
+    flow->writeDatagrams({bytes("a")}, {endpoint()},
+                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
+  }
+  flow->closeReadWithError(std::nullopt);
+  flow->closeWriteWithError(std::nullopt);
+  runReady();
+  EXPECT_THAT(outcomes,
+              ElementsAre(Pair("", ListenSocket::kMaxWaiting),
+                          Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
+  EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
 }
 
 TEST_F(FlowHostTest, StopEndsEverything) {

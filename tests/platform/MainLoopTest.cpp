@@ -15,30 +15,25 @@ namespace {
 
 using testing::ElementsAre;
 
-class MainLoopTest : public testing::Test {
- protected:
-  static void later(std::function<void()> work) { DispatchQueue::global().async(std::move(work)); }
+void later(std::function<void()> work) { DispatchQueue::global().async(std::move(work)); }
 
-  MainLoop& loop_ = MainLoop::shared();
-};
-
-TEST_F(MainLoopTest, RunsWorkLaterInItsOrderAndStopsAfterTheHandlerThatIsRunning) {
+TEST(MainLoopTest, RunsWorkLaterInItsOrderAndStopsAfterTheHandlerThatIsRunning) {
   std::vector<int> noted;
   later([&] {
     later([&] { noted.push_back(3); });
-    loop_.stop();
+    MainLoop::shared().stop();
     noted.push_back(1);
   });
   later([&] { noted.push_back(2); });
   EXPECT_THAT(noted, ElementsAre());
-  loop_.run();
+  MainLoop::shared().run();
   EXPECT_THAT(noted, ElementsAre(1));
-  later([&] { loop_.stop(); });
-  loop_.run();
+  later([&] { MainLoop::shared().stop(); });
+  MainLoop::shared().run();
   EXPECT_THAT(noted, ElementsAre(1, 2, 3));
 }
 
-TEST_F(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
+TEST(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
   const test::Pipe pipe;
   LogSink::setShared(std::make_unique<StreamLogSink>(pipe.writer.get(), "test"));
   later([&] {
@@ -48,12 +43,12 @@ TEST_F(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
       EXPECT_EQ(pipe.read(), "");
       DispatchQueue::global().asyncAfter(0.001, [&] {
         EXPECT_THAT(pipe.read(), testing::MatchesRegex(".* a\n.* b\n.* c\n"));
-        loop_.stop();
+        MainLoop::shared().stop();
       });
     });
   });
   later([] { NSLog("b"); });
-  loop_.run();
+  MainLoop::shared().run();
   LogSink::setShared(nullptr);
 }
 

@@ -12,63 +12,43 @@ namespace {
 using quillet::test::NetworkNamespace;
 using testing::ElementsAre;
 
-/// Two interfaces that are each other's cable, in a network of the test's own.
-class NWPathMonitorTest : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!network_ || !NetworkNamespace::ip("link add v0 type veth peer name v1")) {
-      GTEST_SKIP() << "needs a network of its own and a pair of virtual interfaces";
-    }
-    ip("link set v1 up");
-    monitor_.pathUpdateHandler = [this](const NWPath& path) {
-      paths_.push_back(description(path));
-    };
+// In a network of the test's own, with two interfaces that are each other's cable.
+TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled) {
+  const auto network = NetworkNamespace::enter();
+  if (!network || !NetworkNamespace::ip("link add v0 type veth peer name v1")) {
+    GTEST_SKIP() << "needs a network of its own and a pair of virtual interfaces";
   }
-
-  static void ip(const std::string& arguments) {
-    ASSERT_TRUE(NetworkNamespace::ip(arguments)) << arguments;
-  }
-  bool runUntilReported(std::size_t paths) {
-    return MainLoop::shared().runUntil([&] { return paths_.size() >= paths; });
-  }
-
-  const std::unique_ptr<NetworkNamespace> network_ = NetworkNamespace::enter();
-  NWPathMonitor monitor_;
-  std::vector<std::string> paths_;
-};
-
-constexpr char kNone[] = "unsatisfied (No network route)";
-constexpr char kIPv4[] = "satisfied (Path is satisfied), interface: v0, ipv4";
-
-TEST_F(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffers) {
-  EXPECT_EQ(description(monitor_.currentPath()), kNone);
-  monitor_.start(DispatchQueue::global());
-  EXPECT_THAT(paths_, ElementsAre()) << "never within the call";
+  const auto ip = [](const char* change) { EXPECT_TRUE(NetworkNamespace::ip(change)) << change; };
+  const std::string none = "unsatisfied (No network route)";
+  const std::string ipv4 = "satisfied (Path is satisfied), interface: v0, ipv4";
+  NWPathMonitor monitor;
+  std::vector<std::string> paths;
+  const auto runUntilReported = [&](std::size_t count) {
+    return MainLoop::shared().runUntil([&] { return paths.size() >= count; });
+  };
+  monitor.pathUpdateHandler = [&](const NWPath& path) { paths.push_back(description(path)); };
+  ip("link set v1 up");
+  monitor.start(DispatchQueue::global());
+  EXPECT_THAT(paths, ElementsAre()) << "never within the call";
   ASSERT_TRUE(runUntilReported(1));
 
   ip("link set v0 up");
   ip("address add 10.9.9.1/24 dev v0");
   ASSERT_TRUE(runUntilReported(2));
-  EXPECT_EQ(description(monitor_.currentPath()), kIPv4);
-
   ip("address add 10.9.9.2/24 dev v0");  // no other path
   ip("-6 address add 2001:db8::1/64 dev v0 nodad");
   ASSERT_TRUE(runUntilReported(3));
   ip("link set v0 down");
   ASSERT_TRUE(runUntilReported(4));
-  EXPECT_THAT(paths_, ElementsAre(kNone, kIPv4, std::string(kIPv4) + ", ipv6", kNone));
-}
+  const auto expected = ElementsAre(none, ipv4, ipv4 + ", ipv6", none);
+  EXPECT_THAT(paths, expected);
 
-TEST_F(NWPathMonitorTest, ACancelledOneReportsNothing) {
-  monitor_.start(DispatchQueue::global());
-  ASSERT_TRUE(runUntilReported(1));
   ip("link set v0 up");
-  ip("address add 10.9.9.1/24 dev v0");
-  monitor_.cancel();
-  monitor_.start(DispatchQueue::global());
+  monitor.cancel();
+  monitor.start(DispatchQueue::global());
   MainLoop::shared().runReady();
-  EXPECT_THAT(paths_, ElementsAre(kNone));
-  EXPECT_EQ(description(monitor_.currentPath()), kIPv4);
+  EXPECT_THAT(paths, expected);
+  EXPECT_EQ(description(monitor.currentPath()), ipv4);
 }
 
 }  // namespace

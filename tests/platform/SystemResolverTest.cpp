@@ -31,12 +31,7 @@ SocketAddress address(const std::string& host, std::uint16_t port) {
 
 class SystemResolverTest : public testing::Test {
  protected:
-  /// Replaces the file as other programs do.
-  void configure(const std::string& text) const {
-    const auto fresh = directory_.path() / "fresh";
-    test::writeFile(fresh, text);
-    std::filesystem::rename(fresh, file_);
-  }
+  void configure(const std::string& text) const { directory_.replaceFile("resolv.conf", text); }
 
   quillet::test::LogCapture log_;
   test::TemporaryDirectory directory_;
@@ -68,6 +63,20 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
     const auto server = SystemResolver(file_, 53).server();
     EXPECT_EQ(server ? server->host() : "none", row.server) << row.text;
   }
+}
+
+TEST_F(SystemResolverTest, ReadsTheFileAgainWhenItHasChanged) {
+  SystemResolver resolver(file_, 53, {});
+  const auto hostIn = [&](const std::string& text) {
+    configure(text);
+    const auto server = resolver.server();
+    return server == resolver.server() && server ? server->host() : "none";
+  };
+  EXPECT_EQ(resolver.server(), std::nullopt);
+  EXPECT_EQ(hostIn("nameserver 192.0.2.1\n"), "192.0.2.1");
+  EXPECT_EQ(hostIn("nameserver 192.0.2.22\n"), "192.0.2.22");
+  EXPECT_EQ(hostIn("# none\n"), "none");
+  EXPECT_EQ(log_.records().size(), 2U) << "once for each state of the file";
 }
 
 TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {

@@ -9,6 +9,16 @@
 
 namespace platform::test {
 
+/// Writes the file in place, not by a replacement.
+inline void writeFile(const std::filesystem::path& path, std::string_view text) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// An empty directory, removed at the end with all that is in it.
 class TemporaryDirectory {
  public:
@@ -21,19 +31,14 @@ class TemporaryDirectory {
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+  /// Puts a new file in the place of the one of that name, as other programs do.
+  void replaceFile(const std::string& name, std::string_view text) const {
+    writeFile(path_ / "fresh", text);
+    std::filesystem::rename(path_ / "fresh", path_ / name);
+  }
 
  private:
   std::filesystem::path path_;
 };
-
-/// Writes the file in place, not by a replacement.
-inline void writeFile(const std::filesystem::path& path, std::string_view text) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
-
-inline std::string readFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 }  // namespace platform::test

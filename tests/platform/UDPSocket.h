@@ -36,6 +36,7 @@ class UDPSocket {
   }
 
   [[nodiscard]] std::uint16_t port() const { return address_.port(); }
+  [[nodiscard]] int descriptor() const { return socket_.get(); }
 
   /// From now on only what comes from `peer` is received.
   void connect(const SocketAddress& peer) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -7,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/foundation/Data.h"
+#include "tests/platform/UDPSocket.h"
 
 namespace quillet::test {
 
@@ -24,9 +25,9 @@ class FakeServer {
   FakeServer(const FakeServer&) = delete;
   FakeServer& operator=(const FakeServer&) = delete;
 
-  [[nodiscard]] std::int64_t port() const { return port_; }
+  [[nodiscard]] std::int64_t port() const { return socket_.port(); }
   /// `127.0.0.1:40123`.
-  [[nodiscard]] std::string text() const { return address_ + ":" + std::to_string(port_); }
+  [[nodiscard]] std::string text() const { return address_ + ":" + std::to_string(port()); }
   [[nodiscard]] std::vector<platform::Data> received() const;
   /// What the server answers from now on.
   void setAnswer(Answer answer);
@@ -35,8 +36,8 @@ class FakeServer {
   void serve();
 
   const std::string address_;
-  int socket_ = -1;
-  std::int64_t port_ = 0;
+  const platform::test::UDPSocket socket_;
+  std::atomic<bool> isStopping_{false};
   mutable std::mutex mutex_;
   Answer answer_;                         // guarded by mutex_
   std::vector<platform::Data> received_;  // guarded by mutex_
