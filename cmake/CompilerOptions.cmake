@@ -3,6 +3,7 @@
 set(QUILLET_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, for example address,undefined")
 option(QUILLET_FUZZ "Build the fuzz targets with libFuzzer (needs clang)" OFF)
 option(QUILLET_TESTS "Build the tests" ON)
+option(QUILLET_PRECOMPILE "Precompile the headers of others that most sources include" ON)
 option(QUILLET_BENCH "Build the benchmarks" ON)
 
 find_program(CCACHE ccache)
@@ -19,6 +20,10 @@ add_compile_options(
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 sees overlaps in std::string's own assignments that cannot be (GCC bug 105651).
   add_compile_options(-Wno-restrict)
+  if(QUILLET_PRECOMPILE)
+    # The same, and out of precompiled headers it no longer counts as the library's own.
+    add_compile_options(-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
+  endif()
 endif()
 add_compile_definitions(ASIO_STANDALONE ASIO_NO_DEPRECATED JSON_USE_IMPLICIT_CONVERSIONS=0)
 

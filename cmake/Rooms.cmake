@@ -9,22 +9,53 @@ function(quillet_rooms)
   endforeach()
 endfunction()
 
+# The headers of others that most sources include, parsed once. A source still names each that it uses: the clang build,
+# which has none of this, would not find it otherwise.
+set(QUILLET_COMMON_HEADERS
+  <algorithm> <functional> <memory> <optional> <string> <string_view> <vector> <nlohmann/json.hpp> <tl/expected.hpp>)
+
+# quillet_precompiled(NAME HEADERS ... [OPTIONS ...] LIBRARIES ...): makes NAME hold these headers precompiled, for targets
+# that are compiled with the same options.
+function(quillet_precompiled name)
+  cmake_parse_arguments(ARG "" "" "HEADERS;OPTIONS;LIBRARIES" ${ARGN})
+  file(WRITE "${CMAKE_BINARY_DIR}/precompiled/${name}.cpp" "")
+  add_library(${name} OBJECT "${CMAKE_BINARY_DIR}/precompiled/${name}.cpp")
+  target_compile_options(${name} PRIVATE ${ARG_OPTIONS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
+  target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
 # quillet_library(NAME SOURCES ... LIBRARIES ...): a static library included by its room's path.
 function(quillet_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
+  if(QUILLET_PRECOMPILE)
+    target_precompile_headers(${name} REUSE_FROM precompiled_headers)
+  endif()
   target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES})
 endfunction()
 
-# quillet_test(NAME SOURCES ... LIBRARIES ...): one GoogleTest program, one ctest entry.
+# What tests and programs' command lines are compiled with in a release build: they run once, and build in half the time.
+set(QUILLET_QUICK_TO_BUILD $<$<CONFIG:Release>:-O1>)
+
+# quillet_test(NAME [THREADS] SOURCES ... LIBRARIES ...): one GoogleTest program; ctest knows each of its cases by name.
+# THREADS: it is one of those that ThreadSanitizer looks at.
 function(quillet_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "THREADS" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock_main)
-  add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  target_compile_options(${name} PRIVATE ${QUILLET_QUICK_TO_BUILD})
+  if(QUILLET_PRECOMPILE)
+    target_precompile_headers(${name} REUSE_FROM precompiled_test_headers)
+  endif()
+  set(labels)
+  if(ARG_THREADS)
+    set(labels LABELS threads)
+    add_dependencies(tests_with_threads ${name})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 ${labels})
 endfunction()
 
 # quillet_benchmark(NAME SOURCES ... LIBRARIES ...): one Google Benchmark program.
@@ -60,5 +91,6 @@ function(quillet_program name)
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
+  target_compile_options(${name} PRIVATE ${QUILLET_QUICK_TO_BUILD})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
 endfunction()
