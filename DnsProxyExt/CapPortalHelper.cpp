@@ -12,10 +12,10 @@
 #include "dns_tools/RecordType.h"
 #include "dns_tools/ReturnCode.h"
 #include "dnscodec/DNSParser.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/StandardOutput.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Clock.h"
+#include "platform/base/Utf8.h"
+#include "platform/log/NSLog.h"
+#include "platform/log/StandardOutput.h"
 
 namespace quillet {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace quillet {
 

@@ -3,8 +3,8 @@
 #include <DeploymentValues.h>
 
 #include "DnsProxyExt/RelayLog.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/log/NSLog.h"
+#include "platform/store/UserDefaults.h"
 
 namespace quillet {
 

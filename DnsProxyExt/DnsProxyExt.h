@@ -21,8 +21,8 @@
 #include "DnsProxyExt/XpcUdpHelper.h"
 #include "dns_tools/Message.h"
 #include "platform/dispatch/Timer.h"
-#include "platform/foundation/UserDefaults.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
+#include "platform/store/UserDefaults.h"
 
 namespace quillet {
 

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace quillet {
 

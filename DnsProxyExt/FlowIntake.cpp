@@ -1,9 +1,9 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RelayLog.h"
-#include "DnsProxyExt/RemoveOccurrences.h"
 #include "dns_tools/DnsServerSettings.h"
 #include "dns_tools/RecordType.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/RemoveOccurrences.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 
@@ -136,7 +136,7 @@ void DnsProxyExt::obeyReportCommand(const Flow& flow) const {
   if (name.find(kReportMarker) == std::string::npos) {
     return;
   }
-  const auto settings = checkDomainForCommand(removingOccurrences(name, kReportPrefix));
+  const auto settings = checkDomainForCommand(platform::removingOccurrences(name, kReportPrefix));
   printExtensionSettings();
   flowManager.printFlowReport(settings);
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "DnsProxyExt/LetterCase.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/Clock.h"
+#include "platform/base/LetterCase.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 
@@ -21,8 +21,8 @@ bool isWanted(const ManagedFlow& record, const ReportSettings& settings, double 
   if (!settings.package) {
     return true;
   }
-  const auto sender = caseFolded(record.flow->metaData().sourceAppSigningIdentifier);
-  return sender.find(caseFolded(*settings.package)) != std::string::npos;
+  const auto sender = platform::caseFolded(record.flow->metaData().sourceAppSigningIdentifier);
+  return sender.find(platform::caseFolded(*settings.package)) != std::string::npos;
 }
 
 }  // namespace

@@ -3,11 +3,11 @@
 #include <DeploymentValues.h>
 
 #include "DnsProxyExt/IdentityOption.h"
-#include "DnsProxyExt/LetterCase.h"
-#include "DnsProxyExt/RemoveOccurrences.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/TimeZone.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/base/LetterCase.h"
+#include "platform/base/RemoveOccurrences.h"
+#include "platform/log/NSLog.h"
+#include "platform/store/TimeZone.h"
+#include "platform/store/UserDefaults.h"
 
 namespace quillet {
 
@@ -57,7 +57,7 @@ ConfigurationMap MDMConfigurationManager::buildConfDictionary(const platform::JS
     const auto present = value.is_null() ? std::nullopt : std::optional(value);
     NSLog("key:", key, ": ", present);
     if (value.is_string()) {
-      result.insert_or_assign(removingOccurrences(key, "--"), value.get<std::string>());
+      result.insert_or_assign(platform::removingOccurrences(key, "--"), value.get<std::string>());
     }
   }
   return result;
@@ -125,7 +125,7 @@ std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
     return getHardcodedMDMConf();
   }
   const auto* addAppSenderId = configured("addAppSenderId");
-  if (addAppSenderId != nullptr && equalsIgnoringCase(*addAppSenderId, "yes")) {
+  if (addAppSenderId != nullptr && platform::equalsIgnoringCase(*addAppSenderId, "yes")) {
     valuesForInject_[IdentityOption::kApplication] = appSenderId;
   }
   updateAddressAndTimeZone();
@@ -173,7 +173,7 @@ std::optional<std::string> MDMConfigurationManager::getAdminPassword() const {
 
 bool MDMConfigurationManager::isTestMode() const {
   const auto* testMode = configured("testModeEnabled");
-  return testMode != nullptr && equalsIgnoringCase(*testMode, "yes");
+  return testMode != nullptr && platform::equalsIgnoringCase(*testMode, "yes");
 }
 
 void MDMConfigurationManager::didChange() const {
@@ -191,7 +191,7 @@ void MDMConfigurationManager::didChange() const {
 
 bool MDMConfigurationManager::isUserAuthEnabled(const ConfigurationMap& conf) {
   const auto* enabled = find(conf, "userAuthEnabled");
-  return enabled == nullptr || !equalsIgnoringCase(*enabled, "false");
+  return enabled == nullptr || !platform::equalsIgnoringCase(*enabled, "false");
 }
 
 bool MDMConfigurationManager::checkOrgId(const ConfigurationMap& conf) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/JSONValue.h"
+#include "platform/store/JSONValue.h"
 
 namespace quillet {
 

@@ -1,8 +1,8 @@
 #include "DnsProxyExt/ManagedFlow.h"
 
 #include "DnsProxyExt/MessageFootprint.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/Clock.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

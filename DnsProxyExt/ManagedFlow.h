@@ -7,7 +7,7 @@
 
 #include "DnsProxyExt/ReportSettings.h"
 #include "dns_tools/Message.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
 namespace quillet {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "DnsProxyExt/CommaDelimited.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/CommaDelimited.h"
+#include "platform/base/Utf8.h"
 
 namespace quillet {
 
@@ -46,7 +46,7 @@ std::string_view serverText(std::string_view rest) {
 
 DomainMap parseMappedDomains(std::string_view text) {
   DomainMap map;
-  for (const auto& entry : parseCommaDelimitedArr(enclosed(text))) {
+  for (const auto& entry : platform::parseCommaDelimitedArr(enclosed(text))) {
     const std::string_view view = entry;
     const auto colon = view.find(':');
     if (colon != std::string_view::npos) {

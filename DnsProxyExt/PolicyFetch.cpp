@@ -2,10 +2,10 @@
 #include "DnsProxyExt/MappedDomains.h"
 #include "DnsProxyExt/PolicyUDPClient.h"
 #include "DnsProxyExt/WhitelistedDomains.h"
+#include "platform/base/Clock.h"
+#include "platform/base/Utf8.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

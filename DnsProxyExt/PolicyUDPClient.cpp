@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/NWPath.h"
 
 namespace quillet {

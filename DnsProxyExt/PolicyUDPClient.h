@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 #include "platform/network/NWConnection.h"
 
 namespace quillet {

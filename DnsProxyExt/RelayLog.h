@@ -3,7 +3,7 @@
 #include <string>
 
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

@@ -1,7 +1,7 @@
-#include "DnsProxyExt/DecimalText.h"
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RelayLog.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/DecimalText.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 
@@ -36,7 +36,7 @@ ReportSettings DnsProxyExt::checkDomainForCommand(std::string_view domain) {
       }
     } else if (tokens[i] == "tf") {
       if (hasNext) {
-        settings.forLastSecs = decimalInteger(tokens[i + 1]);
+        settings.forLastSecs = platform::decimalInteger(tokens[i + 1]);
       }
     } else if (tokens[i] == "d") {
       settings.detailed = true;

@@ -3,7 +3,7 @@
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/IPv4.h"
 #include "dns_tools/RecordType.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

@@ -2,11 +2,11 @@
 
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/IdentityOption.h"
-#include "DnsProxyExt/LetterCase.h"
 #include "DnsProxyExt/RelayLog.h"
-#include "DnsProxyExt/RemoveOccurrences.h"
 #include "dnscodec/DNSParser.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/LetterCase.h"
+#include "platform/base/RemoveOccurrences.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 
@@ -29,7 +29,7 @@ namespace {
 // An entry without text (from a comma too many in the list) matches no application, not every one.
 bool matchesAny(const std::vector<std::string>& entries, const std::string& foldedApp) {
   return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
-    return !entry.empty() && foldedApp.find(caseFolded(entry)) != std::string::npos;
+    return !entry.empty() && foldedApp.find(platform::caseFolded(entry)) != std::string::npos;
   });
 }
 
@@ -39,7 +39,7 @@ std::optional<std::string> domainOf(const std::optional<DnsToolsSocket::Message>
   if (!message || message->questions.empty()) {
     return std::nullopt;
   }
-  auto domain = removingOccurrences(message->questions.front().name, "www.");
+  auto domain = platform::removingOccurrences(message->questions.front().name, "www.");
   if (domain.ends_with('.')) {
     domain.pop_back();
   }
@@ -85,7 +85,7 @@ DnsProxyExt::Route DnsProxyExt::chooseRoute(const std::string& app,
                                             platform::DataView firstDatagram,
                                             std::int64_t flowHash) const {
   using Rule = Route::Rule;
-  const auto foldedApp = caseFolded(app);
+  const auto foldedApp = platform::caseFolded(app);
   const bool isAllowed = matchesAny(allowedApps, foldedApp);
   const bool isLocalNetwork = matchesAny(localNetworkApps, foldedApp);
   const auto message = decodeDNSRequest(firstDatagram, flowHash);

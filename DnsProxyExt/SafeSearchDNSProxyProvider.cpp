@@ -5,7 +5,7 @@
 #include <functional>
 #include <utility>
 
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

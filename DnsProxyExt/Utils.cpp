@@ -1,7 +1,7 @@
 #include "DnsProxyExt/Utils.h"
 
-#include "DnsProxyExt/DecimalText.h"
-#include "platform/foundation/Description.h"
+#include "platform/base/DecimalText.h"
+#include "platform/base/Description.h"
 
 namespace quillet {
 
@@ -20,7 +20,7 @@ std::string_view takePiece(std::string_view& rest) {
 }  // namespace
 
 Utils::DNSHost::DNSHost(std::string_view text) : address(takePiece(text)) {
-  port = decimalInteger(takePiece(text)).value_or(kStandardDnsPort);
+  port = platform::decimalInteger(takePiece(text)).value_or(kStandardDnsPort);
 }
 
 void Utils::DNSHost::describe(std::string& out) const {

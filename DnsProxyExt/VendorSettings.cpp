@@ -2,12 +2,12 @@
 
 #include <DeploymentValues.h>
 
-#include "DnsProxyExt/CommaDelimited.h"
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "DnsProxyExt/RelayLog.h"
-#include "platform/foundation/JSONDocument.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/base/CommaDelimited.h"
+#include "platform/log/NSLog.h"
+#include "platform/store/JSONDocument.h"
+#include "platform/store/UserDefaults.h"
 
 namespace quillet {
 
@@ -82,7 +82,7 @@ void DnsProxyExt::initVendorSettings() {
     NSLog("initVendorSettings1");
     initAllowedApps();
     if (const auto* ips = setting("captivePortalIp"); ips != nullptr && !ips->empty()) {
-      captivePortalIps = parseCommaDelimitedArr(*ips);
+      captivePortalIps = platform::parseCommaDelimitedArr(*ips);
     }
   }
   NSLog("shouldAllowAll: ", shouldAllowAll, ", secondDNS = ", secondDNS,
@@ -107,8 +107,8 @@ void DnsProxyExt::initServers() {
 // does one whose list goes beyond the reader's bounds.
 void DnsProxyExt::initAllowedApps() {
   const auto* packages = setting("allowPackages");
-  const auto packageList =
-      packages != nullptr ? parseCommaDelimitedArr(*packages) : std::vector<std::string>();
+  const auto packageList = packages != nullptr ? platform::parseCommaDelimitedArr(*packages)
+                                               : std::vector<std::string>();
   const auto* jsonVars = setting("jsonVars");
   if (jsonVars == nullptr || jsonVars->empty()) {
     allowedApps = packageList;

@@ -1,6 +1,6 @@
 #include "DnsProxyExt/WhitelistedDomains.h"
 
-#include "platform/foundation/JSONDocument.h"
+#include "platform/store/JSONDocument.h"
 
 namespace quillet {
 

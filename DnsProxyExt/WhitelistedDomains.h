@@ -4,8 +4,8 @@
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Error.h"
+#include "platform/base/Data.h"
+#include "platform/base/Error.h"
 
 namespace quillet {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/foundation/JSONDocument.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
+#include "platform/store/JSONDocument.h"
 
 namespace quillet {
 

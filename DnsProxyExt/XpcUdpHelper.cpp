@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "DnsProxyExt/AppToExtDelegate.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/StandardOutput.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
+#include "platform/log/NSLog.h"
+#include "platform/log/StandardOutput.h"
 
 namespace quillet {
 

@@ -9,8 +9,8 @@
 
 #include "DnsProxyExt/DNSProxyToContentFilter.h"
 #include "DnsProxyExt/XpcUdpCommandParser.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Error.h"
+#include "platform/base/Data.h"
+#include "platform/base/Error.h"
 #include "platform/network/NWConnection.h"
 
 namespace quillet {

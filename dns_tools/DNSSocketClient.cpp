@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace DnsToolsSocket {
 

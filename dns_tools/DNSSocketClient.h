@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Clock.h"
+#include "platform/base/Data.h"
 #include "platform/network/NWConnection.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace DnsToolsSocket {
 

@@ -5,7 +5,7 @@
 #include "dns_tools/Reader.h"
 #include "dns_tools/StructureText.h"
 #include "dns_tools/Writer.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace DnsToolsSocket {
 

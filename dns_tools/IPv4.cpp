@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace DnsToolsSocket {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "dns_tools/RecordType.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace DnsToolsSocket {
 

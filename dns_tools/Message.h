@@ -10,7 +10,7 @@
 #include "dns_tools/MessageType.h"
 #include "dns_tools/Question.h"
 #include "dns_tools/RecordValue.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace DnsToolsSocket {
 

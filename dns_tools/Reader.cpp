@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "dns_tools/NameText.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
 
 namespace DnsToolsSocket {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "dns_tools/DecodeError.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace DnsToolsSocket {
 

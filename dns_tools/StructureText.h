@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace DnsToolsSocket {
 

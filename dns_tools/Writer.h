@@ -10,7 +10,7 @@
 #include "dns_tools/EncodeError.h"
 #include "dns_tools/Labels.h"
 #include "dns_tools/NameSuffix.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace DnsToolsSocket {
 

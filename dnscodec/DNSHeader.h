@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "dnscodec/WireWriter.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "dnscodec/WireReader.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

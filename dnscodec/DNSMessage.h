@@ -10,7 +10,7 @@
 #include "dnscodec/DNSLabel.h"
 #include "dnscodec/DNSQuestion.h"
 #include "dnscodec/DNSResourceRecord.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

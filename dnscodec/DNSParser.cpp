@@ -8,8 +8,8 @@
 #include "dnscodec/DNSResourceRecord.h"
 #include "dnscodec/OptionBlock.h"
 #include "dnscodec/QuestionOctets.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/URLHost.h"
+#include "platform/base/URLHost.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

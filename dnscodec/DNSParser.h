@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "dnscodec/DNSMessage.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

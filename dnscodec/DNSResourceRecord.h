@@ -7,7 +7,7 @@
 
 #include "dnscodec/DNSLabel.h"
 #include "dnscodec/WireWriter.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

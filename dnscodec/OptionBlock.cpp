@@ -2,9 +2,9 @@
 
 #include <DeploymentValues.h>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Description.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/base/Data.h"
+#include "platform/base/Description.h"
+#include "platform/log/NSLog.h"
 
 namespace quillet {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "dnscodec/WireWriter.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

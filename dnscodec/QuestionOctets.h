@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "dnscodec/DNSResourceRecord.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

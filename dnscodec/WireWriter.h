@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet::fuzz {
 

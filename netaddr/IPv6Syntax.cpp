@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
 
 namespace quillet {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "netaddr/BigInt.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

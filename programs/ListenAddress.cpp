@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/foundation/WholeNumber.h"
+#include "platform/base/WholeNumber.h"
 
 namespace quillet {
 

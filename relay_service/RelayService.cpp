@@ -3,7 +3,7 @@
 #include <csignal>
 
 #include "platform/dispatch/MainLoop.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/process/ChildProcesses.h"
 
 namespace QuilletXPCservice {

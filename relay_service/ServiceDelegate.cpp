@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "relay_service/ServiceProviderXPC.h"
 
 namespace QuilletXPCservice {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSObject.h"
+#include "platform/base/NSObject.h"
 #include "platform/xpc/NSXPCListener.h"
 
 namespace QuilletXPCservice {

@@ -6,8 +6,8 @@
 #include <memory>
 #include <string_view>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
+#include "platform/log/NSLog.h"
 #include "platform/process/NSTask.h"
 #include "platform/xpc/NSXPCListener.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSObject.h"
+#include "platform/base/NSObject.h"
 #include "relay_service/ServiceProviderXPCProtocol.h"
 #include "relay_service/XPCServiceDNSProxyProtocol.h"
 

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "DnsProxyExt/RemoveOccurrences.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/RemoveOccurrences.h"
+#include "platform/base/Utf8.h"
+#include "platform/log/NSLog.h"
 #include "platform/process/NSTask.h"
 
 namespace QuilletXPCservice {
@@ -149,7 +149,7 @@ void UDPListener::letGo(const WeakConnection& from) {
 void UDPListener::act(DataView datagram) {
   const auto text = platform::repairedUtf8(platform::textOf(datagram));
   if (text.starts_with(kAgentLog)) {
-    NSLog("Agent log: ", quillet::removingOccurrences(text, kAgentLog));
+    NSLog("Agent log: ", platform::removingOccurrences(text, kAgentLog));
   } else if (text.starts_with(kRequestUser)) {
     NSLog("request CU received, cu: ", xpcUser);
     sendUser();
@@ -178,7 +178,7 @@ void UDPListener::sendUser() {
 
 void UDPListener::updateUser(std::string_view text) {
   NSLog("update CU received, message: ", text);
-  xpcUser = quillet::removingOccurrences(text, kUpdateUser);
+  xpcUser = platform::removingOccurrences(text, kUpdateUser);
   NSLog(" CU updated: ", xpcUser);
 }
 

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "DnsProxyExt/XpcUdpCommandParser.h"
+#include "platform/base/Data.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/Data.h"
 #include "platform/network/NWListener.h"
 #include "relay_service/Published.h"
 

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "dnscodec/DNSParser.h"
-#include "platform/foundation/LogSink.h"
+#include "platform/log/LogSink.h"
 
 // clang-format off: ldns defines `bool`, so that the C headers come last
 #include <ldns/ldns.h>

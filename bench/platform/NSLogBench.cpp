@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/LogSink.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/StreamLogSink.h"
+#include "platform/log/LogSink.h"
+#include "platform/log/NSLog.h"
+#include "platform/log/StreamLogSink.h"
 
 namespace {
 

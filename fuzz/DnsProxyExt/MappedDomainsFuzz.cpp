@@ -6,9 +6,9 @@
 
 #include "DnsProxyExt/MappedDomains.h"
 #include "fuzz/Require.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Description.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Data.h"
+#include "platform/base/Description.h"
+#include "platform/base/Utf8.h"
 
 namespace {
 

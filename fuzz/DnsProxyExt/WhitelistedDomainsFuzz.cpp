@@ -3,8 +3,8 @@
 
 #include "DnsProxyExt/WhitelistedDomains.h"
 #include "fuzz/Require.h"
-#include "platform/foundation/JSONValue.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
+#include "platform/store/JSONValue.h"
 
 namespace {
 

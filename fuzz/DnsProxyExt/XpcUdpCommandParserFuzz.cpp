@@ -5,7 +5,7 @@
 
 #include "DnsProxyExt/XpcUdpCommandParser.h"
 #include "fuzz/Require.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/JSONDocument.h"
+#include "platform/base/Data.h"
+#include "platform/store/JSONDocument.h"
 
 namespace {
 

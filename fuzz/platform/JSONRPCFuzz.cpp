@@ -8,7 +8,8 @@
 #include <vector>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
+#include "platform/store/JSONDocument.h"
 #include "platform/xpc/JSONRPC.h"
 #include "platform/xpc/LineBuffer.h"
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/LogEscape.h"
+#include "platform/log/LogEscape.h"
 
 namespace {
 

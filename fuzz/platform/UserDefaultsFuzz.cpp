@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/store/UserDefaults.h"
 #include "tests/support/LogCapture.h"
 
 namespace {

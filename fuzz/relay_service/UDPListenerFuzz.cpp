@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "fuzz/Require.h"
-#include "platform/foundation/Utf8.h"
+#include "platform/base/Utf8.h"
 #include "relay_service/UDPListener.h"
 #include "tests/relay_service/FakeConnection.h"
 #include "tests/support/LogCapture.h"

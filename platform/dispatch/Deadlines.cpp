@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/Clock.h"
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/Clock.h"
 
 namespace platform {
 

@@ -10,11 +10,11 @@
 #include <optional>
 #include <utility>
 
+#include "platform/base/Clock.h"
 #include "platform/dispatch/Deadlines.h"
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/dispatch/SocketEvents.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/LogSink.h"
+#include "platform/log/LogSink.h"
 
 namespace platform {
 

@@ -1,6 +1,6 @@
 #include "platform/dispatch/RunGuarded.h"
 
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace platform::detail {
 

@@ -5,8 +5,8 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/base/FileDescriptor.h"
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/FileDescriptor.h"
 
 namespace platform {
 

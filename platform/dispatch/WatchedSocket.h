@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform {
 

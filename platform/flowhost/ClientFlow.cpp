@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/base/Description.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/flowhost/PendingWrite.h"
-#include "platform/foundation/Description.h"
 
 namespace platform {
 

@@ -6,7 +6,7 @@
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/OwnSockets.h"
 
 namespace platform {

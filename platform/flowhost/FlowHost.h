@@ -8,7 +8,7 @@
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/foundation/Error.h"
+#include "platform/base/Error.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 
 namespace platform {

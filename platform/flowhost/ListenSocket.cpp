@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/foundation/Description.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/WholeNumber.h"
+#include "platform/base/Description.h"
+#include "platform/base/WholeNumber.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 
 namespace platform {

@@ -5,10 +5,10 @@
 #include <memory>
 #include <tl/expected.hpp>
 
+#include "platform/base/Error.h"
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/flowhost/DatagramSlots.h"
 #include "platform/flowhost/FlowPath.h"
-#include "platform/foundation/Error.h"
 #include "platform/network/OwnSockets.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 

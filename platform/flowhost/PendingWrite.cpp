@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "platform/base/Description.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/Description.h"
 #include "platform/network/NWError.h"
 
 namespace platform {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/base/Data.h"
 #include "platform/flowhost/FlowPath.h"
-#include "platform/foundation/Data.h"
 
 namespace platform {
 

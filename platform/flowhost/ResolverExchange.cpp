@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace platform {
 

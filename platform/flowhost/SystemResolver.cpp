@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include "platform/flowhost/ResolvConf.h"
 #include "platform/flowhost/ResolverExchange.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/OwnSockets.h"
-#include "platform/networkextension/NEDNSSettings.h"
 
 namespace platform {
 
@@ -47,7 +47,7 @@ std::optional<SocketAddress> SystemResolver::server() {
 void SystemResolver::readAgain(const std::optional<FileState>& state) {
   isRead_ = true;
   state_ = state;
-  const auto settings = NEDNSSettings::fromFile(resolvConf_);
+  const auto settings = readResolvConf(resolvConf_);
   server_ = settings ? firstUsable(settings->servers) : std::nullopt;
   if (!server_) {
     NSLog("SystemResolver: no usable DNS server in ", resolvConf_.native(),

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace platform {
 

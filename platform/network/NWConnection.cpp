@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 #include "platform/network/OpenConnections.h"
 #include "platform/network/UDPConnection.h"
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/base/Data.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/Data.h"
 #include "platform/network/NWEndpoint.h"
 #include "platform/network/NWError.h"
 #include "platform/network/NWPath.h"

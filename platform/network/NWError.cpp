@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace platform {
 

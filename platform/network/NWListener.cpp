@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/AcceptedConnection.h"
 #include "platform/network/OwnSockets.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 #include "platform/network/NetworkInterface.h"
 #include "platform/network/Route.h"
 #include "platform/network/SocketAddress.h"

@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "platform/dispatch/MainLoop.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 
 namespace platform {

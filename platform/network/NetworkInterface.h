@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace platform {
 

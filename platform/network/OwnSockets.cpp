@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/network/NWPath.h"
 
 namespace platform {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <optional>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform {
 

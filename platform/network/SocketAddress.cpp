@@ -7,7 +7,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/foundation/WholeNumber.h"
+#include "platform/base/WholeNumber.h"
 
 namespace platform {
 

@@ -5,8 +5,8 @@
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/Data.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/network/NWError.h"
 #include "platform/network/OwnSockets.h"
 #include "platform/network/SocketAddress.h"

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Error.h"
+#include "platform/base/Data.h"
+#include "platform/base/Error.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 
 namespace platform {

@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "platform/foundation/Error.h"
-#include "platform/foundation/JSONValue.h"
+#include "platform/base/Error.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 #include "platform/networkextension/NEDNSSettings.h"
 #include "platform/networkextension/NEProviderStopReason.h"
+#include "platform/store/JSONValue.h"
 
 namespace platform {
 

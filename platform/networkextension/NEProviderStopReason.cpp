@@ -1,6 +1,6 @@
 #include "platform/networkextension/NEProviderStopReason.h"
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace platform {
 

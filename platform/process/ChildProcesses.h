@@ -4,7 +4,7 @@
 #include <mutex>
 #include <set>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/Data.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/foundation/JSONDocument.h"
+#include "platform/store/JSONDocument.h"
 
 namespace platform {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <tl/expected.hpp>
 
-#include "platform/foundation/JSONValue.h"
+#include "platform/store/JSONValue.h"
 
 namespace platform {
 

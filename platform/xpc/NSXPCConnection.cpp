@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/base/Clock.h"
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/Clock.h"
 #include "platform/xpc/JSONRPC.h"
 
 namespace platform {

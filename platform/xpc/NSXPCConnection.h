@@ -7,7 +7,7 @@
 #include <string_view>
 #include <thread>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/xpc/LineBuffer.h"
 #include "platform/xpc/NSXPCInterface.h"
 

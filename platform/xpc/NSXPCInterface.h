@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/NSObject.h"
+#include "platform/base/NSObject.h"
 
 namespace platform {
 

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/base/Clock.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/RunGuarded.h"
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/log/NSLog.h"
 
 namespace platform {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <tl/expected.hpp>
 
-#include "platform/foundation/Error.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/Error.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform {
 

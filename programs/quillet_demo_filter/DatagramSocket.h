@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/Data.h"
+#include "platform/base/FileDescriptor.h"
 #include "programs/ListenAddress.h"
 
 namespace quillet {

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "dns_tools/Message.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet {
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "dns_tools/ReturnCode.h"
-#include "platform/foundation/LogEscape.h"
+#include "platform/log/LogEscape.h"
 #include "programs/quillet_demo_filter/DemoAnswer.h"
 #include "programs/quillet_demo_filter/DemoPolicy.h"
 #include "programs/quillet_demo_filter/QueryLine.h"

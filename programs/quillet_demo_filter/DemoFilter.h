@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "dns_tools/Message.h"
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 #include "programs/quillet_demo_filter/DatagramSocket.h"
 
 namespace quillet {

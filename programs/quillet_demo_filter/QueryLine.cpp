@@ -2,7 +2,7 @@
 
 #include "dns_tools/Record.h"
 #include "dns_tools/RecordType.h"
-#include "platform/foundation/LogEscape.h"
+#include "platform/log/LogEscape.h"
 #include "programs/quillet_demo_filter/EdnsOptions.h"
 
 namespace quillet {

@@ -9,9 +9,10 @@
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/flowhost/ResolvConf.h"
+#include "platform/log/NSLog.h"
 #include "platform/network/NWConnection.h"
+#include "platform/store/UserDefaults.h"
 #include "programs/quillet_dns_proxy/VendorData.h"
 
 namespace quillet {
@@ -45,7 +46,7 @@ void useDefaultsDirectory(const std::filesystem::path& directory) {
 }
 
 std::optional<std::vector<platform::NEDNSSettings>> systemSettings() {
-  auto settings = platform::NEDNSSettings::fromFile();
+  auto settings = platform::readResolvConf();
   if (!settings) {
     return std::nullopt;
   }

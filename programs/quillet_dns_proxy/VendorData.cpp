@@ -1,8 +1,8 @@
 #include "programs/quillet_dns_proxy/VendorData.h"
 
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "platform/foundation/JSONDocument.h"
-#include "platform/foundation/RegularFile.h"
+#include "platform/store/JSONDocument.h"
+#include "platform/store/RegularFile.h"
 
 namespace quillet {
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/StartLogging.h"
+#include "platform/log/StartLogging.h"
 #include "programs/quillet_dns_proxy/CommandLine.h"
 #include "programs/quillet_dns_proxy/ProxyProcess.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/StartLogging.h"
+#include "platform/log/StartLogging.h"
 #include "relay_service/RelayService.h"
 
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "DnsProxyExt/FlowManager.h"
-#include "platform/foundation/Clock.h"
+#include "platform/base/Clock.h"
 #include "tests/dnscodec/Samples.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/LogCapture.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "DnsProxyExt/MappedDomains.h"
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 
 namespace quillet {
 namespace {

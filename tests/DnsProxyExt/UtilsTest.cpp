@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "DnsProxyExt/CommaDelimited.h"
 #include "DnsProxyExt/Utils.h"
-#include "platform/foundation/Description.h"
+#include "platform/base/CommaDelimited.h"
+#include "platform/base/Description.h"
 
 namespace quillet {
 namespace {
@@ -32,7 +32,7 @@ TEST(CommaDelimited, KeepsEveryPieceAsItIs) {
   const std::pair<const char*, std::vector<std::string>> rows[] = {
       {"", {}}, {"a", {"a"}}, {"a, b,,c", {"a", " b", "", "c"}}, {",", {"", ""}}};
   for (const auto& [text, pieces] : rows) {
-    EXPECT_EQ(parseCommaDelimitedArr(text), pieces) << text;
+    EXPECT_EQ(platform::parseCommaDelimitedArr(text), pieces) << text;
   }
 }
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "dns_tools/DNSSocketClient.h"
+#include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
-#include "platform/foundation/Description.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
 #include "tests/support/LogCapture.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "dns_tools/HostRecord.h"
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"
 

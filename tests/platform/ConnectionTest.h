@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
-#include "platform/foundation/Description.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
 #include "tests/platform/UDPSocket.h"

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/FlowHost.h"
-#include "platform/foundation/Description.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/LogCapture.h"

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace platform::test {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/Data.h"
+#include "platform/base/FileDescriptor.h"
 #include "platform/network/SocketAddress.h"
 
 namespace platform::test {

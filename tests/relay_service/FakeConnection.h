@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Description.h"
+#include "platform/base/Description.h"
 #include "platform/network/NWConnection.h"
 
 namespace QuilletXPCservice::test {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/foundation/UserDefaults.h"
+#include "platform/store/UserDefaults.h"
 #include "tests/platform/TemporaryDirectory.h"
 
 namespace quillet::test {

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/Description.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/foundation/Description.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
 namespace quillet::test {

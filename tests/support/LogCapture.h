@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/LogSink.h"
+#include "platform/log/LogSink.h"
 
 namespace quillet::test {
 

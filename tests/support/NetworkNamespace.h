@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace quillet::test {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Data.h"
+#include "platform/base/Data.h"
 
 namespace quillet::test {
 

@@ -1,0 +1,51 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/base/Data.h"
+#include "platform/base/Description.h"
+
+namespace platform {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(DescriptionTest, fractions) {
+  const std::pair<double, const char*> rows[] = {
+      {-0.0, "-0.0"},        {0.0001, "0.0001"},
+      {0.00001, "1e-05"},    {1e15, "1000000000000000.0"},
+      {1e16, "1e+16"},       {-1.7976931348623157e308, "-1.7976931348623157e+308"},
+      {std::nan(""), "nan"},
+  };
+  for (const auto& [value, text] : rows) {
+    EXPECT_EQ(description(value), text);
+  }
+}
+
+TEST(DescriptionTest, textsArePlainAloneAndQuotedInside) {
+  EXPECT_EQ(description("a\"b"), "a\"b");
+  EXPECT_EQ(description(static_cast<const char*>(nullptr)), "nil");
+  EXPECT_EQ(description(std::vector{"a\"\\b"s, ""s}), R"(["a\"\\b", ""])");
+  EXPECT_EQ(description(std::vector{"\n\r\t\0\x01\x1F\x7F"s + "é"}),
+            "[\"\\n\\r\\t\\0\\u{01}\\u{1F}\\u{7F}é\"]");
+}
+
+TEST(DescriptionTest, whatMayBeAbsentAndContainers) {
+  EXPECT_EQ(description(std::nullopt), "nil");
+  EXPECT_EQ(description(std::optional<std::optional<int>>(1)), "Optional(Optional(1))");
+  EXPECT_EQ(description(std::make_unique<std::string>("a")), "a");
+  EXPECT_EQ(description(std::shared_ptr<int>()), "nil");
+  EXPECT_EQ(description(std::map<std::string, int>()), "[:]");
+  EXPECT_EQ(description(std::map<std::string, std::optional<int>>{{"a", 1}, {"b", std::nullopt}}),
+            R"(["a": Optional(1), "b": nil])");
+  EXPECT_EQ(description(std::optional(std::vector<Data>{{}, {1, 2}})),
+            "Optional([0 bytes, 2 bytes])");
+}
+
+}  // namespace
+}  // namespace platform

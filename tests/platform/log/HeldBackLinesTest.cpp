@@ -1,0 +1,39 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <string>
+
+#include "platform/base/FileDescriptor.h"
+#include "platform/log/HeldBackLines.h"
+#include "tests/platform/TemporaryDirectory.h"
+
+namespace platform {
+namespace {
+
+TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
+  const test::TemporaryDirectory directory;
+  const auto path = directory.path() / "log";
+  const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  HeldBackLines lines(file.get());
+  ::signal(SIGXFSZ, SIG_IGN);
+  rlimit former{};
+  ::getrlimit(RLIMIT_FSIZE, &former);
+  const rlimit small{8, former.rlim_max};
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  lines.append("first\n");
+  lines.append("second\n");
+  lines.write();
+  ::setrlimit(RLIMIT_FSIZE, &former);
+  EXPECT_TRUE(lines.takeLoss());
+  lines.append("third\n");
+  lines.write();
+  lines.append("last\n");
+  lines.writeFromSignalHandler();
+  lines.write();
+  EXPECT_EQ(test::readFile(path), "first\nse\nthird\nlast\n");
+}
+
+}  // namespace
+}  // namespace platform

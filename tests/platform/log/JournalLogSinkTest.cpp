@@ -1,0 +1,54 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/log/JournalLogSink.h"
+#include "tests/platform/EnvironmentVariable.h"
+
+namespace {
+
+std::vector<std::string> sentFields;
+
+}  // namespace
+
+// A program's own functions come before those of its libraries; the name is the library's.
+// NOLINTNEXTLINE(readability-identifier-naming)
+extern "C" int sd_journal_sendv(const iovec* fields, int count) {
+  for (int i = 0; i < count; ++i) {
+    sentFields.emplace_back(static_cast<const char*>(fields[i].iov_base), fields[i].iov_len);
+  }
+  return 0;
+}
+
+namespace platform {
+namespace {
+
+TEST(JournalLogSinkTest, aRecordIsOneEntryAndItsLineBreaksMakeNoFields) {
+  JournalLogSink("proxy").write("100% plain\nMESSAGE=forged\n");
+  EXPECT_THAT(sentFields, testing::ElementsAre("MESSAGE=100% plain\nMESSAGE=forged\n", "PRIORITY=6",
+                                               "SYSLOG_IDENTIFIER=proxy"));
+}
+
+TEST(JournalLogSinkTest, standardErrorIsTheJournalWhenTheVariableNamesIt) {
+  struct stat status {};
+  ASSERT_EQ(::fstat(STDERR_FILENO, &status), 0);
+  const std::string device = std::to_string(status.st_dev);
+  const std::string inode = std::to_string(status.st_ino);
+  const std::pair<std::string, bool> rows[] = {{device + ":" + inode, true},
+                                               {device + ":1" + inode, false},
+                                               {"1" + device + ":" + inode, false},
+                                               {device + ":" + inode + " ", false},
+                                               {inode, false}};
+  for (const auto& [value, expected] : rows) {
+    const test::EnvironmentVariable stream("JOURNAL_STREAM", value.c_str());
+    EXPECT_EQ(JournalLogSink::isStandardErrorJournal(), expected) << value;
+  }
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,77 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "platform/base/Clock.h"
+#include "platform/log/StreamLogSink.h"
+#include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/Pipe.h"
+
+namespace platform {
+namespace {
+
+const std::string kName = "proxy[" + std::to_string(::getpid()) + "] ";
+
+class StreamLogSinkTest : public testing::Test {
+ protected:
+  void SetUp() override { Clock::setShared(&clock_); }
+  void TearDown() override { Clock::setShared(nullptr); }
+
+  const test::EnvironmentVariable tz_{"TZ", "UTC"};
+  ManualClock clock_{1'795'385'994'123'999};  // 2026-11-22 22:19:54.123999
+  const test::Pipe pipe_;
+  StreamLogSink sink_{pipe_.writer.get(), "proxy"};
+};
+
+TEST_F(StreamLogSinkTest, aRecordIsOneLineWithItsTime) {
+  sink_.write("first\nsecond \x1B");
+  EXPECT_EQ(pipe_.read(), "2026-11-22 22:19:54.123 " + kName + "first\\nsecond \\x1B\n");
+  const struct {
+    double seconds;
+    const char* time;
+  } rows[] = {
+      {0.001, "2026-11-22 22:19:54.124 "},
+      {0.88, "2026-11-22 22:19:55.004 "},
+      {86400, "2026-11-23 22:19:55.004 "},
+      {-1.8e9, "1970-01-01 00:00:00.000 "},
+  };
+  for (const auto& row : rows) {
+    clock_.advanceSeconds(row.seconds);
+    sink_.write("");
+    EXPECT_EQ(pipe_.read(), row.time + kName + "\n");
+  }
+}
+
+TEST_F(StreamLogSinkTest, aBatchIsWrittenAtItsEnd) {
+  {
+    const LogBatch outer;
+    { const LogBatch inner; }
+    sink_.write("a");
+    EXPECT_EQ(pipe_.read(), "");
+  }
+  sink_.write("b");
+  EXPECT_THAT(pipe_.read(), testing::MatchesRegex(".*\\] a\n.*\\] b\n"));
+}
+
+TEST_F(StreamLogSinkTest, whatPipeAndBufferHoldComesWholeAndARecordTellsOfTheRest) {
+  const std::string prefix = "2026-11-22 22:19:54.123 " + kName;
+  std::string expected;
+  for (int i = 0; i < 6; ++i) {
+    sink_.write(std::string(10'000, 'x'));
+    expected += prefix + std::string(10'000, 'x') + "\n";
+  }
+  sink_.write(std::string(10'000, 'y'));  // pipe and buffer hold 68 KiB
+  std::string received;
+  for (int i = 0; i < 20; ++i) {
+    received.append(pipe_.read());
+    sink_.flush();
+  }
+  EXPECT_TRUE(received == expected);
+  sink_.write("end");
+  EXPECT_EQ(pipe_.read(), prefix + "(log records were lost here)\n" + prefix + "end\n");
+}
+
+}  // namespace
+}  // namespace platform

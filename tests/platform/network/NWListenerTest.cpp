@@ -1,0 +1,211 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/base/Description.h"
+#include "platform/dispatch/MainLoop.h"
+#include "platform/network/AcceptedConnection.h"
+#include "platform/network/NWListener.h"
+#include "platform/network/SocketAddress.h"
+#include "tests/platform/SocketFailures.h"
+#include "tests/platform/UDPSocket.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+using test::UDPSocket;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A listener whose connections start at once and are received from for as long as they are held.
+class NWListenerTest : public testing::Test {
+ protected:
+  NWListenerTest() {
+    listener_->newConnectionHandler = [this](std::shared_ptr<NWConnection> connection) {
+      lines_.emplace_back("new");
+      adopt(std::move(connection));
+    };
+    listener_->start(DispatchQueue::global());
+    runReady();
+  }
+  ~NWListenerTest() override {
+    held_.clear();
+    listener_.reset();
+    runReady();
+  }
+
+  void adopt(std::shared_ptr<NWConnection> connection) {
+    connection->stateUpdateHandler =
+        [this, weak = std::weak_ptr(connection)](const NWConnection::State& state) {
+          if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
+            receive(weak);
+          }
+        };
+    connection->start(DispatchQueue::global());
+    held_.push_back(std::move(connection));
+    if (held_.size() > keep_) {
+      held_.erase(held_.begin());
+    }
+  }
+  void receive(const std::weak_ptr<NWConnection>& weak) {
+    if (const auto connection = weak.lock()) {
+      connection->receiveMessage([this, weak](const std::optional<Data>& content, bool isComplete,
+                                              const std::optional<NWError>& error) {
+        EXPECT_EQ(isComplete, !error);
+        lines_.push_back(content ? "got " + std::string(textOf(*content)) : description(*error));
+        if (content) {
+          receive(weak);
+        }
+      });
+    }
+  }
+  /// How it ends that the newest connection answers.
+  std::string answer() {
+    std::string outcome;
+    held_.back()->send({}, [&](const std::optional<NWError>& error) {
+      outcome = error ? description(*error) : "sent";
+    });
+    EXPECT_EQ(outcome, "") << "later";
+    runReady();
+    return outcome;
+  }
+
+  [[nodiscard]] SocketAddress at(const char* host) const {
+    return SocketAddress::parse(host, listener_->port().rawValue).value();
+  }
+  static void runReady() { MainLoop::shared().runReady(); }
+  bool runUntilLines(std::size_t count) {
+    return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });
+  }
+  bool runUntilLogged() {
+    return MainLoop::shared().runUntil([&] { return !log_.records().empty(); });
+  }
+
+  const quillet::test::LogCapture log_;
+  std::shared_ptr<NWListener> listener_ =
+      NWListener::create(NWParameters::udp(), NWEndpoint::Port(0)).value();
+  std::vector<std::shared_ptr<NWConnection>> held_;
+  std::size_t keep_ = 1;
+  bool isReceiving_ = true;
+  std::vector<std::string> lines_;
+};
+
+TEST_F(NWListenerTest, WhatNobodyReceivesWaitsAndItsLossIsALine) {
+  isReceiving_ = false;
+  const UDPSocket client;
+  for (std::size_t i = 0; i < AcceptedConnection::kMaxHeld + 1; ++i) {
+    client.send(std::to_string(i), at("127.0.0.1"));
+  }
+  ASSERT_TRUE(runUntilLogged());
+  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("is not read, dropped 2 bytes")));
+  receive(held_.back());
+  runReady();
+  ASSERT_EQ(lines_.size(), 1 + AcceptedConnection::kMaxHeld);
+  EXPECT_THAT(lines_[1], "got 0");
+  EXPECT_THAT(lines_.back(), "got 15");
+}
+
+TEST_F(NWListenerTest, UnreadDatagramsOfWhomItLetsGoAreLines) {
+  isReceiving_ = false;
+  const UDPSocket client;
+  client.send("one", at("127.0.0.1"));
+  ASSERT_TRUE(runUntilLines(1));
+  runReady();
+  held_.clear();
+  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("is let go of, dropped 3 bytes")));
+}
+
+TEST_F(NWListenerTest, WhatTheKernelHadNoRoomForIsALine) {
+  const UDPSocket client;
+  for (int i = 0; i < 100; ++i) {  // some 6 MB
+    client.send(std::string(65'507, 'x'), at("127.0.0.1"));
+  }
+  ASSERT_TRUE(runUntilLogged());
+  runReady();
+  const auto lost = std::to_string(100 - (lines_.size() - 1));  // without "new"
+  EXPECT_THAT(log_.records(),
+              ElementsAre(testing::StartsWith("NWListener: " + lost + " datagrams to port ")));
+}
+
+TEST_F(NWListenerTest, HasRoomForABoundedNumberOfClients) {
+  keep_ = 1000;
+  std::vector<UDPSocket> clients(NWListener::kMaxConnections + 1);
+  for (const auto& client : clients) {
+    client.send("x", at("127.0.0.1"));
+  }
+  ASSERT_TRUE(runUntilLogged());
+  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("no room for [C")));
+  EXPECT_EQ(held_.size(), NWListener::kMaxConnections);
+  held_.erase(held_.begin());
+  clients.back().send("y", at("127.0.0.1"));
+  ASSERT_TRUE(runUntilLines(2 * NWListener::kMaxConnections + 2));
+  EXPECT_EQ(lines_.back(), "got y");
+}
+
+TEST_F(NWListenerTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
+  const UDPSocket one;
+  const UDPSocket other;
+  const auto at127 = [](const UDPSocket& socket) {
+    return SocketAddress::parse("127.0.0.1", socket.port()).value();
+  };
+  const auto exchange = OwnSockets::shared().exchange(at127(one));
+  auto served = OwnSockets::shared().serve(SocketAddress::parse("0.0.0.0", other.port()).value());
+  one.send("one", at("127.0.0.1"));
+  other.send("other", at("127.0.0.1"));
+  runReady();
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre("NWListener: dropped 3 bytes from our own socket " + description(at127(one)),
+                  "NWListener: dropped 5 bytes from our own socket " + description(at127(other))));
+  served.reset();
+  other.send("again", at("127.0.0.1"));
+  ASSERT_TRUE(runUntilLines(2));
+  EXPECT_THAT(lines_, ElementsAre("new", "got again"));
+  const auto connection = NWConnection::create(NWEndpoint::Host("127.0.0.2"), listener_->port());
+  connection->start(DispatchQueue::global());
+  runReady();
+  EXPECT_EQ(connection->state().error, NWError::ownAddress());
+}
+
+TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
+  auto client = std::make_unique<UDPSocket>("::1");
+  client->send("a", at("::1"));
+  ASSERT_TRUE(runUntilLines(2));
+  client.reset();
+  EXPECT_EQ(answer(), "sent");
+  ASSERT_TRUE(runUntilLines(3));
+  EXPECT_EQ(lines_.back(), "POSIXErrorCode(rawValue: 111): Connection refused");
+  const test::SocketFailures failures(
+      {ECONNREFUSED, EINTR, 0, ENETUNREACH, 0, EPROTO, 0, EMSGSIZE, 0, EPERM, EPERM});
+  for (int earlier = 0; earlier < 4; ++earlier) {
+    EXPECT_EQ(answer(), "sent");
+  }
+  EXPECT_EQ(answer(), "POSIXErrorCode(rawValue: 1): Operation not permitted");
+}
+
+TEST_F(NWListenerTest, ReportsItsStatesAndClosesThePort) {
+  std::vector<NWListener::State::Kind> states;
+  const auto port = listener_->port();
+  auto second = NWListener::create(NWParameters::udp(), port);
+  EXPECT_EQ(second.error(), NWError::posix(EADDRINUSE));
+  listener_->cancel();
+  listener_->cancel();
+  second = NWListener::create(NWParameters::udp(), port);
+  ASSERT_TRUE(second.has_value());
+  (*second)->stateUpdateHandler = [&](const auto& state) { states.push_back(state.kind); };
+  (*second)->start(DispatchQueue::global());
+  EXPECT_THAT(states, testing::IsEmpty());
+  runReady();
+  (*second)->cancel();
+  runReady();
+  using Kind = NWListener::State::Kind;
+  EXPECT_THAT(states, ElementsAre(Kind::setup, Kind::ready, Kind::cancelled));
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,109 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/base/Description.h"
+#include "platform/dispatch/MainLoop.h"
+#include "platform/process/ChildProcesses.h"
+#include "platform/process/NSTask.h"
+
+namespace platform {
+namespace {
+
+/// What a shell prints to standard output and error, or why it cannot be started.
+std::string run(const std::string& commandLine, const char* shell = "/bin/sh") {
+  NSTask task;
+  task.executablePath = shell;
+  task.arguments = {"-c", commandLine};
+  task.standardOutput = task.standardError = std::make_shared<NSPipe>();
+  const auto error = task.run();
+  const auto output = task.standardOutput->readDataToEndOfFile();
+  task.waitUntilExit();
+  return error ? error->text() : std::string(textOf(output));
+}
+
+bool runUntilReaped() {
+  return MainLoop::shared().runUntil([] { return ChildProcesses::shared().count() == 0; });
+}
+
+TEST(NSTaskTest, GivesWhatTheProgramPrintsOrWhyThereIsNone) {
+  const std::pair<const char*, std::string> cases[] = {
+      {"printf 'a\\000b\\377'; printf c >&2; exit 3", {"a\0b\377c", 5}},
+      {"head -c 2000000 /dev/zero | tr '\\0' x", std::string(NSPipe::kMaxKept, 'x')},
+      {"cat", ""},  // standard input is empty
+      {"kill -9 $$", ""},
+  };
+  for (const auto& [commandLine, expected] : cases) {
+    EXPECT_TRUE(run(commandLine) == expected) << commandLine;
+    EXPECT_EQ(ChildProcesses::shared().count(), 0U);
+  }
+  EXPECT_EQ(run("", "/nowhere/sh"), "cannot start /nowhere/sh: No such file or directory");
+  EXPECT_EQ(run("", "/dev/null"), "cannot start /dev/null: Permission denied");
+}
+
+TEST(NSTaskTest, NothingOfOursReachesTheChild) {
+  const FileDescriptor inheritable(::fcntl(STDIN_FILENO, F_DUPFD, 50));
+  const NSPipe other;
+  // The last is the folder that the shell looks into.
+  EXPECT_EQ(run("cd /proc/self/fd && echo *"), "0 1 2 3\n");
+
+  const auto former = ::signal(SIGPIPE, SIG_IGN);
+  sigset_t blocked;
+  sigset_t formerlyBlocked;
+  ::sigemptyset(&blocked);
+  ::sigaddset(&blocked, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &blocked, &formerlyBlocked);
+  EXPECT_EQ(run("kill -PIPE $$; echo alive"), "");
+  EXPECT_EQ(run("kill -TERM $$; echo alive"), "");
+  ::pthread_sigmask(SIG_SETMASK, &formerlyBlocked, nullptr);
+  ::signal(SIGPIPE, former);
+}
+
+TEST(NSTaskTest, AChildThatLivesOnIsReapedWhenItEnds) {
+  auto& children = ChildProcesses::shared();
+  EXPECT_EQ(children.count(), 0U);
+  {
+    NSTask task;
+    task.executablePath = "/bin/sh";
+    task.arguments = {"-c", "exec 1>&- 2>&-; kill -STOP $$"};
+    task.standardOutput = std::make_shared<NSPipe>();
+    ASSERT_FALSE(task.run());
+    EXPECT_TRUE(task.standardOutput->readDataToEndOfFile().empty());
+  }
+  EXPECT_EQ(children.count(), 1U);
+  MainLoop::shared().runReady();
+  children.end();
+  EXPECT_TRUE(runUntilReaped());
+  children.beginAgain();
+}
+
+TEST(NSTaskTest, EndWakesWhoeverWaitsAndStartsNothingMore) {
+  auto& children = ChildProcesses::shared();
+  auto reader = std::async(std::launch::async, [] { return run("sleep 1000"); });
+  auto waiter = std::async(std::launch::async, [] {
+    NSTask task;
+    task.executablePath = "/bin/sleep";
+    task.arguments = {"1000"};
+    EXPECT_FALSE(task.run());
+    task.waitUntilExit();
+  });
+  while (children.count() < 2) {
+    std::this_thread::yield();
+  }
+  children.end();
+  EXPECT_EQ(reader.get(), "");
+  waiter.get();
+  EXPECT_EQ(run("true"), "cannot start /bin/sh: Operation canceled");
+  EXPECT_TRUE(runUntilReaped());
+  children.beginAgain();
+  EXPECT_EQ(run("echo again"), "again\n");
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/store/JSONDocument.h"
+
+namespace platform {
+namespace {
+
+using namespace std::string_literals;
+
+std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
+
+/// The value as compact text and what was left out of it, or why there is none.
+std::string outcome(const std::string& text) {
+  const auto document = parseJSON(text);
+  if (!document) {
+    return textOf(document.error());
+  }
+  std::string result = document->value.dump();
+  for (const auto& [object, member, fault] : document->leftOut) {
+    result.append(" " + member + ": " + textOf(fault));
+  }
+  return result;
+}
+
+TEST(JSONDocumentTest, readsWhatIsJSONAndLeavesOutWhatGoesBeyondABound) {
+  const auto manyNines = std::string(400, '9');
+  const std::string tooDeep = ": nested deeper than 64";
+  const std::string tooLarge = ": a number too large";
+  const std::pair<std::string, std::string> rows[] = {
+      {nested(64), nested(64)},
+      {R"({"a":)" + nested(63) + "}", R"({"a":)" + nested(63) + "}"},
+      {R"({"a":)" + nested(64) + R"(,"b":2})", R"({"b":2} a)" + tooDeep},
+      {R"({"a":1,"b":[3,)" + nested(100'000) + R"(,4],"c":"2"})", R"({"a":1,"c":"2"} b)" + tooDeep},
+      {R"([{"a":)" + nested(64) + R"(,"b":[true]},null])", R"([{"b":[true]},null] a)" + tooDeep},
+      {R"({"a":{"b":{"c":[[1,1e999],{}],"d":[]}}})", R"({"a":{"b":{"d":[]}}} c)" + tooLarge},
+      {R"({"a":1e999,"b":-1E+999,"c":1e308,"d":1e-999})",
+       R"({"c":1e+308,"d":0.0} a)" + tooLarge + " b" + tooLarge},
+      {R"({"a":)" + manyNines + R"(,"b":"\"1e999","c":18446744073709551616})",
+       R"({"b":"\"1e999","c":1.8446744073709552e+19} a)" + tooLarge},
+      {R"({"a":[1e999,)" + nested(64) + R"(],"b":0})", R"({"b":0} a)" + tooLarge},
+      {R"({"a":[)" + nested(64) + R"(,1e999,{"x":1e999}],"b":[0,1e999]})",
+       "{} a" + tooDeep + " b" + tooLarge},
+      {R"({"a":{"x":1},"a":1e999})", "{} a" + tooLarge},
+      {R"({"a":1e999,"a":1})", R"({"a":1} a)" + tooLarge},
+      {R"(["\\\")" + std::string(1000, '[') + "\"]", R"(["\\\")" + std::string(1000, '[') + "\"]"},
+      {R"(["\\",)" + nested(64) + "]", "nested deeper than 64"},
+      {nested(65), "nested deeper than 64"},
+      {"[{},1e999,{}]", "a number too large"},
+      {manyNines, "a number too large"},
+      {std::string((1 << 20) + 1, ' '), "larger than 1048576 bytes"},
+  };
+  for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(outcome(text), expected) << text;
+  }
+}
+
+TEST(JSONDocumentTest, whatIsNoJSON) {
+  for (const auto& text : {"[1,]"s,
+                           "{'a':1}"s,
+                           "NaN"s,
+                           "01"s,
+                           "[1] 2"s,
+                           "// comment\n1"s,
+                           "\"\\ud800\""s,
+                           "\"\n\""s,
+                           "\"\xFF\""s,
+                           "{}\xFF"s,
+                           "{}\0"s,
+                           "{}\0garbage"s,
+                           "\"\0\""s,
+                           R"({"a":01e999})"s,
+                           "-.1e999"s,
+                           "1.e999"s,
+                           "+1e999"s,
+                           "1e999-"s,
+                           "[1e999 1]"s,
+                           "1e999]"s,
+                           nested(65) + "]"s,
+                           std::string(100'000, '[')}) {
+    EXPECT_EQ(outcome(text), "not valid JSON") << testing::PrintToString(text);
+  }
+}
+
+TEST(JSONDocumentTest, tellsWhichObjectLacksAMember) {
+  const auto document =
+      parseJSON(R"([{"a":1e999},{"b":0},[{"a":[1e999]}],{"a":[{"b":1e999},1e999],"c":{}}])");
+  ASSERT_TRUE(document);
+  const auto fault = [&](const JSONValue& value, std::string_view member) {
+    return document->faultOf(value.get_ref<const JSONObject&>(), member).has_value();
+  };
+  EXPECT_TRUE(fault(document->value[0], "a"));
+  EXPECT_FALSE(fault(document->value[0], "b"));
+  EXPECT_FALSE(fault(document->value[1], "a"));
+  EXPECT_TRUE(fault(document->value[2][0], "a"));
+  EXPECT_FALSE(fault(document->value[3]["c"], "b")) << "another object had it";
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+
+#include "platform/base/Clock.h"
+#include "platform/store/TimeZone.h"
+#include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/TemporaryDirectory.h"
+
+namespace platform {
+namespace {
+
+class TimeZoneTest : public testing::Test {
+ protected:
+  const test::TemporaryDirectory directory_;
+  const TimeZonePaths paths_{directory_.path() / "localtime", directory_.path() / "timezone"};
+};
+
+TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
+  const std::string zone = "/usr/share/zoneinfo/Europe/Ljubljana";
+  const std::string tooLong(65, 'A');
+  const struct {
+    const char* variable;
+    std::string target;
+    std::string text;
+    std::string expected;
+  } rows[] = {
+      {"Asia/Tokyo", zone, "Etc/UTC\n", "Asia/Tokyo"},
+      {":/usr/share/zoneinfo/America/Port-au-Prince", zone, "", "America/Port-au-Prince"},
+      {"", zone, "Europe/Paris\n", "UTC"},  // as the C library takes it
+      {"CET-1CEST,M3.5.0,M10.5.0/3", zone, "", "Europe/Ljubljana"},
+      {"Europe/\nParis", zone, "", "Europe/Ljubljana"},
+      {tooLong.c_str(), zone, "", "Europe/Ljubljana"},
+      {nullptr, "../usr/share/zoneinfo/Etc/GMT+5", "Etc/UTC\n", "Etc/GMT+5"},
+      {nullptr, "/srv/myzone", "Europe/Paris # a remark\nx\n", "Europe/Paris"},
+      {nullptr, "/nowhere", "\nEurope/Paris\n", "UTC"},
+      {nullptr, "/nowhere", std::string(5000, 'A'), "UTC"},
+  };
+  for (const auto& row : rows) {
+    const test::EnvironmentVariable tz("TZ", row.variable);
+    std::filesystem::remove(paths_.localtime);
+    std::filesystem::create_symlink(row.target, paths_.localtime);
+    test::writeFile(paths_.timezone, row.text);
+    EXPECT_EQ(SystemTimeZone(paths_).identifier(), row.expected) << row.target << ' ' << row.text;
+  }
+  const test::EnvironmentVariable tz("TZ", nullptr);
+  std::filesystem::remove(paths_.timezone);
+  ASSERT_EQ(::mkfifo(paths_.timezone.c_str(), 0600), 0);
+  EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
+}
+
+TEST_F(TimeZoneTest, looksAgainAfterASecond) {
+  const test::EnvironmentVariable tz("TZ", nullptr);
+  ManualClock clock;
+  Clock::setShared(&clock);
+  SystemTimeZone zone(paths_);
+  EXPECT_EQ(zone.identifier(), "UTC");
+  test::writeFile(paths_.timezone, "Asia/Tokyo");
+  clock.advanceSeconds(0.999);
+  EXPECT_EQ(zone.identifier(), "UTC");
+  clock.advanceSeconds(0.001);
+  EXPECT_EQ(zone.identifier(), "Asia/Tokyo");
+  Clock::setShared(nullptr);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,145 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <string>
+
+#include "platform/store/UserDefaults.h"
+#include "tests/platform/TemporaryDirectory.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using quillet::test::LogCapture;
+using test::readFile;
+using test::writeFile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class UserDefaultsTest : public testing::Test {
+ protected:
+  void SetUp() override { UserDefaults::setDirectory(directory_.path()); }
+  void TearDown() override { UserDefaults::setDirectory({}); }
+
+  static UserDefaults* suite() { return UserDefaults::suite("group"); }
+
+  const test::TemporaryDirectory directory_;
+  const fs::path file_ = directory_.path() / "group.json";
+  LogCapture log_;
+};
+
+TEST_F(UserDefaultsTest, valuesByType) {
+  writeFile(file_, R"({"text":"1","truth":false,"none":null,"list":[1],"object":{}})");
+  ASSERT_NE(suite(), nullptr);
+  for (const std::string key : {"text", "truth", "none", "list", "object", "missing"}) {
+    EXPECT_EQ(suite()->stringForKey(key).has_value(), key == "text");
+    EXPECT_EQ(suite()->boolForKey(key), key == "truth" ? std::optional(false) : std::nullopt);
+    EXPECT_EQ(suite()->dictionaryForKey(key).has_value(), key == "object");
+    EXPECT_EQ(suite()->integerForKey(key), 0) << key;
+  }
+  const std::pair<const char*, std::int64_t> numbers[] = {
+      {"-1.9", -1},
+      {"9223372036854775808", std::numeric_limits<std::int64_t>::max()},
+      {"1e300", std::numeric_limits<std::int64_t>::max()},
+      {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
+      {"-1e300", std::numeric_limits<std::int64_t>::min()},
+  };
+  for (const auto& [json, number] : numbers) {
+    writeFile(file_, std::string(R"({"key":)") + json + "}");
+    EXPECT_EQ(suite()->integerForKey("key"), number) << json;
+  }
+}
+
+TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
+  const auto holding = [this](std::string text) {
+    return [this, text = std::move(text)] { writeFile(file_, text); };
+  };
+  const struct {
+    const char* what;
+    std::function<void()> damage;
+  } rows[] = {
+      {"no JSON", holding("{\"a\":")},
+      {"no object", holding("[{}]")},
+      {"a byte too large", holding("{}" + std::string((1 << 20) - 1, ' '))},
+      {"a directory", [this] { fs::create_directory(file_); }},
+      {"a FIFO", [this] { ::mkfifo(file_.c_str(), 0600); }},
+      {"a device", [this] { fs::create_symlink("/dev/zero", file_); }},
+      {"a link to itself", [this] { fs::create_symlink(file_, file_); }},
+  };
+  for (const auto& row : rows) {
+    writeFile(file_, R"({"a":"b"})" + std::string((1 << 20) - 9, ' '));  // as large as may be
+    ASSERT_NE(suite(), nullptr);
+    EXPECT_EQ(suite()->stringForKey("a"), "b");
+    auto& defaults = *suite();
+    log_.clear();
+    fs::remove(file_);
+    row.damage();
+    EXPECT_EQ(suite(), nullptr) << row.what;
+    EXPECT_EQ(suite(), nullptr) << row.what;
+    EXPECT_EQ(defaults.stringForKey("a"), std::nullopt);
+    EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(file_.string() + " cannot be used: ")))
+        << row.what;
+    fs::remove(file_);
+    EXPECT_NE(suite(), nullptr) << "what is not there is empty";
+  }
+}
+
+TEST_F(UserDefaultsTest, settingWritesTheFile) {
+  writeFile(file_, "{}");
+  std::ifstream reader(file_);
+  auto* const defaults = suite();
+  ASSERT_NE(defaults, nullptr);
+  defaults->setObject({{"--userId", "u1"}, {"ttl", 5}}, "mdmConf");
+  defaults->setObject("x\xFFy", "text");
+  EXPECT_EQ(readFile(file_),
+            "{\n  \"mdmConf\": {\n    \"--userId\": \"u1\",\n    \"ttl\": 5\n  },\n"
+            "  \"text\": \"x\xEF\xBF\xBDy\"\n}\n");
+  EXPECT_EQ((std::string{std::istreambuf_iterator<char>(reader), {}}), "{}") << "read whole";
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
+  EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), fs::directory_iterator()), 1);
+  EXPECT_EQ(suite(), defaults);
+  EXPECT_EQ(description(defaults->dictionaryForKey("mdmConf")),
+            R"(Optional(["--userId": "u1", "ttl": 5]))");
+  defaults->setObject(nullptr, "mdmConf");
+  defaults->setObject(nullptr, "text");
+  EXPECT_EQ(readFile(file_), "{}\n");
+  EXPECT_THAT(log_.records(), ElementsAre());
+}
+
+TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
+  writeFile(file_, R"({"a":1})");
+  JSONValue deep = 1;
+  for (int i = 0; i < 64; ++i) {
+    deep = JSONValue::array({deep});
+  }
+  suite()->setObject(deep, "deep");
+  suite()->setObject(std::string(1 << 20, 'x'), "large");
+  EXPECT_EQ(readFile(file_), R"({"a":1})");
+  const auto tooMuch = HasSubstr(" not written: too large or too deep");
+  EXPECT_THAT(log_.records(), ElementsAre(tooMuch, tooMuch));
+  ASSERT_NE(suite(), nullptr);
+  EXPECT_EQ(suite()->integerForKey("a"), 1);
+  EXPECT_EQ(suite()->stringForKey("large")->size(), 1U << 20);
+}
+
+TEST_F(UserDefaultsTest, aFileThatIsNotReadWholeIsLeftAsItIs) {
+  writeFile(file_, R"({"a":1,"b":1e999})");
+  ASSERT_NE(suite(), nullptr);
+  EXPECT_EQ(suite()->integerForKey("a"), 1);
+  suite()->setObject(2, "a");
+  EXPECT_EQ(suite()->integerForKey("a"), 2);
+  EXPECT_EQ(readFile(file_), R"({"a":1,"b":1e999})");
+  EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(" would lose b: a number too large")));
+  writeFile(file_, R"({"a":3})");
+  suite()->setObject(4, "b");
+  EXPECT_EQ(suite()->integerForKey("a"), 3);
+  EXPECT_EQ(readFile(file_), "{\n  \"a\": 3,\n  \"b\": 4\n}\n");
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <shared_mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/base/Clock.h"
+#include "platform/dispatch/MainLoop.h"
+#include "platform/xpc/NSXPCListener.h"
+#include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/TemporaryDirectory.h"
+#include "tests/support/LogCapture.h"
+
+namespace platform {
+namespace {
+
+/// What a call that waits tells, and what it waits for.
+struct Gate {
+  std::promise<void> reached;
+  std::promise<void> opened;
+};
+
+/// What the service does, one object for each client.
+class Service : public NSObject {
+ public:
+  explicit Service(Gate& gate) : gate_(gate) {}
+  void wait(const NSXPCReply& reply) {
+    gate_.reached.set_value();
+    gate_.opened.get_future().wait();
+    count(reply);
+  }
+  void count(const NSXPCReply& reply) { reply(std::to_string(++calls_)); }
+  void stayMute(const NSXPCReply& /*reply*/) {}
+  void fail(const std::string& text) { throw std::runtime_error(text); }
+
+ private:
+  Gate& gate_;
+  int calls_ = 0;
+};
+
+class Delegate : public NSXPCListenerDelegate {
+ public:
+  bool listener(NSXPCListener& /*listener*/, NSXPCConnection& connection) override {
+    if (fails) {
+      throw std::runtime_error("no thread to be had");
+    }
+    connection.exportedInterface.add("wait:", &Service::wait)
+        .add("count:", &Service::count)
+        .add("mute:", &Service::stayMute)
+        .add("fail:", &Service::fail);
+    connection.exportedObject = std::make_shared<Service>(gate);
+    connection.resume();
+    ++accepted;
+    return true;
+  }
+
+  Gate gate;
+  std::size_t accepted = 0;
+  bool fails = false;
+};
+
+/// A clock that stands still until it is moved, and can keep the threads of clients waiting.
+class TestClock final : public Clock {
+ public:
+  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return 0; }
+  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override {
+    if (std::this_thread::get_id() != owner_) {
+      const std::shared_lock lock(others_);
+    }
+    return uptime_;
+  }
+  void advanceSeconds(double seconds) { uptime_ += static_cast<std::uint64_t>(seconds * 1e9); }
+  /// Other threads get no time until the lock is released.
+  [[nodiscard]] std::unique_lock<std::shared_mutex> holdBackOthers() {
+    return std::unique_lock(others_);
+  }
+
+ private:
+  const std::thread::id owner_ = std::this_thread::get_id();
+  mutable std::shared_mutex others_;
+  std::atomic<std::uint64_t> uptime_{1};
+};
+
+/// A blocking client of the service.
+class Client {
+ public:
+  explicit Client(const std::string& path)
+      : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, path.size());
+    const timeval patience{10, 0};  // a failure, not a test that hangs
+    ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    EXPECT_EQ(::connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  }
+  void send(const std::string& method, const std::string& params = "") const {
+    write(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n");
+  }
+  void write(const std::string& text) const {
+    EXPECT_GT(::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL), 0);
+  }
+  /// The next line; empty at the end.
+  [[nodiscard]] std::string line() const {
+    std::string line;
+    for (char c = 0; ::recv(socket_.get(), &c, 1, 0) == 1 && c != '\n';) {
+      line.push_back(c);
+    }
+    return line;
+  }
+  [[nodiscard]] std::string ask(const std::string& method, const std::string& params = "") const {
+    send(method, params);
+    return line();
+  }
+
+ private:
+  FileDescriptor socket_;
+};
+
+const std::string kRequest = "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"count:\"}\n";
+const std::string kOne = R"({"id":1,"jsonrpc":"2.0","result":"1"})";
+const std::string kTwo = R"({"id":1,"jsonrpc":"2.0","result":"2"})";
+
+class NSXPCListenerTest : public testing::Test {
+ protected:
+  NSXPCListenerTest() {
+    Clock::setShared(&clock_);
+    listener_->delegate = delegate_;
+    listener_->resume();
+  }
+  ~NSXPCListenerTest() override {
+    listener_.reset();
+    Clock::setShared(nullptr);
+  }
+
+  std::unique_ptr<Client> connect() {
+    const auto count = delegate_->accepted;
+    auto client = std::make_unique<Client>(path_);
+    EXPECT_TRUE(MainLoop::shared().runUntil([&] { return delegate_->accepted > count; }));
+    return client;
+  }
+  std::vector<std::unique_ptr<Client>> connectAsManyAsThereIsRoomFor() {
+    std::vector<std::unique_ptr<Client>> clients;
+    while (clients.size() < NSXPCListener::kMaxConnections) {
+      clients.push_back(connect());
+    }
+    return clients;
+  }
+  /// A client that finds all places taken.
+  std::unique_ptr<Client> connectInVain() {
+    auto client = std::make_unique<Client>(path_);
+    MainLoop::shared().runReady();
+    EXPECT_EQ(delegate_->accepted, NSXPCListener::kMaxConnections);
+    return client;
+  }
+  void waitUntilAFurtherOneIsAccepted() {
+    clock_.advanceSeconds(1);
+    EXPECT_TRUE(MainLoop::shared().runUntil(
+        [this] { return delegate_->accepted > NSXPCListener::kMaxConnections; }));
+  }
+
+  TestClock clock_;
+  const quillet::test::LogCapture log_;
+  const test::TemporaryDirectory folder_;
+  const std::string path_ = folder_.path() / "service";
+  const test::EnvironmentVariable runtime_{"RUNTIME_DIRECTORY", folder_.path().c_str()};
+  const std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  std::unique_ptr<NSXPCListener> listener_ = std::make_unique<NSXPCListener>("service");
+};
+
+TEST_F(NSXPCListenerTest, ACallWithoutAResultIsAnErrorAndTheNextIsAnswered) {
+  const auto client = connect();
+  const std::tuple<const char*, const char*, std::string> rows[] = {
+      {"fail:", R"("oh")", R"(-32603,"message":"Internal error"},"id":1)"},
+      {"mute:", "", R"(-32603,"message":"Internal error"},"id":1)"},
+      {"fail:", "1", R"(-32602,"message":"Invalid params"},"id":1)"},
+      {"count:", R"("a")", R"(-32602,"message":"Invalid params"},"id":1)"},
+      {"hidden:", "", R"(-32601,"message":"Method not found"},"id":1)"},
+      {R"(count:","jsonrpc":")", "", R"(-32600,"message":"Invalid Request"},"id":1)"},
+      {"\"", "", R"(-32700,"message":"Parse error"},"id":null)"},
+  };
+  for (const auto& [method, params, error] : rows) {
+    EXPECT_EQ(client->ask(method, params), R"({"error":{"code":)" + error + R"(,"jsonrpc":"2.0"})");
+  }
+  EXPECT_EQ(client->ask("count:"), kOne);
+}
+
+TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
+  delegate_->fails = true;
+  const Client client(path_);
+  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !log_.records().empty(); }));
+  EXPECT_EQ(client.line(), "") << "the end";
+  delegate_->fails = false;
+  EXPECT_EQ(connect()->ask("count:"), kOne);
+}
+
+TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongestThatHasBeenServed) {
+  const auto clients = connectAsManyAsThereIsRoomFor();
+  clients[0]->send("wait:");  // the longest, but it has no answer yet
+  delegate_->gate.reached.get_future().wait();
+  clients[1]->write(kRequest + kRequest.substr(0, 9));  // has begun a line
+  EXPECT_EQ(clients[1]->line(), kOne);
+  for (std::size_t i = 2; i < clients.size(); ++i) {
+    clock_.advanceSeconds(0.001);
+    EXPECT_EQ(clients[i]->ask("count:"), kOne);
+  }
+  const auto further = connect();
+  EXPECT_EQ(further->ask("count:"), kOne);
+  EXPECT_EQ(clients[2]->line(), "");
+  EXPECT_EQ(clients[3]->ask("count:"), kTwo);
+  clients[1]->write(kRequest.substr(9));
+  EXPECT_EQ(clients[1]->line(), kTwo);
+  delegate_->gate.opened.set_value();
+  EXPECT_EQ(clients[0]->line(), kOne);
+}
+
+TEST_F(NSXPCListenerTest, NobodyGoesWithARequestThatIsNotServed) {
+  auto others = clock_.holdBackOthers();
+  auto clients = connectAsManyAsThereIsRoomFor();
+  for (const auto& client : clients) {
+    client->send("count:");
+  }
+  clients.push_back(connectInVain());
+  clients.back()->send("count:");
+  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
+  MainLoop::shared().runReady();
+  others.unlock();
+  waitUntilAFurtherOneIsAccepted();
+  for (const auto& client : clients) {
+    EXPECT_EQ(client->line(), kOne);
+  }
+}
+
+TEST_F(NSXPCListenerTest, WhoSendsNothingHasToGoInTheEnd) {
+  const auto clients = connectAsManyAsThereIsRoomFor();
+  const auto further = connectInVain();
+  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
+  waitUntilAFurtherOneIsAccepted();
+  EXPECT_EQ(further->ask("count:"), kOne);
+  EXPECT_EQ(clients[0]->line(), "");
+  EXPECT_EQ(clients[1]->ask("count:"), kOne);
+}
+
+TEST_F(NSXPCListenerTest, EndsItsConnections) {
+  const auto client = connect();
+  listener_.reset();
+  EXPECT_EQ(client->line(), "");
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <future>
+#include <latch>
+#include <vector>
+
+#include "platform/base/Description.h"
+#include "platform/xpc/ServiceSocket.h"
+#include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/TemporaryDirectory.h"
+
+namespace platform {
+namespace {
+
+using test::EnvironmentVariable;
+
+TEST(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
+  const test::TemporaryDirectory ours;
+  const auto link = ours.path() / "link";
+  std::filesystem::create_directory_symlink(ours.path(), link);
+  const test::TemporaryDirectory others;
+  const bool isGivenAway = ::chown(others.path().c_str(), ::geteuid() + 1, gid_t(-1)) == 0;
+  const std::tuple<const char*, const char*, std::filesystem::path> cases[] = {
+      {"/a:/c", ours.path().c_str(), "/a/name"},
+      {nullptr, ours.path().c_str(), ours.path() / "name"},
+      {"", "", "/run/quillet/name"},
+      {"", "/no/folder", "/run/quillet/name"},
+      {"", link.c_str(), "/run/quillet/name"},
+      {"", isGivenAway ? others.path().c_str() : "/", "/run/quillet/name"}};
+  for (const auto& [runtime, user, expected] : cases) {
+    const EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
+    const EnvironmentVariable second("XDG_RUNTIME_DIR", user);
+    EXPECT_EQ(ServiceSocket::pathOf("name"), expected);
+  }
+}
+
+TEST(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOneOnly) {
+  const test::TemporaryDirectory folder;
+  const auto path = folder.path() / "name";
+  const auto inUse = "cannot listen at " + path.string() + ": it is in use";
+  test::writeFile(path, "precious");
+  EXPECT_EQ(description(ServiceSocket::listen(path).error()), inUse);
+  EXPECT_EQ(test::readFile(path), "precious");
+  std::filesystem::remove(path);
+  {
+    auto dead = ServiceSocket::listen(path).value();
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0666));
+    EXPECT_EQ(description(ServiceSocket::listen(path).error()), inUse);
+    dead.take();  // nobody listens any more, the file stays
+    const auto next = ServiceSocket::listen(path);
+    EXPECT_TRUE(next.has_value());
+  }
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(ServiceSocketTest, ModesAreWhatTheyShallBeWhateverTheUmaskAndLinksAreNotFollowed) {
+  using std::filesystem::perms;
+  const test::TemporaryDirectory folder;
+  const auto path = folder.path() / "a" / "b" / "name";
+  const auto permissions = [](const auto& file) {
+    return std::filesystem::symlink_status(file).permissions();
+  };
+  const auto umask = ::umask(077);
+  EXPECT_TRUE(ServiceSocket::listen(path).has_value());
+  EXPECT_EQ(::umask(umask), 077U);
+  EXPECT_EQ(permissions(folder.path() / "a"), perms(0755));
+  EXPECT_EQ(permissions(folder.path() / "a" / "b"), perms(0755));
+  EXPECT_EQ(permissions(path.native() + ".lock"), perms(0600));
+
+  const auto target = folder.path() / "target";
+  std::filesystem::create_symlink(target, path);
+  std::filesystem::remove(path.native() + ".lock");
+  std::filesystem::create_symlink(target, path.native() + ".lock");
+  EXPECT_FALSE(ServiceSocket::listen(path).has_value());
+  std::filesystem::remove(path);
+  const auto socket = ServiceSocket::listen(path, 0660);
+  EXPECT_TRUE(socket.has_value());
+  EXPECT_EQ(permissions(path), perms(0660));
+  EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+TEST(ServiceSocketTest, OnlyOneOfThoseThatStartAtTheSameInstantReplacesAStaleFile) {
+  const test::TemporaryDirectory folder;
+  const auto path = folder.path() / "name";
+  constexpr int kStarts = 4;
+  for (int round = 0; round < 60; ++round) {
+    auto stale = ServiceSocket::listen(path).value();
+    stale.take();
+    std::vector<std::future<bool>> starts;
+    starts.reserve(kStarts);
+    std::latch end(kStarts);
+    for (int i = 0; i < kStarts; ++i) {
+      starts.push_back(std::async(std::launch::async, [&] {
+        const auto socket = ServiceSocket::listen(path);
+        end.arrive_and_wait();
+        return socket.has_value();
+      }));
+    }
+    EXPECT_EQ(std::ranges::count_if(starts, [](auto& start) { return start.get(); }), 1);
+  }
+}
+
+TEST(ServiceSocketTest, SaysWhatIsWrong) {
+  const std::string longPath = "/tmp/" + std::string(200, 'x');
+  EXPECT_EQ(description(ServiceSocket::listen(longPath).error()),
+            "cannot listen at " + longPath + ": the path is too long");
+  EXPECT_EQ(description(ServiceSocket::listen("/dev/null/name").error()),
+            "cannot listen at /dev/null/name: Not a directory");
+}
+
+}  // namespace
+}  // namespace platform
