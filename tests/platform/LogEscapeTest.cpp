@@ -30,9 +30,10 @@ TEST(LogEscapeTest, charactersWhereverTheyStand) {
     // The scan for plain text looks at many bytes at once; no position must escape it.
     for (std::size_t before = 0; before < 35; ++before) {
       for (std::size_t behind = 0; behind < 35; ++behind) {
-        const std::string front(before, 'x');
-        const std::string back(behind, 'x');
-        ASSERT_EQ(escaped(front + text + back), front + expected + back);
+        const auto around = [&](const std::string& middle) {
+          return std::string(before, 'x').append(middle).append(behind, 'x');
+        };
+        ASSERT_EQ(escaped(around(text)), around(expected));
       }
     }
   }
