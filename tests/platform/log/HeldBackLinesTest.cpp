@@ -27,6 +27,7 @@ TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
   lines.write();
   ::setrlimit(RLIMIT_FSIZE, &former);
   EXPECT_TRUE(lines.takeLoss());
+  EXPECT_FALSE(lines.takeLoss());
   lines.append("third\n");
   lines.write();
   lines.append("last\n");
