@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "DnsProxyExt/IdentityOption.h"
 #include "DnsProxyExt/RelayLog.h"
+#include "DnsProxyExt/settings/IdentityOption.h"
 #include "dnscodec/DNSParser.h"
 #include "platform/base/LetterCase.h"
 #include "platform/base/RemoveOccurrences.h"
