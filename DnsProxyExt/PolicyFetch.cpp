@@ -1,5 +1,4 @@
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "DnsProxyExt/routing/MappedDomains.h"
 #include "DnsProxyExt/upstream/PolicyUDPClient.h"
 #include "DnsProxyExt/upstream/WhitelistedDomains.h"
 #include "platform/base/Clock.h"
@@ -66,7 +65,7 @@ void DnsProxyExt::refreshPolicy() {
 
 void DnsProxyExt::fetchPolicy(FetchCompletion completion) {
   NSLog("fetchPolicy");
-  const auto* organization = setting("organizationId");
+  const auto* organization = settingIn(macOSconfig, "organizationId");
   if (organization == nullptr || organization->empty()) {
     NSLog("fetchPolicy: policyUDPServer - orgId = nil");
     completion(false);
@@ -114,12 +113,6 @@ void DnsProxyExt::updateWhitelistedDomains(platform::DataView policyResp) {
     whitelistedDomainsMap = mapOf(*policy);
   }
   NSLog(" WhitelistedDomains updated: ", whitelistedDomainsMap);
-}
-
-void DnsProxyExt::initLocalDomainsMap() {
-  const auto* mappedDomains = setting("mappedDomains");
-  localDomainsMap = mappedDomains != nullptr ? parseMappedDomains(*mappedDomains) : DomainMap();
-  NSLog("initLocalDomainsMap - got map: ", localDomainsMap);
 }
 
 }  // namespace quillet

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,8 +17,8 @@ struct DNSFlowReport {
   std::optional<std::string> url;
   /// Address of the server chosen.
   std::optional<std::string> dnsServer;
-  /// Tells the exchanges of one flow apart.
-  std::uint64_t exchange = 0;
+  /// Tells the exchanges of one flow apart: who takes the report away.
+  const void* keeper = nullptr;
 
   /// A report that begins now, for a batch on its way to `dnsServer`.
   static DNSFlowReport startingNow(std::string dnsServer);

@@ -19,7 +19,7 @@ void DomainMap::set(std::string fragment, DNSHostRef server) {
   servers_.insert_or_assign(std::move(fragment), std::move(server));
 }
 
-DNSHostRef DomainMap::server(std::string_view domain) const {
+const DomainMap::Entry* DomainMap::find(std::string_view domain) const {
   if (domain.size() > kMaxSearched) {
     domain.remove_prefix(domain.size() - kMaxSearched);
   }
@@ -27,11 +27,16 @@ DNSHostRef DomainMap::server(std::string_view domain) const {
     for (std::size_t start = 0; start + *length <= domain.size(); ++start) {
       const auto found = servers_.find(domain.substr(start, *length));
       if (found != servers_.end()) {
-        return found->second;
+        return &*found;
       }
     }
   }
   return nullptr;
+}
+
+DNSHostRef DomainMap::server(std::string_view domain) const {
+  const auto* const entry = find(domain);
+  return entry != nullptr ? entry->second : nullptr;
 }
 
 void DomainMap::describe(std::string& out) const {

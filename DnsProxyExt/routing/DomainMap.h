@@ -17,6 +17,8 @@ namespace quillet {
 /// contains it.
 class DomainMap {
  public:
+  using Entry = std::pair<const std::string, DNSHostRef>;
+
   /// Octets of a domain that are searched; of a longer one, those at its end. Bounds the time of a
   /// lookup: a domain name has 255 octets at most (RFC 1035 section 2.3.4), a hostile text may have
   /// some 64 Ki.
@@ -30,12 +32,14 @@ class DomainMap {
   /// Maps a fragment, in place of what it was mapped to.
   void set(std::string fragment, DNSHostRef server);
 
-  /// The server of the longest fragment that `domain` contains, so that the most particular one
+  /// The longest fragment that `domain` contains and its server, so that the most particular one
   /// decides; of several of that length the one that stands first in it. Or nullptr. A fragment
   /// without text matches nothing. Letter case counts.
   ///
   /// Looks up the pieces of `domain` that are as long as a fragment, so the time depends on the
   /// lengths that fragments have and not on how many there are.
+  [[nodiscard]] const Entry* find(std::string_view domain) const;
+  /// Its server alone.
   [[nodiscard]] DNSHostRef server(std::string_view domain) const;
 
   [[nodiscard]] std::size_t size() const { return servers_.size(); }

@@ -23,6 +23,10 @@ Utils::DNSHost::DNSHost(std::string_view text) : address(takePiece(text)) {
   port = platform::decimalInteger(takePiece(text)).value_or(kStandardDnsPort);
 }
 
+DNSHostRef Utils::DNSHost::at(std::string_view address, std::string_view port) {
+  return std::make_shared<DNSHost>(std::string(address).append(":").append(port));
+}
+
 void Utils::DNSHost::describe(std::string& out) const {
   platform::describe(out, address);
   out.push_back(':');

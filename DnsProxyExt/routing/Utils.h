@@ -19,6 +19,9 @@ class Utils {
     /// here, a connection refuses what it cannot use.
     explicit DNSHost(std::string_view text);
 
+    /// The one at an address and a port written as texts.
+    static std::shared_ptr<const DNSHost> at(std::string_view address, std::string_view port);
+
     void describe(std::string& out) const;
     [[nodiscard]] std::string description() const;
     [[nodiscard]] std::string debugDescription() const { return description(); }

@@ -2,7 +2,11 @@
 
 #include <DeploymentValues.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "DnsProxyExt/settings/IdentityOption.h"
+#include "platform/base/Clock.h"
 #include "platform/base/LetterCase.h"
 #include "platform/base/RemoveOccurrences.h"
 #include "platform/log/NSLog.h"
@@ -37,9 +41,16 @@ GroupSettings readGroupSettings() {
           defaults->integerForKey("send_timezone")};
 }
 
-const std::string* find(const ConfigurationMap& conf, std::string_view key) {
-  const auto found = conf.find(std::string(key));
-  return found == conf.end() ? nullptr : &found->second;
+const ConfiguredIdentity* identityNamed(std::string_view key) {
+  const auto* const found =
+      std::find_if(std::begin(kConfiguredIdentity), std::end(kConfiguredIdentity),
+                   [&](const ConfiguredIdentity& row) { return row.key == key; });
+  return found != std::end(kConfiguredIdentity) ? found : nullptr;
+}
+
+std::string millisecondsSince1970() {
+  const double seconds = platform::secondsSince1970();
+  return std::to_string(static_cast<std::int64_t>(seconds * 1000.0));
 }
 
 }  // namespace
@@ -86,14 +97,14 @@ void MDMConfigurationManager::initValues(const std::optional<ConfigurationMap>& 
 }
 
 void MDMConfigurationManager::initValuesWithoutUserAuth(const ConfigurationMap& conf) {
-  if (const auto* organization = find(conf, "organizationId")) {
+  if (const auto* organization = settingIn(conf, "organizationId")) {
     valuesForInject_[IdentityOption::kOrganization] = *organization;
   } else {
     valuesForInject_.erase(IdentityOption::kOrganization);
   }
-  const auto* ttl = find(conf, "ttl");
+  const auto* ttl = settingIn(conf, "ttl");
   valuesForInject_[IdentityOption::kTtl] = ttl != nullptr ? *ttl : kDefaultTtl;
-  if (const auto* serialNumber = find(conf, "serialNumber")) {
+  if (const auto* serialNumber = settingIn(conf, "serialNumber")) {
     valuesForInject_[IdentityOption::kSerialNumber] = *serialNumber;
   }
 }
@@ -102,18 +113,13 @@ void MDMConfigurationManager::initValuesWithoutUserAuth(const ConfigurationMap& 
 // word over "userEmail".
 void MDMConfigurationManager::initValuesWithUserAuth(const ConfigurationMap& conf) {
   for (const auto& [key, value] : conf) {
-    if (key == "orgUnitId") {
-      setOrRemove(IdentityOption::kOrgUnit, value);
-    } else if (key == "organizationId") {
-      valuesForInject_[IdentityOption::kOrganization] = value;
-    } else if (key == "userId" || key == "userEmail") {
-      setOrRemove(IdentityOption::kUser, value);
-    } else if (key == "ttl") {
-      valuesForInject_[IdentityOption::kTtl] = value;
-    } else if (key == "serialNumber") {
-      valuesForInject_[IdentityOption::kSerialNumber] = value;
-    } else {
+    const auto* row = identityNamed(key);
+    if (row == nullptr) {
       NSLog("conf key = ", key, " is not found");
+    } else if (value.empty() && row->isRemovedByEmpty) {
+      valuesForInject_.erase(row->code);
+    } else {
+      valuesForInject_[row->code] = value;
     }
   }
 }
@@ -130,6 +136,12 @@ std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
   }
   updateAddressAndTimeZone();
   return valuesForInject_;
+}
+
+ValuesForInject MDMConfigurationManager::getValuesForQuery(std::string_view appSenderId) {
+  auto values = getValuesForInject(appSenderId).value_or(ValuesForInject());
+  values[IdentityOption::kTimestamp] = millisecondsSince1970();
+  return values;
 }
 
 void MDMConfigurationManager::updateAddressAndTimeZone() {
@@ -190,12 +202,12 @@ void MDMConfigurationManager::didChange() const {
 }
 
 bool MDMConfigurationManager::isUserAuthEnabled(const ConfigurationMap& conf) {
-  const auto* enabled = find(conf, "userAuthEnabled");
+  const auto* enabled = settingIn(conf, "userAuthEnabled");
   return enabled == nullptr || !platform::equalsIgnoringCase(*enabled, "false");
 }
 
 bool MDMConfigurationManager::checkOrgId(const ConfigurationMap& conf) {
-  const auto* organization = find(conf, "organizationId");
+  const auto* organization = settingIn(conf, "organizationId");
   return organization != nullptr && !organization->empty();
 }
 
@@ -208,16 +220,8 @@ ValuesForInject MDMConfigurationManager::getHardcodedMDMConf() {
           {IdentityOption::kUser, kLoopbackAddress}};
 }
 
-void MDMConfigurationManager::setOrRemove(const char* code, const std::string& value) {
-  if (value.empty()) {
-    valuesForInject_.erase(code);
-  } else {
-    valuesForInject_[code] = value;
-  }
-}
-
 const std::string* MDMConfigurationManager::configured(std::string_view key) const {
-  return configuration_ ? find(*configuration_, key) : nullptr;
+  return configuration_ ? settingIn(*configuration_, key) : nullptr;
 }
 
 }  // namespace quillet

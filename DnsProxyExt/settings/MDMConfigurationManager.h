@@ -5,18 +5,24 @@
 #include <string>
 #include <string_view>
 
+#include "DnsProxyExt/settings/ConfigurationMap.h"
 #include "platform/store/JSONValue.h"
 
 namespace quillet {
-
-/// The settings as the whole provider reads them: a name to a text.
-using ConfigurationMap = std::map<std::string, std::string>;
 
 /// The identity that goes upstream: an EDNS option code in decimal ("65001") to the option's text.
 using ValuesForInject = std::map<std::string, std::string>;
 
 /// Keeps the managed configuration and makes of it the identity that is added to every query for
 /// the filtering DNS service. Inside the event loop only.
+///
+/// Each option of `IdentityOption` is looked for on this ladder; a later rung replaces what an
+/// earlier one has found:
+///   1. without any configuration, the hard-coded identity and nothing below but 5;
+///   2. the configuration, `kConfiguredIdentity`;
+///   3. the application, where the configuration has "addAppSenderId";
+///   4. the group's user defaults: address and time zone;
+///   5. the clock.
 class MDMConfigurationManager {
  public:
   static constexpr char kGroupId[] = "group.com.quillet.filteringosx";
@@ -44,6 +50,9 @@ class MDMConfigurationManager {
   /// the hard-coded identity while there is no configuration.
   std::optional<ValuesForInject> getValuesForInject(std::string_view appSenderId);
 
+  /// The whole identity for a query: the above, if there is one, and the time.
+  ValuesForInject getValuesForQuery(std::string_view appSenderId);
+
   /// Names the first missing value, or nothing when the configuration is complete.
   [[nodiscard]] std::optional<std::string> checkMDMValues() const;
   /// The configuration's "adminPassword".
@@ -67,7 +76,6 @@ class MDMConfigurationManager {
   void initValuesWithoutUserAuth(const ConfigurationMap& conf);
   void initValuesWithUserAuth(const ConfigurationMap& conf);
   void updateAddressAndTimeZone();
-  void setOrRemove(const char* code, const std::string& value);
   [[nodiscard]] const std::string* configured(std::string_view key) const;
 
   ValuesForInject valuesForInject_;

@@ -92,7 +92,7 @@ TEST_F(ResponsePathTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
   const auto safeSearch = std::make_shared<SafeSearchDNSProxyProvider>();
   safeSearch->connectToDNS(flow_, {{test::query("a")}}, {{asked_}}, std::nullopt);
   EXPECT_EQ(safeSearch->dnsFlowsReports.at("12").dnsServer, "127.0.0.2");
-  safeSearch->received(flow_, answerForA(), true, asked_, Error("upstream"));
+  safeSearch->received({flow_, answerForA(), true, asked_, Error("upstream")});
   EXPECT_EQ(count("***decodeDNSResponse***,data size = 35, flowHash:12"), 2);
   runReady();
   EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
