@@ -1,12 +1,18 @@
-#include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
-#include "tests/DnsProxyExt/ProviderTest.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "DnsProxyExt/answers/ResponsePath.h"
+#include "platform/base/Clock.h"
+#include "platform/dispatch/MainLoop.h"
+#include "tests/support/FakeFlow.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Wire.h"
 
 namespace quillet {
 namespace {
 
 using platform::Data;
 using platform::Error;
-using test::answerForA;
 using test::hex;
 using testing::Contains;
 using testing::ElementsAre;
@@ -14,22 +20,35 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-class ResponsePathTest : public test::ProviderTest {
+/// One A record 1.2.3.4 for "a.", the owner name compressed.
+Data answerForA() {
+  return hex(
+      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
+      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
+}
+
+class ResponsePathTest : public testing::Test {
  protected:
   ResponsePathTest() {
-    provider_->flowManager.addFlowIfNew(flow_);
-    provider_->dnsFlowsReports.emplace("12", DNSFlowReport::startingNow("127.0.0.9"));
+    platform::Clock::setShared(&clock_);
+    registry_.addFlowIfNew(flow_);
+    reports_.emplace("12", DNSFlowReport::startingNow("127.0.0.9"));
     log_.clear();
   }
+  ~ResponsePathTest() override { platform::Clock::setShared(nullptr); }
 
   void answer(std::optional<Data> datagram, bool isFinished = true,
               std::optional<Error> error = std::nullopt) {
-    provider_->handleInBoundDatagram(flow_, std::move(datagram), isFinished, asked_,
-                                     std::move(error));
-    runReady();
+    path_.take({flow_, std::move(datagram), isFinished, asked_, std::move(error)}, nullptr);
+    platform::MainLoop::shared().runReady();
   }
-  [[nodiscard]] const ManagedFlow& record() const { return *provider_->flowManager.find(*flow_); }
+  [[nodiscard]] const ManagedFlow& record() const { return *registry_.find(*flow_); }
 
+  test::LogCapture log_;
+  platform::ManualClock clock_{1'700'000'000'123'000};
+  FlowManager registry_;
+  DNSFlowReports reports_;
+  ResponsePath path_{registry_, reports_, Decoding(RelayLog(std::make_shared<XpcUdpHelper>()))};
   const platform::NWHostEndpoint asked_{"127.0.0.1", "5300"};
   std::shared_ptr<test::FakeFlow> flow_ = std::make_shared<test::FakeFlow>(12);
 };
@@ -59,7 +78,7 @@ TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
   EXPECT_THAT(record().errors,
               ElementsAre(testing::EndsWith("breakboint: 1"), testing::EndsWith("breakboint: 0"),
                           "Optional(upstream)"));
-  EXPECT_EQ(records().back(),
+  EXPECT_EQ(log_.records().back(),
             "handleInBoundDatagram -> write datagrams, hash  = 12, hasError = true");
   EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
@@ -73,7 +92,7 @@ TEST_F(ResponsePathTest, WithoutBytesNothingIsWritten) {
                   "handleInBoundDatagram, closing read/write,hash = 12"));
   EXPECT_THAT(flow_->written, IsEmpty());
   EXPECT_THAT(flow_->closed, IsEmpty());
-  EXPECT_EQ(provider_->dnsFlowsReports.count("12"), 1U);
+  EXPECT_EQ(reports_.count("12"), 1U);
 }
 
 TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
@@ -86,16 +105,6 @@ TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
                                    "[DNS REQ FLOW] - took: 0.0msec, domain:nil, dnsServer:"
                                    "Optional(\"127.0.0.9\"), hash - 12, additional: nil"}));
   EXPECT_THAT(flow_->written, ElementsAre(std::pair(garbage, asked_)));
-}
-
-TEST_F(ResponsePathTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
-  const auto safeSearch = std::make_shared<SafeSearchDNSProxyProvider>();
-  safeSearch->connectToDNS(flow_, {{test::query("a")}}, {{asked_}}, std::nullopt);
-  EXPECT_EQ(safeSearch->dnsFlowsReports.at("12").dnsServer, "127.0.0.2");
-  safeSearch->received({flow_, answerForA(), true, asked_, Error("upstream")});
-  EXPECT_EQ(count("***decodeDNSResponse***,data size = 35, flowHash:12"), 2);
-  runReady();
-  EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
 TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
