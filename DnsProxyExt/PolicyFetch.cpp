@@ -1,6 +1,6 @@
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/upstream/Policy.h"
 #include "DnsProxyExt/upstream/PolicyUDPClient.h"
-#include "DnsProxyExt/upstream/WhitelistedDomains.h"
 #include "platform/base/Clock.h"
 #include "platform/base/Utf8.h"
 #include "platform/dispatch/DispatchQueue.h"
@@ -11,28 +11,6 @@ namespace quillet {
 using platform::Data;
 using platform::NSLog;
 using platform::NWError;
-
-namespace {
-
-/// The organisation goes in as it is: the policy server takes it so.
-Data policyRequest(std::string_view organization) {
-  std::string text = R"({"function": "localDNSMap","companyId": ")";
-  text.append(organization).append(R"("})");
-  return {text.begin(), text.end()};
-}
-
-DomainMap mapOf(const WhitelistedDomains& policy) {
-  DomainMap map;
-  for (const auto& [assignedDomains, dnsServerIP] : policy.dnsServerSettings) {
-    const auto server = std::make_shared<Utils::DNSHost>(dnsServerIP);
-    for (const auto& domain : assignedDomains) {
-      map.set(domain, server);
-    }
-  }
-  return map;
-}
-
-}  // namespace
 
 void DnsProxyExt::logPolicyFetched(bool success) {
   NSLog("Policy is fetched, success - ", success);
@@ -100,19 +78,8 @@ void DnsProxyExt::policyReceived(const std::optional<Data>& content,
   completion(true);
 }
 
-// The new map takes the old one's place whole, so that a query meets the one or the other.
 void DnsProxyExt::updateWhitelistedDomains(platform::DataView policyResp) {
-  NSLog("updateWhitelistedDomains");
-  const auto policy = WhitelistedDomains::decode(policyResp);
-  if (!policy) {
-    NSLog("JSON decoder, error: ", policy.error(), ", ");
-    return;
-  }
-  NSLog("updating WhitelistedDomains...");
-  if (policy->status) {
-    whitelistedDomainsMap = mapOf(*policy);
-  }
-  NSLog(" WhitelistedDomains updated: ", whitelistedDomainsMap);
+  takePolicy(policyResp, whitelistedDomainsMap);
 }
 
 }  // namespace quillet
