@@ -6,7 +6,6 @@ namespace {
 
 using platform::description;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 class DnsProxyExtTest : public test::ProviderTest {};

@@ -1,18 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "DnsProxyExt/answers/ResponsePath.h"
-#include "platform/base/Clock.h"
 #include "platform/dispatch/MainLoop.h"
-#include "tests/support/FakeFlow.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
+#include "tests/DnsProxyExt/StageTest.h"
 
 namespace quillet {
 namespace {
 
-using platform::Data;
-using platform::Error;
+using test::answerForA;
 using test::hex;
 using testing::Contains;
 using testing::ElementsAre;
@@ -20,37 +13,20 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-/// One A record 1.2.3.4 for "a.", the owner name compressed.
-Data answerForA() {
-  return hex(
-      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
-      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
-}
-
-class ResponsePathTest : public testing::Test {
+class ResponsePathTest : public test::StageTest {
  protected:
-  ResponsePathTest() {
-    platform::Clock::setShared(&clock_);
-    registry_.addFlowIfNew(flow_);
-    reports_.emplace("12", DNSFlowReport::startingNow("127.0.0.9"));
-    log_.clear();
-  }
-  ~ResponsePathTest() override { platform::Clock::setShared(nullptr); }
+  ResponsePathTest() { reports_.emplace("12", DNSFlowReport::startingNow("127.0.0.9")); }
 
   void answer(std::optional<Data> datagram, bool isFinished = true,
               std::optional<Error> error = std::nullopt) {
     path_.take({flow_, std::move(datagram), isFinished, asked_, std::move(error)}, nullptr);
     platform::MainLoop::shared().runReady();
   }
-  [[nodiscard]] const ManagedFlow& record() const { return *registry_.find(*flow_); }
 
-  test::LogCapture log_;
-  platform::ManualClock clock_{1'700'000'000'123'000};
-  FlowManager registry_;
   DNSFlowReports reports_;
-  ResponsePath path_{registry_, reports_, Decoding(RelayLog(std::make_shared<XpcUdpHelper>()))};
+  ResponsePath path_{registry_, reports_, Decoding(relayLog_)};
   const platform::NWHostEndpoint asked_{"127.0.0.1", "5300"};
-  std::shared_ptr<test::FakeFlow> flow_ = std::make_shared<test::FakeFlow>(12);
+  const std::shared_ptr<test::FakeFlow> flow_ = add(12);
 };
 
 TEST_F(ResponsePathTest, TheFirstAnswerIsTimedAndTheLastOneCloses) {
@@ -68,14 +44,14 @@ TEST_F(ResponsePathTest, TheFirstAnswerIsTimedAndTheLastOneCloses) {
   const auto written = std::pair(answerForA(), asked_);
   EXPECT_THAT(flow_->written, ElementsAre(written, written));
   EXPECT_THAT(flow_->closed, ElementsAre("read nil", "write nil"));
-  EXPECT_THAT(record().errors, ElementsAre("nil"));
-  EXPECT_TRUE(record().isFinished);
+  EXPECT_THAT(recordOf(flow_).errors, ElementsAre("nil"));
+  EXPECT_TRUE(recordOf(flow_).isFinished);
 }
 
 TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
   flow_->writeError = Error("unwritten");
   answer(answerForA(), true, Error("upstream"));
-  EXPECT_THAT(record().errors,
+  EXPECT_THAT(recordOf(flow_).errors,
               ElementsAre(testing::EndsWith("breakboint: 1"), testing::EndsWith("breakboint: 0"),
                           "Optional(upstream)"));
   EXPECT_EQ(log_.records().back(),

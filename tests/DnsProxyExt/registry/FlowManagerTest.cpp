@@ -1,11 +1,5 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "DnsProxyExt/registry/FlowManager.h"
-#include "platform/base/Clock.h"
+#include "tests/DnsProxyExt/StageTest.h"
 #include "tests/dnscodec/Samples.h"
-#include "tests/support/FakeFlow.h"
-#include "tests/support/LogCapture.h"
 
 namespace quillet {
 namespace {
@@ -14,32 +8,19 @@ using platform::Data;
 using test::FakeFlow;
 using testing::ElementsAre;
 
-class FlowManagerTest : public testing::Test {
+class FlowManagerTest : public test::StageTest {
  protected:
-  FlowManagerTest() { platform::Clock::setShared(&clock_); }
-  ~FlowManagerTest() override { platform::Clock::setShared(nullptr); }
-
-  std::shared_ptr<FakeFlow> add(std::int64_t key, const char* app = "com.example.app") {
-    auto flow = std::make_shared<FakeFlow>(key, std::vector<Data>(), app);
-    EXPECT_FALSE(manager_.addFlowIfNew(flow));
-    return flow;
-  }
-
   std::vector<std::string> report(const ReportSettings& settings) {
     log_.clear();
-    manager_.printFlowReport(settings);
+    registry_.printFlowReport(settings);
     return log_.records();
   }
-
-  test::LogCapture log_;
-  platform::ManualClock clock_{1'000'000'000'000};
-  FlowManager manager_;
 };
 
 TEST_F(FlowManagerTest, SaysSoWhenAFlowIsNotRegistered) {
-  manager_.addErrorToFlow(FakeFlow(1), ErrorBreakpoint::upstream);
-  manager_.flowWasHandled(FakeFlow(1), "nil");
-  manager_.addRequest(FakeFlow(1), {Data(12)}, {});
+  registry_.addErrorToFlow(FakeFlow(1), ErrorBreakpoint::upstream);
+  registry_.flowWasHandled(FakeFlow(1), "nil");
+  registry_.addRequest(FakeFlow(1), {Data(12)}, {});
   EXPECT_THAT(log_.records(), ElementsAre("***Critical: FlowManager -> addErrorToFlow is nil",
                                           "***Critical: FlowManager -> flowWasHandled is nil"));
 }
@@ -47,14 +28,12 @@ TEST_F(FlowManagerTest, SaysSoWhenAFlowIsNotRegistered) {
 TEST_F(FlowManagerTest, ReportsEveryFlow) {
   add(1);
   const auto done = add(2);
-  const auto answer = test::hex(
-      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
-      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
-  manager_.addRequest(*done, {answer, Data(3)},
-                      {*DnsToolsSocket::Message::deserialize(answer), {}});
+  const auto answer = test::answerForA();
+  registry_.addRequest(*done, {answer, Data(3)},
+                       {*DnsToolsSocket::Message::deserialize(answer), {}});
   clock_.advanceSeconds(0.25);
-  manager_.addErrorToFlow(*done, ErrorBreakpoint::readingFlow);
-  manager_.flowWasHandled(*done, "nil");
+  registry_.addErrorToFlow(*done, ErrorBreakpoint::readingFlow);
+  registry_.flowWasHandled(*done, "nil");
   EXPECT_THAT(
       report({}),
       ElementsAre("----> start of flow manager report <----",
@@ -70,9 +49,9 @@ TEST_F(FlowManagerTest, ReportsEveryFlow) {
 }
 
 TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
-  add(1, "com.apple.ΣSafari");
+  add(1, {}, "com.apple.ΣSafari");
   clock_.advanceSeconds(60);
-  add(2, "org.mozilla.firefox");
+  add(2, {}, "org.mozilla.firefox");
   clock_.advanceSeconds(10);
   const std::pair<ReportSettings, std::vector<std::string>> rows[] = {
       {{.forLastSecs = 10}, {"2"}},
@@ -100,21 +79,21 @@ TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
 TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirstAndTheOldestThatIsNeverAnswered) {
   const auto first = add(1);
   const auto second = add(2);
-  manager_.flowWasHandled(*second, "nil");
-  manager_.flowWasHandled(*first, "nil");
+  registry_.flowWasHandled(*second, "nil");
+  registry_.flowWasHandled(*first, "nil");
   std::int64_t key = 2;
   for (std::size_t i = 1; i < FlowManager::kMaxFinished; ++i) {
-    manager_.flowWasHandled(*add(++key), "nil");
+    registry_.flowWasHandled(*add(++key), "nil");
   }
-  EXPECT_EQ(manager_.find(*second), nullptr);
-  EXPECT_NE(manager_.find(*first), nullptr);
+  EXPECT_EQ(registry_.find(*second), nullptr);
+  EXPECT_NE(registry_.find(*first), nullptr);
   const auto oldest = add(++key);
   for (std::size_t i = 0; i < FlowManager::kMaxUnfinished; ++i) {
     add(++key);
   }
-  EXPECT_EQ(manager_.find(*oldest), nullptr);
-  EXPECT_NE(manager_.find(*first), nullptr);
-  EXPECT_EQ(manager_.flows().size(), FlowManager::kMaxFinished + FlowManager::kMaxUnfinished);
+  EXPECT_EQ(registry_.find(*oldest), nullptr);
+  EXPECT_NE(registry_.find(*first), nullptr);
+  EXPECT_EQ(registry_.flows().size(), FlowManager::kMaxFinished + FlowManager::kMaxUnfinished);
 }
 
 TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
@@ -122,19 +101,19 @@ TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
   const auto addUpTo = [&](std::int64_t last, const Data& datagram) {
     while (key < last) {
       const auto flow = add(++key);
-      manager_.addRequest(*flow, {datagram}, {*DnsToolsSocket::Message::deserialize(datagram)});
+      registry_.addRequest(*flow, {datagram}, {*DnsToolsSocket::Message::deserialize(datagram)});
       if (key % 2 == 0) {
-        manager_.flowWasHandled(*flow, "nil");
+        registry_.flowWasHandled(*flow, "nil");
       }
     }
   };
   auto padded = test::hex("12 34 01 00 00 00 00 00 00 00 00 01 00 00 29 10 00 00 00 00 00 ea 60");
   padded.resize(padded.size() + 60'000);
   addUpTo(200, padded);
-  EXPECT_EQ(manager_.flows().size(), 200U) << "padding takes what it takes";
+  EXPECT_EQ(registry_.flows().size(), 200U) << "padding takes what it takes";
   addUpTo(250, test::pointingQuestions(10'000));
   std::size_t kept = 0;
-  for (const auto& [hash, record] : manager_.flows()) {
+  for (const auto& [hash, record] : registry_.flows()) {
     kept += record->cost();
   }
   EXPECT_LE(kept, FlowManager::kMaxCost);

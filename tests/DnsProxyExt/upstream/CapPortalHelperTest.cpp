@@ -6,7 +6,6 @@ namespace {
 
 using platform::Data;
 using test::FakeServer;
-using test::hex;
 using test::query;
 using testing::Contains;
 using testing::ElementsAre;
@@ -39,14 +38,6 @@ TEST_F(CapPortalHelperTest, SendsOneQueryAndLogsEachStep) {
               ElementsAre(tag + ", sendCapPortalRegRequest, injected data - 1",
                           tag + ", sendCapPortalRegRequest, connecting to 127.0.0.1",
                           "init new UdpHandler", tag + ": Connecting to  udp, flowHash "));
-  ASSERT_TRUE(runUntil([&] { return !server_.received().empty(); }));
-  const auto sent = server_.received()[0];
-  // Behind an identifier of its own: flags 0x0400, one question, one OPT record.
-  EXPECT_EQ(Data(sent.begin() + 2, sent.end()),
-            hex("04 00 00 01 00 00 00 00 00 01"
-                "0e 63 61 70 74 69 76 65 2d 70 6f 72 74 61 6c 07 71 75 69 6c 6c 65 74"
-                "07 65 78 61 6d 70 6c 65 00 00 01 00 01"
-                "01 30 00 00 29 00 00 00 00 00 00 00 05 fd ef 00 01 31"));
 }
 
 TEST_F(CapPortalHelperTest, RegistersAgainOnlyAfterTheInterval) {
@@ -56,10 +47,6 @@ TEST_F(CapPortalHelperTest, RegistersAgainOnlyAfterTheInterval) {
     helper->checkRegistration();
     EXPECT_EQ(registrations(), registered) << seconds;
   }
-  ASSERT_TRUE(runUntil([&] { return server_.received().size() == 3; }));
-  const auto received = server_.received();
-  EXPECT_FALSE(received[0] == received[1] && received[1] == received[2])
-      << "each has an identifier of its own, but one in 65,536";
 }
 
 TEST_F(CapPortalHelperTest, LogsWhatAServerSaysAndStartsTheIntervalAnew) {
