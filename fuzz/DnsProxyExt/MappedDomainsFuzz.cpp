@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "DnsProxyExt/MappedDomains.h"
+#include "DnsProxyExt/routing/MappedDomains.h"
 #include "fuzz/Require.h"
 #include "platform/base/Data.h"
 #include "platform/base/Description.h"

@@ -1,7 +1,7 @@
 // An answer that was read holds nothing but text, and reads the same from its own members written
 // anew.
 
-#include "DnsProxyExt/WhitelistedDomains.h"
+#include "DnsProxyExt/upstream/WhitelistedDomains.h"
 #include "fuzz/Require.h"
 #include "platform/base/Utf8.h"
 #include "platform/store/JSONValue.h"

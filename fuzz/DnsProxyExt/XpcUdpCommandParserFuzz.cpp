@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "DnsProxyExt/XpcUdpCommandParser.h"
+#include "DnsProxyExt/relay/XpcUdpCommandParser.h"
 #include "fuzz/Require.h"
 #include "platform/base/Utf8.h"
 
