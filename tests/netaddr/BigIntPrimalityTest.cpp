@@ -41,6 +41,8 @@ TEST(BigIntPrimalityTest, KnowsPrimes) {
     EXPECT_TRUE(BigInt::lucasStrongTest(prime));
   }
   EXPECT_EQ(primes.back().bitCount(), 100);
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(2, 1), BigInt(3));
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(1, 1), BigInt());
 }
 
 TEST(BigIntPrimalityTest, SeesThroughPseudoprimes) {
