@@ -17,7 +17,7 @@ class TimeZoneTest : public testing::Test {
   const TimeZonePaths paths_{directory_.path() / "localtime", directory_.path() / "timezone"};
 };
 
-TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
+TEST_F(TimeZoneTest, TakesTheFirstSourceThatNamesAZone) {
   const std::string zone = "/usr/share/zoneinfo/Europe/Ljubljana";
   const std::string tooLong(65, 'A');
   const struct {
@@ -50,7 +50,7 @@ TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
   EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
 }
 
-TEST_F(TimeZoneTest, looksAgainAfterASecond) {
+TEST_F(TimeZoneTest, LooksAgainAfterASecond) {
   const test::EnvironmentVariable tz("TZ", nullptr);
   ManualClock clock;
   Clock::setShared(&clock);

@@ -152,11 +152,12 @@ class NSXPCListenerTest : public testing::Test {
     }
     return clients;
   }
-  /// A client that finds all places taken.
+  /// A client that finds all places taken; the others have had their time.
   std::unique_ptr<Client> connectInVain() {
     auto client = std::make_unique<Client>(path_);
     MainLoop::shared().runReady();
     EXPECT_EQ(delegate_->accepted, NSXPCListener::kMaxConnections);
+    clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
     return client;
   }
   void waitUntilAFurtherOneIsAccepted() {
@@ -174,7 +175,7 @@ class NSXPCListenerTest : public testing::Test {
   std::unique_ptr<NSXPCListener> listener_ = std::make_unique<NSXPCListener>("service");
 };
 
-TEST_F(NSXPCListenerTest, ACallWithoutAResultIsAnErrorAndTheNextIsAnswered) {
+TEST_F(NSXPCListenerTest, AnswersACallWithoutAResultWithAnErrorAndTheNextAsUsual) {
   const auto client = connect();
   const std::tuple<const char*, const char*, std::string> rows[] = {
       {"fail:", R"("oh")", R"(-32603,"message":"Internal error"},"id":1)"},
@@ -191,7 +192,7 @@ TEST_F(NSXPCListenerTest, ACallWithoutAResultIsAnErrorAndTheNextIsAnswered) {
   EXPECT_EQ(client->ask("count:"), kOne);
 }
 
-TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
+TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServed) {
   delegate_->fails = true;
   const Client client(path_);
   ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !log_.records().empty(); }));
@@ -200,7 +201,7 @@ TEST_F(NSXPCListenerTest, AClientThatCannotBeServedIsLetGo) {
   EXPECT_EQ(connect()->ask("count:"), kOne);
 }
 
-TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongestThatHasBeenServed) {
+TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHasBeenServed) {
   const auto clients = connectAsManyAsThereIsRoomFor();
   clients[0]->send("wait:");  // the longest, but it has no answer yet
   delegate_->gate.reached.get_future().wait();
@@ -220,7 +221,7 @@ TEST_F(NSXPCListenerTest, AFurtherClientTakesThePlaceOfTheOneSilentLongestThatHa
   EXPECT_EQ(clients[0]->line(), kOne);
 }
 
-TEST_F(NSXPCListenerTest, NobodyGoesWithARequestThatIsNotServed) {
+TEST_F(NSXPCListenerTest, LetsNobodyGoWithARequestThatIsNotServed) {
   auto others = clock_.holdBackOthers();
   auto clients = connectAsManyAsThereIsRoomFor();
   for (const auto& client : clients) {
@@ -228,7 +229,6 @@ TEST_F(NSXPCListenerTest, NobodyGoesWithARequestThatIsNotServed) {
   }
   clients.push_back(connectInVain());
   clients.back()->send("count:");
-  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
   MainLoop::shared().runReady();
   others.unlock();
   waitUntilAFurtherOneIsAccepted();
@@ -237,10 +237,9 @@ TEST_F(NSXPCListenerTest, NobodyGoesWithARequestThatIsNotServed) {
   }
 }
 
-TEST_F(NSXPCListenerTest, WhoSendsNothingHasToGoInTheEnd) {
+TEST_F(NSXPCListenerTest, LetsWhoSendsNothingGoInTheEnd) {
   const auto clients = connectAsManyAsThereIsRoomFor();
   const auto further = connectInVain();
-  clock_.advanceSeconds(NSXPCListener::kPatienceSeconds);
   waitUntilAFurtherOneIsAccepted();
   EXPECT_EQ(further->ask("count:"), kOne);
   EXPECT_EQ(clients[0]->line(), "");
