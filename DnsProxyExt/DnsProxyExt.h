@@ -139,7 +139,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   std::optional<platform::JSONObject> vendorData;
   std::optional<platform::NEProviderOptions> options;
   std::set<std::string> safeSearchDomains;
-  /// Of the exchanges that have a connection and no answer: as many as `NWConnection` lets be open.
+  /// Of the exchanges that have no answer yet, as many as `NWConnection` lets be open, and of the
+  /// last ones that are over without one.
   DNSFlowReports dnsFlowsReports;
   /// Absent without captive-portal servers.
   std::shared_ptr<CapPortalHelper> capPortalHelper;
@@ -177,8 +178,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   /// What the log calls the provider.
   [[nodiscard]] virtual std::string_view className() const { return "DnsProxyExt"; }
 
-  /// Sends a batch to a server; each answer goes to `handler`. Keeps a report that begins now until
-  /// there is an answer or the connection goes.
+  /// Keeps a report that begins now and sends a batch to a server; each answer goes to `handler`.
+  /// Without somebody to answer for each datagram nothing is sent.
   void exchange(Batch batch, const Utils::DNSHost& server, AnswerHandler handler);
   /// Takes one answer.
   void answered(Answer answer);

@@ -80,7 +80,6 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
   if (batch.datagrams.empty()) {
     return;
   }
-  const bool isComplete = batch.isComplete();
   NSLog("datagram count = ", batch.datagrams.size());
   const auto route = chooseRoute(batch);
   logRoute(route);
@@ -88,10 +87,8 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
     injectIdentity(batch);
   }
   NSLog("dnshost address = ", route.server->address);
-  if (isComplete) {
-    exchange(std::move(batch), *route.server,
-             [self = shared_from_this()](Answer answer) { self->answered(std::move(answer)); });
-  }
+  exchange(std::move(batch), *route.server,
+           [self = shared_from_this()](Answer answer) { self->answered(std::move(answer)); });
 }
 
 Route DnsProxyExt::chooseRoute(const Batch& batch) const {
@@ -129,6 +126,9 @@ void DnsProxyExt::exchange(Batch batch, const Utils::DNSHost& server, AnswerHand
   const std::shared_ptr<DNSFlowReports> reports(shared_from_this(), &dnsFlowsReports);
   auto report = std::make_shared<const KeptReport>(reports, batch.hash(),
                                                    DNSFlowReport::startingNow(server.address));
+  if (!batch.isComplete()) {
+    return;
+  }
   upstream(std::move(batch), server,
            [handler = std::move(handler), report = std::move(report)](Answer answer) {
              handler(std::move(answer));

@@ -17,7 +17,7 @@ struct DNSFlowReport {
   std::optional<std::string> url;
   /// Address of the server chosen.
   std::optional<std::string> dnsServer;
-  /// Tells the exchanges of one flow apart: who takes the report away.
+  /// Tells the exchanges of one flow apart; none once the exchange is over.
   const void* keeper = nullptr;
 
   /// A report that begins now, for a batch on its way to `dnsServer`.

@@ -1,8 +1,21 @@
 #include "DnsProxyExt/registry/KeptReport.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quillet {
+
+namespace {
+
+/// Keys grow with time: the first is the oldest.
+void dropOldestUnanswered(DNSFlowReports& reports) {
+  const auto isUnanswered = [](const auto& entry) { return entry.second.keeper == nullptr; };
+  if (std::ranges::count_if(reports, isUnanswered) > KeptReport::kMaxUnanswered) {
+    reports.erase(std::ranges::find_if(reports, isUnanswered));
+  }
+}
+
+}  // namespace
 
 KeptReport::KeptReport(std::shared_ptr<DNSFlowReports> reports, std::int64_t flowHash,
                        DNSFlowReport report)
@@ -14,7 +27,8 @@ KeptReport::KeptReport(std::shared_ptr<DNSFlowReports> reports, std::int64_t flo
 KeptReport::~KeptReport() {
   const auto kept = reports_->find(key_);
   if (kept != reports_->end() && kept->second.keeper == this) {
-    reports_->erase(kept);
+    kept->second.keeper = nullptr;
+    dropOldestUnanswered(*reports_);
   }
 }
 

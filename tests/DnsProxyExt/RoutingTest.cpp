@@ -1,4 +1,5 @@
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
+#include "DnsProxyExt/registry/KeptReport.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
 namespace quillet {
@@ -93,14 +94,23 @@ TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   EXPECT_EQ(count("datagram count = 1"), 2) << "what leads to the server is told";
 }
 
-TEST_F(RoutingTest, AReportGoesWithItsExchangeUnlessAnotherOneIsUnderWay) {
+TEST_F(RoutingTest, OfExchangesThatAreOverUnansweredTheLastReportsStay) {
   const auto flow = makeFlow({query("a")});
-  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
-  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
-  for (const auto left : {1U, 0U}) {
-    sent_.erase(sent_.begin());
-    EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(left));
+  for (int i = 0; i < 2; ++i) {
+    provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
   }
+  sent_.erase(sent_.begin());  // the other exchange of the flow is under way
+  for (int i = 0; i < KeptReport::kMaxUnanswered + 1; ++i) {
+    const auto other = makeFlow({query("a")});
+    provider_->connectToDNS(other, other->toRead, other->readEndpoints, std::nullopt);
+    sent_.pop_back();
+  }
+  EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(KeptReport::kMaxUnanswered + 1));
+  const auto key = std::to_string(flow->hash());
+  EXPECT_TRUE(provider_->dnsFlowsReports.contains(key));
+  EXPECT_FALSE(provider_->dnsFlowsReports.contains(std::to_string(flow->hash() + 1)));
+  sent_.clear();
+  EXPECT_FALSE(provider_->dnsFlowsReports.contains(key));
 }
 
 TEST_F(RoutingTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
