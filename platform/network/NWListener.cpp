@@ -7,7 +7,6 @@
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/AcceptedConnection.h"
-#include "platform/network/OwnSockets.h"
 
 namespace platform {
 
@@ -16,14 +15,34 @@ namespace {
 using Kind = NWListener::State::Kind;
 using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
 
+// What the kernel holds while the queue is busy: some hundred datagrams, so that what waits is
+// dealt with in seconds.
+constexpr int kReceiveBufferSize = 256 * 1024;
+
+// Refusals that one read may find before it: one for each earlier datagram.
+constexpr int kMaxAttempts = 64;
+
 // Datagrams read before other work of the queue has its turn.
 constexpr int kMaxReadsPerTurn = 64;
+
+/// Binds a port of every local address; of every IPv4 address on a machine without IPv6.
+std::error_code bindEveryAddress(UDPSocket& socket, std::uint16_t port) {
+  constexpr UDPSocket::Binding kBinding{
+      .receiveBuffer = kReceiveBufferSize, .takesIPv4 = true, .keepsRefusals = true};
+  std::error_code error;
+  for (const char* const any : {"::", "0.0.0.0"}) {
+    error = socket.bind(SocketAddress::parse(any, port).value(), kBinding);
+    if (error != std::errc::address_family_not_supported) {
+      break;
+    }
+  }
+  return error;
+}
 
 }  // namespace
 
 struct NWListener::Reading {
-  explicit Reading(UDPListenerSocket socket)
-      : port(socket.port()), associations(std::make_shared<Associations>(std::move(socket))) {}
+  Reading() = default;
   ~Reading() { close(); }
   Reading(const Reading&) = delete;
   Reading& operator=(const Reading&) = delete;
@@ -37,25 +56,36 @@ struct NWListener::Reading {
     associations->socket.close();
   }
 
-  const std::uint16_t port;
-  const std::shared_ptr<Associations> associations;
+  std::optional<ReceivedDatagram> next() {
+    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+      if (const auto received = associations->socket.receive(slot)) {
+        return received->empty() ? std::nullopt : std::optional(received->front());
+      }
+    }
+    return std::nullopt;
+  }
+
+  DatagramSlots slot{1};
+  const std::shared_ptr<Associations> associations = std::make_shared<Associations>();
   std::optional<DispatchQueue> queue;    // present once started
   std::optional<Descriptor> descriptor;  // present while it is read
 };
 
 tl::expected<std::shared_ptr<NWListener>, NWError> NWListener::create(
     const NWParameters& /*parameters*/, NWEndpoint::Port port) {
-  auto socket = UDPListenerSocket::bind(port.rawValue);
-  if (!socket) {
-    return tl::unexpected(socket.error());
+  auto reading = std::make_unique<Reading>();
+  if (const auto error = bindEveryAddress(reading->associations->socket, port.rawValue)) {
+    return tl::unexpected(NWError::from(error));
   }
-  return std::shared_ptr<NWListener>(new NWListener(std::make_unique<Reading>(*std::move(socket))));
+  return std::shared_ptr<NWListener>(new NWListener(std::move(reading)));
 }
 
 NWListener::NWListener(std::unique_ptr<Reading> reading) : reading_(std::move(reading)) {}
 NWListener::~NWListener() = default;
 
-NWEndpoint::Port NWListener::port() const { return NWEndpoint::Port(reading_->port); }
+NWEndpoint::Port NWListener::port() const {
+  return NWEndpoint::Port(reading_->associations->socket.address().port());
+}
 
 void NWListener::onQueue(void (NWListener::*work)()) {
   reading_->queue->async([weak = weak_from_this(), work] {
@@ -77,7 +107,7 @@ void NWListener::begin() {
   if (isCancelled_) {
     return;
   }
-  auto& [port, associations, queue, descriptor] = *reading_;
+  auto& [slot, associations, queue, descriptor] = *reading_;
   descriptor.emplace(queue->context());
   asio::error_code error;
   descriptor->assign(associations->socket.get(), error);
@@ -142,7 +172,7 @@ void NWListener::tellLost() {
     return;
   }
   if (const auto lost = reading_->associations->socket.takeLost(); lost > 0) {
-    NSLog("NWListener: ", lost, " datagrams to port ", reading_->port,
+    NSLog("NWListener: ", lost, " datagrams to port ", port().rawValue,
           " were lost, the queue was busy");
   }
 }
@@ -150,23 +180,23 @@ void NWListener::tellLost() {
 /// False when there is nothing to be read.
 bool NWListener::readOne() {
   auto& associations = *reading_->associations;
-  const auto arrival = associations.socket.receive();
+  const auto arrival = reading_->next();
   if (!arrival) {
     readRefusals();
     return false;
   }
-  if (OwnSockets::shared().hasSent(arrival->client)) {
-    NSLog("NWListener: dropped ", arrival->datagram, " from our own socket ",
-          arrival->client.unmapped());
+  const auto& client = arrival->path.client;
+  if (OwnSockets::shared().hasSent(client)) {
+    NSLog("NWListener: dropped ", arrival->bytes, " from our own socket ", client.unmapped());
     return true;
   }
-  if (auto* const known = associations.find(arrival->client)) {
+  if (auto* const known = associations.find(client)) {
     known->arrived(*arrival);
     return true;
   }
-  const auto fresh = std::make_shared<AcceptedConnection>(reading_->associations, arrival->client);
+  const auto fresh = std::make_shared<AcceptedConnection>(reading_->associations, client);
   if (associations.open.size() > kMaxConnections) {
-    NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->datagram);
+    NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->bytes);
     return true;
   }
   fresh->arrived(*arrival);
