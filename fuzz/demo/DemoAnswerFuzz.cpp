@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <string>
 
+#include "demo/DemoAnswer.h"
+#include "demo/QueryLine.h"
 #include "fuzz/Require.h"
-#include "programs/quillet_demo_filter/DemoAnswer.h"
-#include "programs/quillet_demo_filter/QueryLine.h"
 
 using quillet::fuzz::require;
 
