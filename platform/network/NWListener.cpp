@@ -1,7 +1,5 @@
 #include "platform/network/NWListener.h"
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
@@ -13,7 +11,6 @@ namespace platform {
 namespace {
 
 using Kind = NWListener::State::Kind;
-using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
 
 // What the kernel holds while the queue is busy: some hundred datagrams, so that what waits is
 // dealt with in seconds.
@@ -47,14 +44,8 @@ struct NWListener::Reading {
   Reading(const Reading&) = delete;
   Reading& operator=(const Reading&) = delete;
 
-  [[nodiscard]] bool isOpen() const { return descriptor.has_value(); }
-  void close() {
-    if (descriptor) {
-      descriptor->release();  // the socket closes it
-      descriptor.reset();
-    }
-    associations->socket.close();
-  }
+  [[nodiscard]] bool isOpen() const { return associations->socket.isOpen(); }
+  void close() const { associations->socket.close(); }
 
   std::optional<ReceivedDatagram> next() {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
@@ -67,8 +58,7 @@ struct NWListener::Reading {
 
   DatagramSlots slot{1};
   const std::shared_ptr<Associations> associations = std::make_shared<Associations>();
-  std::optional<DispatchQueue> queue;    // present once started
-  std::optional<Descriptor> descriptor;  // present while it is read
+  std::optional<DispatchQueue> queue;  // present once started
 };
 
 tl::expected<std::shared_ptr<NWListener>, NWError> NWListener::create(
@@ -107,17 +97,13 @@ void NWListener::begin() {
   if (isCancelled_) {
     return;
   }
-  auto& [slot, associations, queue, descriptor] = *reading_;
-  descriptor.emplace(queue->context());
-  asio::error_code error;
-  descriptor->assign(associations->socket.get(), error);
-  if (error) {
+  auto& socket = reading_->associations->socket;
+  if (const auto error = socket.watch(*this, {true, false}, *reading_->queue)) {
     reading_->close();
-    report({Kind::failed, NWError::posix(error.value())});
+    report({Kind::failed, NWError::from(error)});
     return;
   }
   report({Kind::ready, std::nullopt});
-  wait();
 }
 
 void NWListener::report(const State& state) {
@@ -138,24 +124,11 @@ void NWListener::cancel() {
 
 void NWListener::reportCancelled() { report({Kind::cancelled, std::nullopt}); }
 
-void NWListener::wait() {
-  if (!reading_->isOpen()) {
-    return;
-  }
-  reading_->descriptor->async_wait(Descriptor::wait_read,
-                                   [weak = weak_from_this()](const asio::error_code& error) {
-                                     const auto self = weak.lock();
-                                     if (self && !error) {
-                                       self->read();
-                                     }
-                                   });
-}
-
-/// Work that is due comes first, and what it gives in turn.
-void NWListener::read() {
+/// Work that is due comes first, and what it gives in turn; what has come is told of again.
+void NWListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
+  const auto alive = shared_from_this();
   const auto& workDue = reading_->associations->workDue;
   if (workDue > 0) {
-    onQueue(&NWListener::read);
     return;
   }
   for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && reading_->isOpen(); ++count) {
@@ -164,7 +137,6 @@ void NWListener::read() {
     }
   }
   tellLost();
-  wait();
 }
 
 void NWListener::tellLost() {

@@ -6,6 +6,7 @@
 #include <tl/expected.hpp>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/WatchedSocket.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/NWEndpoint.h"
 #include "platform/network/NWError.h"
@@ -30,7 +31,7 @@ namespace platform {
 /// each other would never end.
 ///
 /// It lives as long as its owner holds it. After `create`, on its queue only.
-class NWListener : public std::enable_shared_from_this<NWListener> {
+class NWListener final : public std::enable_shared_from_this<NWListener>, private SocketWatcher {
  public:
   struct State {
     enum class Kind { setup, waiting, ready, failed, cancelled };
@@ -70,8 +71,7 @@ class NWListener : public std::enable_shared_from_this<NWListener> {
   void begin();
   void report(const State& state);
   void reportCancelled();
-  void wait();
-  void read();
+  void socketIsReady(bool canRead, bool canWrite) override;
   bool readOne();
   void tellLost();
   void readRefusals();

@@ -56,8 +56,9 @@ class UDPSocket {
   /// Its own side, with the port that it has; stays when it is closed.
   [[nodiscard]] const SocketAddress& address() const { return address_; }
   /// See `WatchedSocket`.
-  std::error_code watch(SocketWatcher& watcher, SocketInterest interest) {
-    return socket_.watch(watcher, interest);
+  std::error_code watch(SocketWatcher& watcher, SocketInterest interest,
+                        const DispatchQueue& queue = DispatchQueue::global()) {
+    return socket_.watch(watcher, interest, queue);
   }
 
   /// Sends to the peer of a connected socket. The kernel hands out the refusal of an earlier
