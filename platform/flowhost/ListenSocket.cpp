@@ -23,8 +23,6 @@ tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, std::error_code er
   return failure(endpoint, NWError::from(error).text());
 }
 
-bool mustWait(std::error_code error) { return error == std::errc::resource_unavailable_try_again; }
-
 std::optional<SocketAddress> parse(const NWHostEndpoint& endpoint) {
   const auto port = wholeNumber<std::uint16_t>(endpoint.port);
   return port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
@@ -93,7 +91,7 @@ void ListenSocket::logNewError(std::error_code error) {
 void ListenSocket::send(const DatagramPath& path, Data datagram,
                         std::shared_ptr<PendingWrite> write) {
   const auto error = waiting_.empty() ? socket_.send(path, datagram) : std::error_code();
-  if (waiting_.empty() && !mustWait(error)) {
+  if (waiting_.empty() && !UDPSocket::isFull(error)) {
     write->datagramDone(error);
   } else if (!wait({path, std::move(datagram), write})) {
     write->datagramDone(std::make_error_code(std::errc::no_buffer_space));
@@ -115,7 +113,7 @@ bool ListenSocket::wait(Waiting answer) {
 void ListenSocket::sendWaiting() {
   while (!waiting_.empty()) {
     const auto error = socket_.send(waiting_.front().path, waiting_.front().datagram);
-    if (mustWait(error)) {
+    if (UDPSocket::isFull(error)) {
       return;
     }
     const auto write = std::move(waiting_.front().write);

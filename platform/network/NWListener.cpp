@@ -38,47 +38,24 @@ std::error_code bindEveryAddress(UDPSocket& socket, std::uint16_t port) {
 
 }  // namespace
 
-struct NWListener::Reading {
-  Reading() = default;
-  ~Reading() { close(); }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
-  [[nodiscard]] bool isOpen() const { return associations->socket.isOpen(); }
-  void close() const { associations->socket.close(); }
-
-  std::optional<ReceivedDatagram> next() {
-    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-      if (const auto received = associations->socket.receive(slot)) {
-        return received->empty() ? std::nullopt : std::optional(received->front());
-      }
-    }
-    return std::nullopt;
-  }
-
-  DatagramSlots slot{1};
-  const std::shared_ptr<Associations> associations = std::make_shared<Associations>();
-  std::optional<DispatchQueue> queue;  // present once started
-};
-
 tl::expected<std::shared_ptr<NWListener>, NWError> NWListener::create(
     const NWParameters& /*parameters*/, NWEndpoint::Port port) {
-  auto reading = std::make_unique<Reading>();
-  if (const auto error = bindEveryAddress(reading->associations->socket, port.rawValue)) {
+  const std::shared_ptr<NWListener> listener(new NWListener);
+  if (const auto error = bindEveryAddress(listener->associations_->socket, port.rawValue)) {
     return tl::unexpected(NWError::from(error));
   }
-  return std::shared_ptr<NWListener>(new NWListener(std::move(reading)));
+  return listener;
 }
 
-NWListener::NWListener(std::unique_ptr<Reading> reading) : reading_(std::move(reading)) {}
-NWListener::~NWListener() = default;
+NWListener::NWListener() : associations_(std::make_shared<Associations>()) {}
+NWListener::~NWListener() { associations_->socket.close(); }
 
 NWEndpoint::Port NWListener::port() const {
-  return NWEndpoint::Port(reading_->associations->socket.address().port());
+  return NWEndpoint::Port(associations_->socket.address().port());
 }
 
 void NWListener::onQueue(void (NWListener::*work)()) {
-  reading_->queue->async([weak = weak_from_this(), work] {
+  queue_->async([weak = weak_from_this(), work] {
     if (const auto self = weak.lock()) {
       (self.get()->*work)();
     }
@@ -86,8 +63,8 @@ void NWListener::onQueue(void (NWListener::*work)()) {
 }
 
 void NWListener::start(DispatchQueue queue) {
-  if (!reading_->queue) {
-    reading_->queue = std::move(queue);
+  if (!queue_) {
+    queue_ = std::move(queue);
     onQueue(&NWListener::begin);
   }
 }
@@ -97,9 +74,9 @@ void NWListener::begin() {
   if (isCancelled_) {
     return;
   }
-  auto& socket = reading_->associations->socket;
-  if (const auto error = socket.watch(*this, {true, false}, *reading_->queue)) {
-    reading_->close();
+  auto& socket = associations_->socket;
+  if (const auto error = socket.watch(*this, {true, false}, *queue_)) {
+    associations_->socket.close();
     report({Kind::failed, NWError::from(error)});
     return;
   }
@@ -116,8 +93,8 @@ void NWListener::cancel() {
   if (std::exchange(isCancelled_, true)) {
     return;
   }
-  reading_->close();
-  if (reading_->queue) {
+  associations_->socket.close();
+  if (queue_) {
     onQueue(&NWListener::reportCancelled);
   }
 }
@@ -127,11 +104,12 @@ void NWListener::reportCancelled() { report({Kind::cancelled, std::nullopt}); }
 /// Work that is due comes first, and what it gives in turn; what has come is told of again.
 void NWListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
   const auto alive = shared_from_this();
-  const auto& workDue = reading_->associations->workDue;
+  const auto& workDue = associations_->workDue;
   if (workDue > 0) {
     return;
   }
-  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && reading_->isOpen(); ++count) {
+  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && associations_->socket.isOpen();
+       ++count) {
     if (!readOne()) {
       break;
     }
@@ -140,19 +118,27 @@ void NWListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
 }
 
 void NWListener::tellLost() {
-  if (!reading_->isOpen()) {
+  if (!associations_->socket.isOpen()) {
     return;
   }
-  if (const auto lost = reading_->associations->socket.takeLost(); lost > 0) {
+  if (const auto lost = associations_->socket.takeLost(); lost > 0) {
     NSLog("NWListener: ", lost, " datagrams to port ", port().rawValue,
           " were lost, the queue was busy");
   }
 }
 
+std::optional<ReceivedDatagram> NWListener::next() {
+  for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+    if (const auto received = associations_->socket.receive(slot_)) {
+      return received->empty() ? std::nullopt : std::optional(received->front());
+    }
+  }
+  return std::nullopt;
+}
+
 /// False when there is nothing to be read.
 bool NWListener::readOne() {
-  auto& associations = *reading_->associations;
-  const auto arrival = reading_->next();
+  const auto arrival = next();
   if (!arrival) {
     readRefusals();
     return false;
@@ -162,12 +148,12 @@ bool NWListener::readOne() {
     NSLog("NWListener: dropped ", arrival->bytes, " from our own socket ", client.unmapped());
     return true;
   }
-  if (auto* const known = associations.find(client)) {
+  if (auto* const known = associations_->find(client)) {
     known->arrived(*arrival);
     return true;
   }
-  const auto fresh = std::make_shared<AcceptedConnection>(reading_->associations, client);
-  if (associations.open.size() > kMaxConnections) {
+  const auto fresh = std::make_shared<AcceptedConnection>(associations_, client);
+  if (associations_->open.size() > kMaxConnections) {
     NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->bytes);
     return true;
   }
@@ -179,8 +165,8 @@ bool NWListener::readOne() {
 }
 
 void NWListener::readRefusals() {
-  while (const auto refusal = reading_->associations->socket.takeRefusal()) {
-    if (auto* const known = reading_->associations->find(refusal->client)) {
+  while (const auto refusal = associations_->socket.takeRefusal()) {
+    if (auto* const known = associations_->find(refusal->client)) {
       known->refused(refusal->error);
     }
   }

@@ -24,8 +24,6 @@ std::optional<SocketAddress> addressOf(const NWEndpoint::Host& host, NWEndpoint:
   return SocketAddress::parse(isLoopbackName ? "127.0.0.1" : host.text(), port.rawValue);
 }
 
-bool mustWait(std::error_code error) { return error == std::errc::resource_unavailable_try_again; }
-
 bool isRefusal(std::error_code error) { return error == std::errc::connection_refused; }
 
 std::optional<NWError> errorFrom(std::error_code error) {
@@ -135,7 +133,7 @@ void UDPConnection::send(Data content, SendCompletion completion) {
   }
   touch();
   const auto error = waiting_.empty() ? trySend(content) : std::error_code();
-  if (!waiting_.empty() || mustWait(error)) {
+  if (!waiting_.empty() || UDPSocket::isFull(error)) {
     waiting_.push_back({std::move(content), std::move(completion)});
     watchAsNeeded();
   } else {
@@ -155,7 +153,7 @@ void UDPConnection::describe(std::string& out) const {
 
 std::error_code UDPConnection::trySend(const Data& content) {
   const auto error = socket_.send(content);
-  if (!error || mustWait(error)) {
+  if (!error || UDPSocket::isFull(error)) {
     return error;
   }
   const auto again = socket_.send(content);
@@ -190,7 +188,7 @@ void UDPConnection::touch() {
 void UDPConnection::sendWaiting() {
   while (!waiting_.empty()) {
     const auto error = trySend(waiting_.front().content);
-    if (mustWait(error)) {
+    if (UDPSocket::isFull(error)) {
       break;
     }
     finish(std::move(waiting_.front().completion), errorFrom(error));
@@ -248,7 +246,7 @@ void UDPConnection::receiveOne() {
   static std::array<std::uint8_t, kBufferSize> buffer;
   const auto length = socket_.receive(buffer);
   const auto error = length ? std::error_code() : length.error();
-  if (mustWait(error) || error == std::errc::interrupted || isIgnored(error)) {
+  if (UDPSocket::isFull(error) || error == std::errc::interrupted || isIgnored(error)) {
     return;
   }
   touch();

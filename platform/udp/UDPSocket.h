@@ -61,6 +61,11 @@ class UDPSocket {
     return socket_.watch(watcher, interest, queue);
   }
 
+  /// Whether a send failed only since the kernel has no room now.
+  static bool isFull(std::error_code error) {
+    return error == std::errc::resource_unavailable_try_again;
+  }
+
   /// Sends to the peer of a connected socket. The kernel hands out the refusal of an earlier
   /// datagram as the error of this one, which then has not been sent.
   std::error_code send(DataView datagram);
