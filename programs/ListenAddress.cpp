@@ -4,7 +4,6 @@
 #include <netinet/in.h>
 
 #include <array>
-#include <cstring>
 
 #include "platform/base/WholeNumber.h"
 
@@ -58,24 +57,6 @@ std::optional<ListenAddress> ListenAddress::parse(std::string_view text) {
 
 std::string ListenAddress::text() const {
   return (isIPv6 ? '[' + host + ']' : host) + ':' + std::to_string(port);
-}
-
-socklen_t ListenAddress::toSockaddr(sockaddr_storage& storage) const {
-  storage = {};
-  if (isIPv6) {
-    sockaddr_in6 address{};
-    address.sin6_family = AF_INET6;
-    address.sin6_port = htons(port);
-    ::inet_pton(AF_INET6, host.c_str(), &address.sin6_addr);
-    std::memcpy(&storage, &address, sizeof address);
-    return sizeof address;
-  }
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  ::inet_pton(AF_INET, host.c_str(), &address.sin_addr);
-  std::memcpy(&storage, &address, sizeof address);
-  return sizeof address;
 }
 
 }  // namespace quillet

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/socket.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,9 +19,6 @@ struct ListenAddress {
 
   /// The form that `parse` reads.
   [[nodiscard]] std::string text() const;
-
-  /// Fills `storage`; returns the length for bind().
-  socklen_t toSockaddr(sockaddr_storage& storage) const;
 
   bool operator==(const ListenAddress&) const = default;
 };

@@ -1,7 +1,6 @@
 #include "platform/dispatch/Deadlines.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 #include <vector>
 
@@ -21,13 +20,13 @@ std::uint64_t now() { return Clock::shared().uptimeNanoseconds(); }
 
 void Deadlines::add(double seconds, std::function<void()> work) {
   const auto due = now() + static_cast<std::uint64_t>(std::clamp(seconds, 0.0, kMaxSeconds) * 1e9);
-  const auto place = waiting_.emplace(due, std::move(work));
-  if (place == waiting_.begin()) {
-    arm();
-  }
+  waiting_.emplace(due, std::move(work));
 }
 
 bool Deadlines::runDue() {
+  if (waiting_.empty()) {
+    return false;
+  }
   const auto end = waiting_.upper_bound(now());
   std::vector<std::function<void()>> due;
   for (auto entry = waiting_.begin(); entry != end; ++entry) {
@@ -40,22 +39,15 @@ bool Deadlines::runDue() {
   for (const auto& work : due) {
     runGuarded(work);
   }
-  arm();
   return true;
 }
 
-void Deadlines::arm() {
+std::chrono::nanoseconds Deadlines::untilNext() const {
   if (waiting_.empty()) {
-    return;
+    return std::chrono::nanoseconds::max();
   }
   const auto due = waiting_.begin()->first;
-  const auto rest = due - std::min(due, now());
-  timer_.expires_after(std::chrono::nanoseconds(rest));
-  timer_.async_wait([this](const asio::error_code& error) {
-    if (!error && !runDue()) {
-      arm();
-    }
-  });
+  return std::chrono::nanoseconds(due - std::min(due, now()));
 }
 
 }  // namespace platform

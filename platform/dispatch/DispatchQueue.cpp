@@ -34,8 +34,8 @@ void DispatchQueue::stop() const {
   }
 }
 
-asio::io_context& DispatchQueue::context() const {
-  return serial_ ? serial_->context() : MainLoop::shared().context();
+SocketEvents& DispatchQueue::socketEvents() const {
+  return serial_ ? serial_->socketEvents() : MainLoop::shared().socketEvents();
 }
 
 }  // namespace platform

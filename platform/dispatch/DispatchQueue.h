@@ -3,13 +3,10 @@
 #include <functional>
 #include <memory>
 
-namespace asio {
-class io_context;
-}
-
 namespace platform {
 
 class SerialQueue;
+class SocketEvents;
 
 /// A place where work runs later. Cheap to copy; every copy means the same queue.
 ///
@@ -38,7 +35,7 @@ class DispatchQueue {
   void stop() const;
 
   /// What the platform's own sockets on this queue are watched with.
-  [[nodiscard]] asio::io_context& context() const;
+  [[nodiscard]] SocketEvents& socketEvents() const;
 
  private:
   DispatchQueue() = default;

@@ -3,10 +3,6 @@
 #include <functional>
 #include <memory>
 
-namespace asio {
-class io_context;
-}
-
 namespace platform {
 
 class Deadlines;
@@ -35,9 +31,6 @@ class MainLoop {
 
   /// For tests: runs what is ready now, waits for nothing.
   void runReady();
-
-  /// What the platform's own signals and timers are made with.
-  asio::io_context& context();
 
   /// What waits for its time (`DispatchQueue::asyncAfter`, `Timer`).
   Deadlines& deadlines();

@@ -4,9 +4,7 @@
 #include <memory>
 #include <thread>
 
-namespace asio {
-class io_context;
-}
+#include "platform/dispatch/EventLoop.h"
 
 namespace platform {
 
@@ -27,12 +25,10 @@ class SerialQueue {
   void stop();
 
   /// What the platform's sockets on this queue are watched with; their handlers are its work.
-  asio::io_context& context();
+  SocketEvents& socketEvents() { return loop_->socketEvents(); }
 
  private:
-  struct State;
-
-  std::shared_ptr<State> state_;  // its thread's too
+  const std::shared_ptr<EventLoop> loop_;  // its thread's too
   std::thread thread_;
 };
 

@@ -1,28 +1,26 @@
 #include "platform/dispatch/SocketEvents.h"
 
-#include <sys/epoll.h>
+#include <sys/eventfd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
+#include <limits>
 
-#include "platform/base/FileDescriptor.h"
 #include "platform/dispatch/RunGuarded.h"
 
 namespace platform {
 
 namespace {
 
-// What one turn of the loop handles at most; the rest comes with the next.
-constexpr int kMaxEventsPerTurn = 256;
+constexpr std::uint64_t kWakerTag = std::numeric_limits<std::uint64_t>::max();
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
 
-int createSet() {
-  const int set = ::epoll_create1(EPOLL_CLOEXEC);
-  if (set < 0) {
-    throw std::system_error(lastError(), "epoll_create1");
+int required(int descriptor) {
+  if (descriptor < 0) {
+    throw std::system_error(lastError(), "event loop");
   }
-  return set;
+  return descriptor;
 }
 
 std::uint64_t tagOf(int socket, std::uint32_t uses) {
@@ -36,9 +34,15 @@ std::uint32_t flagsOf(SocketInterest interest) {
 
 }  // namespace
 
-SocketEvents::SocketEvents(asio::io_context& context, const std::atomic<bool>& isStopping)
-    : isStopping_(isStopping), set_(context, createSet()) {
-  wait();
+// Each write to the waker is an edge, so nobody has to read it.
+SocketEvents::SocketEvents(const std::atomic<bool>& isStopping)
+    : isStopping_(isStopping),
+      set_(required(::epoll_create1(EPOLL_CLOEXEC))),
+      waker_(required(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
+  epoll_event event{};
+  event.events = EPOLLIN | EPOLLET;
+  event.data.u64 = kWakerTag;
+  required(::epoll_ctl(set_.get(), EPOLL_CTL_ADD, waker_.get(), &event));
 }
 
 std::error_code SocketEvents::watch(int socket, SocketWatcher& watcher, SocketInterest interest,
@@ -55,7 +59,7 @@ std::error_code SocketEvents::watch(int socket, SocketWatcher& watcher, SocketIn
   event.events = flagsOf(interest);
   event.data.u64 = tagOf(socket, entry.uses);
   const int operation = isKnown ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
-  if (::epoll_ctl(set_.native_handle(), operation, socket, &event) != 0) {
+  if (::epoll_ctl(set_.get(), operation, socket, &event) != 0) {
     return lastError();
   }
   entry.watcher = &watcher;
@@ -63,7 +67,7 @@ std::error_code SocketEvents::watch(int socket, SocketWatcher& watcher, SocketIn
 }
 
 void SocketEvents::stopWatching(int socket) {
-  ::epoll_ctl(set_.native_handle(), EPOLL_CTL_DEL, socket, nullptr);
+  ::epoll_ctl(set_.get(), EPOLL_CTL_DEL, socket, nullptr);
   forget(socket);
 }
 
@@ -71,28 +75,27 @@ void SocketEvents::forget(int socket) {
   entries_[static_cast<std::size_t>(socket)].watcher = nullptr;
 }
 
-void SocketEvents::wait() {
-  set_.async_wait(decltype(set_)::wait_read, [this](const asio::error_code& error) {
-    if (!error) {
-      handOutEvents();
-      wait();
-    }
-  });
+void SocketEvents::wake() { ::eventfd_write(waker_.get(), 1); }
+
+bool SocketEvents::wait(std::chrono::nanoseconds longest) {
+  using Milliseconds = std::chrono::duration<int, std::milli>;
+  const auto bounded = std::min<std::chrono::nanoseconds>(longest, Milliseconds::max());
+  const auto timeout = std::chrono::ceil<Milliseconds>(bounded).count();
+  const int count = ::epoll_wait(set_.get(), events_.data(), kMaxEventsPerTurn, timeout);
+  count_ = static_cast<std::size_t>(std::max(count, 0));
+  return count_ > 0;
 }
 
-void SocketEvents::handOutEvents() {
-  static std::array<epoll_event, kMaxEventsPerTurn> events;
-  const int count = ::epoll_wait(set_.native_handle(), events.data(), kMaxEventsPerTurn, 0);
-  for (int i = 0; i < count; ++i) {
-    const auto& event = events[static_cast<std::size_t>(i)];
-    handOut(event.data.u64, event.events);
-    if (isStopping_) {
-      return;
-    }
+void SocketEvents::handOut() {
+  for (std::size_t i = 0; i < count_ && !isStopping_; ++i) {
+    handOut(events_[i].data.u64, events_[i].events);
   }
 }
 
 void SocketEvents::handOut(std::uint64_t tag, std::uint32_t events) {
+  if (tag == kWakerTag) {
+    return;
+  }
   const auto& entry = entries_[static_cast<std::uint32_t>(tag)];
   if (entry.watcher == nullptr || entry.uses != tag >> 32) {
     return;

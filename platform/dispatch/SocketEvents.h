@@ -1,8 +1,10 @@
 #pragma once
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
+#include <sys/epoll.h>
+
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <system_error>
 #include <vector>
@@ -11,16 +13,18 @@
 
 namespace platform {
 
-/// The sockets that the main loop watches: one epoll set of their own, whose descriptor the loop
-/// waits for. So a socket costs one system call to be watched and none to stay or to go.
+/// The sockets that one loop watches: an epoll set. A socket costs one system call to be watched
+/// and none to stay or to go.
 ///
 /// The set gives back a descriptor's number with the count of uses that the number has had, never a
 /// pointer: what is left of a socket closed meanwhile (in the events fetched before, or in a child
-/// process that has not executed its program yet) finds nobody. Inside the event loop only.
+/// process that has not executed its program yet) finds nobody. On the loop's thread only, but for
+/// `wake`.
 class SocketEvents {
  public:
-  /// `isStopping` ends the handing out of events after the watcher that is being called.
-  SocketEvents(asio::io_context& context, const std::atomic<bool>& isStopping);
+  /// `isStopping` ends the handing out of events after the watcher that is being called. Throws
+  /// `std::system_error` when the process has no descriptor left.
+  explicit SocketEvents(const std::atomic<bool>& isStopping);
 
   /// Sets what `watcher` is told of `socket`; `isKnown` when it was told of some of it before.
   std::error_code watch(int socket, SocketWatcher& watcher, SocketInterest interest, bool isKnown);
@@ -29,19 +33,32 @@ class SocketEvents {
   /// Ends it for a socket that is being closed, which takes it out of the set by itself.
   void forget(int socket);
 
+  /// Waits for events, but no longer than `longest`, to the millisecond after it. False when there
+  /// are none.
+  bool wait(std::chrono::nanoseconds longest);
+  /// Tells the watchers of the events that the last `wait` has found.
+  void handOut();
+
+  /// Ends the `wait` that is under way, or the next one. Any thread may call it.
+  void wake();
+
  private:
   struct Entry {
     SocketWatcher* watcher = nullptr;
     std::uint32_t uses = 0;
   };
 
-  void wait();
-  void handOutEvents();
+  // What one turn of the loop handles at most; the rest comes with the next.
+  static constexpr std::size_t kMaxEventsPerTurn = 256;
+
   void handOut(std::uint64_t tag, std::uint32_t events);
 
   const std::atomic<bool>& isStopping_;
-  asio::posix::basic_stream_descriptor<asio::io_context::executor_type> set_;
+  const FileDescriptor set_;
+  const FileDescriptor waker_;
   std::vector<Entry> entries_;  // by descriptor
+  std::array<epoll_event, kMaxEventsPerTurn> events_{};
+  std::size_t count_ = 0;
 };
 
 }  // namespace platform

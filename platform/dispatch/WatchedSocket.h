@@ -3,10 +3,11 @@
 #include <system_error>
 
 #include "platform/base/FileDescriptor.h"
+#include "platform/dispatch/DispatchQueue.h"
 
 namespace platform {
 
-/// Told what can be done with a socket, inside the event loop.
+/// Told what can be done with a socket, on the queue that watches it.
 class SocketWatcher {
  public:
   SocketWatcher() = default;
@@ -30,7 +31,9 @@ struct SocketInterest {
   bool operator==(const SocketInterest&) const = default;
 };
 
-/// Owns a non-blocking socket that the main loop may watch. Inside the event loop only.
+class SocketEvents;
+
+/// Owns a non-blocking socket that a queue may watch. On that queue only.
 class WatchedSocket {
  public:
   WatchedSocket() = default;
@@ -48,13 +51,15 @@ class WatchedSocket {
   [[nodiscard]] int get() const { return socket_.get(); }
 
   [[nodiscard]] SocketInterest interest() const { return interest_; }
-  /// Tells `watcher`, always the same one, of `interest` from now on. Fails when the system has no
-  /// room to remember it.
-  std::error_code watch(SocketWatcher& watcher, SocketInterest interest);
+  /// Tells `watcher` of `interest` from now on, as work of `queue`, which outlives that; always the
+  /// same two. Fails when the system has no room to remember it.
+  std::error_code watch(SocketWatcher& watcher, SocketInterest interest,
+                        const DispatchQueue& queue = DispatchQueue::global());
 
  private:
   FileDescriptor socket_;
   SocketInterest interest_;
+  SocketEvents* events_ = nullptr;  // of the queue
 };
 
 }  // namespace platform

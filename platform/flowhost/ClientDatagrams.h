@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/flowhost/ReceivedDatagram.h"
+#include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
 
@@ -13,7 +13,7 @@ struct ClientDatagrams {
   /// and answered in one piece, during which everybody else waits.
   static constexpr std::size_t kFullSize = 64UL * 1024;
 
-  FlowPath path;
+  DatagramPath path;
   std::vector<Data> datagrams;
   std::size_t size = 0;
 };

@@ -1,7 +1,6 @@
 #include "platform/flowhost/ClientFlow.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "platform/base/Description.h"
@@ -27,7 +26,7 @@ ClientFlow::ClientFlow(std::shared_ptr<ListenSocket> socket, ClientDatagrams rec
                        std::shared_ptr<const NEFlowMetaData> metaData)
     : socket_(std::move(socket)),
       path_(received.path),
-      remoteEndpoint_(endpointFrom(path_.asked)),
+      remoteEndpoint_(endpointFrom(path_.destination)),
       datagrams_(std::move(received.datagrams)),
       datagramCount_(datagrams_.size()),
       metaData_(std::move(metaData)),
@@ -62,13 +61,7 @@ void ClientFlow::writeDatagrams(std::vector<Data> datagrams,
     return;
   }
   for (auto& datagram : datagrams) {
-    const int error = socket_->send(path_, datagram);
-    if (error != EAGAIN) {
-      write->datagramDone(error);
-    } else if (!socket_->sendLater(path_, std::move(datagram),
-                                   [write](int result) { write->datagramDone(result); })) {
-      write->datagramDone(ENOBUFS);
-    }
+    socket_->send(path_, std::move(datagram), write);
   }
 }
 

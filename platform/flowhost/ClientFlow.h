@@ -44,7 +44,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
   void releaseWhenClosed();
 
   std::shared_ptr<ListenSocket> socket_;  // absent once released
-  const FlowPath path_;
+  const DatagramPath path_;
   const NWHostEndpoint remoteEndpoint_;
   std::vector<Data> datagrams_;
   const std::size_t datagramCount_;

@@ -7,7 +7,7 @@
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/log/NSLog.h"
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 
 namespace platform {
 
@@ -64,7 +64,7 @@ void FlowHost::State::datagramsArrived(ListenSocket& socket) {
   for (int reads = 0; reads < kMaxReadsPerTurn && socket.isOpen(); ++reads) {
     const auto received = socket.receive(slots);
     offerAll(socket, received);
-    if (received.size() < DatagramSlots::kSlots) {
+    if (received.size() < DatagramSlots::kMany) {
       return;
     }
   }

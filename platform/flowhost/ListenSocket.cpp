@@ -1,7 +1,5 @@
 #include "platform/flowhost/ListenSocket.h"
 
-#include <array>
-#include <cerrno>
 #include <utility>
 
 #include "platform/base/Description.h"
@@ -21,40 +19,13 @@ tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, const std::string&
   return tl::unexpected(Error("cannot listen on " + description(endpoint) + ": " + reason));
 }
 
-tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, int error) {
-  return failure(endpoint, NWError::posix(error).text());
+tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, std::error_code error) {
+  return failure(endpoint, NWError::from(error).text());
 }
 
 std::optional<SocketAddress> parse(const NWHostEndpoint& endpoint) {
   const auto port = wholeNumber<std::uint16_t>(endpoint.port);
   return port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
-}
-
-void enlargeReceiveBuffer(int socket) {
-  const int size = kReceiveBufferSize;
-  // The first is for privileged processes and goes beyond the system's limit.
-  if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &size, sizeof size) != 0) {
-    ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
-  }
-}
-
-// So that the IPv4 and the IPv6 wildcard address can be bound to one port, side by side.
-bool limitToIPv6(int socket) {
-  const int on = 1;
-  return ::setsockopt(socket, IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on) == 0;
-}
-
-bool prepare(int socket, const SocketAddress& address) {
-  enlargeReceiveBuffer(socket);
-  return (!address.isIPv6() || limitToIPv6(socket)) &&
-         (!address.isWildcard() || PacketInfo::request(socket, address.isIPv6())) &&
-         ::bind(socket, address.data(), address.size()) == 0;
-}
-
-SocketAddress boundAddress(int socket, SocketAddress address) {
-  socklen_t size = SocketAddress::kMaxSize;
-  ::getsockname(socket, address.data(), &size);
-  return address;
 }
 
 }  // namespace
@@ -69,30 +40,25 @@ tl::expected<std::shared_ptr<ListenSocket>, Error> ListenSocket::bind(
   if (!address) {
     return failure(endpoint, "not an IP address and a port");
   }
-  FileDescriptor socket(::socket(address->family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  if (!socket.isOpen() || !prepare(socket.get(), *address)) {
-    return failure(endpoint, errno);
+  auto listen = std::make_shared<ListenSocket>();
+  if (const auto error = listen->socket_.bind(*address, {.receiveBuffer = kReceiveBufferSize})) {
+    return failure(endpoint, error);
   }
-  const auto bound = boundAddress(socket.get(), *address);
-  return std::make_shared<ListenSocket>(std::move(socket), bound);
+  return listen;
 }
-
-ListenSocket::ListenSocket(FileDescriptor socket, const SocketAddress& address)
-    : socket_(std::move(socket)), address_(address), served_(OwnSockets::shared().serve(address)) {}
 
 std::optional<Error> ListenSocket::listen(std::weak_ptr<Reader> reader) {
   reader_ = std::move(reader);
   if (const auto error = watchAsNeeded()) {
-    return failure(endpointFrom(address_), error.value()).value();
+    return failure(endpointFrom(address()), error).value();
   }
   return std::nullopt;
 }
 
 void ListenSocket::close() {
   socket_.close();
-  served_.reset();
   for (const auto& answer : std::exchange(waiting_, {})) {
-    answer.completion(ECANCELED);
+    answer.write->datagramDone(std::make_error_code(std::errc::operation_canceled));
   }
 }
 
@@ -111,46 +77,32 @@ void ListenSocket::socketIsReady(bool canRead, bool canWrite) {
 }
 
 std::span<const ReceivedDatagram> ListenSocket::receive(DatagramSlots& slots) {
-  const auto received = slots.receive(socket_.get(), address_);
+  const auto received = socket_.receive(slots);
   logNewError(received ? std::error_code() : received.error());
   return received.value_or(std::span<const ReceivedDatagram>());
 }
 
 void ListenSocket::logNewError(std::error_code error) {
   if (std::exchange(readError_, error) != error && error) {
-    NSLog("FlowHost: cannot receive on ", address_, ": ", NWError::posix(error.value()));
+    NSLog("FlowHost: cannot receive on ", address(), ": ", NWError::from(error));
   }
 }
 
-int ListenSocket::sendNow(const FlowPath& path, DataView datagram) {
-  auto client = path.client;
-  iovec range{const_cast<std::uint8_t*>(datagram.data()), datagram.size()};
-  msghdr message{};
-  message.msg_name = client.data();
-  message.msg_namelen = client.size();
-  message.msg_iov = &range;
-  message.msg_iovlen = 1;
-  PacketInfo source;
-  if (address_.isWildcard()) {
-    source.sendFrom(message, path.asked);
+void ListenSocket::send(const DatagramPath& path, Data datagram,
+                        std::shared_ptr<PendingWrite> write) {
+  const auto error = waiting_.empty() ? socket_.send(path, datagram) : std::error_code();
+  if (waiting_.empty() && !UDPSocket::isFull(error)) {
+    write->datagramDone(error);
+  } else if (!wait({path, std::move(datagram), write})) {
+    write->datagramDone(std::make_error_code(std::errc::no_buffer_space));
   }
-  while (::sendmsg(socket_.get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
-    if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
 }
 
-int ListenSocket::send(const FlowPath& path, DataView datagram) {
-  return waiting_.empty() ? sendNow(path, datagram) : EAGAIN;
-}
-
-bool ListenSocket::sendLater(const FlowPath& path, Data datagram, SendCompletion completion) {
+bool ListenSocket::wait(Waiting answer) {
   if (!isOpen() || waiting_.size() >= kMaxWaiting) {
     return false;
   }
-  waiting_.push_back({path, std::move(datagram), std::move(completion)});
+  waiting_.push_back(std::move(answer));
   if (watchAsNeeded()) {
     waiting_.pop_back();
     return false;
@@ -160,13 +112,13 @@ bool ListenSocket::sendLater(const FlowPath& path, Data datagram, SendCompletion
 
 void ListenSocket::sendWaiting() {
   while (!waiting_.empty()) {
-    const int error = sendNow(waiting_.front().path, waiting_.front().datagram);
-    if (error == EAGAIN) {
+    const auto error = socket_.send(waiting_.front().path, waiting_.front().datagram);
+    if (UDPSocket::isFull(error)) {
       return;
     }
-    const auto completion = std::move(waiting_.front().completion);
+    const auto write = std::move(waiting_.front().write);
     waiting_.pop_front();
-    completion(error);
+    write->datagramDone(error);
   }
   watchAsNeeded();
 }

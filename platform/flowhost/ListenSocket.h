@@ -1,16 +1,13 @@
 #pragma once
 
-#include <functional>
 #include <list>
 #include <memory>
 #include <tl/expected.hpp>
 
 #include "platform/base/Error.h"
-#include "platform/dispatch/WatchedSocket.h"
-#include "platform/flowhost/DatagramSlots.h"
-#include "platform/flowhost/FlowPath.h"
-#include "platform/network/OwnSockets.h"
+#include "platform/flowhost/PendingWrite.h"
 #include "platform/networkextension/NWHostEndpoint.h"
+#include "platform/udp/UDPSocket.h"
 
 namespace platform {
 
@@ -29,9 +26,6 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
     ~Reader() = default;
   };
 
-  /// Called once with the error of the send, 0 for none.
-  using SendCompletion = std::function<void(int)>;
-
   /// Answers that wait for room in the kernel. One costs its datagram (64 KiB at most, usually
   /// under one) and some 200 bytes.
   static constexpr std::size_t kMaxWaiting = 256;
@@ -40,8 +34,6 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   /// says what is wrong: `cannot listen on 127.0.0.1:5300: Address already in use`.
   static tl::expected<std::shared_ptr<ListenSocket>, Error> bind(const NWHostEndpoint& endpoint);
 
-  ListenSocket(FileDescriptor socket, const SocketAddress& address);
-
   /// Begins to tell `reader`, for as long as it lives.
   std::optional<Error> listen(std::weak_ptr<Reader> reader);
   /// Answers that wait fail with ECANCELED, later ones with EBADF.
@@ -49,33 +41,30 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
 
   [[nodiscard]] bool isOpen() const { return socket_.isOpen(); }
   /// The address that is bound, with the port that it has.
-  [[nodiscard]] const SocketAddress& address() const { return address_; }
+  [[nodiscard]] const SocketAddress& address() const { return socket_.address(); }
 
   /// What has arrived, into `slots`; nothing after an error, which is one log line until a read
   /// goes well again.
   std::span<const ReceivedDatagram> receive(DatagramSlots& slots);
 
-  /// Sends from one end of `path` to the other. The error, 0 for none; EAGAIN when it has to wait.
-  int send(const FlowPath& path, DataView datagram);
-  /// Sends when there is room, after what waits already. False when too much does.
-  bool sendLater(const FlowPath& path, Data datagram, SendCompletion completion);
+  /// Sends from the destination of `path` back to its client, when there is room and after what
+  /// waits already; tells `write`. ENOBUFS when too much waits.
+  void send(const DatagramPath& path, Data datagram, std::shared_ptr<PendingWrite> write);
 
  private:
   struct Waiting {
-    FlowPath path;
+    DatagramPath path;
     Data datagram;
-    SendCompletion completion;
+    std::shared_ptr<PendingWrite> write;
   };
 
   void socketIsReady(bool canRead, bool canWrite) override;
   void logNewError(std::error_code error);
-  int sendNow(const FlowPath& path, DataView datagram);
+  bool wait(Waiting answer);
   void sendWaiting();
   std::error_code watchAsNeeded();
 
-  WatchedSocket socket_;
-  const SocketAddress address_;
-  OwnSockets::Entry served_;   // while it is open
+  UDPSocket socket_;
   std::error_code readError_;  // of the last read
   std::weak_ptr<Reader> reader_;
   std::list<Waiting> waiting_;

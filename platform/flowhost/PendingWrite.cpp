@@ -16,9 +16,9 @@ void PendingWrite::end(std::optional<Error> error) {
   complete();
 }
 
-void PendingWrite::datagramDone(int error) {
-  if (error != 0 && !error_) {
-    error_ = Error(description(NWError::posix(error)));
+void PendingWrite::datagramDone(std::error_code error) {
+  if (error && !error_) {
+    error_ = Error(description(NWError::from(error)));
   }
   if (--remaining_ == 0) {
     complete();

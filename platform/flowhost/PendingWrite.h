@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <system_error>
 
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
@@ -15,8 +16,8 @@ class PendingWrite {
 
   /// Ends the write before any datagram is sent.
   void end(std::optional<Error> error);
-  /// One datagram is sent, or not for the reason `error`, an errno value; 0 for none.
-  void datagramDone(int error);
+  /// One datagram is sent, or not for the reason `error`.
+  void datagramDone(std::error_code error);
 
  private:
   void complete();

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "platform/network/NWConnection.h"
-#include "platform/network/SocketAddress.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 

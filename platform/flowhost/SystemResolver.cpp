@@ -5,7 +5,7 @@
 #include "platform/flowhost/ResolvConf.h"
 #include "platform/flowhost/ResolverExchange.h"
 #include "platform/log/NSLog.h"
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 
 namespace platform {
 

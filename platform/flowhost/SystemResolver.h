@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/network/SocketAddress.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 #include "platform/store/RegularFile.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 

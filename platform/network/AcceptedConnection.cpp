@@ -38,7 +38,7 @@ void Associations::runFirst(const DispatchQueue& queue, std::function<void()> wo
 
 AcceptedConnection::AcceptedConnection(std::shared_ptr<Associations> associations,
                                        const SocketAddress& client)
-    : associations_(std::move(associations)), client_(client), number_(nextNumber()) {
+    : associations_(std::move(associations)), path_{client, {}}, number_(nextNumber()) {
   associations_->open.push_back(this);
 }
 
@@ -99,10 +99,21 @@ void AcceptedConnection::cancel() {
 
 void AcceptedConnection::reportCancelled() { report(Kind::cancelled); }
 
+/// What the network answered to an earlier datagram is no error of this one.
+std::optional<NWError> AcceptedConnection::sendNow(DataView content) {
+  if (isCancelled_ || !queue_) {
+    return NWError::posix(isCancelled_ ? ECANCELED : ENOTCONN);
+  }
+  auto& socket = associations_->socket;
+  auto error = socket.send(path_, content);
+  if (error && !UDPSocket::isFull(error)) {
+    error = socket.send(path_, content);
+  }
+  return error ? std::optional(NWError::from(error)) : std::nullopt;
+}
+
 void AcceptedConnection::send(Data content, SendCompletion completion) {
-  const auto error = isCancelled_ ? std::optional(NWError::posix(ECANCELED))
-                     : queue_     ? associations_->socket.send(asked_, client_, content)
-                                  : std::optional(NWError::posix(ENOTCONN));
+  const auto error = sendNow(content);
   if (completion && queue_) {
     associations_->runFirst(*queue_,
                             [completion = std::move(completion), error] { completion(error); });
@@ -121,19 +132,20 @@ void AcceptedConnection::receiveMessage(ReceiveCompletion completion) {
   }
 }
 
-void AcceptedConnection::arrived(const UDPListenerSocket::Arrival& arrival) {
-  asked_ = arrival.asked;
+void AcceptedConnection::arrived(const ReceivedDatagram& datagram) {
+  const auto& bytes = datagram.bytes;
+  path_ = datagram.path;
   if (held_.size() >= kMaxHeld) {
-    NSLog("NWListener: ", *this, " is not read, dropped ", arrival.datagram);
+    NSLog("NWListener: ", *this, " is not read, dropped ", bytes);
     return;
   }
-  held_.push_back({Data(arrival.datagram.begin(), arrival.datagram.end()), std::nullopt});
+  held_.push_back({Data(bytes.begin(), bytes.end()), std::nullopt});
   deliver();
 }
 
-void AcceptedConnection::refused(const NWError& error) {
+void AcceptedConnection::refused(std::error_code error) {
   if (held_.size() < kMaxHeld) {
-    held_.push_back({std::nullopt, error});
+    held_.push_back({std::nullopt, NWError::from(error)});
     deliver();
   }
 }
@@ -156,11 +168,13 @@ void AcceptedConnection::deliver() {
   isDelivering_ = false;
 }
 
-std::optional<NWPath> AcceptedConnection::currentPath() const { return NWPath::from(asked_); }
+std::optional<NWPath> AcceptedConnection::currentPath() const {
+  return NWPath::from(path_.destination);
+}
 
 /// An IPv6 address and its port are parted by a full stop, as the framework prints them.
 void AcceptedConnection::describe(std::string& out) const {
-  const auto plain = client_.unmapped();
+  const auto plain = path_.client.unmapped();
   out.append("[C").append(std::to_string(number_)).append(" ").append(plain.host());
   out.append(plain.isIPv6() ? "." : ":").append(std::to_string(plain.port())).append(" udp]");
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/network/NWConnection.h"
-#include "platform/network/UDPListenerSocket.h"
+#include "platform/udp/UDPSocket.h"
 
 namespace platform {
 
@@ -16,15 +16,13 @@ class AcceptedConnection;
 /// What a listener and its associations share: the socket, and who is there. On the listener's
 /// queue only.
 struct Associations : std::enable_shared_from_this<Associations> {
-  explicit Associations(UDPListenerSocket listenerSocket) : socket(std::move(listenerSocket)) {}
-
   /// The association of `client`, or nullptr.
   [[nodiscard]] AcceptedConnection* find(const SocketAddress& client) const;
 
   /// Runs `work` later on `queue`, before the next datagram is read.
   void runFirst(const DispatchQueue& queue, std::function<void()> work);
 
-  UDPListenerSocket socket;
+  UDPSocket socket;
   std::vector<AcceptedConnection*> open;  // each takes itself out at its end
   int workDue = 0;                        // pieces of work that have not run
 };
@@ -57,11 +55,11 @@ class AcceptedConnection final : public NWConnection {
   /// `[C3 127.0.0.1:40123 udp]`, numbered through the process.
   void describe(std::string& out) const override;
 
-  [[nodiscard]] const SocketAddress& client() const { return client_; }
+  [[nodiscard]] const SocketAddress& client() const { return path_.client; }
 
   // What the listener's socket has for it.
-  void arrived(const UDPListenerSocket::Arrival& arrival);
-  void refused(const NWError& error);
+  void arrived(const ReceivedDatagram& datagram);
+  void refused(std::error_code error);
 
  private:
   struct Received {
@@ -69,6 +67,7 @@ class AcceptedConnection final : public NWConnection {
     std::optional<NWError> error;
   };
 
+  std::optional<NWError> sendNow(DataView content);
   void forget();
   void onQueue(void (AcceptedConnection::*work)());
   void reportStart();
@@ -77,8 +76,7 @@ class AcceptedConnection final : public NWConnection {
   void deliver();
 
   const std::shared_ptr<Associations> associations_;
-  const SocketAddress client_;
-  SocketAddress asked_;  // our address that the client sent to last
+  DatagramPath path_;  // its destination is the one that the client has sent to last
   const std::uint64_t number_;
   std::optional<DispatchQueue> queue_;  // present once started
   State state_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <system_error>
 
 namespace platform {
 
@@ -11,6 +12,7 @@ class NWError {
  public:
   /// `code` is an errno value.
   static NWError posix(int code) { return NWError(Domain::posix, code); }
+  static NWError from(std::error_code error) { return posix(error.value()); }
   /// The host text is no IP address; names are never looked up.
   static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
   /// The address asked is one that this process itself serves.

@@ -1,64 +1,61 @@
 #include "platform/network/NWListener.h"
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/AcceptedConnection.h"
-#include "platform/network/OwnSockets.h"
 
 namespace platform {
 
 namespace {
 
 using Kind = NWListener::State::Kind;
-using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
+
+// What the kernel holds while the queue is busy: some hundred datagrams, so that what waits is
+// dealt with in seconds.
+constexpr int kReceiveBufferSize = 256 * 1024;
+
+// Refusals that one read may find before it: one for each earlier datagram.
+constexpr int kMaxAttempts = 64;
 
 // Datagrams read before other work of the queue has its turn.
 constexpr int kMaxReadsPerTurn = 64;
 
-}  // namespace
-
-struct NWListener::Reading {
-  explicit Reading(UDPListenerSocket socket)
-      : port(socket.port()), associations(std::make_shared<Associations>(std::move(socket))) {}
-  ~Reading() { close(); }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
-  [[nodiscard]] bool isOpen() const { return descriptor.has_value(); }
-  void close() {
-    if (descriptor) {
-      descriptor->release();  // the socket closes it
-      descriptor.reset();
+/// Binds a port of every local address; of every IPv4 address on a machine without IPv6.
+std::error_code bindEveryAddress(UDPSocket& socket, std::uint16_t port) {
+  constexpr UDPSocket::Binding kBinding{
+      .receiveBuffer = kReceiveBufferSize, .takesIPv4 = true, .keepsRefusals = true};
+  std::error_code error;
+  for (const char* const any : {"::", "0.0.0.0"}) {
+    error = socket.bind(SocketAddress::parse(any, port).value(), kBinding);
+    if (error != std::errc::address_family_not_supported) {
+      break;
     }
-    associations->socket.close();
   }
+  return error;
+}
 
-  const std::uint16_t port;
-  const std::shared_ptr<Associations> associations;
-  std::optional<DispatchQueue> queue;    // present once started
-  std::optional<Descriptor> descriptor;  // present while it is read
-};
+}  // namespace
 
 tl::expected<std::shared_ptr<NWListener>, NWError> NWListener::create(
     const NWParameters& /*parameters*/, NWEndpoint::Port port) {
-  auto socket = UDPListenerSocket::bind(port.rawValue);
-  if (!socket) {
-    return tl::unexpected(socket.error());
+  const std::shared_ptr<NWListener> listener(new NWListener);
+  if (const auto error = bindEveryAddress(listener->associations_->socket, port.rawValue)) {
+    return tl::unexpected(NWError::from(error));
   }
-  return std::shared_ptr<NWListener>(new NWListener(std::make_unique<Reading>(*std::move(socket))));
+  return listener;
 }
 
-NWListener::NWListener(std::unique_ptr<Reading> reading) : reading_(std::move(reading)) {}
-NWListener::~NWListener() = default;
+NWListener::NWListener() : associations_(std::make_shared<Associations>()) {}
+NWListener::~NWListener() { associations_->socket.close(); }
 
-NWEndpoint::Port NWListener::port() const { return NWEndpoint::Port(reading_->port); }
+NWEndpoint::Port NWListener::port() const {
+  return NWEndpoint::Port(associations_->socket.address().port());
+}
 
 void NWListener::onQueue(void (NWListener::*work)()) {
-  reading_->queue->async([weak = weak_from_this(), work] {
+  queue_->async([weak = weak_from_this(), work] {
     if (const auto self = weak.lock()) {
       (self.get()->*work)();
     }
@@ -66,8 +63,8 @@ void NWListener::onQueue(void (NWListener::*work)()) {
 }
 
 void NWListener::start(DispatchQueue queue) {
-  if (!reading_->queue) {
-    reading_->queue = std::move(queue);
+  if (!queue_) {
+    queue_ = std::move(queue);
     onQueue(&NWListener::begin);
   }
 }
@@ -77,17 +74,13 @@ void NWListener::begin() {
   if (isCancelled_) {
     return;
   }
-  auto& [port, associations, queue, descriptor] = *reading_;
-  descriptor.emplace(queue->context());
-  asio::error_code error;
-  descriptor->assign(associations->socket.get(), error);
-  if (error) {
-    reading_->close();
-    report({Kind::failed, NWError::posix(error.value())});
+  auto& socket = associations_->socket;
+  if (const auto error = socket.watch(*this, {true, false}, *queue_)) {
+    associations_->socket.close();
+    report({Kind::failed, NWError::from(error)});
     return;
   }
   report({Kind::ready, std::nullopt});
-  wait();
 }
 
 void NWListener::report(const State& state) {
@@ -100,73 +93,68 @@ void NWListener::cancel() {
   if (std::exchange(isCancelled_, true)) {
     return;
   }
-  reading_->close();
-  if (reading_->queue) {
+  associations_->socket.close();
+  if (queue_) {
     onQueue(&NWListener::reportCancelled);
   }
 }
 
 void NWListener::reportCancelled() { report({Kind::cancelled, std::nullopt}); }
 
-void NWListener::wait() {
-  if (!reading_->isOpen()) {
-    return;
-  }
-  reading_->descriptor->async_wait(Descriptor::wait_read,
-                                   [weak = weak_from_this()](const asio::error_code& error) {
-                                     const auto self = weak.lock();
-                                     if (self && !error) {
-                                       self->read();
-                                     }
-                                   });
-}
-
-/// Work that is due comes first, and what it gives in turn.
-void NWListener::read() {
-  const auto& workDue = reading_->associations->workDue;
+/// Work that is due comes first, and what it gives in turn; what has come is told of again.
+void NWListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
+  const auto alive = shared_from_this();
+  const auto& workDue = associations_->workDue;
   if (workDue > 0) {
-    onQueue(&NWListener::read);
     return;
   }
-  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && reading_->isOpen(); ++count) {
+  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && associations_->socket.isOpen();
+       ++count) {
     if (!readOne()) {
       break;
     }
   }
   tellLost();
-  wait();
 }
 
 void NWListener::tellLost() {
-  if (!reading_->isOpen()) {
+  if (!associations_->socket.isOpen()) {
     return;
   }
-  if (const auto lost = reading_->associations->socket.takeLost(); lost > 0) {
-    NSLog("NWListener: ", lost, " datagrams to port ", reading_->port,
+  if (const auto lost = associations_->socket.takeLost(); lost > 0) {
+    NSLog("NWListener: ", lost, " datagrams to port ", port().rawValue,
           " were lost, the queue was busy");
   }
 }
 
+std::optional<ReceivedDatagram> NWListener::next() {
+  for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+    if (const auto received = associations_->socket.receive(slot_)) {
+      return received->empty() ? std::nullopt : std::optional(received->front());
+    }
+  }
+  return std::nullopt;
+}
+
 /// False when there is nothing to be read.
 bool NWListener::readOne() {
-  auto& associations = *reading_->associations;
-  const auto arrival = associations.socket.receive();
+  const auto arrival = next();
   if (!arrival) {
     readRefusals();
     return false;
   }
-  if (OwnSockets::shared().hasSent(arrival->client)) {
-    NSLog("NWListener: dropped ", arrival->datagram, " from our own socket ",
-          arrival->client.unmapped());
+  const auto& client = arrival->path.client;
+  if (OwnSockets::shared().hasSent(client)) {
+    NSLog("NWListener: dropped ", arrival->bytes, " from our own socket ", client.unmapped());
     return true;
   }
-  if (auto* const known = associations.find(arrival->client)) {
+  if (auto* const known = associations_->find(client)) {
     known->arrived(*arrival);
     return true;
   }
-  const auto fresh = std::make_shared<AcceptedConnection>(reading_->associations, arrival->client);
-  if (associations.open.size() > kMaxConnections) {
-    NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->datagram);
+  const auto fresh = std::make_shared<AcceptedConnection>(associations_, client);
+  if (associations_->open.size() > kMaxConnections) {
+    NSLog("NWListener: no room for ", *fresh, ", dropped ", arrival->bytes);
     return true;
   }
   fresh->arrived(*arrival);
@@ -177,8 +165,8 @@ bool NWListener::readOne() {
 }
 
 void NWListener::readRefusals() {
-  while (const auto refusal = reading_->associations->socket.takeRefusal()) {
-    if (auto* const known = reading_->associations->find(refusal->client)) {
+  while (const auto refusal = associations_->socket.takeRefusal()) {
+    if (auto* const known = associations_->find(refusal->client)) {
       known->refused(refusal->error);
     }
   }

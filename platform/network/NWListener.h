@@ -6,12 +6,16 @@
 #include <tl/expected.hpp>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/WatchedSocket.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/NWEndpoint.h"
 #include "platform/network/NWError.h"
 #include "platform/network/NWParameters.h"
+#include "platform/udp/DatagramSlots.h"
 
 namespace platform {
+
+struct Associations;
 
 /// A UDP port that clients send to, on every local address. Each client (address and port) that is
 /// not known is one new connection object, which already has the datagram that made it known.
@@ -30,7 +34,7 @@ namespace platform {
 /// each other would never end.
 ///
 /// It lives as long as its owner holds it. After `create`, on its queue only.
-class NWListener : public std::enable_shared_from_this<NWListener> {
+class NWListener final : public std::enable_shared_from_this<NWListener>, private SocketWatcher {
  public:
   struct State {
     enum class Kind { setup, waiting, ready, failed, cancelled };
@@ -62,21 +66,21 @@ class NWListener : public std::enable_shared_from_this<NWListener> {
   [[nodiscard]] NWEndpoint::Port port() const;
 
  private:
-  struct Reading;
-
-  explicit NWListener(std::unique_ptr<Reading> reading);
+  NWListener();
 
   void onQueue(void (NWListener::*work)());
   void begin();
   void report(const State& state);
   void reportCancelled();
-  void wait();
-  void read();
+  void socketIsReady(bool canRead, bool canWrite) override;
+  std::optional<ReceivedDatagram> next();
   bool readOne();
   void tellLost();
   void readRefusals();
 
-  const std::unique_ptr<Reading> reading_;
+  DatagramSlots slot_{1};
+  const std::shared_ptr<Associations> associations_;
+  std::optional<DispatchQueue> queue_;  // present once started
   bool isCancelled_ = false;
 };
 

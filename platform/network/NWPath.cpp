@@ -1,7 +1,6 @@
 #include "platform/network/NWPath.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <tuple>
 #include <utility>
@@ -30,16 +29,6 @@ bool isBetter(const Route& left, const Route& right) {
   return rank(left) < rank(right);
 }
 
-Data octetsOf(const SocketAddress& address) {
-  const void* octets = &address.v4().sin_addr;
-  if (address.isIPv6()) {
-    octets = &address.v6().sin6_addr;
-  }
-  Data result(address.isIPv6() ? kIPv6Length : kIPv4Length);
-  std::memcpy(result.data(), octets, result.size());
-  return result;
-}
-
 }  // namespace
 
 NWPath::NWPath(std::string interface, bool hasIPv4, bool hasIPv6)
@@ -65,14 +54,8 @@ NWPath NWPath::best(const std::vector<NetworkInterface>& interfaces,
 }
 
 NWPath NWPath::from(const SocketAddress& local) {
-  const auto address = octetsOf(local);
-  for (const auto& interface : NetworkInterface::readAll()) {
-    const auto& all = interface.addresses;
-    if (std::find(all.begin(), all.end(), address) != all.end()) {
-      return {interface.name, !local.isIPv6(), local.isIPv6()};
-    }
-  }
-  return {};
+  const auto interface = NetworkInterface::holding(local);
+  return interface ? NWPath(interface->name, !local.isIPv6(), local.isIPv6()) : NWPath();
 }
 
 // The names that the system gives to mobile modems begin so (systemd.net-naming-scheme(7),

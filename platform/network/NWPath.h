@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "platform/base/Description.h"
-#include "platform/network/NetworkInterface.h"
 #include "platform/network/Route.h"
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/NetworkInterface.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 

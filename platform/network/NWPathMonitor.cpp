@@ -5,13 +5,11 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <cerrno>
 #include <optional>
 #include <utility>
 
-#include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/WatchedSocket.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 
@@ -19,38 +17,35 @@ namespace platform {
 
 namespace {
 
-/// A socket that the kernel tells of every change of interfaces, addresses and routes; -1 when
-/// there is none.
-int openRouteSocket() {
-  const int descriptor =
-      ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
+/// A socket that the kernel tells of every change of interfaces, addresses and routes.
+FileDescriptor openRouteSocket() {
+  FileDescriptor socket(
+      ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
   sockaddr_nl name{};
   name.nl_family = AF_NETLINK;
   name.nl_groups =
       RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
-  if (descriptor < 0 ||
-      ::bind(descriptor, reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0) {
+  if (!socket.isOpen() ||
+      ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0) {
     NSLog("NWPathMonitor: changes of the network are not seen: ", NWError::posix(errno));
   }
-  return descriptor;
+  return socket;
 }
 
 }  // namespace
 
 /// The socket and what was reported last. What waits for the socket or the time holds it weakly, so
 /// that it goes away with its monitor.
-class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
+class NWPathMonitor::Watch final : public std::enable_shared_from_this<Watch>,
+                                   public SocketWatcher {
  public:
   Watch(DispatchQueue queue, PathUpdateHandler handler)
-      : queue_(std::move(queue)),
-        handler_(std::move(handler)),
-        socket_(MainLoop::shared().context()) {}
+      : queue_(std::move(queue)), handler_(std::move(handler)) {}
+  virtual ~Watch() = default;
 
   void start() {
-    if (const int descriptor = openRouteSocket(); descriptor >= 0) {
-      socket_.assign(descriptor);
-      wait();
-    }
+    socket_.open(openRouteSocket());
+    wait();
     queue_.async([weak = weak_from_this()] {
       if (const auto self = weak.lock()) {
         self->report();
@@ -59,17 +54,10 @@ class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
   }
 
  private:
-  void wait() {
-    socket_.async_wait(asio::posix::descriptor_base::wait_read,
-                       [weak = weak_from_this()](const asio::error_code& error) {
-                         const auto self = weak.lock();
-                         if (self && !error) {
-                           self->settle();
-                         }
-                       });
-  }
+  void wait() { socket_.watch(*this, {true, false}); }
 
-  void settle() {
+  void socketIsReady(bool /*canRead*/, bool /*canWrite*/) override {
+    socket_.watch(*this, {});
     queue_.asyncAfter(kSettleSeconds, [weak = weak_from_this()] {
       if (const auto self = weak.lock()) {
         self->drain();
@@ -85,7 +73,7 @@ class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
     constexpr int kMaxReads = 1000;
     std::array<char, 8192> message;
     for (int i = 0; i < kMaxReads; ++i) {
-      const auto size = ::recv(socket_.native_handle(), message.data(), message.size(), 0);
+      const auto size = ::recv(socket_.get(), message.data(), message.size(), 0);
       if (size < 0 && errno != ENOBUFS) {
         return;
       }
@@ -104,7 +92,7 @@ class NWPathMonitor::Watch : public std::enable_shared_from_this<Watch> {
 
   const DispatchQueue queue_;
   const PathUpdateHandler handler_;
-  asio::posix::stream_descriptor socket_;
+  WatchedSocket socket_;
   std::optional<NWPath> reported_;
 };
 

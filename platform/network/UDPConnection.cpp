@@ -1,7 +1,5 @@
 #include "platform/network/UDPConnection.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -26,32 +24,10 @@ std::optional<SocketAddress> addressOf(const NWEndpoint::Host& host, NWEndpoint:
   return SocketAddress::parse(isLoopbackName ? "127.0.0.1" : host.text(), port.rawValue);
 }
 
-FileDescriptor openSocket(int family) {
-  return FileDescriptor(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-}
+bool isRefusal(std::error_code error) { return error == std::errc::connection_refused; }
 
-/// A socket, if need be at the cost of the connection that has been idle longest.
-FileDescriptor openSocketMakingRoom(int family) {
-  auto socket = openSocket(family);
-  const bool lacksDescriptors = !socket.isOpen() && (errno == EMFILE || errno == ENFILE);
-  if (lacksDescriptors && OpenConnections::shared().cancelIdleLongest()) {
-    socket = openSocket(family);
-  }
-  return socket;
-}
-
-/// The error of one attempt; 0 for none.
-int sendOnce(int socket, const Data& content) {
-  while (::send(socket, content.data(), content.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
-    if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
-}
-
-std::optional<NWError> errorFrom(int code) {
-  return code == 0 ? std::nullopt : std::optional(NWError::posix(code));
+std::optional<NWError> errorFrom(std::error_code error) {
+  return error ? std::optional(NWError::from(error)) : std::nullopt;
 }
 
 }  // namespace
@@ -84,23 +60,23 @@ UDPConnection::State UDPConnection::open() {
   if (OwnSockets::shared().servesAt(*address)) {
     return {Kind::failed, NWError::ownAddress()};
   }
-  return connect(*address);
+  if (const auto error = openMakingRoom(address->family())) {
+    return {Kind::failed, NWError::from(error)};
+  }
+  if (const auto error = socket_.connect(*address)) {
+    socket_.close();
+    return {Kind::waiting, NWError::from(error)};
+  }
+  return {Kind::ready, std::nullopt};
 }
 
-UDPConnection::State UDPConnection::connect(const SocketAddress& server) {
-  auto socket = openSocketMakingRoom(server.family());
-  if (!socket.isOpen()) {
-    return {Kind::failed, NWError::posix(errno)};
-  }
-  SocketAddress local;
-  socklen_t size = SocketAddress::kMaxSize;
-  if (::connect(socket.get(), server.data(), server.size()) != 0 ||
-      ::getsockname(socket.get(), local.data(), &size) != 0) {
-    return {Kind::waiting, NWError::posix(errno)};
-  }
-  local_ = OwnSockets::shared().exchange(local);
-  socket_.open(std::move(socket));
-  return {Kind::ready, std::nullopt};
+/// Opens the socket, if need be at the cost of the connection that has been idle longest.
+std::error_code UDPConnection::openMakingRoom(sa_family_t family) {
+  const auto error = socket_.open(family);
+  const bool lacksDescriptors =
+      error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system;
+  const bool hasRoom = lacksDescriptors && OpenConnections::shared().cancelIdleLongest();
+  return hasRoom ? socket_.open(family) : error;
 }
 
 void UDPConnection::reportStart(const State& outcome) {
@@ -130,7 +106,6 @@ void UDPConnection::cancel() {
   isCancelled_ = true;
   DispatchQueue::global().async([self = self()] { self->reportCancelled(); });
   socket_.close();
-  local_.reset();
   if (const auto place = std::exchange(place_, std::nullopt)) {
     OpenConnections::shared().remove(*place);
   }
@@ -157,8 +132,8 @@ void UDPConnection::send(Data content, SendCompletion completion) {
     return;
   }
   touch();
-  const int error = waiting_.empty() ? trySend(content) : EAGAIN;
-  if (error == EAGAIN) {
+  const auto error = waiting_.empty() ? trySend(content) : std::error_code();
+  if (!waiting_.empty() || UDPSocket::isFull(error)) {
     waiting_.push_back({std::move(content), std::move(completion)});
     watchAsNeeded();
   } else {
@@ -167,8 +142,7 @@ void UDPConnection::send(Data content, SendCompletion completion) {
 }
 
 std::optional<NWPath> UDPConnection::currentPath() const {
-  const auto& local = local_.address();
-  return local ? std::optional(NWPath::from(*local)) : std::nullopt;
+  return socket_.isOpen() ? std::optional(NWPath::from(socket_.address())) : std::nullopt;
 }
 
 void UDPConnection::describe(std::string& out) const {
@@ -177,31 +151,33 @@ void UDPConnection::describe(std::string& out) const {
   out.append(" udp]");
 }
 
-int UDPConnection::trySend(const Data& content) {
-  const int error = sendOnce(socket_.get(), content);
-  if (error == 0 || error == EAGAIN) {
+std::error_code UDPConnection::trySend(const Data& content) {
+  const auto error = socket_.send(content);
+  if (!error || UDPSocket::isFull(error)) {
     return error;
   }
-  const int again = sendOnce(socket_.get(), content);
-  const bool isOfEarlierOne = error == ECONNREFUSED || error != again;
+  const auto again = socket_.send(content);
+  const bool isOfEarlierOne = isRefusal(error) || error != again;
   if (isOfEarlierOne) {
     keepReceiveError(error);
   }
   // Refused again: some more of the earlier datagrams were. Never the fault of this one.
-  return again == ECONNREFUSED ? 0 : again;
+  return isRefusal(again) ? std::error_code() : again;
 }
 
-void UDPConnection::keepReceiveError(int error) {
+void UDPConnection::keepReceiveError(std::error_code error) {
   if (isIgnored(error) || receiveErrors_.size() >= kMaxReceiveErrors) {
     return;
   }
-  receiveErrors_.push_back(NWError::posix(error));
+  receiveErrors_.push_back(NWError::from(error));
   if (!receives_.empty()) {
     deliverLater();
   }
 }
 
-bool UDPConnection::isIgnored(int error) const { return error == ECONNREFUSED && !reportsRefusals; }
+bool UDPConnection::isIgnored(std::error_code error) const {
+  return isRefusal(error) && !reportsRefusals;
+}
 
 void UDPConnection::touch() {
   if (place_) {
@@ -211,8 +187,8 @@ void UDPConnection::touch() {
 
 void UDPConnection::sendWaiting() {
   while (!waiting_.empty()) {
-    const int error = trySend(waiting_.front().content);
-    if (error == EAGAIN) {
+    const auto error = trySend(waiting_.front().content);
+    if (UDPSocket::isFull(error)) {
       break;
     }
     finish(std::move(waiting_.front().completion), errorFrom(error));
@@ -257,7 +233,7 @@ void UDPConnection::watchAsNeeded() {
     return;
   }
   if (const auto error = socket_.watch(*this, {!receives_.empty(), !waiting_.empty()})) {
-    const auto failure = NWError::posix(error.value());
+    const auto failure = NWError::from(error);
     receiveErrors_.insert(receiveErrors_.end(), receives_.size(), failure);
     for (auto& send : std::exchange(waiting_, {})) {
       finish(std::move(send.completion), failure);
@@ -268,19 +244,18 @@ void UDPConnection::watchAsNeeded() {
 
 void UDPConnection::receiveOne() {
   static std::array<std::uint8_t, kBufferSize> buffer;
-  const auto size = ::recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT | MSG_TRUNC);
-  if (size < 0 && (errno == EAGAIN || errno == EINTR || isIgnored(errno))) {
+  const auto length = socket_.receive(buffer);
+  const auto error = length ? std::error_code() : length.error();
+  if (UDPSocket::isFull(error) || error == std::errc::interrupted || isIgnored(error)) {
     return;
   }
-  const int error = errno;
   touch();
-  if (size < 0) {
-    completeOldestReceive(std::nullopt, false, NWError::posix(error));
+  if (error) {
+    completeOldestReceive(std::nullopt, false, NWError::from(error));
     return;
   }
-  const auto length = static_cast<std::size_t>(size);
-  const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(length, buffer.size()));
-  completeOldestReceive(Data(buffer.begin(), end), length <= buffer.size(), std::nullopt);
+  const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(*length, buffer.size()));
+  completeOldestReceive(Data(buffer.begin(), end), *length <= buffer.size(), std::nullopt);
 }
 
 void UDPConnection::completeOldestReceive(std::optional<Data> content, bool isComplete,

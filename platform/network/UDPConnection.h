@@ -5,11 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "platform/dispatch/WatchedSocket.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
-#include "platform/network/OwnSockets.h"
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/UDPSocket.h"
 
 namespace platform {
 
@@ -48,13 +46,13 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   std::shared_ptr<UDPConnection> self();
 
   State open();
-  State connect(const SocketAddress& server);
+  std::error_code openMakingRoom(sa_family_t family);
   void reportStart(const State& outcome);
   void report(const State& state);
   void reportCancelled();
 
-  int trySend(const Data& content);
-  void keepReceiveError(int error);
+  std::error_code trySend(const Data& content);
+  void keepReceiveError(std::error_code error);
   void sendWaiting();
   void finish(SendCompletion completion, std::optional<NWError> error);
 
@@ -70,13 +68,12 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   void deliverReceiveErrors();
   std::optional<NWError> takeReceiveError();
 
-  [[nodiscard]] bool isIgnored(int error) const;
+  [[nodiscard]] bool isIgnored(std::error_code error) const;
   void touch();
 
   const NWEndpoint::Host host_;
   const NWEndpoint::Port port_;
-  WatchedSocket socket_;
-  OwnSockets::Entry local_;  // while the socket is connected
+  UDPSocket socket_;
   State state_;
   bool isStarted_ = false;
   bool isCancelled_ = false;

@@ -7,13 +7,12 @@
 #include <unistd.h>
 
 #include <array>
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <cerrno>
 #include <csignal>
 #include <memory>
+#include <utility>
 
-#include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/WatchedSocket.h"
 
 namespace platform {
 
@@ -23,11 +22,35 @@ namespace {
 constexpr int kLookMilliseconds = 20;
 constexpr double kLookAgainSeconds = 1;
 
-using Descriptor = asio::posix::basic_stream_descriptor<asio::io_context::executor_type>;
-
 /// A descriptor that is readable once the process has ended; none when the system has no more. The
 /// C library's own declaration cannot be linked from C++ (glibc 2.36).
 int openProcess(int processId) { return static_cast<int>(::syscall(SYS_pidfd_open, processId, 0)); }
+
+/// Runs work on the main loop once a process has ended, or after a while where it can have no
+/// descriptor. Keeps itself until then.
+class EndOfProcess final : private SocketWatcher {
+ public:
+  static void then(int processId, const std::function<void()>& work) {
+    const std::shared_ptr<EndOfProcess> self(new EndOfProcess);
+    self->process_.open(FileDescriptor(openProcess(processId)));
+    if (self->process_.watch(*self, {true, false})) {
+      DispatchQueue::global().asyncAfter(kLookAgainSeconds, work);
+    } else {
+      self->work_ = [self, work] { work(); };
+    }
+  }
+  virtual ~EndOfProcess() = default;
+
+ private:
+  void socketIsReady(bool /*canRead*/, bool /*canWrite*/) override {
+    const auto work = std::exchange(work_, nullptr);  // owns this
+    process_.close();
+    work();
+  }
+
+  WatchedSocket process_;
+  std::function<void()> work_;
+};
 
 }  // namespace
 
@@ -78,15 +101,7 @@ void ChildProcesses::reapLater(int processId) {
     return;
   }
   DispatchQueue::global().async([this, processId] {
-    const auto process = std::make_shared<Descriptor>(DispatchQueue::global().context());
-    asio::error_code error;
-    process->assign(openProcess(processId), error);
-    process->async_wait(Descriptor::wait_read, [this, process, processId](const asio::error_code&) {
-      if (!reapIfEnded(processId)) {  // there was no descriptor to be had
-        DispatchQueue::global().asyncAfter(kLookAgainSeconds,
-                                           [this, processId] { reapLater(processId); });
-      }
-    });
+    EndOfProcess::then(processId, [this, processId] { reapLater(processId); });
   });
 }
 

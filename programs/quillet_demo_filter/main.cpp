@@ -1,7 +1,6 @@
 // A stand-in for the filtering DNS service, for newcomers and tests.
 
 #include <DeploymentValues.h>
-#include <sys/signalfd.h>
 
 #include <CLI/CLI.hpp>
 #include <cinttypes>
@@ -10,26 +9,26 @@
 #include <exception>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "demo/DemoFilter.h"
+#include "platform/base/Description.h"
+#include "platform/dispatch/MainLoop.h"
+#include "platform/dispatch/SignalSource.h"
 #include "programs/ListenAddress.h"
-#include "programs/quillet_demo_filter/DatagramSocket.h"
-#include "programs/quillet_demo_filter/DemoFilter.h"
 
 namespace {
 
-using quillet::DatagramSocket;
+using platform::MainLoop;
 using quillet::DemoFilter;
-using quillet::DemoSocket;
 using quillet::ListenAddress;
 
 constexpr int kBadUsage = 2;
 constexpr char kName[] = "quillet-demo-filter";
 
 struct Options {
-  std::vector<std::pair<ListenAddress, DemoSocket::Service>> listen;
+  std::vector<std::pair<ListenAddress, DemoFilter::Service>> listen;
   bool isQuiet = false;
 };
 
@@ -66,7 +65,7 @@ void addOptions(CLI::App& app, Texts& texts) {
 
 /// Of options that were checked.
 Options optionsFrom(const Texts& texts) {
-  using Service = DemoSocket::Service;
+  using Service = DemoFilter::Service;
   Options options;
   options.isQuiet = texts.isQuiet;
   for (const auto& [addresses, service] : {std::pair(&texts.listen, Service::queries),
@@ -94,40 +93,29 @@ std::pair<Options, std::optional<int>> parseOptions(int argc, char** argv) {
   return {optionsFrom(texts), std::nullopt};
 }
 
-std::optional<DatagramSocket> bindSocket(const ListenAddress& address) {
-  try {
-    return DatagramSocket(address);
-  } catch (const std::system_error& error) {
+/// Says where it listens, or why it cannot.
+bool listen(DemoFilter& filter, const ListenAddress& address, DemoFilter::Service service) {
+  const auto wanted = platform::SocketAddress::parse(address.host, address.port).value();
+  const auto bound = filter.serve(wanted, service);
+  if (bound) {
+    std::printf("listening on %s\n", platform::description(*bound).c_str());
+  } else {
     std::fprintf(stderr, "%s: cannot listen on %s: %s\n", kName, address.text().c_str(),
-                 error.code().message().c_str());
-    return std::nullopt;
+                 bound.error().message().c_str());
   }
-}
-
-/// A descriptor that is readable once the process was asked to end.
-int stopSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
-  ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-  return ::signalfd(-1, &signals, SFD_CLOEXEC);
+  return bound.has_value();
 }
 
 int serve(const Options& options) {
-  const int stop = stopSignals();
-  std::vector<DemoSocket> sockets;
+  const platform::SignalSource stop({SIGTERM, SIGINT}, [](int) { MainLoop::shared().stop(); });
+  DemoFilter filter(options.isQuiet);
   for (const auto& [address, service] : options.listen) {
-    auto socket = bindSocket(address);
-    if (!socket) {
+    if (!listen(filter, address, service)) {
       return 1;
     }
-    std::printf("listening on %s\n", socket->address().text().c_str());
-    sockets.push_back({*std::move(socket), service});
   }
   std::fflush(stdout);
-  DemoFilter filter(std::move(sockets), options.isQuiet);
-  filter.run(stop);
+  MainLoop::shared().run();
   const auto& [queries, answered, refused] = filter.totals();
   std::printf("queries %" PRIu64 ", answered %" PRIu64 ", refused %" PRIu64 "\n", queries, answered,
               refused);

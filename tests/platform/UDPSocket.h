@@ -9,7 +9,7 @@
 
 #include "platform/base/Data.h"
 #include "platform/base/FileDescriptor.h"
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform::test {
 

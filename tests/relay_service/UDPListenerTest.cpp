@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/network/UDPListenerSocket.h"
 #include "relay_service/UDPListener.h"
+#include "tests/platform/UDPSocket.h"
 #include "tests/relay_service/FakeConnection.h"
 #include "tests/support/LogCapture.h"
 
@@ -167,7 +167,7 @@ TEST_F(UDPListenerTest, AClientThatFailsClosesThePortForGood) {
                                           "Listener disconnected from port 0"));
   EXPECT_FALSE(*listener_->isReady);
   EXPECT_FALSE(*listener_->listening);
-  EXPECT_TRUE(platform::UDPListenerSocket::bind(port));
+  const platform::test::UDPSocket successor("127.0.0.1", port);  // the port is free
 }
 
 }  // namespace

@@ -9,28 +9,6 @@
 namespace platform {
 namespace {
 
-/// Waits until everything that `queue` was given has run.
-void drain(const DispatchQueue& queue) {
-  std::promise<void> done;
-  queue.async([&done] { done.set_value(); });
-  done.get_future().wait();
-}
-
-TEST(SerialQueueTest, WhatItsOwnWorkGivesKeepsItsPlace) {
-  const auto queue = DispatchQueue::serial();
-  for (int round = 0; round < 2000; ++round) {
-    std::promise<void> given;
-    bool hasRun = false;
-    queue.async([&] {
-      queue.async([&hasRun] { hasRun = true; });
-      given.set_value();
-    });
-    given.get_future().wait();
-    drain(queue);
-    ASSERT_TRUE(hasRun) << round;
-  }
-}
-
 TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
   const auto queue = DispatchQueue::serial();
   std::promise<void> begun;

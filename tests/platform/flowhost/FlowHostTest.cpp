@@ -2,7 +2,7 @@
 #include <map>
 
 #include "platform/flowhost/ListenSocket.h"
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 

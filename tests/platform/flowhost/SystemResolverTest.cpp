@@ -9,7 +9,7 @@
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/network/NWConnection.h"
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"

@@ -1,6 +1,6 @@
 #include <cerrno>
 
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 #include "tests/platform/ConnectionTest.h"
 #include "tests/platform/SocketFailures.h"
 

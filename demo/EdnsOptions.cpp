@@ -1,4 +1,4 @@
-#include "programs/quillet_demo_filter/EdnsOptions.h"
+#include "demo/EdnsOptions.h"
 
 namespace quillet {
 

@@ -1,4 +1,4 @@
-#include "programs/quillet_demo_filter/DemoPolicy.h"
+#include "demo/DemoPolicy.h"
 
 namespace quillet {
 

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 
@@ -32,7 +32,9 @@ class PacketInfo {
   void sendFrom(msghdr& message, const SocketAddress& source);
 
  private:
-  alignas(cmsghdr) unsigned char bytes_[CMSG_SPACE(sizeof(in6_pktinfo))] = {};
+  // The kernel may say it for both families.
+  alignas(cmsghdr) unsigned char bytes_[CMSG_SPACE(sizeof(in6_pktinfo)) +
+                                        CMSG_SPACE(sizeof(in_pktinfo))] = {};
 };
 
 }  // namespace platform

@@ -1,9 +1,9 @@
-#include "programs/quillet_demo_filter/QueryLine.h"
+#include "demo/QueryLine.h"
 
+#include "demo/EdnsOptions.h"
 #include "dns_tools/Record.h"
 #include "dns_tools/RecordType.h"
 #include "platform/log/LogEscape.h"
-#include "programs/quillet_demo_filter/EdnsOptions.h"
 
 namespace quillet {
 

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <string>
 
+#include "demo/DemoAnswer.h"
+#include "demo/QueryLine.h"
 #include "fuzz/Target.h"
-#include "programs/quillet_demo_filter/DemoAnswer.h"
-#include "programs/quillet_demo_filter/QueryLine.h"
 
 void quillet::fuzz::run(platform::DataView datagram) {
   const auto query = DnsToolsSocket::Message::deserialize(datagram);

@@ -2,15 +2,14 @@
 
 #include <sys/socket.h>
 
-#include <array>
 #include <memory>
 #include <span>
 #include <system_error>
 #include <tl/expected.hpp>
 #include <vector>
 
-#include "platform/flowhost/ReceivedDatagram.h"
-#include "platform/network/PacketInfo.h"
+#include "platform/udp/PacketInfo.h"
+#include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
 
@@ -18,28 +17,32 @@ namespace platform {
 /// gives memory to the pages that datagrams have reached.
 class DatagramSlots {
  public:
-  static constexpr std::size_t kSlots = 64;
+  static constexpr std::size_t kMany = 64;
   /// No datagram is larger.
   static constexpr std::size_t kSlotSize = 65535;
 
   using Received = tl::expected<std::span<const ReceivedDatagram>, std::error_code>;
 
-  DatagramSlots();
+  explicit DatagramSlots(std::size_t count = kMany);
 
   /// What has arrived at `socket`, which is bound to `local`; the next call overwrites it. None is
   /// no error.
   Received receive(int socket, const SocketAddress& local);
 
  private:
+  struct Slot {
+    SocketAddress client;
+    PacketInfo info;
+    iovec range{};
+  };
+
   void reset(std::size_t slot, bool withInfo);
 
   std::unique_ptr<std::uint8_t[]> bytes_;
-  std::array<iovec, kSlots> ranges_{};
-  std::array<SocketAddress, kSlots> clients_;
-  std::array<PacketInfo, kSlots> infos_;
-  std::array<mmsghdr, kSlots> messages_{};
+  std::vector<Slot> slots_;
+  std::vector<mmsghdr> messages_;
   std::vector<ReceivedDatagram> received_;
-  std::size_t used_ = kSlots;  // how many messages the last call has changed
+  std::size_t used_;  // how many messages the last call has changed
   bool hasInfo_ = false;
 };
 

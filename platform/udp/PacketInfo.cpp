@@ -1,4 +1,4 @@
-#include "platform/network/PacketInfo.h"
+#include "platform/udp/PacketInfo.h"
 
 #include <cstring>
 

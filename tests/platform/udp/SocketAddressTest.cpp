@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 namespace {

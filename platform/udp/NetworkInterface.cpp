@@ -1,4 +1,4 @@
-#include "platform/network/NetworkInterface.h"
+#include "platform/udp/NetworkInterface.h"
 
 #include <ifaddrs.h>
 #include <net/if.h>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
-#include <optional>
+#include <utility>
 
 namespace platform {
 
@@ -70,6 +70,17 @@ std::vector<NetworkInterface> NetworkInterface::readAll() {
     result.push_back(std::move(interface));
   }
   return result;
+}
+
+std::optional<NetworkInterface> NetworkInterface::holding(const SocketAddress& address) {
+  const auto octets = addressOf(address.data());
+  for (auto&& interface : readAll()) {
+    const auto& all = interface.addresses;
+    if (std::find(all.begin(), all.end(), octets) != all.end()) {
+      return std::move(interface);
+    }
+  }
+  return std::nullopt;
 }
 
 bool NetworkInterface::hasAddress(std::size_t length) const {

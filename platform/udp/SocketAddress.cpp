@@ -1,4 +1,4 @@
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/SocketAddress.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>

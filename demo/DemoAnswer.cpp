@@ -1,12 +1,12 @@
-#include "programs/quillet_demo_filter/DemoAnswer.h"
+#include "demo/DemoAnswer.h"
 
+#include "demo/DemoAddress.h"
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/InternetClass.h"
 #include "dns_tools/OperationCode.h"
 #include "dns_tools/Record.h"
 #include "dns_tools/RecordType.h"
 #include "dns_tools/ReturnCode.h"
-#include "programs/quillet_demo_filter/DemoAddress.h"
 
 namespace quillet {
 

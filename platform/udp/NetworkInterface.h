@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/base/Data.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 
@@ -11,6 +13,9 @@ namespace platform {
 struct NetworkInterface {
   /// All of them, those without an address included; none when the system does not tell.
   static std::vector<NetworkInterface> readAll();
+
+  /// The one that has this address; absent for none.
+  static std::optional<NetworkInterface> holding(const SocketAddress& address);
 
   /// Whether it has an address of that length (4 or 16 octets) that reaches beyond its own link.
   [[nodiscard]] bool hasAddress(std::size_t length) const;

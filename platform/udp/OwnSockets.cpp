@@ -1,4 +1,4 @@
-#include "platform/network/OwnSockets.h"
+#include "platform/udp/OwnSockets.h"
 
 #include <netinet/in.h>
 
@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/base/FileDescriptor.h"
-#include "platform/network/NWPath.h"
+#include "platform/udp/NetworkInterface.h"
 
 namespace platform {
 
@@ -32,8 +32,7 @@ bool isIPv4Loopback(const SocketAddress& address) {
 }
 
 bool isOfThisMachine(const SocketAddress& address) {
-  return canBeBound(address) &&
-         (isIPv4Loopback(address) || NWPath::from(address).status() == NWPath::Status::satisfied);
+  return canBeBound(address) && (isIPv4Loopback(address) || NetworkInterface::holding(address));
 }
 
 }  // namespace

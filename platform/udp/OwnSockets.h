@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "platform/network/SocketAddress.h"
+#include "platform/udp/SocketAddress.h"
 
 namespace platform {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "programs/quillet_demo_filter/DemoPolicy.h"
+#include "demo/DemoPolicy.h"
 
 namespace quillet {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <tuple>
 
-#include "programs/quillet_demo_filter/DemoAnswer.h"
+#include "demo/DemoAnswer.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {

@@ -1,4 +1,4 @@
-#include "programs/quillet_demo_filter/DemoAddress.h"
+#include "demo/DemoAddress.h"
 
 #include <algorithm>
 #include <array>

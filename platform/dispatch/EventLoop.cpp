@@ -1,0 +1,97 @@
+#include "platform/dispatch/EventLoop.h"
+
+#include <utility>
+
+#include "platform/base/Clock.h"
+#include "platform/dispatch/RunGuarded.h"
+
+namespace platform {
+
+namespace {
+
+// How often one turn runs what its own work has given in turn. The stages of a query take six; work
+// that gives itself again and again must not keep the sockets waiting.
+constexpr int kMaxRoundsPerTurn = 16;
+
+// How long a turn goes on with work that was given, nanoseconds. Signals are seen between turns.
+constexpr std::uint64_t kMaxTurn = 10'000'000;
+
+std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
+
+}  // namespace
+
+void EventLoop::add(Work work) {
+  bool isAsleep = false;
+  {
+    const std::lock_guard lock(mutex_);
+    given_.push_back(std::move(work));
+    isAsleep = std::exchange(isWaiting_, false);
+  }
+  if (isAsleep) {
+    events_.wake();
+  }
+}
+
+void EventLoop::stop() {
+  isStopping_ = true;
+  events_.wake();
+}
+
+/// False when there is work already.
+bool EventLoop::beginWaiting() {
+  const std::lock_guard lock(mutex_);
+  isWaiting_ = given_.empty();
+  return isWaiting_;
+}
+
+void EventLoop::endWaiting() {
+  const std::lock_guard lock(mutex_);
+  isWaiting_ = false;
+}
+
+std::size_t EventLoop::givenCount() {
+  const std::lock_guard lock(mutex_);
+  return given_.size();
+}
+
+std::optional<EventLoop::Work> EventLoop::takeGiven() {
+  const std::lock_guard lock(mutex_);
+  if (given_.empty()) {
+    return std::nullopt;
+  }
+  std::optional<Work> work = std::move(given_.front());
+  given_.pop_front();
+  return work;
+}
+
+bool EventLoop::runOneGiven() {
+  const auto work = takeGiven();
+  if (work) {
+    runGuarded(*work);
+  }
+  return work.has_value();
+}
+
+void EventLoop::runGiven() {
+  const auto end = uptime() + kMaxTurn;
+  for (int round = 0; round < kMaxRoundsPerTurn; ++round) {
+    for (auto count = givenCount(); count > 0; --count) {
+      if (isStopping_ || uptime() > end) {
+        return;
+      }
+      runOneGiven();
+    }
+  }
+}
+
+bool EventLoop::runEvents(std::chrono::nanoseconds longest) {
+  const bool mayWait = longest.count() > 0 && beginWaiting();
+  const bool hasEvents = events_.wait(mayWait ? longest : std::chrono::nanoseconds(0));
+  if (mayWait) {
+    endWaiting();
+  }
+  events_.handOut();
+  return hasEvents;
+}
+
+}  // namespace platform

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+
+#include "platform/dispatch/SocketEvents.h"
+
+namespace platform {
+
+/// What the thread of a queue does: it runs the work that it is given, tells watchers what happens
+/// at their sockets, and waits while there is neither. On that thread only, but for `add` and
+/// `stop`.
+class EventLoop {
+ public:
+  using Work = std::function<void()>;
+  static constexpr auto kForEver = std::chrono::nanoseconds::max();
+
+  /// Any thread may call it.
+  void add(Work work);
+  /// Nothing runs after the handler that is running, until `resume`. Any thread may call it.
+  void stop();
+  void resume() { isStopping_ = false; }
+  [[nodiscard]] bool isStopping() const { return isStopping_; }
+
+  /// Runs one piece of work; false when there is none.
+  bool runOneGiven();
+  /// Runs the work that is there, and what it gives in turn within bounds.
+  void runGiven();
+  /// Hands out what happens at the sockets; waits for it while there is no work, but no longer than
+  /// `longest`. False when nothing has happened.
+  bool runEvents(std::chrono::nanoseconds longest);
+
+  SocketEvents& socketEvents() { return events_; }
+
+ private:
+  bool beginWaiting();
+  void endWaiting();
+  std::size_t givenCount();
+  std::optional<Work> takeGiven();
+
+  std::atomic<bool> isStopping_{false};
+  SocketEvents events_{isStopping_};
+
+  std::mutex mutex_;
+  std::deque<Work> given_;  // guarded by mutex_
+  bool isWaiting_ = false;  // guarded by mutex_: the thread may be asleep
+};
+
+}  // namespace platform

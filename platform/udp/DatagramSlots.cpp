@@ -1,0 +1,56 @@
+#include "platform/udp/DatagramSlots.h"
+
+#include <cerrno>
+
+namespace platform {
+
+DatagramSlots::DatagramSlots(std::size_t count)
+    : bytes_(new std::uint8_t[count * kSlotSize]), slots_(count), messages_(count), used_(count) {
+  received_.reserve(count);
+  for (std::size_t slot = 0; slot < count; ++slot) {
+    slots_[slot].range = {bytes_.get() + slot * kSlotSize, kSlotSize};
+    messages_[slot].msg_hdr.msg_iov = &slots_[slot].range;
+    messages_[slot].msg_hdr.msg_iovlen = 1;
+    messages_[slot].msg_hdr.msg_name = slots_[slot].client.data();
+  }
+}
+
+void DatagramSlots::reset(std::size_t slot, bool withInfo) {
+  auto& message = messages_[slot].msg_hdr;
+  message.msg_namelen = SocketAddress::kMaxSize;
+  message.msg_control = nullptr;
+  message.msg_controllen = 0;
+  if (withInfo) {
+    slots_[slot].info.prepareToReceive(message);
+  }
+}
+
+DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local) {
+  const bool withInfo = local.isWildcard();
+  const auto changed = withInfo == hasInfo_ ? used_ : slots_.size();
+  for (std::size_t slot = 0; slot < changed; ++slot) {
+    reset(slot, withInfo);
+  }
+  hasInfo_ = withInfo;
+  used_ = 0;
+  received_.clear();
+  const auto room = static_cast<unsigned>(messages_.size());
+  const int count = ::recvmmsg(socket, messages_.data(), room, MSG_DONTWAIT, nullptr);
+  if (count < 0) {
+    if (errno == EAGAIN || errno == EINTR) {
+      return received_;
+    }
+    return tl::make_unexpected(std::error_code(errno, std::generic_category()));
+  }
+  used_ = static_cast<std::size_t>(count);
+  for (std::size_t slot = 0; slot < used_; ++slot) {
+    auto& [message, size] = messages_[slot];
+    const auto& [client, info, range] = slots_[slot];
+    const auto* const start = static_cast<const std::uint8_t*>(range.iov_base);
+    const auto sentTo = withInfo ? PacketInfo::sentTo(message, local.port()) : std::nullopt;
+    received_.push_back({{client, sentTo.value_or(local)}, {start, size}});
+  }
+  return received_;
+}
+
+}  // namespace platform

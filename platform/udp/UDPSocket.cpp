@@ -1,0 +1,207 @@
+#include "platform/udp/UDPSocket.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <time.h>
+
+// The first needs the two above.
+#include <linux/errqueue.h>
+#include <linux/sock_diag.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <utility>
+#include <vector>
+
+#include "platform/udp/PacketInfo.h"
+
+namespace platform {
+
+namespace {
+
+// Room for all that the kernel says of a refusal.
+constexpr std::size_t kControlSize = 512;
+
+std::error_code errorOf(int code) { return {code, std::generic_category()}; }
+
+bool setOption(int socket, int level, int name, int value) {
+  return ::setsockopt(socket, level, name, &value, sizeof value) == 0;
+}
+
+void enlargeReceiveBuffer(int socket, int size) {
+  // The first is for privileged processes and goes beyond the system's limit.
+  if (!setOption(socket, SOL_SOCKET, SO_RCVBUFFORCE, size)) {
+    setOption(socket, SOL_SOCKET, SO_RCVBUF, size);
+  }
+}
+
+/// The IPv4 option goes for IPv4 clients of an IPv6 socket too.
+bool keepRefusals(int socket, bool isIPv6) {
+  return (!isIPv6 || setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1)) &&
+         setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
+}
+
+/// The error of `call` made until no signal interrupts it.
+template <class Call>
+std::error_code uninterrupted(const Call& call) {
+  while (call() < 0) {
+    if (errno != EINTR) {
+      return errorOf(errno);
+    }
+  }
+  return {};
+}
+
+/// A datagram as `sendmsg` takes it; stays where it was made.
+class Outgoing {
+ public:
+  /// Where `withSource`, it leaves from the destination of `path`.
+  Outgoing(const DatagramPath& path, DataView bytes, bool withSource)
+      : client_(path.client), range_{const_cast<std::uint8_t*>(bytes.data()), bytes.size()} {
+    if (withSource && !path.destination.isWildcard()) {
+      source_.sendFrom(message_, path.destination);
+    }
+  }
+  Outgoing(const Outgoing&) = delete;
+  Outgoing& operator=(const Outgoing&) = delete;
+
+  [[nodiscard]] const msghdr& message() const { return message_; }
+
+ private:
+  SocketAddress client_;
+  iovec range_;
+  msghdr message_{client_.data(), client_.size(), &range_, 1, nullptr, 0, 0};
+  PacketInfo source_;
+};
+
+int errorIn(msghdr& message) {
+  for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
+       control = CMSG_NXTHDR(&message, control)) {
+    const bool isIPv4 = control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_RECVERR;
+    const bool isIPv6 = control->cmsg_level == IPPROTO_IPV6 && control->cmsg_type == IPV6_RECVERR;
+    if (isIPv4 || isIPv6) {
+      sock_extended_err error{};
+      std::memcpy(&error, CMSG_DATA(control), sizeof error);
+      return static_cast<int>(error.ee_errno);
+    }
+  }
+  return EIO;
+}
+
+}  // namespace
+
+std::error_code UDPSocket::open(sa_family_t family) {
+  FileDescriptor socket(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  if (!socket.isOpen()) {
+    return errorOf(errno);
+  }
+  socket_.open(std::move(socket));
+  return {};
+}
+
+bool UDPSocket::readAddress() {
+  socklen_t size = SocketAddress::kMaxSize;
+  return ::getsockname(get(), address_.data(), &size) == 0;
+}
+
+std::error_code UDPSocket::connect(const SocketAddress& peer) {
+  if (::connect(get(), peer.data(), peer.size()) != 0 || !readAddress()) {
+    return errorOf(errno);
+  }
+  own_ = OwnSockets::shared().exchange(address_);
+  return {};
+}
+
+bool UDPSocket::prepare(const SocketAddress& address, const Binding& binding) {
+  const bool isIPv6 = address.isIPv6();
+  enlargeReceiveBuffer(get(), binding.receiveBuffer);
+  return (!isIPv6 || setOption(get(), IPPROTO_IPV6, IPV6_V6ONLY, binding.takesIPv4 ? 0 : 1)) &&
+         (!binding.keepsRefusals || keepRefusals(get(), isIPv6)) &&
+         (!address.isWildcard() || PacketInfo::request(get(), isIPv6));
+}
+
+std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& binding) {
+  if (const auto error = open(address.family())) {
+    return error;
+  }
+  if (!prepare(address, binding) || ::bind(get(), address.data(), address.size()) != 0 ||
+      !readAddress()) {
+    const auto error = errorOf(errno);
+    close();
+    return error;
+  }
+  own_ = OwnSockets::shared().serve(address_);
+  if (binding.takesIPv4 && address.isIPv6()) {
+    const auto any = SocketAddress::parse("0.0.0.0", address_.port()).value();
+    ownIPv4_ = OwnSockets::shared().serve(any);
+  }
+  return {};
+}
+
+void UDPSocket::close() {
+  socket_.close();
+  own_.reset();
+  ownIPv4_.reset();
+}
+
+std::error_code UDPSocket::send(DataView datagram) {
+  return uninterrupted(
+      [&] { return ::send(get(), datagram.data(), datagram.size(), MSG_DONTWAIT | MSG_NOSIGNAL); });
+}
+
+tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uint8_t> room) {
+  const auto size = ::recv(get(), room.data(), room.size(), MSG_DONTWAIT | MSG_TRUNC);
+  if (size < 0) {
+    return tl::make_unexpected(errorOf(errno));
+  }
+  return static_cast<std::size_t>(size);
+}
+
+std::error_code UDPSocket::send(const DatagramPath& path, DataView datagram) {
+  const Outgoing outgoing(path, datagram, address_.isWildcard());
+  return uninterrupted(
+      [&] { return ::sendmsg(get(), &outgoing.message(), MSG_DONTWAIT | MSG_NOSIGNAL); });
+}
+
+void UDPSocket::sendAll(std::span<const Answer> answers) {
+  std::deque<Outgoing> outgoing;
+  std::vector<mmsghdr> messages;
+  for (const auto& [path, bytes] : answers) {
+    outgoing.emplace_back(path, bytes, address_.isWildcard());
+    messages.push_back({outgoing.back().message(), 0});
+  }
+  std::span<mmsghdr> left = messages;
+  while (!left.empty()) {
+    int count = 0;
+    const auto error = uninterrupted([&] {
+      const auto size = static_cast<unsigned>(left.size());
+      return count = ::sendmmsg(get(), left.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
+    });
+    // An error belongs to the first datagram that is left; the others still get their turn.
+    left = left.subspan(error ? 1 : static_cast<std::size_t>(count));
+  }
+}
+
+std::optional<UDPSocket::Refusal> UDPSocket::takeRefusal() {
+  SocketAddress client;
+  alignas(cmsghdr) std::array<unsigned char, kControlSize> control{};
+  msghdr message{client.data(),  SocketAddress::kMaxSize, nullptr, 0,
+                 control.data(), control.size(),          0};
+  if (::recvmsg(get(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) {
+    return std::nullopt;
+  }
+  return Refusal{client, errorOf(errorIn(message))};
+}
+
+std::uint32_t UDPSocket::takeLost() {
+  std::array<std::uint32_t, SK_MEMINFO_VARS> counts{};
+  socklen_t size = sizeof counts;
+  if (::getsockopt(get(), SOL_SOCKET, SO_MEMINFO, counts.data(), &size) != 0) {
+    return 0;
+  }
+  return counts[SK_MEMINFO_DROPS] - std::exchange(lost_, counts[SK_MEMINFO_DROPS]);
+}
+
+}  // namespace platform
