@@ -12,6 +12,8 @@
 #include "dns_tools/ServiceRecord.h"
 #include "dns_tools/StartOfAuthorityRecord.h"
 #include "dns_tools/TextRecord.h"
+#include "platform/base/Description.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"
 
 namespace {
@@ -151,6 +153,43 @@ TEST(RecordValue, ComparesByNameAndTargetNotByTheRest) {
   EXPECT_EQ(pointer, PointerRecord("a.", true, 3, 7, "d."));
   EXPECT_FALSE(pointer == PointerRecord("b.", false, 1, 60, "d.") ||
                pointer == PointerRecord("a.", false, 1, 60, "e."));
+}
+
+template <class Address>
+void expectSame(const char* bytes, const char* text) {
+  const auto ip = Address::networkBytes(hex(bytes));
+  ASSERT_TRUE(ip) << text;
+  EXPECT_EQ(ip->presentationString(), text);
+  EXPECT_EQ(ip->presentation(), platform::description(*ip));
+  const auto parsed = Address::fromPresentation(text);
+  ASSERT_TRUE(parsed && *parsed == *ip) << text;
+  EXPECT_EQ(Data(parsed->bytes().begin(), parsed->bytes().end()), hex(bytes));
+}
+
+TEST(IP, BytesAndTextStandForEachOther) {
+  expectSame<IPv4>("01020304", "1.2.3.4");
+  expectSame<IPv4>("ffffff00", "255.255.255.0");
+  expectSame<IPv6>("20010db8000000010000000000000001", "2001:db8:0:1::1");
+  EXPECT_EQ(IPv4(0x01020304).debugDescription(), "1.2.3.4");
+}
+
+TEST(IP, RefusesZeroOctetsInTextsAndOtherLengths) {
+  EXPECT_FALSE(IPv4::fromPresentation(std::string_view("1.2.3.4\0", 8)));
+  EXPECT_FALSE(IPv6::fromPresentation(std::string_view("::1\0", 4)));
+  EXPECT_FALSE(IPv6::fromPresentation("1.2.3.4"));
+  for (const std::size_t size : {0U, 3U, 5U, 15U, 17U}) {
+    EXPECT_FALSE(IPv4::networkBytes(Data(size)) || IPv6::networkBytes(Data(size))) << size;
+  }
+}
+
+TEST(IP, OfARecordChangesToATextThatIsOne) {
+  const quillet::test::LogCapture log;
+  HostRecord<IPv4> record("a.", false, 1, 60, IPv4(0x01020304));
+  for (const auto* text : {"5.6.7.8", "::1"}) {
+    record.changeIP(text);
+    EXPECT_EQ(record.ip.presentation(), "5.6.7.8");
+  }
+  EXPECT_EQ(log.records(), std::vector<std::string>{"*** wrong ip ***"});
 }
 
 }  // namespace

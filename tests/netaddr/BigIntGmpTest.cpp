@@ -6,9 +6,8 @@
 #include <random>
 
 #include "netaddr/BigInt.h"
-#include "tests/netaddr/BigIntSamples.h"
 #include "tests/netaddr/Mpz.h"
-#include "tests/netaddr/Thrown.h"
+#include "tests/netaddr/Samples.h"
 
 namespace quillet {
 namespace {
