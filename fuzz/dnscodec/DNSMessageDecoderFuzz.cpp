@@ -1,4 +1,4 @@
-// What decodes, written and decoded again, has the same fields, and its names stay within the
+// What decodes, written and decoded again, is the same, and its names stay within the
 // budget of a message however they point at each other.
 
 #include "fuzz/Target.h"
@@ -8,17 +8,6 @@ namespace {
 
 using namespace quillet;
 using fuzz::require;
-
-bool isSame(const DNSMessage::Questions& left, const DNSMessage::Questions& right) {
-  return std::ranges::equal(left, right, [](const auto& a, const auto& b) { return *a == *b; });
-}
-
-bool isSame(const DNSMessage::Records& left, const DNSMessage::Records& right) {
-  return std::ranges::equal(left, right, [](const auto& a, const auto& b) {
-    return a->name == b->name && a->type == b->type && a->resourceClass == b->resourceClass &&
-           a->ttl == b->ttl && a->data == b->data;
-  });
-}
 
 std::optional<DNSMessage> decoded(platform::DataView bytes) {
   DNSMessageDecoder decoder;
@@ -44,8 +33,6 @@ void quillet::fuzz::run(platform::DataView input) {
   const auto written = DNSMessageEncoder::encode(*first);
   if (test::hasWritableNames(*first)) {
     const auto second = decoded(written);
-    require(second && header == second->header && isSame(questions, second->questions));
-    require(isSame(answers, second->answers) && isSame(authority, second->authorityRecords));
-    require(isSame(additional, second->additionalRecords));
+    require(second && header == second->header && DNSMessageEncoder::encode(*second) == written);
   }
 }

@@ -70,18 +70,13 @@ TEST(MessageBounds, RefuseToWalkALongChainForEachRecord) {
 }
 
 TEST(MessageBounds, TakeAsManyEntriesAsACountCanTell) {
-  const Record record(".", false, 1, 0, 10, {});
   for (const std::size_t count : {65535U, 65536U}) {
-    Message messages[4];
-    messages[0].questions.assign(count, {".", 1, false, 1});
-    messages[1].answers.assign(count, record);
-    messages[2].authorities.assign(count, record);
-    messages[3].additional.assign(count, record);
-    for (const auto& message : messages) {
-      const auto written = message.serialize();
-      EXPECT_TRUE(written ? count == 65535
-                          : count == 65536 && written.error() == EncodeError::tooManyEntries);
-    }
+    Message message;
+    message.questions.assign(count, {".", 1, false, 1});
+    message.additional.assign(count, Record(".", false, 1, 0, 10, {}));
+    const auto written = message.serialize();
+    EXPECT_TRUE(written ? count == 65535
+                        : count == 65536 && written.error() == EncodeError::tooManyEntries);
   }
 }
 
@@ -91,9 +86,8 @@ TEST(MessageBounds, FrameUpTo65535Octets) {
     Message message;
     message.additional.emplace_back(Record(".", false, 1, 0, 10, Data(size - 12 - 11)));
     const auto framed = message.serializeTCP();
-    EXPECT_EQ(framed.has_value(), size == 65535);
-    EXPECT_TRUE(framed ? Message::deserializeTCP(*framed).has_value()
-                       : framed.error() == EncodeError::messageTooLong);
+    EXPECT_TRUE(framed ? size == 65535 && Message::deserializeTCP(*framed).has_value()
+                       : size == 65536 && framed.error() == EncodeError::messageTooLong);
   }
 }
 

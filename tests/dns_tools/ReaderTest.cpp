@@ -24,12 +24,7 @@ std::string readNameAt(const platform::Data& bytes, std::size_t start) {
 }
 
 TEST(Reader, ReadsNames) {
-  const struct {
-    const char* what;
-    std::string bytes;
-    std::size_t start;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<const char*, std::string, std::size_t, std::string> rows[] = {
       {"root", "00", 0, ". 1"},
       {"three labels", "01 61 02 62 63 01 64 00 FF", 0, "a.bc.d. 8"},
       {"a label, then a pointer", "01 61 00 01 62 C0 00 FF", 3, "b.a. 7"},

@@ -12,6 +12,8 @@
 #include "dns_tools/ServiceRecord.h"
 #include "dns_tools/StartOfAuthorityRecord.h"
 #include "dns_tools/TextRecord.h"
+#include "platform/base/Description.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"
 
 namespace {
@@ -42,13 +44,7 @@ Data recordOf(const std::string& type, const std::string& data) {
 }
 
 TEST(RecordValue, WritesReadsAndPrintsEachKind) {
-  const struct {
-    const char* type;
-    const char* data;
-    RecordValue record;
-    std::string kind;
-    std::string fields;
-  } rows[] = {
+  const std::tuple<const char*, const char*, RecordValue, std::string, std::string> rows[] = {
       {"0001", "0004 01020304", HostRecord<IPv4>("a.", false, 1, 60, IPv4(0x01020304)),
        "HostRecord<DnsToolsSocket.IPv4>", "ip: 1.2.3.4"},
       {"001C", "0010 20010DB8000000000000000000000001",
@@ -105,12 +101,7 @@ TEST(RecordValue, OfAnOptRecordHasItsClassWordTakenApart) {
 }
 
 TEST(RecordValue, TellsWhatIsWrongWithData) {
-  const struct {
-    const char* what;
-    const char* type;
-    const char* data;
-    const char* error;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"A of 5 octets", "0001", "0005 0102030405", "invalidIPAddress"},
       {"A longer than the message", "0001", "0005 01020304", "invalidDataSize"},
       {"NS shorter than its name", "0002", "0002 01 62 00", "invalidDataSize"},
@@ -118,8 +109,6 @@ TEST(RecordValue, TellsWhatIsWrongWithData) {
       {"SOA longer than its fields", "0006",
        "0017 00 00 0000000100000002000000030000000400000005 00", "invalidDataSize"},
       {"SRV shorter than its name", "0021", "0007 0001 0002 0003 01 62 00", "invalidDataSize"},
-      {"TXT without a string's length", "0010", "0001", "invalidIntegerSize"},
-      {"TXT with a string cut short", "0010", "0003 02 61", "invalidLabelSize"},
       {"TXT that is not UTF-8", "0010", "0002 01 FF", "unicodeDecodingError"},
       {"an unknown type longer than the message", "FFFF", "FFFF 00", "invalidDataSize"},
   };
@@ -156,14 +145,51 @@ TEST(RecordValue, ComparesByNameAndTargetNotByTheRest) {
   EXPECT_EQ(written(sameServer), hex("01 61 00 8027 8003 00000007 0003 01 6E 00"));
   EXPECT_EQ(server, sameServer);
   EXPECT_EQ(std::hash<NameServerRecord>()(server), std::hash<NameServerRecord>()(sameServer));
-  EXPECT_FALSE(server == NameServerRecord("b.", 2, 1, false, 60, "n."));
-  EXPECT_FALSE(server == NameServerRecord("a.", 2, 1, false, 60, "m."));
+  EXPECT_FALSE(server == NameServerRecord("b.", 2, 1, false, 60, "n.") ||
+               server == NameServerRecord("a.", 2, 1, false, 60, "m."));
   EXPECT_EQ(HostRecord<IPv4>("a.", false, 1, 60, IPv4(1)),
             HostRecord<IPv4>("a.", true, 3, 7, IPv4(2)));
   const PointerRecord pointer("a.", false, 1, 60, "d.");
   EXPECT_EQ(pointer, PointerRecord("a.", true, 3, 7, "d."));
-  EXPECT_FALSE(pointer == PointerRecord("b.", false, 1, 60, "d."));
-  EXPECT_FALSE(pointer == PointerRecord("a.", false, 1, 60, "e."));
+  EXPECT_FALSE(pointer == PointerRecord("b.", false, 1, 60, "d.") ||
+               pointer == PointerRecord("a.", false, 1, 60, "e."));
+}
+
+template <class Address>
+void expectSame(const char* bytes, const char* text) {
+  const auto ip = Address::networkBytes(hex(bytes));
+  ASSERT_TRUE(ip) << text;
+  EXPECT_EQ(ip->presentationString(), text);
+  EXPECT_EQ(ip->presentation(), platform::description(*ip));
+  const auto parsed = Address::fromPresentation(text);
+  ASSERT_TRUE(parsed && *parsed == *ip) << text;
+  EXPECT_EQ(Data(parsed->bytes().begin(), parsed->bytes().end()), hex(bytes));
+}
+
+TEST(IP, BytesAndTextStandForEachOther) {
+  expectSame<IPv4>("01020304", "1.2.3.4");
+  expectSame<IPv4>("ffffff00", "255.255.255.0");
+  expectSame<IPv6>("20010db8000000010000000000000001", "2001:db8:0:1::1");
+  EXPECT_EQ(IPv4(0x01020304).debugDescription(), "1.2.3.4");
+}
+
+TEST(IP, RefusesZeroOctetsInTextsAndOtherLengths) {
+  EXPECT_FALSE(IPv4::fromPresentation(std::string_view("1.2.3.4\0", 8)));
+  EXPECT_FALSE(IPv6::fromPresentation(std::string_view("::1\0", 4)));
+  EXPECT_FALSE(IPv6::fromPresentation("1.2.3.4"));
+  for (const std::size_t size : {0U, 3U, 5U, 15U, 17U}) {
+    EXPECT_FALSE(IPv4::networkBytes(Data(size)) || IPv6::networkBytes(Data(size))) << size;
+  }
+}
+
+TEST(IP, OfARecordChangesToATextThatIsOne) {
+  const quillet::test::LogCapture log;
+  HostRecord<IPv4> record("a.", false, 1, 60, IPv4(0x01020304));
+  for (const auto* text : {"5.6.7.8", "::1"}) {
+    record.changeIP(text);
+    EXPECT_EQ(record.ip.presentation(), "5.6.7.8");
+  }
+  EXPECT_EQ(log.records(), std::vector<std::string>{"*** wrong ip ***"});
 }
 
 }  // namespace

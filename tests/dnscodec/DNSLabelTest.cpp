@@ -19,12 +19,7 @@ std::string nameAt(const Data& buffer, std::uint32_t offset = 0) {
 }
 
 TEST(DNSLabelTest, ReadsLabelsAndPointers) {
-  const struct {
-    const char* what;
-    const char* bytes;
-    std::uint32_t offset;
-    std::string name;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::uint32_t, std::string> rows[] = {
       {"the root", "00", 0, ". 1"},
       {"in the middle", "ffff 0161 0162 00 ff", 2, "a.b 7"},
       {"any ASCII octet", "04 00 7f 2e 20 00", 0, std::string("\0\x7f.  6", 6)},
