@@ -131,16 +131,6 @@ class HostileUpstreamTest(RoadTest):
                     self.assertEqual(sum("is served by this program itself" in line for line in proxy.lines), 2)
                     proxy.stop()
 
-    def test_addresses_that_are_none(self):
-        proxy = self.proxy({})
-        for number, address in enumerate(("nonsense", "127.0.0.1:0", "127.0.0.1:70000", "::1", "255.255.255.255:53")):
-            with self.subTest(address=address), Client(proxy.endpoint) as client:
-                self.reconfigure(proxy, {"filteringDNS": address})
-                client.send(wire.query("example.com"))
-                proxy.wait_for_line("connect to DNS using Quillet DNS (", number + 1)
-        self.reconfigure(proxy, {"filteringDNS": self.upstream().address})
-        self.query(proxy)
-
 
 if __name__ == "__main__":
     main()
