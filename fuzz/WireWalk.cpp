@@ -10,7 +10,7 @@ std::size_t number(DataView message, std::size_t at) {
   return at + 2 <= message.size() ? message[at] * 256U + message[at + 1] : 0;
 }
 
-// Where the name that begins there ends; behind the end of the message when it is broken.
+// Where the name that begins there ends; past the end of the message when it is broken.
 std::size_t endOfName(DataView message, std::size_t at, bool isCompressed) {
   while (at < message.size()) {
     const std::size_t length = message[at];

@@ -12,11 +12,9 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/network/OpenConnections.h"
+#include "tests/DnsProxyExt/StageTest.h"
 #include "tests/support/DefaultsFolder.h"
-#include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
 
 namespace quillet::test {
 
@@ -116,13 +114,6 @@ class ProviderTest : public testing::Test {
   FakeServer relay_{stayQuiet};
   std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
 };
-
-/// An answer to `query("a")`: one A record 1.2.3.4, the owner name compressed.
-inline platform::Data answerForA() {
-  return hex(
-      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
-      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
-}
 
 /// What a server that answers every query with it does.
 inline std::vector<platform::Data> answerA(const platform::Data& /*received*/) {

@@ -19,32 +19,25 @@ using quillet::test::FakeServer;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What the owner was told, as one comparable line: `ANSWER@PORT finished|more ERROR`.
-std::string told(const std::optional<Data>& answer, const std::optional<NWHostEndpoint>& endpoint,
-                 std::optional<bool> isFinished, const std::optional<platform::NWError>& error) {
-  const auto text = answer ? std::string(platform::textOf(*answer)) : "nothing";
-  return text + "@" + endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
-         platform::description(error);
-}
-
 class DNSSocketClientTest : public testing::Test {
  protected:
+  /// Sends the texts; what the owner is told becomes a line each, `ANSWER@PORT finished|more
+  /// ERROR`.
   void connect(const std::vector<std::string>& texts, const std::string& ip, std::int64_t port) {
     std::vector<Data> datagrams;
     std::vector<NWHostEndpoint> endpoints;
     for (const auto& text : texts) {
       endpoints.push_back({"127.0.0.1", std::to_string(endpoints.size())});
-      const auto bytes = platform::bytesOf(text);
-      datagrams.emplace_back(bytes.begin(), bytes.end());
+      datagrams.emplace_back(text.begin(), text.end());
     }
     auto client = DNSSocketClient::create(flow_, datagrams, endpoints);
-    client->onDataReceived =
-        [this](const DNSSocketClient::Flow& flow, const std::optional<Data>& answer,
-               const std::optional<NWHostEndpoint>& endpoint, std::optional<bool> isFinished,
-               const std::optional<platform::NWError>& error) {
-          EXPECT_EQ(flow, flow_);
-          told_.push_back(told(answer, endpoint, isFinished, error));
-        };
+    client->onDataReceived = [this](const auto& flow, const auto& answer, const auto& endpoint,
+                                    auto isFinished, const auto& error) {
+      EXPECT_EQ(flow, flow_);
+      told_.push_back((answer ? std::string(platform::textOf(*answer)) : "nothing") + "@" +
+                      endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
+                      platform::description(error));
+    };
     client->connectWithDNS(ip, port);
     client_ = client;
   }
