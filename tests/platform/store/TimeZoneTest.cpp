@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <string>
 
@@ -38,6 +39,10 @@ TEST_F(TimeZoneTest, TakesTheFirstSourceThatNamesAZone) {
     test::writeFile(paths_.timezone, text);
     EXPECT_EQ(SystemTimeZone(paths_).identifier(), expected) << target << ' ' << text;
   }
+  const test::EnvironmentVariable tz("TZ", nullptr);
+  std::filesystem::remove(paths_.timezone);
+  ASSERT_EQ(::mkfifo(paths_.timezone.c_str(), 0600), 0);
+  EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
 }
 
 TEST_F(TimeZoneTest, LooksAgainAfterASecond) {
