@@ -68,15 +68,6 @@ class DefaultsTest(RoadTest):
                 with open(os.path.join(place, below, SUITE), encoding="utf-8") as file:
                     self.assertIn('"org42"', file.read())
 
-    def test_values_of_the_file_are_sent(self):
-        upstream, proxy = self.road()
-        proxy.wait_for_line(READ)
-        with open(os.path.join(proxy.defaults_folder, SUITE), "w", encoding="ascii") as file:
-            file.write('{"ip": "192.0.2.7", "send_timezone": 1}')
-        self.query(proxy)
-        options = dict(wire.injected_options(upstream.queries[0]))
-        self.assertEqual((options[65004], 65006 in options), (b"192.0.2.7", False))
-
     def test_folder_that_cannot_be_written(self):
         upstream, proxy = self.road(defaults_folder=os.path.join(self.vendor_file("", "blocked"), "deep"))
         self.query(proxy)
