@@ -29,7 +29,7 @@ class ProviderTest : public testing::Test {
     platform::Clock::setShared(&clock_);
     MDMConfigurationManager::shared() = MDMConfigurationManager();
     provider_->xpcUdpHelper->relayPort = static_cast<std::uint16_t>(relay_.port());
-    start(std::nullopt);
+    startWith(std::nullopt);
     runReady();
   }
   ~ProviderTest() override {
@@ -42,7 +42,6 @@ class ProviderTest : public testing::Test {
     ::unsetenv("TZ");
   }
 
-  void start(std::nullopt_t /*without options*/) { startWith(std::nullopt); }
   void start(platform::JSONValue vendorData) {
     platform::NEProviderOptions options;
     options.emplace("VendorData", std::move(vendorData));

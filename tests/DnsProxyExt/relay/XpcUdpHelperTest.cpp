@@ -55,42 +55,37 @@ TEST_F(XpcUdpHelperTest, SendsFromTheMomentItConnects) {
                                           "Xpc Udp State: Ready\n", kSent, kSent, kSent));
 }
 
-TEST_F(XpcUdpHelperTest, OneReplyEndsTheAssociationAndIsNotObeyed) {
-  const FakeServer relay([](const Data& /*received*/) {
-    return std::vector<Data>{data("&*\xFF{}"), data(kBypassOn)};
-  });
-  connect(relay);
-  ASSERT_TRUE(runUntilLogged(kCancelled));
-  helper_->printLogToFile("later");
-  runReady();
-  EXPECT_EQ(count("Xpc Udp ERROR! Error when data (Type: Data) sending. NWError: \n "
-                  "POSIXErrorCode(rawValue: 125): Operation canceled"),
-            1);
-  EXPECT_THAT(replies_, ElementsAre("&*\uFFFD{}"));
-  EXPECT_EQ(count("*Xpc Udp Received message: &*\uFFFD{}"), 1);
-  EXPECT_EQ(count("*Xpc Udp Receive is complete*"), 1);
-  EXPECT_EQ(count("Xpc Udp Received message is no command, 5 bytes"), 0);
-  EXPECT_FALSE(provider_->bypassAll);
-}
-
-TEST_F(XpcUdpHelperTest, ObeysCommandsOnly) {
+TEST_F(XpcUdpHelperTest, TakesOneDatagramAndObeysCommandsOnly) {
   const std::pair<const char*, const char*> rows[] = {
       {R"({"cmdType":"printToLog","payload":"bypassAllOn"})", "default"},
       {R"({"cmdType":"notification","payload":"bypassAllOn"})", "default"},
       {"\xFF\xFF", "Xpc Udp Received message is no command, 2 bytes"},
       {"", "Xpc Udp Data == nil"},
+      {"&*\xFF{}", "*Xpc Udp Received message: &*\uFFFD{}"},
       {R"({"cmdType":"command","payload":"BypassAllOn"})", "unknown XpcUdp command"},
       {kBypassOn, "Received command: bypassAllOn"},
   };
   for (const auto& [datagram, record] : rows) {
     EXPECT_FALSE(provider_->bypassAll);
     log_.clear();
-    const FakeServer relay(
-        [text = datagram](const Data& /*received*/) { return std::vector<Data>{data(text)}; });
+    const FakeServer relay([text = datagram](const Data& /*received*/) {
+      return std::vector<Data>{data(text), data(kBypassOn)};
+    });
     connect(relay);
     ASSERT_TRUE(runUntilLogged(record)) << datagram;
+    if (*datagram == '\0') {
+      helper_->closeConnection();  // nothing has ended it
+    }
+    EXPECT_TRUE(runUntilLogged(kCancelled)) << datagram;
+    EXPECT_EQ(count("Xpc Udp Received message is no command, 5 bytes"), 0);
   }
   EXPECT_TRUE(provider_->bypassAll);
+  EXPECT_THAT(replies_, testing::Contains("&*\uFFFD{}"));
+  EXPECT_EQ(count("*Xpc Udp Receive is complete*"), 1);
+  helper_->printLogToFile("later");
+  EXPECT_TRUE(
+      runUntilLogged("Xpc Udp ERROR! Error when data (Type: Data) sending. NWError: \n "
+                     "POSIXErrorCode(rawValue: 125): Operation canceled"));
 }
 
 TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
