@@ -25,7 +25,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
   endif()
 endif()
-add_compile_definitions(ASIO_STANDALONE ASIO_NO_DEPRECATED JSON_USE_IMPLICIT_CONVERSIONS=0)
+add_compile_definitions(JSON_USE_IMPLICIT_CONVERSIONS=0)
 
 if(NOT QUILLET_SANITIZE AND CMAKE_BUILD_TYPE STREQUAL "Release")
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)

@@ -62,8 +62,9 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
-  /// Set before `start`. Whether the refusal of a datagram fails a receive; if not, nobody hears of
-  /// it, for a link whose other end comes and goes.
+  /// Set before `start`. Whether what the network says of an earlier datagram (ICMP) fails a
+  /// receive; if not, nobody hears of it and only a datagram completes a receive, for a link whose
+  /// other end comes and goes.
   bool reportsRefusals = true;
 
   /// Set before `start`. Whether it is one of the open connections: kept alive as one of them, and

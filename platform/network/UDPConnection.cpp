@@ -176,7 +176,7 @@ void UDPConnection::keepReceiveError(std::error_code error) {
 }
 
 bool UDPConnection::isIgnored(std::error_code error) const {
-  return isRefusal(error) && !reportsRefusals;
+  return error && !reportsRefusals;
 }
 
 void UDPConnection::touch() {
