@@ -91,31 +91,35 @@ std::optional<std::string> answeredName(const std::optional<Message>& message,
 void ResponsePath::take(Answer answer, std::shared_ptr<const void> owner) {
   const auto flowHash = answer.hash();
   const bool isFinished = answer.isFinished;
-  const auto reportKey = std::to_string(flowHash);
   NSLog("handleInBoundDatagram,hash = ", flowHash, ", isFinish = ", isFinished,
         ", error = ", answer.error);
-  auto report = endedReport(reportKey);
+  auto report = endedReport(std::to_string(flowHash));
   NSLog("flow reports: ", KeysOf{reports_});
   if (answer.error) {
     registry_.addErrorToFlow(*answer.flow, ErrorBreakpoint::upstream);
   }
-  if (!answer.datagram) {
+  if (answer.datagram) {
+    answer.datagram = writtenAnew(*std::move(answer.datagram), flowHash, std::move(report));
+    write(std::move(answer), std::move(owner));
+  } else {
     NSLog("handleInBoundDatagram, data == nil,hash = ", flowHash);
-    logClosing(isFinished, flowHash);
-    return;
   }
-  const auto message = decoding_.response(*answer.datagram, flowHash);
+  logClosing(isFinished, flowHash);
+}
+
+Data ResponsePath::writtenAnew(Data received, std::int64_t flowHash,
+                               std::optional<DNSFlowReport> report) {
+  const auto message = decoding_.response(received, flowHash);
   auto url = answeredName(message, flowHash);
   NSLog("handleInBoundDatagram -> starting write datagrams,hash = ", flowHash);
-  answer.datagram = serializedAgain(message, *std::move(answer.datagram));
+  auto answer = serializedAgain(message, std::move(received));
   NSLog("modified msg = ", message ? std::optional(message->debugDescription()) : std::nullopt);
   if (report) {
     report->url = std::move(url);
     logTiming(*report, flowHash, message);
   }
-  reports_.erase(reportKey);
-  write(std::move(answer), std::move(owner));
-  logClosing(isFinished, flowHash);
+  reports_.erase(std::to_string(flowHash));
+  return answer;
 }
 
 /// A copy of the flow's report that ends now.

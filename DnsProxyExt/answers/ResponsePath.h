@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "DnsProxyExt/intake/Batch.h"
 #include "DnsProxyExt/intake/Decoding.h"
@@ -23,6 +25,8 @@ class ResponsePath {
 
  private:
   [[nodiscard]] std::optional<DNSFlowReport> endedReport(const std::string& key) const;
+  platform::Data writtenAnew(platform::Data received, std::int64_t flowHash,
+                             std::optional<DNSFlowReport> report);
   void write(Answer answer, std::shared_ptr<const void> owner);
   void written(const Answer& answer, const std::optional<platform::Error>& writeError);
 
