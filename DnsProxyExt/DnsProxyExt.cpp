@@ -1,8 +1,5 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 
-#include <DeploymentValues.h>
-
-#include "DnsProxyExt/RelayLog.h"
 #include "platform/log/NSLog.h"
 #include "platform/store/UserDefaults.h"
 
@@ -20,11 +17,7 @@ std::int64_t nextInstanceNumber() {
 
 }  // namespace
 
-DnsProxyExt::DnsProxyExt()
-    : filteringDNS(host(deployment::kFilteringDns, "81")),
-      secondDNS(host(deployment::kSecondDns, "53")),
-      localNetworkDNS(host(deployment::kLocalNetworkDns, "53")),
-      instanceNumber_(nextInstanceNumber()) {
+DnsProxyExt::DnsProxyExt() : instanceNumber_(nextInstanceNumber()) {
   NSLog("DNSProxyProvider1, init");
   xpcCommandListener = [](const std::string& command) {
     NSLog("DNSProxy got the command: ", command);
@@ -35,7 +28,7 @@ void DnsProxyExt::startProxy(std::optional<platform::NEProviderOptions> newOptio
                              StartCompletion completion) {
   NSLog("DNS Proxy Provider, startProxy, instance id: ", identity());
   NSLog("startProxy,options:", newOptions);
-  logTwice("startProxy,options - ttt:", newOptions);
+  relayLog_.twice("startProxy,options - ttt:", newOptions);
   options = std::move(newOptions);
   if (!takeVendorData()) {
     logStoredVendorData();
@@ -44,7 +37,7 @@ void DnsProxyExt::startProxy(std::optional<platform::NEProviderOptions> newOptio
   logUserEmail();
   MDMConfigurationManager::shared().initConfigurationForMacOs(macOSconfig);
   NSLog("systemDNSSettings: ", systemDNSSettings());
-  logAtRelay("starting proxy - macos config:", macOSconfig);
+  relayLog_.alone("starting proxy - macos config:", macOSconfig);
   initVendorSettings();
   NSLog("initVendorSettings  - done");
   initCapPortalHelper();
@@ -74,7 +67,7 @@ void DnsProxyExt::initLocalUdp() {
 
 void DnsProxyExt::stopProxy(platform::NEProviderStopReason reason, StopCompletion completion) {
   NSLog("stopProxy, reason: ", reason, ", instance id - ", identity());
-  logAtRelay("stopProxy, reason: ", reason);
+  relayLog_.alone("stopProxy, reason: ", reason);
   if (printReportTimer) {
     printReportTimer->invalidate();
     printReportTimer.reset();
@@ -89,11 +82,11 @@ void DnsProxyExt::stopProxy(platform::NEProviderStopReason reason, StopCompletio
 }
 
 void DnsProxyExt::sleep(StopCompletion completion) {
-  logTwice("sleep proxy");
+  relayLog_.twice("sleep proxy");
   completion();
 }
 
-void DnsProxyExt::wake() { logTwice("wake proxy"); }
+void DnsProxyExt::wake() { relayLog_.twice("wake proxy"); }
 
 void DnsProxyExt::receivedCommandFromApp(const XpcUdpCommand& msg) {
   if (msg.payload == "bypassAllOn") {
@@ -109,10 +102,22 @@ void DnsProxyExt::receivedCommandFromApp(const XpcUdpCommand& msg) {
 
 void DnsProxyExt::cfReceivedNewMessage(const std::string& /*msg*/) {}
 
-void DnsProxyExt::printToUdpLogs(std::string_view log) const { xpcUdpHelper->printLogToFile(log); }
+void DnsProxyExt::printToUdpLogs(std::string_view log) const { relayLog_.print(log); }
 
-DNSHostRef DnsProxyExt::host(std::string_view address, std::string_view port) {
-  return std::make_shared<Utils::DNSHost>(std::string(address).append(":").append(port));
+void DnsProxyExt::printExtensionSettings() const {
+  NSLog("vendorData: ", vendorData);
+  NSLog("options: ", options);
+  NSLog("macosConfig options: ", macOSconfig);
+  NSLog("whitelistedApps: ", allowedApps);
+  NSLog("systemDnsSettings: ", systemDNSSettings());
+  relayLog_.alone("systemDnsSettings: ", systemDNSSettings());
+  relayLog_.alone("vendorData: ", vendorData);
+  relayLog_.alone("options: ", options);
+  relayLog_.alone("macosConfig options: ", macOSconfig);
+  relayLog_.alone("whitelistedApps: ", allowedApps);
+  const auto localNetwork = localNetworkDNS ? std::optional(*localNetworkDNS) : std::nullopt;
+  relayLog_.alone("localNetworkDNS: ", localNetwork, ", filteringDNS: ", filteringDNS,
+                  ", secondDNS:", secondDNS);
 }
 
 // A running number in place of the object's address: as good for telling instances apart, and a log

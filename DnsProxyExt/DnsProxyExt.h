@@ -10,16 +10,21 @@
 #include <string_view>
 #include <vector>
 
-#include "DnsProxyExt/AppToExtDelegate.h"
-#include "DnsProxyExt/CapPortalHelper.h"
-#include "DnsProxyExt/DNSFlowReport.h"
-#include "DnsProxyExt/DomainMap.h"
-#include "DnsProxyExt/FlowManager.h"
-#include "DnsProxyExt/MDMConfigurationManager.h"
-#include "DnsProxyExt/ReportSettings.h"
-#include "DnsProxyExt/Utils.h"
-#include "DnsProxyExt/XpcUdpHelper.h"
-#include "dns_tools/Message.h"
+#include "DnsProxyExt/answers/ResponsePath.h"
+#include "DnsProxyExt/intake/Batch.h"
+#include "DnsProxyExt/intake/Decoding.h"
+#include "DnsProxyExt/intake/FlowIntake.h"
+#include "DnsProxyExt/registry/DNSFlowReport.h"
+#include "DnsProxyExt/registry/FlowManager.h"
+#include "DnsProxyExt/registry/ReportSettings.h"
+#include "DnsProxyExt/relay/AppToExtDelegate.h"
+#include "DnsProxyExt/relay/RelayLog.h"
+#include "DnsProxyExt/relay/XpcUdpHelper.h"
+#include "DnsProxyExt/routing/RoutingTable.h"
+#include "DnsProxyExt/settings/MDMConfigurationManager.h"
+#include "DnsProxyExt/settings/VendorSettings.h"
+#include "DnsProxyExt/upstream/CapPortalHelper.h"
+#include "DnsProxyExt/upstream/UpstreamExchange.h"
 #include "platform/dispatch/Timer.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 #include "platform/store/UserDefaults.h"
@@ -30,10 +35,10 @@ namespace quillet {
 /// the identity to queries for the filtering DNS service, forwards them and writes the answers
 /// back.
 ///
-/// One translation unit for each stage of a query's road: DnsProxyExt.cpp (start and stop),
-/// VendorSettings.cpp, FlowIntake.cpp, Routing.cpp, UpstreamExchange.cpp, ResponsePath.cpp;
-/// PolicyFetch.cpp fills the domain maps, Reports.cpp prints what is asked for on the way,
-/// RelayLog.h hands lines to the relay service.
+/// Holds the state and puts the stages one after the other: `FlowIntake` takes what a flow gives,
+/// `RoutingTable` chooses, an `UpstreamExchange` asks, `ResponsePath` answers. QueryRoad.cpp has
+/// that road, DnsProxyExt.cpp start and stop, VendorData.cpp the settings, PolicyFetch.cpp the
+/// policy.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
 /// excepted.
@@ -67,8 +72,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   static platform::UserDefaults* groupDefaults();
   /// Those that this provider keeps its vendor data in.
   [[nodiscard]] platform::UserDefaults* defaults() const;
-  /// Whether the filtering DNS service is to be used: not when "allowAll" is "true".
-  [[nodiscard]] bool useQuilletDNS() const;
+  /// Whether the filtering DNS service is to be used: not when "allowAll" is "true". Logged.
+  bool useQuilletDNS() const;
 
   // Commands.
 
@@ -113,14 +118,11 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
                              bool isFinished, const platform::NWHostEndpoint& endpoint,
                              std::optional<platform::Error> error);
 
-  // Decoding, logged: absent for what is no message.
+  // Decoding, as `Decoding` does.
 
-  std::optional<DnsToolsSocket::Message> decodeDNSRequest(platform::DataView data,
-                                                          std::int64_t flowHash) const;
-  std::optional<DnsToolsSocket::Message> decodeDNSResponse(platform::DataView data,
-                                                           std::int64_t flowHash) const;
-  std::optional<DnsToolsSocket::Message> decodeDNSData(platform::DataView data,
-                                                       std::string_view str) const;
+  static Decoding::Decoded decodeDNSRequest(platform::DataView data, std::int64_t flowHash);
+  Decoding::Decoded decodeDNSResponse(platform::DataView data, std::int64_t flowHash) const;
+  static Decoding::Decoded decodeDNSData(platform::DataView data, std::string_view str);
 
   // Reports.
 
@@ -137,19 +139,13 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   std::optional<platform::JSONObject> vendorData;
   std::optional<platform::NEProviderOptions> options;
   std::set<std::string> safeSearchDomains;
-  bool shouldAllowAll = false;
-  /// Of the exchanges that have a connection and no answer: as many as `NWConnection` lets be open.
+  /// Of the exchanges that have no answer yet, as many as `NWConnection` lets be open, and of the
+  /// last ones that are over without one.
   DNSFlowReports dnsFlowsReports;
   /// Absent without captive-portal servers.
   std::shared_ptr<CapPortalHelper> capPortalHelper;
-  std::vector<std::string> localNetworkApps{"com.apple.opendirectoryd", "com.apple.nsupdate"};
-  DomainMap localDomainsMap;
-  DomainMap whitelistedDomainsMap;
-  DNSHostRef filteringDNS;
-  DNSHostRef secondDNS;
-  DNSHostRef localNetworkDNS;
+  RoutingTable routing;
   DNSHostRef policyUDPServer;
-  std::vector<std::string> allowedApps;
   std::vector<std::string> captivePortalIps;
   ConfigurationMap macOSconfig;
   std::optional<platform::Timer> printReportTimer{std::in_place};
@@ -164,49 +160,43 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   const double fetchPolicyEach = 600;
   /// When a flow last made the policy be fetched again; seconds since 1970.
   std::int64_t lastPolicyFetchTime = 0;
+  /// How a batch reaches its server.
+  UpstreamExchange upstream = exchangeOverUDP;
+
+  // The routing table's members under the provider's names.
+
+  bool& shouldAllowAll = routing.shouldAllowAll;
+  std::vector<std::string>& localNetworkApps = routing.localNetworkApps;
+  std::vector<std::string>& allowedApps = routing.allowedApps;
+  DomainMap& localDomainsMap = routing.localDomainsMap;
+  DomainMap& whitelistedDomainsMap = routing.whitelistedDomainsMap;
+  DNSHostRef& filteringDNS = routing.filteringDNS;
+  DNSHostRef& secondDNS = routing.secondDNS;
+  DNSHostRef& localNetworkDNS = routing.localNetworkDNS;
 
  protected:
   /// What the log calls the provider.
   [[nodiscard]] virtual std::string_view className() const { return "DnsProxyExt"; }
 
-  using AnswerHandler = std::function<void(
-      const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
-      const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error)>;
-
-  /// A server by its address and port as texts.
-  static DNSHostRef host(std::string_view address, std::string_view port);
-  /// Sends a batch to a server; each answer goes to `handler`. Keeps a report that begins now, in
-  /// place of an earlier one of the same flow, until there is an answer or the connection goes.
-  void exchange(const Flow& flow, std::vector<platform::Data> batch,
-                std::vector<platform::NWHostEndpoint> endpoints, const Utils::DNSHost& server,
-                AnswerHandler handler);
-  /// Whether there is something to send, and somebody to answer for each of it.
-  static bool isComplete(const std::optional<std::vector<platform::Data>>& data,
-                         const std::optional<std::vector<platform::NWHostEndpoint>>& endpoints);
+  /// Keeps a report that begins now and sends a batch to a server; each answer goes to `handler`.
+  /// Without somebody to answer for each datagram nothing is sent.
+  void exchange(Batch batch, const Utils::DNSHost& server, AnswerHandler handler);
+  /// Takes one answer.
+  void answered(Answer answer);
 
  private:
-  struct Route;
-  class KeptReport;
-
-  // The relay service's log (RelayLog.h).
-  template <class... Pieces>
-  void logTwice(const Pieces&... pieces) const;
-  template <class... Pieces>
-  void logAtRelay(const Pieces&... pieces) const;
-
   // Start (DnsProxyExt.cpp).
   void initCapPortalHelper();
   void initLocalUdp();
   [[nodiscard]] std::string identity() const;
 
-  // Vendor data (VendorSettings.cpp).
+  // Vendor data (VendorData.cpp).
   bool takeVendorData();
   void logStoredVendorData() const;
   void logUserEmail() const;
   void initVendorSettings();
-  void initServers();
-  void initAllowedApps();
-  [[nodiscard]] const std::string* setting(std::string_view key) const;
+  void initLocalDomainsMap();
+  void apply(VendorSetting::Step step);
 
   // Policy (PolicyFetch.cpp).
   static void logPolicyFetched(bool success);
@@ -214,38 +204,18 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   void policyReceived(const std::optional<platform::Data>& content,
                       const std::optional<platform::NWError>& error,
                       const FetchCompletion& completion);
-  void initLocalDomainsMap();
 
-  // Flow intake (FlowIntake.cpp).
+  // A query's road (QueryRoad.cpp).
   void openFlow(const Flow& flow);
-  void flowOpened(const Flow& flow, const std::optional<platform::Error>& error);
-  void datagramsRead(const Flow& flow, std::optional<std::vector<platform::Data>> datagrams,
-                     std::optional<std::vector<platform::NWHostEndpoint>> endpoints,
-                     const std::optional<platform::Error>& error);
-  void recordRequest(const Flow& flow, const std::vector<platform::Data>& datagrams);
-  void obeyReportCommand(const Flow& flow) const;
-
-  // Routing (Routing.cpp).
-  [[nodiscard]] Route chooseRoute(const std::string& app, platform::DataView firstDatagram,
-                                  std::int64_t flowHash) const;
+  [[nodiscard]] Route chooseRoute(const Batch& batch) const;
   void logRoute(const Route& route) const;
-  [[nodiscard]] std::vector<platform::Data> injectIdentity(const std::string& app,
-                                                           const std::vector<platform::Data>& batch,
-                                                           std::int64_t flowHash) const;
-
-  // Answers (ResponsePath.cpp).
-  [[nodiscard]] std::optional<DNSFlowReport> endedReport(const std::string& key) const;
-  static std::optional<std::string> answeredName(
-      const std::optional<DnsToolsSocket::Message>& message, std::int64_t flowHash);
-  void writeAnswer(const Flow& flow, platform::Data answer, bool isFinished,
-                   const platform::NWHostEndpoint& endpoint,
-                   std::optional<platform::Error> upstreamError);
-  void answerWritten(const Flow& flow, bool isFinished,
-                     const std::optional<platform::Error>& upstreamError,
-                     const std::optional<platform::Error>& writeError);
+  void injectIdentity(Batch& batch) const;
 
   const std::int64_t instanceNumber_;
-  std::uint64_t exchanges_ = 0;
+  const RelayLog relayLog_{xpcUdpHelper};
+  const Decoding decoding_{relayLog_};
+  FlowIntake intake_{flowManager, relayLog_};
+  ResponsePath responsePath_{flowManager, dnsFlowsReports, decoding_};
 };
 
 }  // namespace quillet

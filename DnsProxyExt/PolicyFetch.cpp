@@ -1,7 +1,6 @@
 #include "DnsProxyExt/DnsProxyExt.h"
-#include "DnsProxyExt/MappedDomains.h"
-#include "DnsProxyExt/PolicyUDPClient.h"
-#include "DnsProxyExt/WhitelistedDomains.h"
+#include "DnsProxyExt/upstream/Policy.h"
+#include "DnsProxyExt/upstream/PolicyUDPClient.h"
 #include "platform/base/Clock.h"
 #include "platform/base/Utf8.h"
 #include "platform/dispatch/DispatchQueue.h"
@@ -12,28 +11,6 @@ namespace quillet {
 using platform::Data;
 using platform::NSLog;
 using platform::NWError;
-
-namespace {
-
-/// The organisation goes in as it is: the policy server takes it so.
-Data policyRequest(std::string_view organization) {
-  std::string text = R"({"function": "localDNSMap","companyId": ")";
-  text.append(organization).append(R"("})");
-  return {text.begin(), text.end()};
-}
-
-DomainMap mapOf(const WhitelistedDomains& policy) {
-  DomainMap map;
-  for (const auto& [assignedDomains, dnsServerIP] : policy.dnsServerSettings) {
-    const auto server = std::make_shared<Utils::DNSHost>(dnsServerIP);
-    for (const auto& domain : assignedDomains) {
-      map.set(domain, server);
-    }
-  }
-  return map;
-}
-
-}  // namespace
 
 void DnsProxyExt::logPolicyFetched(bool success) {
   NSLog("Policy is fetched, success - ", success);
@@ -66,7 +43,7 @@ void DnsProxyExt::refreshPolicy() {
 
 void DnsProxyExt::fetchPolicy(FetchCompletion completion) {
   NSLog("fetchPolicy");
-  const auto* organization = setting("organizationId");
+  const auto* organization = settingIn(macOSconfig, "organizationId");
   if (organization == nullptr || organization->empty()) {
     NSLog("fetchPolicy: policyUDPServer - orgId = nil");
     completion(false);
@@ -101,25 +78,8 @@ void DnsProxyExt::policyReceived(const std::optional<Data>& content,
   completion(true);
 }
 
-// The new map takes the old one's place whole, so that a query meets the one or the other.
 void DnsProxyExt::updateWhitelistedDomains(platform::DataView policyResp) {
-  NSLog("updateWhitelistedDomains");
-  const auto policy = WhitelistedDomains::decode(policyResp);
-  if (!policy) {
-    NSLog("JSON decoder, error: ", policy.error(), ", ");
-    return;
-  }
-  NSLog("updating WhitelistedDomains...");
-  if (policy->status) {
-    whitelistedDomainsMap = mapOf(*policy);
-  }
-  NSLog(" WhitelistedDomains updated: ", whitelistedDomainsMap);
-}
-
-void DnsProxyExt::initLocalDomainsMap() {
-  const auto* mappedDomains = setting("mappedDomains");
-  localDomainsMap = mappedDomains != nullptr ? parseMappedDomains(*mappedDomains) : DomainMap();
-  NSLog("initLocalDomainsMap - got map: ", localDomainsMap);
+  takePolicy(policyResp, whitelistedDomainsMap);
 }
 
 }  // namespace quillet

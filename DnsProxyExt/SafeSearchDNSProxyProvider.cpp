@@ -2,7 +2,6 @@
 
 #include <DeploymentValues.h>
 
-#include <functional>
 #include <utility>
 
 #include "platform/log/NSLog.h"
@@ -10,31 +9,28 @@
 namespace quillet {
 
 using platform::Data;
-using platform::Error;
 using platform::NWHostEndpoint;
 
 void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
                                               std::optional<std::vector<Data>> data,
                                               std::optional<std::vector<NWHostEndpoint>> endpoints,
-                                              const std::optional<Error>& /*error*/) {
-  if (!isComplete(data, endpoints)) {
+                                              const std::optional<platform::Error>& /*error*/) {
+  auto batch = Batch::from(flow, std::move(data), std::move(endpoints));
+  if (!batch.isComplete()) {
     return;
   }
-  const auto server = host(deployment::kFilteringDns, "53");
+  const auto server = Utils::DNSHost::at(deployment::kFilteringDns, "53");
   const auto self = std::static_pointer_cast<SafeSearchDNSProxyProvider>(shared_from_this());
-  exchange(flow, *std::move(data), *std::move(endpoints), *server,
-           std::bind_front(&SafeSearchDNSProxyProvider::received, self));
+  exchange(std::move(batch), *server, [self](Answer answer) { self->received(std::move(answer)); });
 }
 
-void SafeSearchDNSProxyProvider::received(const Flow& flow, std::optional<Data> answer,
-                                          bool isFinished, const NWHostEndpoint& endpoint,
-                                          std::optional<Error> error) {
-  if (!answer) {
+void SafeSearchDNSProxyProvider::received(Answer answer) {
+  if (!answer.datagram) {
     platform::NSLog("[SafeSearchDNSProxyProvider]: datagram data is nil");
     return;
   }
-  decodeDNSResponse(*answer, flow->hash());
-  handleInBoundDatagram(flow, std::move(answer), isFinished, endpoint, std::move(error));
+  decodeDNSResponse(*answer.datagram, answer.hash());
+  answered(std::move(answer));
 }
 
 }  // namespace quillet

@@ -15,10 +15,8 @@ class SafeSearchDNSProxyProvider final : public DnsProxyExt {
   /// Does nothing.
   void startFetchingPolicy() override {}
 
-  /// Takes one answer for a flow as `handleInBoundDatagram` does, but says only that there is none
-  /// when there is none.
-  void received(const Flow& flow, std::optional<platform::Data> answer, bool isFinished,
-                const platform::NWHostEndpoint& endpoint, std::optional<platform::Error> error);
+  /// Takes one answer as the provider does, but says only that there is none when there is none.
+  void received(Answer answer);
 
  protected:
   [[nodiscard]] std::string_view className() const override { return "SafeSearchDNSProxyProvider"; }

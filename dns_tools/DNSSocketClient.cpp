@@ -121,6 +121,9 @@ void DNSSocketClient::sendBatch() {
 void DNSSocketClient::datagramSent(std::size_t index, const std::optional<NWError>& error) {
   if (error) {
     NSLog("(", flowHash_, "): ERROR! Error when data (Type: Data) sending. NWError: \n ", *error);
+    if (++failureCount_ == batchSize_) {
+      letGoLater();
+    }
     return;
   }
   NSLog("Data was sent to UDP, flowHash = ", flowHash_);

@@ -20,7 +20,8 @@ namespace DnsToolsSocket {
 /// Answers are matched to the receives in the order in which they arrive, not by message id. There
 /// is no time limit and no retry; a batch that is not answered in full is never reported as
 /// finished. A connection that waits or failed has no socket and never gets one: it is let go of
-/// without a further word. Datagrams are held until they are sent, not until they are answered.
+/// without a further word, as is one that none of the batch could be sent on. Datagrams are held
+/// until they are sent, not until they are answered.
 ///
 /// Used once: create, set `onDataReceived`, connect. From then on the connection's handlers keep
 /// the client alive until the connection is cancelled. Inside the event loop only.
@@ -83,6 +84,7 @@ class DNSSocketClient : public std::enable_shared_from_this<DNSSocketClient> {
   platform::DispatchTime dataWasSent_;
   std::shared_ptr<platform::NWConnection> connection_;
   std::size_t answerCount_ = 0;
+  std::size_t failureCount_ = 0;  // datagrams that could not be sent
 };
 
 }  // namespace DnsToolsSocket

@@ -33,8 +33,7 @@ struct DNSHeader {
   bool operator==(const DNSHeader&) const = default;
 };
 
-/// The flags of a message header (RFC 1035 section 4.1.1, RFC 4035 section 3), in its octets 2
-/// and 3.
+/// Where a header has its flags: octet 2 from QR to RD, octet 3 from RA on.
 struct HeaderBits {
   static constexpr std::size_t kHeaderSize = 12;
 
@@ -55,7 +54,7 @@ struct HeaderBits {
 /// Reads one header. Made fresh for each.
 class DNSHeaderDecoder {
  public:
-  /// Reads the 12 octets from `offset` on and moves it behind them. Fewer leave `header` unset.
+  /// Reads the 12 octets from `offset` on and moves it past them. Fewer leave `header` unset.
   void decodeHeaderInBuffer(platform::DataView buffer, std::uint32_t& offset);
 
   std::optional<DNSHeader> header;
@@ -66,7 +65,7 @@ class DNSHeaderEncoder {
  public:
   /// The 12 octets of a header, with the counts that it holds.
   static platform::Data encode(const DNSHeader& header);
-  /// The same behind what the writer holds.
+  /// The same, after what the writer holds.
   static void encodeTo(WireWriter& writer, const DNSHeader& header);
 };
 

@@ -37,7 +37,7 @@ void DNSLabelDecoder::decodeLabelInBuffer(DataView message, std::uint32_t& offse
     }
   }
   if (name) {
-    offset = behindFirstPointer_.value_or(reader.offset());
+    offset = afterFirstPointer_.value_or(reader.offset());
   }
 }
 
@@ -73,8 +73,8 @@ void DNSLabelDecoder::readPointer(WireReader& reader, DataView message, DecodeBu
     breakOff();
     return;
   }
-  if (!behindFirstPointer_) {
-    behindFirstPointer_ = reader.offset();
+  if (!afterFirstPointer_) {
+    afterFirstPointer_ = reader.offset();
   }
   if (++openTargets_ > kMaxPointers || !budget.charge(DecodeBudget::kPointerCost)) {
     state_ = State::finished;

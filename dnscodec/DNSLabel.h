@@ -44,7 +44,7 @@ class DNSLabelDecoder {
  public:
   static constexpr int kMaxPointers = 127;
 
-  /// Reads the name at `offset` and moves it behind the name, behind the first pointer if there is
+  /// Reads the name at `offset` and moves it past the name, past the first pointer if there is
   /// one. A name that fails leaves `name` unset and `offset` where it was.
   void decodeLabelInBuffer(platform::DataView message, std::uint32_t& offset);
   /// The same, charged to the budget of a whole message; what it does not allow fails.
@@ -75,7 +75,7 @@ class DNSLabelDecoder {
   int openTargets_ = 0;
   std::size_t targetStart_ = 0;
   std::size_t parentStart_ = 0;
-  std::optional<std::uint32_t> behindFirstPointer_;
+  std::optional<std::uint32_t> afterFirstPointer_;
 };
 
 /// Writes names.

@@ -30,7 +30,7 @@ struct DNSMessage {
 /// Takes a message apart. Made fresh for each.
 class DNSMessageDecoder {
  public:
-  /// Reads the message that `buffer` begins with; octets behind its last record are ignored. A
+  /// Reads the message that `buffer` begins with; octets past its last record are ignored. A
   /// broken element, a count that promises more than there is and names that multiply beyond a
   /// `DecodeBudget` leave `message` unset.
   void decodeMessageInBuffer(platform::DataView buffer);
@@ -38,7 +38,7 @@ class DNSMessageDecoder {
   std::optional<DNSMessage> message;
 
  private:
-  // Each reads one part of the message at `offset` and moves it behind that part; false when it is
+  // Each reads one part of the message at `offset` and moves it past that part; false when it is
   // broken.
   bool decodeHeaderWithBuffer(platform::DataView buffer, std::uint32_t& offset, DNSHeader& header);
   bool decodeQuestionsWithCount(std::size_t count, platform::DataView buffer, std::uint32_t& offset,

@@ -54,7 +54,7 @@ OptRef optRecord(Data options) {
 }
 
 /// For a query that cannot be taken apart and written again, because of `reason`.
-Data injectBehindQuestions(const Data& datagram, const OptRef& opt, std::string_view reason) {
+Data injectAfterQuestions(const Data& datagram, const OptRef& opt, std::string_view reason) {
   if (auto injected = withQuestionOctets(datagram, *opt)) {
     NSLog("inject: query ", reason, ", its question octets are kept");
     return *std::move(injected);
@@ -67,7 +67,7 @@ Data inject(const Data& datagram, const OptRef& opt) {
   DNSMessageDecoder decoder;
   decoder.decodeMessageInBuffer(datagram);
   if (!decoder.message) {
-    return injectBehindQuestions(datagram, opt, "cannot be decoded");
+    return injectAfterQuestions(datagram, opt, "cannot be decoded");
   }
   auto& message = DNSParser::checkDnsMessage(*decoder.message);
   message.additionalRecords.assign(1, opt);
@@ -75,7 +75,7 @@ Data inject(const Data& datagram, const OptRef& opt) {
   // Written in full, names that were pointers can make a message that no datagram carries.
   return injected.size() <= kMaxDatagramSize
              ? injected
-             : injectBehindQuestions(datagram, opt, "is too long written in full");
+             : injectAfterQuestions(datagram, opt, "is too long written in full");
 }
 
 void logType(std::uint16_t type) {

@@ -24,7 +24,7 @@ struct DNSQuestion {
 /// Reads one question. Made fresh for each.
 class DNSQuestionDecoder {
  public:
-  /// Reads the question at `offset` and moves it behind the question. A broken one leaves
+  /// Reads the question at `offset` and moves it past the question. A broken one leaves
   /// `question` unset.
   void decodeQuestionInBuffer(platform::DataView buffer, std::uint32_t& offset);
   /// The same, charged to the budget of a whole message.
@@ -39,7 +39,7 @@ class DNSQuestionEncoder {
  public:
   /// Name, type and class of a question.
   static platform::Data encode(const DNSQuestion& question);
-  /// The same behind what the writer holds.
+  /// The same, after what the writer holds.
   static void encodeTo(WireWriter& writer, const DNSQuestion& question);
   /// The octets to make room for before the question is written.
   static std::size_t expectedSize(const DNSQuestion& question);

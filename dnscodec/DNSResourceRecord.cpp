@@ -15,6 +15,11 @@ namespace {
 // Type, class, TTL and RDLENGTH.
 constexpr std::size_t kFixedSize = 10;
 
+// The TTL of an OPT record.
+constexpr int kExtendedRCodeShift = 24;
+constexpr int kVersionShift = 16;
+constexpr std::uint32_t kDnssecOk = 1U << 15;
+
 }  // namespace
 
 void DNSResourceRecord::copyFromResource(const DNSResourceRecord& record) {
@@ -60,6 +65,29 @@ void DNSResourceRecord::encodeAs(WireWriter& writer, std::uint16_t classToWrite,
   writer.writeBytes(rdata);
 }
 
+void DNSCNAMEResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
+  std::uint32_t offset = 0;
+  DNSLabelDecoder decoder;
+  decoder.decodeLabelInBuffer(record.data, offset);
+  canonicalName = decoder.name.value_or("");
+}
+
+Data DNSCNAMEResourceRecord::encodeData() const { return DNSLabelEncoder::encode(canonicalName); }
+
+void DNSOPTResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
+  udpPayloadSize = record.resourceClass;
+  extendedRCode = static_cast<std::uint8_t>(record.ttl >> kExtendedRCodeShift);
+  version = static_cast<std::uint8_t>(record.ttl >> kVersionShift);
+  dnssecOK = (record.ttl & kDnssecOk) != 0;
+}
+
+void DNSOPTResourceRecord::encodeTo(WireWriter& writer) const {
+  const std::uint32_t fields = static_cast<std::uint32_t>(extendedRCode) << kExtendedRCodeShift |
+                               static_cast<std::uint32_t>(version) << kVersionShift |
+                               (dnssecOK ? kDnssecOk : 0);
+  encodeAs(writer, udpPayloadSize, fields, data);
+}
+
 void DNSResourceRecordDecoder::decodeResourceInBuffer(DataView buffer, std::uint32_t& offset) {
   DecodeBudget budget;
   decodeResourceInBuffer(buffer, offset, budget);
@@ -85,39 +113,6 @@ void DNSResourceRecordDecoder::decodeResourceInBuffer(DataView buffer, std::uint
   read->data.assign(data.begin(), data.end());
   resource = std::move(read);
   offset = reader.offset();
-}
-
-void DNSCNAMEResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
-  std::uint32_t offset = 0;
-  DNSLabelDecoder decoder;
-  decoder.decodeLabelInBuffer(record.data, offset);
-  canonicalName = decoder.name.value_or("");
-}
-
-platform::Data DNSCNAMEResourceRecord::encodeData() const {
-  return DNSLabelEncoder::encode(canonicalName);
-}
-
-namespace {
-
-constexpr int kExtendedRCodeShift = 24;
-constexpr int kVersionShift = 16;
-constexpr std::uint32_t kDnssecOk = 1U << 15;
-
-}  // namespace
-
-void DNSOPTResourceRecord::decodeFromResource(const DNSResourceRecord& record) {
-  udpPayloadSize = record.resourceClass;
-  extendedRCode = static_cast<std::uint8_t>(record.ttl >> kExtendedRCodeShift);
-  version = static_cast<std::uint8_t>(record.ttl >> kVersionShift);
-  dnssecOK = (record.ttl & kDnssecOk) != 0;
-}
-
-void DNSOPTResourceRecord::encodeTo(WireWriter& writer) const {
-  const std::uint32_t fields = static_cast<std::uint32_t>(extendedRCode) << kExtendedRCodeShift |
-                               static_cast<std::uint32_t>(version) << kVersionShift |
-                               (dnssecOK ? kDnssecOk : 0);
-  encodeAs(writer, udpPayloadSize, fields, data);
 }
 
 }  // namespace quillet

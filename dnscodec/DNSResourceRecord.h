@@ -67,19 +67,6 @@ class DNSResourceRecord {
                 platform::DataView rdata) const;
 };
 
-/// Reads one resource record as a plain one, whatever its type. Made fresh for each.
-class DNSResourceRecordDecoder {
- public:
-  /// Reads the record at `offset` and moves it behind the record. A broken one leaves `resource`
-  /// unset.
-  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset);
-  /// The same, charged to the budget of a whole message.
-  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset,
-                              DecodeBudget& budget);
-
-  std::shared_ptr<DNSResourceRecord> resource;
-};
-
 /// What every kind of record has for itself: how one is made from a generic record, and copied.
 ///
 ///     class DNSOPTResourceRecord final : public DNSTypedResourceRecord<DNSOPTResourceRecord>
@@ -122,6 +109,19 @@ class DNSOPTResourceRecord final : public DNSTypedResourceRecord<DNSOPTResourceR
   std::uint8_t extendedRCode = 0;
   std::uint8_t version = 0;
   bool dnssecOK = false;
+};
+
+/// Reads one resource record as a plain one, whatever its type. Made fresh for each.
+class DNSResourceRecordDecoder {
+ public:
+  /// Reads the record at `offset` and moves it past the record. A broken one leaves `resource`
+  /// unset.
+  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset);
+  /// The same, charged to the budget of a whole message.
+  void decodeResourceInBuffer(platform::DataView buffer, std::uint32_t& offset,
+                              DecodeBudget& budget);
+
+  std::shared_ptr<DNSResourceRecord> resource;
 };
 
 }  // namespace quillet

@@ -23,7 +23,7 @@ class OptionBlock {
   explicit OptionBlock(std::size_t expected) : writer_(expected) {}
 
   /// Adds one option; false for a value of more than 65,535 octets, which has no length, and for
-  /// one that no longer fits into a record behind others. It is left out whole, and that is one log
+  /// one that no longer fits into a record after others. It is left out whole, and that is one log
   /// line; shorter ones may still follow.
   bool add(std::uint16_t code, std::string_view value);
   /// The options added; the block is empty after it.

@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint8_t kPointerBits = 0xC0;
 constexpr std::size_t kTypeAndClass = 4;
 
-/// Moves `reader` behind the pointer whose first octet is `high`; false when it leads elsewhere
+/// Moves `reader` past the pointer whose first octet is `high`; false when it leads elsewhere
 /// than to earlier questions.
 bool passPointer(WireReader& reader, std::uint8_t high) {
   const std::size_t start = reader.offset() - 1;
@@ -22,7 +22,7 @@ bool passPointer(WireReader& reader, std::uint8_t high) {
   return target >= HeaderBits::kHeaderSize && target < start;
 }
 
-/// Moves `reader` behind a name.
+/// Moves `reader` past a name.
 bool passName(WireReader& reader) {
   while (!reader.failed()) {
     const std::uint8_t length = reader.readUInt8();

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "DnsProxyExt/XpcUdpCommandParser.h"
+#include "DnsProxyExt/relay/XpcUdpCommandParser.h"
 #include "platform/base/Data.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/network/NWListener.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DnsProxyExt/XPCServiceDNSProxyProtocol.h"
+#include "DnsProxyExt/relay/XPCServiceDNSProxyProtocol.h"
 
 namespace QuilletXPCservice {
 

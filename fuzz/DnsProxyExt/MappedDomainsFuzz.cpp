@@ -4,16 +4,11 @@
 #include <map>
 #include <string>
 
-#include "DnsProxyExt/MappedDomains.h"
-#include "fuzz/Require.h"
-#include "platform/base/Data.h"
+#include "DnsProxyExt/routing/MappedDomains.h"
+#include "fuzz/Target.h"
 #include "platform/base/Description.h"
-#include "platform/base/Utf8.h"
 
 namespace {
-
-using quillet::Utils;
-using quillet::fuzz::require;
 
 /// Reads byte by byte what stands between the enclosing characters, one byte each.
 std::map<std::string, std::string> readEntries(std::string_view text) {
@@ -38,19 +33,17 @@ std::map<std::string, std::string> readEntries(std::string_view text) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto text = platform::textOf({data, size});
-  quillet::parseMappedDomains(text);
-  const auto map = quillet::parseMappedDomains("[" + std::string(text) + "]");
+void quillet::fuzz::run(platform::DataView input) {
+  const auto text = platform::textOf(input);
+  parseMappedDomains(text);
+  const auto map = parseMappedDomains("[" + std::string(text) + "]");
   const auto entries = readEntries(text);
   require(map.size() == entries.size());
   for (const auto& [fragment, server] : entries) {
     const auto found = map.server(fragment);
-    if (fragment.empty() || fragment.size() > quillet::DomainMap::kMaxSearched) {
-      require(found == nullptr);
-    } else {
-      require(platform::description(found) == platform::description(Utils::DNSHost(server)));
-    }
+    const bool isSearched = !fragment.empty() && fragment.size() <= DomainMap::kMaxSearched;
+    require(isSearched
+                ? platform::description(found) == platform::description(Utils::DNSHost(server))
+                : found == nullptr);
   }
-  return 0;
 }

@@ -1,20 +1,19 @@
 // An answer that was read holds nothing but text, and reads the same from its own members written
 // anew.
 
-#include "DnsProxyExt/WhitelistedDomains.h"
-#include "fuzz/Require.h"
+#include "DnsProxyExt/upstream/WhitelistedDomains.h"
+#include "fuzz/Target.h"
 #include "platform/base/Utf8.h"
 #include "platform/store/JSONValue.h"
 
 namespace {
 
 using quillet::WhitelistedDomains;
-using quillet::fuzz::require;
 
 platform::JSONValue jsonOf(const WhitelistedDomains& policy) {
   auto servers = platform::JSONValue::array();
   for (const auto& [domains, address] : policy.dnsServerSettings) {
-    require(platform::isValidUtf8(address));
+    quillet::fuzz::require(platform::isValidUtf8(address));
     servers.push_back({{"assignedDomains", domains}, {"dnsServerIP", address}});
   }
   return {{"status", policy.status}, {"dnsServerSettings", servers}};
@@ -22,15 +21,13 @@ platform::JSONValue jsonOf(const WhitelistedDomains& policy) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto policy = WhitelistedDomains::decode({data, size});
+void quillet::fuzz::run(platform::DataView input) {
+  const auto policy = WhitelistedDomains::decode(input);
   if (!policy) {
-    require(!policy.error().text().empty());
-    return 0;
+    return require(!policy.error().text().empty());
   }
   const auto json = jsonOf(*policy);
   const auto text = json.dump();
   const auto again = WhitelistedDomains::decode(platform::bytesOf(text));
   require(again && jsonOf(*again) == json);
-  return 0;
 }

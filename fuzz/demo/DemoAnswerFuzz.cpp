@@ -6,25 +6,19 @@
 
 #include "demo/DemoAnswer.h"
 #include "demo/QueryLine.h"
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 
-using quillet::fuzz::require;
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const platform::DataView datagram(data, size);
+void quillet::fuzz::run(platform::DataView datagram) {
   const auto query = DnsToolsSocket::Message::deserialize(datagram);
-  const auto answer = query ? quillet::answerTo(*query) : quillet::answerToUndecodable(datagram);
+  const auto answer = query ? answerTo(*query) : answerToUndecodable(datagram);
   if (query) {
     std::string line;
-    quillet::appendQueryLine(line, *query);
-    require(std::count(line.begin(), line.end(), '\n') == 1 && line.back() == '\n');
+    appendQueryLine(line, *query);
+    require(line.find('\n') == line.size() - 1);
   }
-  if (!answer) {
-    return 0;
-  }
-  if (const auto bytes = answer->serialize()) {
-    require(bytes->size() >= 12 && std::equal(data, data + 2, bytes->begin()));
+  if (const auto bytes = answer ? answer->serialize() : platform::Data(); bytes && answer) {
+    require(bytes->size() >= 12 &&
+            std::equal(bytes->begin(), bytes->begin() + 2, datagram.begin()));
     require(((*bytes)[2] & 0x80) != 0);
   }
-  return 0;
 }

@@ -1,26 +1,29 @@
 #pragma once
 
 #include <algorithm>
-#include <string_view>
 
 #include "dnscodec/DNSMessage.h"
 
 namespace quillet::test {
 
-/// Whether a name can be read again as it was written. One with an empty piece cannot, since that
-/// reads as the end: labels may hold dots, and a pointer to the root adds one.
-inline bool isWritable(std::string_view name) {
-  return name == "." || !(name.starts_with('.') || name.ends_with('.') ||
-                          name.find("..") != std::string_view::npos);
+/// Calls `use` with every name of the message.
+template <class Use>
+void forEachName(const DNSMessage& message, Use use) {
+  std::ranges::for_each(message.questions, [&](const auto& entry) { use(entry->name); });
+  for (const auto* section :
+       {&message.answers, &message.authorityRecords, &message.additionalRecords}) {
+    std::ranges::for_each(*section, [&](const auto& entry) { use(entry->name); });
+  }
 }
 
-/// The same for all names of a message.
+/// Whether all names can be read again as they are written. One with an empty piece cannot, since
+/// that reads as the end: labels may hold dots, and a pointer to the root adds one.
 inline bool hasWritableNames(const DNSMessage& message) {
-  const auto isFine = [](const auto& element) { return isWritable(element->name); };
-  return std::ranges::all_of(message.questions, isFine) &&
-         std::ranges::all_of(message.answers, isFine) &&
-         std::ranges::all_of(message.authorityRecords, isFine) &&
-         std::ranges::all_of(message.additionalRecords, isFine);
+  bool areWritable = true;
+  forEachName(message, [&](const std::string& name) {
+    areWritable &= name == "." || ("." + name + ".").find("..") == std::string::npos;
+  });
+  return areWritable;
 }
 
 }  // namespace quillet::test

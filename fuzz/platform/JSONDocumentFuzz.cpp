@@ -3,26 +3,20 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 
-#include "fuzz/Require.h"
-#include "platform/base/Data.h"
+#include "fuzz/Target.h"
 #include "platform/store/JSONDocument.h"
 
 namespace {
 
 using platform::JSONFault;
 using platform::JSONValue;
-using quillet::fuzz::require;
 
 /// Takes what is nested too deep out of `value`, inside `depth` others; false when it has to go
 /// itself.
 bool prune(JSONValue& value, int depth) {
-  if (!value.is_structured()) {
-    return true;
-  }
-  if (depth == platform::kMaxJSONDepth) {
-    return false;
+  if (!value.is_structured() || depth == platform::kMaxJSONDepth) {
+    return !value.is_structured();
   }
   const auto keep = [depth](JSONValue& inner) { return prune(inner, depth + 1); };
   if (value.is_array()) {
@@ -34,40 +28,28 @@ bool prune(JSONValue& value, int depth) {
   return true;
 }
 
-void checkAgainstLibrary(std::string_view text) {
+}  // namespace
+
+void quillet::fuzz::run(platform::DataView input) {
+  const auto text = platform::textOf(input);
   const auto document = platform::parseJSON(text);
+  if (text.size() > platform::kMaxJSONSize || text.find('\0') != std::string_view::npos) {
+    return require(!document);
+  }
   auto whole = JSONValue::parse(text, nullptr, /*allow_exceptions=*/false);
   if (!whole.is_discarded()) {
-    const bool hasValue = prune(whole, 0);
-    require(hasValue ? document && document->value == whole
-                     : !document && document.error() == JSONFault::kTooDeep);
-  } else if (document) {
-    require(!document->leftOut.empty());  // a number that ends the library's parser
+    require(prune(whole, 0) ? document && document->value == whole
+                            : !document && document.error() == JSONFault::kTooDeep);
   }
-}
-
-void checkValue(const JSONValue& value) {
-  const auto* const text = value.get_ptr<const std::string*>();
-  const bool isEmptyText = text != nullptr && text->empty();
-  require(platform::description(value).empty() == isEmptyText);
+  if (!document) {
+    return;
+  }
+  const auto& value = document->value;
+  require(!whole.is_discarded() || !document->leftOut.empty());  // a number that ends the library's
+  require(platform::description(value).empty() == (value == ""));
   // Numbers may be longer than they were: 1e5 is written as 100000.0.
   const auto written = value.dump();
   const auto again = platform::parseJSON(written);
   require(again ? again->value == value && again->leftOut.empty()
                 : written.size() > platform::kMaxJSONSize);
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto text = platform::textOf({data, size});
-  if (size > platform::kMaxJSONSize || text.find('\0') != std::string_view::npos) {
-    require(!platform::parseJSON(text));
-    return 0;
-  }
-  checkAgainstLibrary(text);
-  if (const auto document = platform::parseJSON(text)) {
-    checkValue(document->value);
-  }
-  return 0;
 }

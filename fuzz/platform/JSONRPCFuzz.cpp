@@ -4,11 +4,9 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "fuzz/Require.h"
-#include "platform/base/Data.h"
+#include "fuzz/Target.h"
 #include "platform/store/JSONDocument.h"
 #include "platform/xpc/JSONRPC.h"
 #include "platform/xpc/LineBuffer.h"
@@ -36,26 +34,20 @@ void checkAnswer(const std::string& answer, const platform::JSONValue& id) {
   require(json && json->value.at("jsonrpc") == "2.0" && json->value.at("id") == id);
 }
 
-void checkLine(const std::string& line) {
-  const auto request = platform::readJSONRPCRequest(line);
-  if (request) {
-    const auto id = request->id.value_or(nullptr);
-    checkAnswer(platform::jsonRPCResultLine(id, request->method), id);
-    return;
-  }
-  const auto& [id, error] = request.error();
-  require(error == JSONRPCError::kParseError || error == JSONRPCError::kInvalidRequest);
-  checkAnswer(platform::jsonRPCErrorLine(id, error), id);
-}
-
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto bytes = platform::textOf({data, size});
-  const auto lines = linesOf(bytes, size);
+void quillet::fuzz::run(platform::DataView input) {
+  const auto bytes = platform::textOf(input);
+  const auto lines = linesOf(bytes, bytes.size());
   require(lines == linesOf(bytes, 1) && lines == linesOf(bytes, 7));
   for (const auto& line : lines) {
-    checkLine(line);
+    if (const auto request = platform::readJSONRPCRequest(line)) {
+      const auto id = request->id.value_or(nullptr);
+      checkAnswer(platform::jsonRPCResultLine(id, request->method), id);
+    } else {
+      const auto& [id, error] = request.error();
+      require(error == JSONRPCError::kParseError || error == JSONRPCError::kInvalidRequest);
+      checkAnswer(platform::jsonRPCErrorLine(id, error), id);
+    }
   }
-  return 0;
 }

@@ -5,65 +5,50 @@
 #include <fstream>
 #include <string>
 
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "platform/store/UserDefaults.h"
 #include "tests/support/LogCapture.h"
 
 namespace {
 
-using quillet::fuzz::require;
-
-/// One for the process; its directory is removed at exit.
-class Suite {
- public:
-  Suite() {
-    // In memory where that is possible, since setting a value waits for the disk.
+/// The directory of the process's suites, removed at exit; in memory where that is possible, since
+/// setting a value waits for the disk.
+struct Directory {
+  Directory() {
     const bool hasMemory = std::filesystem::is_directory("/dev/shm");
-    const auto parent = hasMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
-    std::string shape = parent / "UserDefaultsFuzz.XXXXXX";
-    directory_ = ::mkdtemp(shape.data());
-    platform::UserDefaults::setDirectory(directory_);
+    std::string shape = hasMemory ? "/dev/shm/UserDefaultsFuzz.XXXXXX"
+                                  : std::filesystem::temp_directory_path() / "Fuzz.XXXXXX";
+    path = ::mkdtemp(shape.data());
+    platform::UserDefaults::setDirectory(path);
   }
-  ~Suite() { std::filesystem::remove_all(directory_); }
-  Suite(const Suite&) = delete;
-  Suite& operator=(const Suite&) = delete;
+  ~Directory() { std::filesystem::remove_all(path); }
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
 
-  [[nodiscard]] platform::UserDefaults* holding(const std::uint8_t* data, std::size_t size) const {
-    std::ofstream(directory_ / "group.json", std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-    return platform::UserDefaults::suite("group");
-  }
-
- private:
-  std::filesystem::path directory_;
+  std::filesystem::path path;
 };
-
-void readAll(const platform::UserDefaults& defaults) {
-  for (const char* const key : {"mdmConf", "userEmail", "send_ip", "ip", "send_timezone"}) {
-    const int kinds = defaults.dictionaryForKey(key).has_value() +
-                      defaults.stringForKey(key).has_value() +
-                      defaults.boolForKey(key).has_value() + (defaults.integerForKey(key) != 0);
-    require(kinds <= 1);
-  }
-}
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Suite suite;
-  const quillet::test::LogCapture log;  // keeps the run's own output readable
-  auto* const defaults = suite.holding(data, size);
+void quillet::fuzz::run(platform::DataView input) {
+  static const Directory directory;
+  const test::LogCapture log;  // keeps the run's own output readable
+  std::ofstream(directory.path / "group.json", std::ios::binary) << platform::textOf(input);
+  auto* const defaults = platform::UserDefaults::suite("group");
   if (defaults == nullptr) {
-    return 0;
+    return;
   }
-  readAll(*defaults);
-  if (size > 4096) {
-    return 0;  // a file near the bound may not take another value
+  for (const char* const key : {"mdmConf", "userEmail", "send_ip", "ip", "send_timezone"}) {
+    require(defaults->dictionaryForKey(key).has_value() + defaults->stringForKey(key).has_value() +
+                defaults->boolForKey(key).has_value() + (defaults->integerForKey(key) != 0) <=
+            1);
+  }
+  if (input.size() > 4096) {
+    return;  // a file near the bound may not take another value
   }
   const auto before = defaults->stringForKey("userEmail");
   defaults->setObject("10.0.0.1", "ip");
   auto* const again = platform::UserDefaults::suite("group");
   require(again == defaults && again->stringForKey("ip") == "10.0.0.1");
   require(again->stringForKey("userEmail") == before);
-  return 0;
 }

@@ -4,12 +4,13 @@
 // kind; one receive is armed after it, none after an error; a reply is the user value, byte for
 // byte.
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "platform/base/Utf8.h"
 #include "relay_service/UDPListener.h"
 #include "tests/relay_service/FakeConnection.h"
@@ -34,19 +35,14 @@ class Session {
 
   void act(std::uint8_t kind, std::string_view bytes) {
     log_.clear();
-    switch (kind % 4) {
-      case 0:
-        receive(bytes);
-        break;
-      case 1:
-        connect();
-        break;
-      case 2:
-        fail(std::nullopt, false, platform::NWError::posix(111), "Error: NWError received");
-        break;
-      default:
-        fail(platform::Data(bytes.begin(), bytes.end()), false, std::nullopt,
-             "Error: Received nil");
+    if (kind % 4 == 0) {
+      receive(bytes);
+    } else if (kind % 4 == 1) {
+      connect();
+    } else if (kind % 4 == 2) {
+      fail(std::nullopt, false, platform::NWError::posix(111), "Error: NWError received");
+    } else {
+      fail(platform::Data(bytes.begin(), bytes.end()), false, std::nullopt, "Error: Received nil");
     }
   }
 
@@ -69,43 +65,34 @@ class Session {
 
   void receive(std::string_view datagram) {
     if (datagram.empty()) {
-      fail(platform::Data{}, true, std::nullopt, "Error: Received nil");
-      return;
+      return fail(platform::Data{}, true, std::nullopt, "Error: Received nil");
     }
     const auto userBefore = listener_->xpcUser;
     client_->done.clear();
     client_->deliver(datagram);
-    require(client_->armed() == 1);
-    for (const auto& line : log_.records()) {
-      require(platform::isValidUtf8(line));
-    }
-    check(datagram, log_.records(), userBefore);
-  }
-
-  void check(std::string_view datagram, const Lines& lines, const std::string& userBefore) {
-    const bool isRequest = datagram.starts_with("&*requestCU");
-    const bool isUpdate = datagram.starts_with("&*updateCU");
-    require(isUpdate || listener_->xpcUser == userBefore);
-    if (isRequest) {
+    const auto& lines = log_.records();
+    require(client_->armed() == 1 && std::ranges::all_of(lines, platform::isValidUtf8));
+    if (datagram.starts_with("&*requestCU")) {
       require(lines == Lines{"request CU received, cu: " + userBefore, "Data was sent to UDP"});
-      require(client_->done == Lines{"send " + userBefore, "receive"});
-      return;
+      return require(client_->done == Lines{"send " + userBefore, "receive"});
     }
     require(client_->done == Lines{"receive"});
-    if (isUpdate) {
+    if (datagram.starts_with("&*updateCU")) {
       require(lines.size() == 2 && lines[0].starts_with("update CU received, message: &*updateCU"));
-      require(lines[1] == " CU updated: " + listener_->xpcUser);
-      return;
+      return require(lines[1] == " CU updated: " + listener_->xpcUser);
     }
-    require(lines.size() == 1);
-    if (datagram.starts_with("&*AL")) {
-      require(lines[0].starts_with("Agent log: "));
-    } else if (!lines[0].starts_with("got ")) {
-      require(lines[0] ==
-              "Received message is no command, " + std::to_string(datagram.size()) + " bytes");
-    } else if (lines[0].starts_with("got notification from Ext: ")) {
+    require(listener_->xpcUser == userBefore && lines.size() == 1);
+    if (lines[0].starts_with("got notification from Ext: ")) {
       require(lines[0] == "got notification from Ext: " + listener_->proxyStatus);
+    } else {
+      require(datagram.starts_with("&*AL")
+                  ? lines[0].starts_with("Agent log: ")
+                  : lines[0].starts_with("got ") || lines[0] == other(datagram));
     }
+  }
+
+  static std::string other(std::string_view datagram) {
+    return "Received message is no command, " + std::to_string(datagram.size()) + " bytes";
   }
 
   quillet::test::LogCapture log_;
@@ -115,18 +102,12 @@ class Session {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  constexpr std::size_t kHeader = 3;
-  auto rest = platform::textOf({data, size});
+void quillet::fuzz::run(platform::DataView input) {
   Session session;
-  while (rest.size() >= kHeader) {
-    const auto kind = static_cast<std::uint8_t>(rest[0]);
-    const auto length = static_cast<std::size_t>(static_cast<std::uint8_t>(rest[1])) << 8 |
-                        static_cast<std::uint8_t>(rest[2]);
-    rest.remove_prefix(kHeader);
-    const auto bytes = rest.substr(0, length);
-    rest.remove_prefix(bytes.size());
-    session.act(kind, bytes);
+  while (input.size() >= 3) {
+    const std::uint8_t kind = input[0];
+    const std::size_t length = std::min(input[1] * 256U + input[2] + 3UL, input.size());
+    session.act(kind, platform::textOf(input.first(length)).substr(3));
+    input = input.subspan(length);
   }
-  return 0;
 }

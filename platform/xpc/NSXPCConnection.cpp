@@ -145,6 +145,7 @@ std::string NSXPCConnection::call(const JSONRPCRequest& request) {
 }
 
 bool NSXPCConnection::send(std::string_view line) {
+  lastActivity_ = now();  // a call may have taken long, which is no fault of the client's
   stage_ = Stage::sending;
   while (!line.empty()) {
     const auto size = ::send(socket_.get(), line.data(), line.size(), MSG_NOSIGNAL);

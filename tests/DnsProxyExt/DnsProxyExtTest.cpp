@@ -6,7 +6,6 @@ namespace {
 
 using platform::description;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 class DnsProxyExtTest : public test::ProviderTest {};
@@ -57,48 +56,25 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
   EXPECT_EQ(provider_->defaults()->dictionaryForKey("mdmConf"), provider_->vendorData);
 }
 
-TEST_F(DnsProxyExtTest, KeepsWhatNewSettingsDoNotName) {
-  const auto servers = [this] {
-    return std::vector{description(provider_->secondDNS), description(provider_->filteringDNS),
-                       description(provider_->localNetworkDNS),
-                       description(provider_->policyUDPServer)};
-  };
-  EXPECT_THAT(servers(), ElementsAre("127.0.0.3:53", "127.0.0.2:81", "127.0.0.4:53", "nil"));
-  start(R"({"secondDNS": "10.0.0.1:54", "filteringDNS": "10.0.0.2", "localNetworkDNS": "10.0.0.3",
-            "policyServer": "10.0.0.4:2801", "captivePortalIp": "10.0.0.5,10.0.0.6",
-            "allowPackages": "a,b", "mappedDomains": "[corp:10.1.1.1]"})"_json);
-  EXPECT_EQ(description(provider_->localDomainsMap), R"(["corp": 10.1.1.1:53])");
-  EXPECT_THAT(servers(), ElementsAre("10.0.0.1:54", "10.0.0.2:53", "10.0.0.3:53", "10.0.0.4:2801"));
-  start(R"({"captivePortalIp": "", "allowAll": "True"})"_json);
-  EXPECT_FALSE(provider_->shouldAllowAll) << "only the exact word does";
-  EXPECT_THAT(servers(), ElementsAre("10.0.0.1:54", "10.0.0.2:53", "nil", "127.0.0.5:2800"));
-  EXPECT_THAT(provider_->captivePortalIps, ElementsAre("10.0.0.5", "10.0.0.6"));
-  EXPECT_THAT(provider_->allowedApps, IsEmpty());
-  EXPECT_TRUE(provider_->localDomainsMap.empty());
-}
-
-TEST_F(DnsProxyExtTest, TakesTheAllowedAppsFromWhereverTheyAre) {
-  const std::pair<const char*, std::vector<std::string>> rows[] = {
-      {R"({"allowPackages": "x,y"})", {"x", "y"}},
-      {R"({"jsonVars": "no JSON", "allowPackages": "x,y"})", {"x", "y"}},
-      {R"({"jsonVars": "", "allowPackages": "x"})", {"x"}},
-      {R"({"jsonVars": "[1]", "allowPackages": "x"})", {"before"}},
-      {R"({"jsonVars": "{}", "allowPackages": "x"})", {"before"}},
-      {R"({"jsonVars": "{\"allowPackages\": \"a\"}"})", {"before"}},
-      {R"({"jsonVars": "{\"allowPackages\": [\"a\", 3]}", "allowPackages": "x"})", {"a", "3"}},
-      {R"({"jsonVars": "{\"n\": 1e999, \"allowPackages\": [\"a\"]}"})", {"a"}},
-      {R"({"jsonVars": "{\"allowPackages\": [\"a\", 1e999]}", "allowPackages": "x"})", {"before"}},
-      {R"({"jsonVars": "[1e999]", "allowPackages": "x"})", {"before"}},
-  };
-  for (const auto& [vendorData, allowed] : rows) {
-    provider_->allowedApps = {"before"};
-    start(platform::JSONValue::parse(vendorData));
-    EXPECT_EQ(provider_->allowedApps, allowed) << vendorData;
-  }
-  EXPECT_THAT(
-      log_.records(),
-      testing::IsSupersetOf({R"(initVendorSettings2, jsonVars = {"allowPackages": ["a", 3]})",
-                             R"(initVendorSettings3, jsonDict = ["allowPackages": ["a", 3]])"}));
+TEST_F(DnsProxyExtTest, PrintsTheSettings) {
+  start(R"({"allowPackages": "a,b", "localNetworkDNS": "10.0.0.3"})"_json);
+  const auto before = relayed(5).size();
+  log_.clear();
+  provider_->printExtensionSettings();
+  const std::string vendor = R"(["allowPackages": "a,b", "localNetworkDNS": "10.0.0.3"])";
+  const auto atRelay = relayed(before + 6);
+  const std::vector<std::string> lines{
+      "vendorData: Optional(" + vendor + ")", "options: Optional([\"VendorData\": " + vendor + "])",
+      "macosConfig options: " + vendor, R"(whitelistedApps: ["a", "b"])"};
+  std::vector<std::string> expected = lines;
+  expected.emplace_back("systemDnsSettings: nil");
+  EXPECT_EQ(std::vector(log_.records().begin(), log_.records().begin() + 5), expected);
+  expected = lines;
+  expected.insert(expected.begin(), "systemDnsSettings: nil");
+  expected.emplace_back(
+      "localNetworkDNS: Optional(10.0.0.3:53), filteringDNS: 127.0.0.2:81, "
+      "secondDNS:127.0.0.3:53");
+  EXPECT_EQ(std::vector(atRelay.end() - 6, atRelay.end()), expected);
 }
 
 TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartAndStop) {

@@ -12,11 +12,9 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/network/OpenConnections.h"
+#include "tests/DnsProxyExt/StageTest.h"
 #include "tests/support/DefaultsFolder.h"
-#include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
 
 namespace quillet::test {
 
@@ -31,7 +29,7 @@ class ProviderTest : public testing::Test {
     platform::Clock::setShared(&clock_);
     MDMConfigurationManager::shared() = MDMConfigurationManager();
     provider_->xpcUdpHelper->relayPort = static_cast<std::uint16_t>(relay_.port());
-    start(std::nullopt);
+    startWith(std::nullopt);
     runReady();
   }
   ~ProviderTest() override {
@@ -44,7 +42,6 @@ class ProviderTest : public testing::Test {
     ::unsetenv("TZ");
   }
 
-  void start(std::nullopt_t /*without options*/) { startWith(std::nullopt); }
   void start(platform::JSONValue vendorData) {
     platform::NEProviderOptions options;
     options.emplace("VendorData", std::move(vendorData));
@@ -116,13 +113,6 @@ class ProviderTest : public testing::Test {
   FakeServer relay_{stayQuiet};
   std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
 };
-
-/// An answer to `query("a")`: one A record 1.2.3.4, the owner name compressed.
-inline platform::Data answerForA() {
-  return hex(
-      "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
-      "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
-}
 
 /// What a server that answers every query with it does.
 inline std::vector<platform::Data> answerA(const platform::Data& /*received*/) {

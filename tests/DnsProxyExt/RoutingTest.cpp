@@ -1,4 +1,5 @@
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
+#include "DnsProxyExt/registry/KeptReport.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
 namespace quillet {
@@ -6,105 +7,123 @@ namespace {
 
 using platform::Data;
 using test::query;
+using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::SizeIs;
 
-/// At ports that are none, so that nothing is sent.
-DNSHostRef server(const char* address) {
-  return std::make_shared<Utils::DNSHost>(std::string(address) + ":70000");
-}
-
+/// Keeps what goes to a server in place of sending it.
 class RoutingTest : public test::ProviderTest {
  protected:
+  struct Sent {
+    Batch batch;
+    std::string server;
+    AnswerHandler handler;
+  };
+
   RoutingTest() {
-    provider_->filteringDNS = server("10.0.0.1");
-    provider_->secondDNS = server("10.0.0.2");
-    provider_->localNetworkDNS = server("10.0.0.3");
-    provider_->localDomainsMap = {{"corp.example", server("10.0.0.4")}};
-    provider_->whitelistedDomainsMap = {{"corp.example", server("10.0.0.5")},
-                                        {"wiki", server("10.0.0.5")}};
+    for (const auto& provider : {provider_, safeSearch_}) {
+      provider->upstream = [this](Batch batch, const Utils::DNSHost& server,
+                                  AnswerHandler handler) {
+        sent_.push_back({std::move(batch), server.description(), std::move(handler)});
+      };
+    }
     log_.clear();
   }
+
+  const std::shared_ptr<DnsProxyExt> safeSearch_ = std::make_shared<SafeSearchDNSProxyProvider>();
+  std::vector<Sent> sent_;
 };
 
-TEST_F(RoutingTest, FirstRuleThatAppliesChoosesTheServer) {
-  const std::string toLocalNetwork = "connect to local network  DNS using 10.0.0.3";
-  const std::string toSecond = "connect to 3th part DNS using 10.0.0.2";
-  const std::string toLocalDomain =
-      "Mapped to use local DNS server - > connect to local  10.0.0.4:70000, q: ";
-  const std::string toWhitelisted =
-      "Mapped to use whitelisted DNS server - > connect to DNS  10.0.0.5:70000, q: ";
-  const std::string toFiltering = "connect to DNS using Quillet DNS (10.0.0.1:70000, q: ";
+TEST_F(RoutingTest, SendsTheBatchWhereTheTableSays) {
+  provider_->localDomainsMap = {{"a.corp", std::make_shared<Utils::DNSHost>("10.0.0.4")}};
+  provider_->allowedApps = {"browser"};
   const struct {
     const char* app;
-    Data query;
-    std::string allowed;
-    bool allowAll;
-    std::string line;
+    const char* name;
+    const char* server;
+    bool isUnchanged;
   } rows[] = {
-      {"com.apple.NSUpdate.x", query("corp.example"), "apple", true, toLocalNetwork},
-      {"com.ärzte.browser", query("corp.example"), "ÄRZTE.B", false, toSecond},
-      {"app", query("corp.example"), "x", true, toSecond},
-      {"app", query("www.a.www.corp.example"), "x", false,
-       toLocalDomain + "Optional(\"a.corp.example\")"},
-      {"app", query("mywiki.org"), "x", false, toWhitelisted + "Optional(\"mywiki.org\")"},
-      // Letter case counts in domains, an empty entry allows nothing.
-      {"app", query("WIKI.org"), "", false, toFiltering + "Optional(\"WIKI.org\")"},
-      {"app", test::hex("12 34 01"), "x", false, toFiltering + "nil"},
+      {"com.apple.nsupdate", "a", "127.0.0.4:53", true},
+      {"browser", "a", "127.0.0.3:53", true},
+      {"app", "www.a.corp", "10.0.0.4:53", true},
+      {"app", "a", "127.0.0.2:81", false},
   };
   for (const auto& row : rows) {
-    provider_->allowedApps = {"y", row.allowed};
-    provider_->shouldAllowAll = row.allowAll;
-    log_.clear();
-    offer(makeFlow({row.query}, row.app));
-    EXPECT_TRUE(runUntilLogged(row.line)) << row.line;
+    const auto flow = makeFlow({query(row.name), Data{1}}, row.app);
+    offer(flow);
+    runReady();
+    ASSERT_FALSE(sent_.empty());
+    EXPECT_EQ(sent_.back().server, row.server);
+    EXPECT_EQ(sent_.back().batch.datagrams == flow->toRead, row.isUnchanged) << row.server;
+    EXPECT_EQ(sent_.back().batch.endpoints, flow->readEndpoints);
   }
-  EXPECT_THAT(relayed(13), testing::IsSupersetOf({toLocalNetwork, toSecond, toSecond}));
-  provider_->localNetworkDNS = nullptr;
-  offer(makeFlow({query("a")}, "com.apple.nsupdate"));
-  EXPECT_TRUE(runUntilLogged(toFiltering + "Optional(\"a\")"));
+  EXPECT_EQ(count("dnshost address = 10.0.0.4"), 1);
+  EXPECT_EQ(count("shouldAllowAll = false, useSecondDNS = true, app = browser, "
+                  "allowedApps = [\"browser\"]"),
+            1);
+  EXPECT_THAT(relayed(8), testing::IsSupersetOf({"connect to local network  DNS using 127.0.0.4",
+                                                 "connect to 3th part DNS using 127.0.0.3"}));
+}
+
+TEST_F(RoutingTest, OpensANewFlowAndReadsItEvenWhenThatFailed) {
+  const auto flow = makeFlow({query("a")});
+  flow->openError = platform::Error("no");
+  ASSERT_TRUE(offer(flow));
+  runReady();
+  EXPECT_THAT(flow->opened, ElementsAre(platform::NWHostEndpoint{"127.0.0.2", "81"}))
+      << "at the filtering service";
+  EXPECT_THAT(provider_->flowManager.find(*flow)->errors, SizeIs(1));
+  ASSERT_TRUE(offer(flow)) << "and reads it again when it is offered again";
+  runReady();
+  EXPECT_EQ(flow->reads, 2);
+  EXPECT_THAT(flow->opened, SizeIs(1));
+  EXPECT_THAT(sent_, SizeIs(2));
+  EXPECT_EQ(count("handleNewUDPFlow - old flow, hash = " + std::to_string(flow->hash())), 1);
 }
 
 TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   const auto flow = makeFlow({query("a")});
-  const auto safeSearch = std::make_shared<SafeSearchDNSProxyProvider>();
-  const auto connections = platform::NWConnection::openCount();
-  for (const auto& provider : {provider_, std::shared_ptr<DnsProxyExt>(safeSearch)}) {
+  for (const auto& provider : {provider_, safeSearch_}) {
     provider->connectToDNS(flow, std::nullopt, flow->readEndpoints, std::nullopt);
     provider->connectToDNS(flow, std::vector<Data>(), flow->readEndpoints, std::nullopt);
     provider->connectToDNS(flow, flow->toRead, std::nullopt, std::nullopt);
     provider->connectToDNS(flow, flow->toRead, std::vector<platform::NWHostEndpoint>(),
                            std::nullopt);
   }
-  EXPECT_EQ(platform::NWConnection::openCount(), connections);
+  EXPECT_THAT(sent_, IsEmpty());
   EXPECT_EQ(count("datagram count = 1"), 2) << "what leads to the server is told";
 }
 
-TEST_F(RoutingTest, AReportGoesWithItsConnection) {
-  const auto refused = makeFlow({query("a")});
-  provider_->filteringDNS =
-      std::make_shared<Utils::DNSHost>("127.0.0.1:" + std::to_string(test::closedPort()));
-  offer(refused);
-  const auto key = std::to_string(refused->hash());
-  ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = " + key + "\n"));
-  EXPECT_EQ(count("handleInBoundDatagram,hash = " + key +
-                  ", isFinish = false, error = Optional("
-                  "POSIXErrorCode(rawValue: 111): Connection refused)"),
-            1);
-  EXPECT_EQ(count("flow reports: [\"" + key + "\"]"), 1) << "there while its error is dealt with";
-  EXPECT_THAT(provider_->dnsFlowsReports, testing::IsEmpty());
-
-  // Not when another exchange of the flow is under way.
-  const test::FakeServer silent(test::stayQuiet);
-  provider_->filteringDNS = host(silent);
-  provider_->xpcUdpHelper->closeConnection();
+TEST_F(RoutingTest, OfExchangesThatAreOverUnansweredTheLastReportsStay) {
   const auto flow = makeFlow({query("a")});
-  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
-  provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
-  for (const auto left : {1U, 0U}) {
-    ASSERT_TRUE(platform::OpenConnections::shared().cancelIdleLongest());
-    runReady();
-    EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(left));
+  for (int i = 0; i < 2; ++i) {
+    provider_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
   }
+  sent_.erase(sent_.begin());  // the other exchange of the flow is under way
+  for (int i = 0; i < KeptReport::kMaxUnanswered + 1; ++i) {
+    const auto other = makeFlow({query("a")});
+    provider_->connectToDNS(other, other->toRead, other->readEndpoints, std::nullopt);
+    sent_.pop_back();
+  }
+  EXPECT_THAT(provider_->dnsFlowsReports, SizeIs(KeptReport::kMaxUnanswered + 1));
+  const auto key = std::to_string(flow->hash());
+  EXPECT_TRUE(provider_->dnsFlowsReports.contains(key));
+  EXPECT_FALSE(provider_->dnsFlowsReports.contains(std::to_string(flow->hash() + 1)));
+  sent_.clear();
+  EXPECT_FALSE(provider_->dnsFlowsReports.contains(key));
+}
+
+TEST_F(RoutingTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
+  const auto flow = makeFlow({query("a")});
+  const auto key = std::to_string(flow->hash());
+  safeSearch_->connectToDNS(flow, flow->toRead, flow->readEndpoints, std::nullopt);
+  EXPECT_EQ(sent_.at(0).server, "127.0.0.2:53");
+  EXPECT_EQ(sent_.at(0).batch.datagrams, flow->toRead);
+  EXPECT_EQ(safeSearch_->dnsFlowsReports.at(key).dnsServer, "127.0.0.2");
+  sent_.at(0).handler({flow, test::answerForA(), true, {}, platform::Error("upstream")});
+  EXPECT_EQ(count("***decodeDNSResponse***,data size = 35, flowHash:" + key), 2);
+  runReady();
+  EXPECT_THAT(flow->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
 }  // namespace

@@ -19,44 +19,34 @@ using quillet::test::FakeServer;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What the owner was told, as one comparable line: `ANSWER@PORT finished|more ERROR`.
-std::string told(const std::optional<Data>& answer, const std::optional<NWHostEndpoint>& endpoint,
-                 std::optional<bool> isFinished, const std::optional<platform::NWError>& error) {
-  const auto text = answer ? std::string(platform::textOf(*answer)) : "nothing";
-  return text + "@" + endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
-         platform::description(error);
-}
-
 class DNSSocketClientTest : public testing::Test {
  protected:
-  void connect(const std::vector<std::string>& texts, const std::string& ip, std::int64_t port) {
+  /// Sends the texts; what the owner is told becomes a line each, `ANSWER@PORT finished|more
+  /// ERROR`.
+  void connect(const std::vector<std::string>& texts, std::int64_t port,
+               const std::string& ip = "127.0.0.1") {
     std::vector<Data> datagrams;
     std::vector<NWHostEndpoint> endpoints;
     for (const auto& text : texts) {
       endpoints.push_back({"127.0.0.1", std::to_string(endpoints.size())});
-      const auto bytes = platform::bytesOf(text);
-      datagrams.emplace_back(bytes.begin(), bytes.end());
+      datagrams.emplace_back(text.begin(), text.end());
     }
     auto client = DNSSocketClient::create(flow_, datagrams, endpoints);
-    client->onDataReceived =
-        [this](const DNSSocketClient::Flow& flow, const std::optional<Data>& answer,
-               const std::optional<NWHostEndpoint>& endpoint, std::optional<bool> isFinished,
-               const std::optional<platform::NWError>& error) {
-          EXPECT_EQ(flow, flow_);
-          told_.push_back(told(answer, endpoint, isFinished, error));
-        };
+    client->onDataReceived = [this](const auto& flow, const auto& answer, const auto& endpoint,
+                                    auto isFinished, const auto& error) {
+      EXPECT_EQ(flow, flow_);
+      told_.push_back((answer ? std::string(platform::textOf(*answer)) : "nothing") + "@" +
+                      endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
+                      platform::description(error));
+    };
     client->connectWithDNS(ip, port);
     client_ = client;
   }
-  void connect(const std::vector<std::string>& texts, const FakeServer& server) {
-    connect(texts, "127.0.0.1", server.port());
-  }
-
-  static bool runUntil(const std::function<bool()>& done) {
-    return platform::MainLoop::shared().runUntil(done);
-  }
   bool runUntilReleased() {
-    return runUntil([this] { return client_.expired(); });
+    return platform::MainLoop::shared().runUntil([this] { return client_.expired(); });
+  }
+  bool runUntilTold(std::size_t count) {
+    return platform::MainLoop::shared().runUntil([=, this] { return told_.size() == count; });
   }
 
   quillet::test::LogCapture log_;
@@ -73,20 +63,20 @@ TEST_F(DNSSocketClientTest, MatchesAnswersInTheOrderOfArrival) {
     kept.insert(kept.begin(), received);
     return kept.size() == 3 ? kept : std::vector<Data>();
   });
-  connect({"a", "b", "c"}, server);
+  connect({"a", "b", "c"}, server.port());
   ASSERT_TRUE(runUntilReleased());
   EXPECT_THAT(told_, ElementsAre("c@0 more nil", "b@1 more nil", "a@2 finished nil"));
 }
 
 TEST_F(DNSSocketClientTest, EqualDatagramsShareTheFirstEndpoint) {
   const FakeServer server(echo);
-  connect({"x", "a", "a"}, server);
+  connect({"x", "a", "a"}, server.port());
   ASSERT_TRUE(runUntilReleased());
   EXPECT_THAT(told_, ElementsAre("x@0 more nil", "a@1 more nil", "a@1 finished nil"));
 }
 
 TEST_F(DNSSocketClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
-  connect({"a", "b"}, "127.0.0.1", quillet::test::closedPort());
+  connect({"a", "b"}, quillet::test::closedPort());
   ASSERT_TRUE(runUntilReleased());
   EXPECT_THAT(told_, ElementsAre("nothing@0 more Optional(POSIXErrorCode(rawValue: 111): "
                                  "Connection refused)"));
@@ -99,8 +89,8 @@ TEST_F(DNSSocketClientTest, AnEmptyAnswerIsNoneAndTheConnectionStays) {
   const FakeServer server([](const Data& received) {
     return received == Data{'a'} ? std::vector<Data>{Data()} : std::vector<Data>{received};
   });
-  connect({"a", "b"}, server);
-  ASSERT_TRUE(runUntil([this] { return told_.size() == 2; }));
+  connect({"a", "b"}, server.port());
+  ASSERT_TRUE(runUntilTold(2));
   EXPECT_THAT(told_, ElementsAre("nothing@0 more nil", "b@1 more nil"));
   const auto connection = client_.lock()->connection();
   EXPECT_EQ(connection->state().kind, NWConnection::State::Kind::ready);
@@ -110,8 +100,8 @@ TEST_F(DNSSocketClientTest, AnEmptyAnswerIsNoneAndTheConnectionStays) {
 
 TEST_F(DNSSocketClientTest, ADatagramTooLargeToSendIsOneLine) {
   const FakeServer server(echo);
-  connect({std::string(70'000, 'x'), "b"}, server);
-  ASSERT_TRUE(runUntil([this] { return told_.size() == 1; }));
+  connect({std::string(70'000, 'x'), "b"}, server.port());
+  ASSERT_TRUE(runUntilTold(1));
   EXPECT_THAT(told_, ElementsAre("b@1 more nil"));
   EXPECT_THAT(log_.records(),
               testing::Contains("(5): ERROR! Error when data (Type: Data) sending. NWError: \n "
@@ -121,7 +111,7 @@ TEST_F(DNSSocketClientTest, ADatagramTooLargeToSendIsOneLine) {
 
 TEST_F(DNSSocketClientTest, ConnectsToNoPortOutsideTheRange) {
   for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}, INT64_MIN, INT64_MAX}) {
-    connect({"a"}, "127.0.0.1", port);
+    connect({"a"}, port);
     EXPECT_TRUE(client_.expired());
   }
   EXPECT_EQ(log_.records().back(),
@@ -130,7 +120,7 @@ TEST_F(DNSSocketClientTest, ConnectsToNoPortOutsideTheRange) {
 }
 
 TEST_F(DNSSocketClientTest, AnAddressThatIsNoneWaitsAndIsLetGo) {
-  connect({"a"}, "dns.example", 53);
+  connect({"a"}, 53, "dns.example");
   ASSERT_TRUE(runUntilReleased());
   EXPECT_EQ(log_.records().back(), "State: Waiting,flowHash = 5, error: -65554: NoSuchRecord");
   EXPECT_THAT(told_, IsEmpty());

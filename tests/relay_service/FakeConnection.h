@@ -14,7 +14,7 @@ namespace QuilletXPCservice::test {
 /// is one line each.
 class FakeConnection final : public platform::NWConnection {
  public:
-  explicit FakeConnection(std::string name = "[C1 127.0.0.1:40000 udp]") : name_(std::move(name)) {}
+  explicit FakeConnection(std::string name) : name_(std::move(name)) {}
 
   void start(platform::DispatchQueue /*queue*/) override { done.emplace_back("start"); }
   void send(platform::Data content, SendCompletion completion) override {

@@ -1,10 +1,12 @@
-"""The demo filtering service, and the proxy with the policy that it hands out."""
+"""The demo filtering service: what the usual tools get through the proxy, the policy that it hands out, its lines."""
 
+import ipaddress
 import signal
 
 from roadlib import wire
-from roadlib.case import RoadTest, main
-from roadlib.client import Client, ask
+from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.client import Client, ask, dig, tool
+from roadlib.names import ADDRESSES
 
 
 def endpoint_of(address):
@@ -13,6 +15,23 @@ def endpoint_of(address):
 
 
 class DemoFilterTest(RoadTest):
+    def test_the_usual_tools_over_each_listen_address(self):
+        proxy = self.proxy({"filteringDNS": self.demo_filter().address, **IDENTITY},
+                           hosts=("127.0.0.1", "127.0.0.1", "127.0.0.2", "::1"))
+        for endpoint in proxy.endpoints:
+            for name, (ipv4, ipv6) in ADDRESSES.items():
+                self.assertEqual(dig(endpoint, "+short", name, "A", name, "AAAA").split(), [ipv4, ipv6])
+            for edns in ("+noedns", "+dnssec", "+nsid"):
+                shown = dig(endpoint, edns, "example.com", "A")
+                self.assertIn("flags: qr rd ra; QUERY: 1, ANSWER: 1, AUTHORITY: 0", shown)
+                self.assertNotIn("WARNING", shown)
+            shown = tool("kdig", f"@{endpoint[0]}", "-p", str(endpoint[1]), "+retry=0", "example.com", "HTTPS")
+            self.assertRegex(shown, r"example\.com\.\s+60\s+IN\s+(HTTPS|TYPE65)\s")
+            self.assertIn("status: REFUSED", dig(endpoint, "example.com", "MX"))
+            query = wire.query("ExAmPlE.cOm", identifier=0xFFFF)
+            address = ipaddress.ip_address(ADDRESSES["example.com"][0])
+            self.assertEqual(ask(endpoint, query), wire.answer_to(query, address.packed))
+
     def test_lines_and_totals(self):
         process = self.demo_filter("--listen", "--policy", "--portal")
         filtering, mapped, policy, portal = process.addresses
@@ -31,13 +50,11 @@ class DemoFilterTest(RoadTest):
                 (filtering, wire.query(".", wire.AAAA, additional=wire.opt(b"\xfd\xe9\0\x09abc")))):
             ask(endpoint_of(endpoint), query)
         process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(), 0)
-        lines = process.output()
-        for line in ("policy org42", 'policy a"b', "A www.intranet.example  no identity",
-                     "portal A portal.example  65007=1", r"TYPE15 a\x1B\n.example  65001=org42 65004=\x1B[2J\n",
-                     "AAAA .  no identity"):
-            self.assertIn(line, lines)
-        self.assertEqual(lines[-1], "queries 5, answered 4, refused 1")
+        process.wait()
+        self.assertLessEqual({"policy org42", 'policy a"b', "A www.intranet.example  no identity",
+                              "portal A portal.example  65007=1", "AAAA .  no identity",
+                              r"TYPE15 a\x1B\n.example  65001=org42 65004=\x1B[2J\n"}, set(process.output()))
+        self.assertEqual(process.output()[-1], "queries 5, answered 4, refused 1")
 
 
 if __name__ == "__main__":

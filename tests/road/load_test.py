@@ -1,6 +1,5 @@
 """A hundred thousand queries: none lost, none answered twice, nothing left behind."""
 
-import os
 import re
 import subprocess
 import unittest
@@ -18,14 +17,12 @@ DESCRIPTOR_MARGIN = 8
 class LoadTest(RoadTest):
     def dnsperf(self, endpoint):
         """Runs dnsperf over 200 sockets; its counts of sent, completed, lost."""
-        names_file = os.path.join(self.folder, "names")
-        with open(names_file, "w", encoding="ascii") as file:
-            file.writelines(f"h{number}.example {('A', 'AAAA', 'HTTPS')[number % 3]}\n"
-                            for number in range(1000))
-        done = subprocess.run(
-            ["dnsperf", "-s", endpoint[0], "-p", str(endpoint[1]), "-d", names_file, "-c", "200", "-W",
-             "-n", str(QUERIES // 1000), "-t", str(PATIENCE)],
-            stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True, timeout=30 * PATIENCE)
+        names = self.vendor_file("".join(f"h{number}.example {('A', 'AAAA', 'HTTPS')[number % 3]}\n"
+                                         for number in range(1000)), "names")
+        done = subprocess.run(["dnsperf", "-s", endpoint[0], "-p", str(endpoint[1]), "-d", names, "-c", "200", "-W",
+                               "-n", str(QUERIES // 1000), "-t", str(PATIENCE)],
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True,
+                              timeout=30 * PATIENCE)
         self.assertNotIn("Warning", done.stdout)  # an answer that its socket did not ask for, say
         self.assertRegex(done.stdout, rf"NOERROR {QUERIES} ")
         return [int(re.search(rf"Queries {what}:\s+(\d+)", done.stdout).group(1))

@@ -10,7 +10,7 @@ import unittest
 
 from roadlib import forged, namespace
 from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.client import Client, ask, ask_all, tool
+from roadlib.client import Client, ask_all
 from roadlib.processes import Process, Relay, address_text, poll
 from roadlib.wire import answer_to, query
 from roadlib.xpc import XpcClient
@@ -18,6 +18,8 @@ from roadlib.xpc import XpcClient
 PORTS = (9898, 9899)
 LOCAL = ("127.0.0.1", "127.0.0.2", "::1", "192.0.2.1", "2001:db8::1")
 MOST = 65_507  # octets of a datagram
+LOG = "printAppLogToFileWithLog:"
+LOOKUP = "getPublicIpWithReply:"
 needs_zsh = unittest.skipUnless(os.path.exists("/bin/zsh"), "no /bin/zsh here")
 
 
@@ -36,26 +38,24 @@ class RelayTest(RoadTest):
         os.chmod(path + ".new", 0o755)
         os.rename(path + ".new", path)
 
-    def held_back(self, name):
-        """A program that does nothing, each time until the function returned is called."""
-        path = os.path.join(self.programs, f"{name}.gate")
+    def held_back_flush(self):
+        """Each flush does nothing until the function returned is called."""
+        path = os.path.join(self.programs, "gate")
         os.mkfifo(path)
         gate = os.open(path, os.O_RDWR)
         self.addCleanup(os.close, gate)
-        self.program(name, f"read line <{path}")
+        self.program("killall", f"read line <{path}")
         return lambda: os.write(gate, b"\n")
 
     def calls(self, name):
-        try:
-            with open(os.path.join(self.programs, f"{name}.calls"), encoding="utf-8") as file:
-                return file.read().splitlines()
-        except FileNotFoundError:
+        path = os.path.join(self.programs, f"{name}.calls")
+        if not os.path.exists(path):
             return []
+        with open(path, encoding="utf-8") as file:
+            return file.read().splitlines()
 
     def relay(self):
-        process = Relay(self.folder, self.programs)
-        self.addCleanup(self._end, process)
-        return process
+        return self.started(Relay(self.folder, self.programs))
 
     def client(self, port=9898, host="127.0.0.1"):
         client = Client((host, port))
@@ -67,15 +67,14 @@ class StartTest(RelayTest):
     def test_says_what_it_does_and_ends_with_a_signal(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             relay = self.relay()
-            said = relay.said()
             for port in PORTS:
-                self.assertEqual([line for line in said if str(port) in line],
+                self.assertEqual([line for line in relay.said() if str(port) in line],
                                  [f"Listener connecting to port {port}...", f"Listener connected to port {port}"])
-            self.assertEqual([line for line in said if "port" not in line],
+            self.assertEqual([line for line in relay.said() if "port" not in line],
                              ["*** XPC and UDP started_ ***", "*** XPC listener resumed ***"])
             relay.send_signal(signal.SIGHUP)  # does nothing
             with XpcClient(relay) as client:
-                self.assertIsNone(client.call("printAppLogToFileWithLog:", "still there"))
+                self.assertIsNone(client.call(LOG, "still there"))
             relay.send_signal(number)
             self.assertEqual(relay.wait(), 0)
             self.assertFalse(os.path.exists(relay.socket_path))
@@ -83,8 +82,8 @@ class StartTest(RelayTest):
     def test_a_port_that_is_taken_stays_closed_silently(self):
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
             holder.bind(("127.0.0.1", 9898))
-            process = Process([os.environ["QUILLET_RELAY"]], environment={"RUNTIME_DIRECTORY": self.folder})
-            self.addCleanup(self._end, process)
+            process = self.started(Process([os.environ["QUILLET_RELAY"]],
+                                           environment={"RUNTIME_DIRECTORY": self.folder}))
             process.wait_for_line("Listener connected to port 9899")
             self.assertFalse(any("9898" in line for line in process.lines))
             self.client(9899).send(b"&*ALhere")
@@ -99,26 +98,22 @@ class DatagramTest(RelayTest):
             client = self.client(port, host)
             client.send(b"&*ALfirst")
             relay.wait_for_line("Agent log: first", number + 1)
-            own = client.socket.getsockname()[1]
             lines = relay.said()[before:]
             self.assertTrue(lines.pop(1).startswith("clearDNSCacheCmd result - "))
             name = lines[-2].split(" - ")[1]
-            self.assertRegex(name, rf"^\[C\d+ {host}[:.]{own} udp\]$")
+            self.assertRegex(name, rf"^\[C\d+ {host}[:.]{client.socket.getsockname()[1]} udp\]$")
             waiting = f"Listener waiting to receive message - {name}"
             self.assertEqual(lines, ["Listener receiving new message", waiting, waiting,
                                      f"Listener ready to receive message - {name}", "Agent log: first"])
 
-    def test_large_and_strange_datagrams(self):
+    def test_the_largest_datagrams(self):
         relay = self.relay()
         client = self.client()
-        cases = (
-            (b"&*AL&*AL a&*ALb\n\x1b[0m\xff", "Agent log:  ab\\n\\x1B[0m\N{REPLACEMENT CHARACTER}"),
-            (b"&*AL" + b"x" * (MOST - 4), "Agent log: " + "x" * (MOST - 4)),
-            (b'{"cmdType":"printToLog","payload":"' + b"y" * (MOST - 37) + b'"}',
-             "got printToLog from Ext: " + "y" * (MOST - 37)),
-            (b"[" * MOST, f"Received message is no command, {MOST} bytes"),
-        )
-        for datagram, expected in cases:
+        for datagram, expected in (
+                (b"&*AL" + b"x" * (MOST - 4), "Agent log: " + "x" * (MOST - 4)),
+                (b'{"cmdType":"printToLog","payload":"' + b"y" * (MOST - 37) + b'"}',
+                 "got printToLog from Ext: " + "y" * (MOST - 37)),
+                (b"[" * MOST, f"Received message is no command, {MOST} bytes")):
             client.send(datagram)
             relay.wait_for_line(expected)
             self.assertEqual(relay.said()[-1], expected)
@@ -135,28 +130,17 @@ class DatagramTest(RelayTest):
                     client.send(b"&*updateCU" + before)
                     self.assertEqual(client.ask(b"&*requestCU"), before)
 
-    def test_the_usual_tools(self):
-        relay = self.relay()
-        for port in PORTS:
-            for host, version in (("127.0.0.1", "4"), ("[::1]", "6")):
-                for name, command in (("socat", f"socat -u - UDP{version}:{host}:{port}"),
-                                      ("nc", f"nc -u -q 0 -{version} {host.strip('[]')} {port}")):
-                    if shutil.which(name):
-                        tool("sh", "-c", f"printf '&*AL{port} {version} by {name}' | {command}")
-                        relay.wait_for_line(f"Agent log: {port} {version} by {name}")
-
-
     @unittest.skipUnless(shutil.which("ip"), "no ip here")
     def test_who_asks_everybody_is_answered_from_a_unicast_address(self):
         self.relay()
         namespace.let_multicast_through()
         proxy = self.proxy({"filteringDNS": self.upstream().address}, hosts=("0.0.0.0", "::"))
         asked = query("example.com")
-        for host, sender, endpoint in (("127.255.255.255", "127.0.0.1", proxy.endpoints[0]),
-                                       ("ff02::1", "::1", proxy.endpoints[1])):
+        for host, sender, (_, port) in (("127.255.255.255", "127.0.0.1", proxy.endpoints[0]),
+                                        ("ff02::1", "::1", proxy.endpoints[1])):
             with self.subTest(host=host):
                 self.assertEqual(ask_all(host, 9898, b"&*requestCU"), (b"", sender))
-                self.assertEqual(ask_all(host, endpoint[1], asked), (answer_to(asked), sender))
+                self.assertEqual(ask_all(host, port, asked), (answer_to(asked), sender))
 
     def test_the_ports_do_not_talk_to_each_other(self):
         relay = self.relay()
@@ -171,16 +155,11 @@ class DatagramTest(RelayTest):
         self.assertFalse(any("request CU received" in line for line in relay.said()))
 
 
-class AssociationTest(RelayTest):
-    @needs_zsh
-    def test_no_bytes_and_an_error_end_the_loop_until_the_next_association(self):
+@needs_zsh
+class FlushTest(RelayTest):
+    def test_an_error_ends_the_loop_until_the_next_association(self):
         relay = self.relay()
-        client = self.client()
-        client.send(b"")
-        relay.wait_for_line("Error: Received nil Data with context - nil")
-        client.send(b"&*ALagain")
-        relay.wait_for_line("Agent log: again")
-        go_on = self.held_back("killall")
+        go_on = self.held_back_flush()
         with Client(("::1", 9898)) as gone:
             gone.send(b"&*requestCU")
         go_on()  # the client has gone before the answer comes
@@ -190,9 +169,6 @@ class AssociationTest(RelayTest):
         relay.wait_for_line("Agent log: next")
         self.assertFalse(any("disconnected" in line for line in relay.said()))
 
-
-@needs_zsh
-class FlushTest(RelayTest):
     def test_each_association_flushes_first(self):
         relay = self.relay()
         for number, (script, result) in enumerate((("", ""), ("echo out; echo err >&2", "out\\nerr\\n"),
@@ -208,7 +184,7 @@ class FlushTest(RelayTest):
 
     def test_what_the_network_says_of_one_answer_fails_no_other(self):
         relay = self.relay()
-        go_on = self.held_back("killall")
+        go_on = self.held_back_flush()
         errors = ((3, 0), (3, 1), (3, 2), (3, 4), (3, 9), (3, 13), (12, 0))  # RFC 792, RFC 1812 section 5.2.7.1
         for number, (kind, code) in enumerate(errors, 1):
             with self.subTest(kind=kind, code=code):
@@ -222,7 +198,7 @@ class FlushTest(RelayTest):
 
     def test_a_flush_that_hangs_delays_nobody_else_and_nothing_is_lost(self):
         relay = self.relay()
-        go_on = self.held_back("killall")
+        go_on = self.held_back_flush()
         client = self.client()
         for number in range(500):
             client.send(b"&*AL%d" % number)
@@ -241,77 +217,66 @@ class XpcTest(RelayTest):
         relay = self.relay()
         with XpcClient(relay) as client:
             self.assertIsNone(client.call("sendDNSProxyCommandWithCommand:", "bypassAllOn"))
-            self.assertIsNone(client.call("printAppLogToFileWithLog:", "a\nb %s é"))
             for hidden in ("printLogToFileWithLog:", "proxyStateWasUpdatedWithState:",
                            "setAgentCommandListenerWithListener:"):
                 self.assertEqual(client.call(hidden, "x"), -32601)
-            self.assertEqual(client.call("printAppLogToFileWithLog:", 1), -32602)
-            client.send(b"nonsense\n")
-            self.assertEqual(client.answer()["error"]["code"], -32700)
-            self.assertIsNone(client.call("printAppLogToFileWithLog:", "last"))
-        relay.wait_for_line("called: last")
+            self.assertIsNone(client.call(LOG, "a\nb %s é"))
+        relay.wait_for_line("called: a")
         self.assertEqual(relay.said()[6:],
                          ["attempt to do new connection", "sendDNSProxyCommand called: bypassAllOn",
-                          "print app log to file called: a\\nb %s é", "print app log to file called: last"])
+                          "print app log to file called: a\\nb %s é"])
 
     def test_public_address(self):
         relay = self.relay()
-        rows = (("echo 192.0.2.7", "192.0.2.7"), ("printf ' \\n 1\\n2 \\t\\n'", "1\n2"), ("exit 9", ""),
-                ("echo ';; no servers'; exit 9", ";; no servers"), ("printf '\\377'", ""), ("echo x >&2", ""),
-                ("kill -9 $$", ""), ("head -c 200000 /dev/zero | tr '\\0' y", "y" * 200_000))
+        rows = (("printf ' \\n 1\\n2 \\t\\n'", "1\n2"), ("echo ';; no servers'; exit 9", ";; no servers"),
+                ("printf '\\377'", ""), ("echo x >&2", ""), ("kill -9 $$", ""),
+                ("head -c 200000 /dev/zero | tr '\\0' y", "y" * 200_000))
         for script, expected in rows:
             self.program("dig", script)
             with self.subTest(script=script), XpcClient(relay) as client:
-                self.assertEqual(client.call("getPublicIpWithReply:"), expected)
+                self.assertEqual(client.call(LOOKUP), expected)
         self.assertEqual(self.calls("dig"), ["+shor public-ip.quillet.example @127.0.0.6"] * len(rows))
         poll(lambda: not relay.children(), "no zombies")
 
-    def test_lookup_that_hangs_delays_nobody_else(self):
+    def test_lookups_that_hang_delay_nobody_else_and_leave_room(self):
         relay = self.relay()
         self.program("dig", "exec sleep 1000")
         with XpcClient(relay) as slow, XpcClient(relay) as other:
-            slow.request("getPublicIpWithReply:")
+            slow.request(LOOKUP)
             poll(lambda: self.calls("dig"), "the lookup")
-            self.assertIsNone(other.call("printAppLogToFileWithLog:", "x"))
+            self.assertIsNone(other.call(LOG, "x"))
             for port in PORTS:
                 self.client(port).send(b"&*AL%d" % port)
                 relay.wait_for_line(f"Agent log: {port}")
             self.program("dig", "echo 192.0.2.8")
-            self.assertEqual(other.call("getPublicIpWithReply:"), "192.0.2.8")
-            poll(lambda: len(relay.children()) == 1, "one lookup is left")
-            [child] = relay.children()
-            self.assertEqual(relay.stop(), 0)
-            poll(lambda: not os.path.exists(f"/proc/{child}"), "the lookup is ended")
-
-    def test_many_lookups_that_hang_leave_room(self):
-        relay = self.relay()
+            self.assertEqual(other.call(LOOKUP), "192.0.2.8")
         self.program("dig", "exec sleep 1000")
         for _ in range(70):
             with XpcClient(relay) as client:
-                client.request("getPublicIpWithReply:")
+                client.request(LOOKUP)
         poll(lambda: len(relay.children()) == 32, "as many lookups as may run")
         with XpcClient(relay) as client:
-            self.assertEqual(client.call("getPublicIpWithReply:"), "")
-        self.assertEqual(len(relay.children()), 32)
+            self.assertEqual(client.call(LOOKUP), "")
+        children = relay.children()
+        self.assertEqual((len(children), relay.stop()), (32, 0))
+        poll(lambda: not any(os.path.exists(f"/proc/{child}") for child in children), "the lookups are ended")
 
     def test_clients_that_behave_badly(self):
         relay = self.relay()
         threads = len(os.listdir(f"/proc/{relay.pid}/task"))
         quiet = [XpcClient(relay) for _ in range(80)]  # more than there is room for
-        half = XpcClient(relay)
+        half, much, gone = (XpcClient(relay) for _ in range(3))
         half.send(b'{"jsonrpc":"2.0","id":1,"met')
-        much = XpcClient(relay)
         much.send(b"x" * 3_000_000)
-        gone = XpcClient(relay)
-        gone.request("printAppLogToFileWithLog:", "gone")
+        gone.request(LOG, "gone")
         gone.close()
         with XpcClient(relay) as client:
-            self.assertIsNone(client.call("printAppLogToFileWithLog:", "x"))
+            self.assertIsNone(client.call(LOG, "x"))
         much.send(b"\n")
-        self.assertEqual(much.answer()["error"]["code"], -32700)
-        self.assertIsNone(much.call("printAppLogToFileWithLog:", "and on"))
-        half.send(b'hod":"printAppLogToFileWithLog:","params":["whole"]}\n')
-        self.assertIsNone(half.answer()["result"])
+        self.assertEqual(much.result(), -32700)
+        self.assertIsNone(much.call(LOG, "and on"))
+        half.send(b'hod":"%b","params":["whole"]}\n' % LOG.encode())
+        self.assertIsNone(half.result())
         for client in (*quiet, half, much):
             client.close()
         poll(lambda: len(os.listdir(f"/proc/{relay.pid}/task")) == threads, "threads of clients have ended")
@@ -322,11 +287,11 @@ class ProxyTest(RelayTest):
         relay = self.relay()
         proxy = self.proxy({"filteringDNS": self.upstream().address, **IDENTITY})
         relay.wait_for_line("got notification from Ext: started")
-        ask(proxy.endpoint, query("example.com"))
+        self.query(proxy)
         relay.wait_for_line("got printToLog from Ext: readDatagrams hash = ")
         with XpcClient(relay) as client:
             client.call("sendDNSProxyCommandWithCommand:", "bypassAllOn")
-        self.assertEqual(proxy.stop(), 0)
+        proxy.stop()
         relay.wait_for_line("got notification from Ext: stopped")
         output = proxy.output()
         self.assertEqual(output.count("Xpc Udp This is stateUpdateHandler:"), 4)

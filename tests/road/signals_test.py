@@ -4,23 +4,19 @@ import os
 import signal
 
 from roadlib import wire
-from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.client import ask
+from roadlib.case import IDENTITY, READ, RoadTest, main
 from roadlib.processes import SLOWNESS, Process
-
-# Within this the provider is stopped, also under load.
-SECONDS_TO_STOP = 1 * SLOWNESS
 
 
 class StopTest(RoadTest):
     def assert_stops(self, proxy, number):
         proxy.send_signal(number)
-        self.assertEqual(proxy.wait(SECONDS_TO_STOP), 0)
+        self.assertEqual(proxy.wait(1 * SLOWNESS), 0)  # so soon the provider is stopped, also under load
 
     def test_idle_and_twice(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             _, proxy = self.road()
-            proxy.wait_for_line("initVendorSettings  - done")
+            proxy.wait_for_line(READ)
             proxy.send_signal(number)
             self.assert_stops(proxy, number)
             self.assertTrue(any("stopProxy, reason: " in line for line in proxy.output()))
@@ -39,19 +35,16 @@ class StopTest(RoadTest):
 
 class ReloadTest(RoadTest):
     def assert_identity(self, proxy, upstream, organization):
-        count = len(upstream.queries)
-        ask(proxy.endpoint, wire.query("example.com"))
-        options = wire.injected_options(upstream.wait_for_queries(count + 1)[-1])
-        self.assertEqual(dict(options)[65001], organization)
+        self.query(proxy)
+        self.assertEqual(dict(wire.injected_options(upstream.queries[-1]))[65001], organization)
 
     def test_good_settings_are_used_and_bad_ones_are_not(self):
         first, proxy = self.road()
         second = self.upstream()
         self.assert_identity(proxy, first, b"org42")
         path = self.vendor_file({})
-        for number, text in enumerate((
-                "", '{"organizationId": "\udcff"}', "[]", "null", '{"organizationId": "org43",}', "\0\xff",
-                "[" * 100_000, '{"a":' * 10_000, '{"organizationId": "org43"} x', None)):
+        for number, text in enumerate(('{"organizationId": "\udcff"}', "null", "[" * 100_000,
+                                       '{"organizationId": "org43"} x', None)):
             with self.subTest(text=text and text[:40]):
                 os.remove(path)
                 if text is not None:
@@ -64,9 +57,9 @@ class ReloadTest(RoadTest):
 
     def test_without_vendor_data(self):
         proxy = self.proxy()
-        proxy.wait_for_line("initVendorSettings  - done")
+        proxy.wait_for_line(READ)
         proxy.send_signal(signal.SIGHUP)
-        proxy.wait_for_line("initVendorSettings  - done", 2)
+        proxy.wait_for_line(READ, 2)
 
 
 if __name__ == "__main__":

@@ -15,27 +15,21 @@
 namespace platform {
 namespace {
 
-constexpr char kLastLine[] = "doomed\\[[0-9]+\\] the last words\n$";
-
-// Runs in the process that is to end.
-void holdBackOneRecord() {
-  const rlimit noCore{0, 0};
-  ::setrlimit(RLIMIT_CORE, &noCore);
-  LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "doomed"));
-  writeLogOnCrash();
-  static const LogBatch batch;
-  NSLog("the last words");
-}
-
 int overflowStack(int depth) {
   volatile char block[4096];
   block[0] = static_cast<char>(depth);
   return depth < INT_MAX ? overflowStack(depth + 1) + block[0] : 0;
 }
 
-TEST(CrashHandlerTest, heldBackRecordsComeOutOnceHoweverTheProcessEnds) {
-  const auto end = [](auto how) {
-    holdBackOneRecord();
+TEST(CrashHandlerTest, WritesRecordsHeldBackOnceHoweverTheProcessEnds) {
+  constexpr char kLastLine[] = "doomed\\[[0-9]+\\] the last words\n$";
+  const auto end = [](auto how) {  // in the process that is to end
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    LogSink::setShared(std::make_unique<StreamLogSink>(STDERR_FILENO, "doomed"));
+    writeLogOnCrash();
+    const LogBatch batch;
+    NSLog("the last words");
     how();
   };
   EXPECT_EXIT(end([] { std::exit(3); }), testing::ExitedWithCode(3), kLastLine);

@@ -12,7 +12,7 @@
 namespace platform {
 namespace {
 
-TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
+TEST(HeldBackLinesTest, EndsALineThatTheDiskHasCutBeforeTheNext) {
   const test::TemporaryDirectory directory;
   const auto path = directory.path() / "log";
   const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
@@ -22,11 +22,11 @@ TEST(HeldBackLinesTest, aLineThatTheDiskCutsIsEndedBeforeTheNext) {
   ::getrlimit(RLIMIT_FSIZE, &former);
   const rlimit small{8, former.rlim_max};
   ::setrlimit(RLIMIT_FSIZE, &small);
-  lines.append("first\n");
-  lines.append("second\n");
+  lines.append("first\nsecond\n");
   lines.write();
   ::setrlimit(RLIMIT_FSIZE, &former);
   EXPECT_TRUE(lines.takeLoss());
+  EXPECT_FALSE(lines.takeLoss());
   lines.append("third\n");
   lines.write();
   lines.append("last\n");

@@ -28,25 +28,25 @@ extern "C" int sd_journal_sendv(const iovec* fields, int count) {
 namespace platform {
 namespace {
 
-TEST(JournalLogSinkTest, aRecordIsOneEntryAndItsLineBreaksMakeNoFields) {
+TEST(JournalLogSinkTest, WritesARecordAsOneEntryWhoseLineBreaksMakeNoFields) {
   JournalLogSink("proxy").write("100% plain\nMESSAGE=forged\n");
   EXPECT_THAT(sentFields, testing::ElementsAre("MESSAGE=100% plain\nMESSAGE=forged\n", "PRIORITY=6",
                                                "SYSLOG_IDENTIFIER=proxy"));
 }
 
-TEST(JournalLogSinkTest, standardErrorIsTheJournalWhenTheVariableNamesIt) {
+TEST(JournalLogSinkTest, TakesStandardErrorForTheJournalWhenTheVariableNamesIt) {
   struct stat status {};
   ASSERT_EQ(::fstat(STDERR_FILENO, &status), 0);
   const std::string device = std::to_string(status.st_dev);
   const std::string inode = std::to_string(status.st_ino);
-  const std::pair<std::string, bool> rows[] = {{device + ":" + inode, true},
-                                               {device + ":1" + inode, false},
-                                               {"1" + device + ":" + inode, false},
-                                               {device + ":" + inode + " ", false},
-                                               {inode, false}};
-  for (const auto& [value, expected] : rows) {
+  const auto isJournal = [](const std::string& value) {
     const test::EnvironmentVariable stream("JOURNAL_STREAM", value.c_str());
-    EXPECT_EQ(JournalLogSink::isStandardErrorJournal(), expected) << value;
+    return JournalLogSink::isStandardErrorJournal();
+  };
+  EXPECT_TRUE(isJournal(device + ":" + inode));
+  for (const auto& value :
+       {device + ":1" + inode, "1" + device + ":" + inode, device + ":" + inode + " ", inode}) {
+    EXPECT_FALSE(isJournal(value)) << value;
   }
 }
 

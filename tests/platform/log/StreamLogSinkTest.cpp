@@ -25,26 +25,21 @@ class StreamLogSinkTest : public testing::Test {
   StreamLogSink sink_{pipe_.writer.get(), "proxy"};
 };
 
-TEST_F(StreamLogSinkTest, aRecordIsOneLineWithItsTime) {
+TEST_F(StreamLogSinkTest, WritesARecordAsOneLineWithItsTime) {
   sink_.write("first\nsecond \x1B");
   EXPECT_EQ(pipe_.read(), "2026-11-22 22:19:54.123 " + kName + "first\\nsecond \\x1B\n");
-  const struct {
-    double seconds;
-    const char* time;
-  } rows[] = {
-      {0.001, "2026-11-22 22:19:54.124 "},
-      {0.88, "2026-11-22 22:19:55.004 "},
-      {86400, "2026-11-23 22:19:55.004 "},
-      {-1.8e9, "1970-01-01 00:00:00.000 "},
-  };
-  for (const auto& row : rows) {
-    clock_.advanceSeconds(row.seconds);
+  const std::pair<double, const char*> rows[] = {{0.001, "2026-11-22 22:19:54.124 "},
+                                                 {0.88, "2026-11-22 22:19:55.004 "},
+                                                 {86400, "2026-11-23 22:19:55.004 "},
+                                                 {-1.8e9, "1970-01-01 00:00:00.000 "}};
+  for (const auto& [seconds, time] : rows) {
+    clock_.advanceSeconds(seconds);
     sink_.write("");
-    EXPECT_EQ(pipe_.read(), row.time + kName + "\n");
+    EXPECT_EQ(pipe_.read(), time + kName + "\n");
   }
 }
 
-TEST_F(StreamLogSinkTest, aBatchIsWrittenAtItsEnd) {
+TEST_F(StreamLogSinkTest, WritesABatchAtItsEnd) {
   {
     const LogBatch outer;
     { const LogBatch inner; }
@@ -55,7 +50,7 @@ TEST_F(StreamLogSinkTest, aBatchIsWrittenAtItsEnd) {
   EXPECT_THAT(pipe_.read(), testing::MatchesRegex(".*\\] a\n.*\\] b\n"));
 }
 
-TEST_F(StreamLogSinkTest, whatPipeAndBufferHoldComesWholeAndARecordTellsOfTheRest) {
+TEST_F(StreamLogSinkTest, WritesWhatPipeAndBufferHoldWholeAndARecordForTheRest) {
   const std::string prefix = "2026-11-22 22:19:54.123 " + kName;
   std::string expected;
   for (int i = 0; i < 6; ++i) {

@@ -32,22 +32,15 @@ bool runUntilReaped() {
   return MainLoop::shared().runUntil([] { return ChildProcesses::shared().count() == 0; });
 }
 
-TEST(NSTaskTest, GivesWhatTheProgramPrintsOrWhyThereIsNone) {
-  const std::pair<const char*, std::string> cases[] = {
-      {"printf 'a\\000b\\377'; printf c >&2; exit 3", {"a\0b\377c", 5}},
-      {"head -c 2000000 /dev/zero | tr '\\0' x", std::string(NSPipe::kMaxKept, 'x')},
-      {"cat", ""},  // standard input is empty
-      {"kill -9 $$", ""},
-  };
-  for (const auto& [commandLine, expected] : cases) {
-    EXPECT_TRUE(run(commandLine) == expected) << commandLine;
-    EXPECT_EQ(ChildProcesses::shared().count(), 0U);
-  }
-  EXPECT_EQ(run("", "/nowhere/sh"), "cannot start /nowhere/sh: No such file or directory");
+TEST(NSTaskTest, GivesWhatTheProgramPrints) {
+  EXPECT_EQ(run("printf 'a\\000b\\377'; printf c >&2; exit 3"), std::string("a\0b\377c", 5));
+  EXPECT_TRUE(run("head -c 2000000 /dev/zero | tr '\\0' x") == std::string(NSPipe::kMaxKept, 'x'));
+  EXPECT_EQ(run("cat"), "") << "standard input is empty";
+  EXPECT_EQ(ChildProcesses::shared().count(), 0U);
   EXPECT_EQ(run("", "/dev/null"), "cannot start /dev/null: Permission denied");
 }
 
-TEST(NSTaskTest, NothingOfOursReachesTheChild) {
+TEST(NSTaskTest, LetsNothingOfOursReachTheChild) {
   const FileDescriptor inheritable(::fcntl(STDIN_FILENO, F_DUPFD, 50));
   const NSPipe other;
   // The last is the folder that the shell looks into.
@@ -65,9 +58,8 @@ TEST(NSTaskTest, NothingOfOursReachesTheChild) {
   ::signal(SIGPIPE, former);
 }
 
-TEST(NSTaskTest, AChildThatLivesOnIsReapedWhenItEnds) {
+TEST(NSTaskTest, ReapsAChildThatLivesOnWhenItEnds) {
   auto& children = ChildProcesses::shared();
-  EXPECT_EQ(children.count(), 0U);
   {
     NSTask task;
     task.executablePath = "/bin/sh";
@@ -83,7 +75,7 @@ TEST(NSTaskTest, AChildThatLivesOnIsReapedWhenItEnds) {
   children.beginAgain();
 }
 
-TEST(NSTaskTest, EndWakesWhoeverWaitsAndStartsNothingMore) {
+TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   auto& children = ChildProcesses::shared();
   auto reader = std::async(std::launch::async, [] { return run("sleep 1000"); });
   auto waiter = std::async(std::launch::async, [] {

@@ -24,66 +24,40 @@ std::string outcome(const std::string& text) {
   return result;
 }
 
-TEST(JSONDocumentTest, readsWhatIsJSONAndLeavesOutWhatGoesBeyondABound) {
-  const auto manyNines = std::string(400, '9');
+TEST(JSONDocumentTest, ReadsWhatIsJSONAndLeavesOutWhatGoesBeyondABound) {
   const std::string tooDeep = ": nested deeper than 64";
   const std::string tooLarge = ": a number too large";
   const std::pair<std::string, std::string> rows[] = {
       {nested(64), nested(64)},
-      {R"({"a":)" + nested(63) + "}", R"({"a":)" + nested(63) + "}"},
       {R"({"a":)" + nested(64) + R"(,"b":2})", R"({"b":2} a)" + tooDeep},
       {R"({"a":1,"b":[3,)" + nested(100'000) + R"(,4],"c":"2"})", R"({"a":1,"c":"2"} b)" + tooDeep},
       {R"([{"a":)" + nested(64) + R"(,"b":[true]},null])", R"([{"b":[true]},null] a)" + tooDeep},
       {R"({"a":{"b":{"c":[[1,1e999],{}],"d":[]}}})", R"({"a":{"b":{"d":[]}}} c)" + tooLarge},
-      {R"({"a":1e999,"b":-1E+999,"c":1e308,"d":1e-999})",
-       R"({"c":1e+308,"d":0.0} a)" + tooLarge + " b" + tooLarge},
-      {R"({"a":)" + manyNines + R"(,"b":"\"1e999","c":18446744073709551616})",
-       R"({"b":"\"1e999","c":1.8446744073709552e+19} a)" + tooLarge},
-      {R"({"a":[1e999,)" + nested(64) + R"(],"b":0})", R"({"b":0} a)" + tooLarge},
+      {R"({"a":1e999,"b":-1E-999,"c":1e308,"d":"\"1e999","e":18446744073709551616})",
+       R"({"b":-0.0,"c":1e+308,"d":"\"1e999","e":1.8446744073709552e+19} a)" + tooLarge},
       {R"({"a":[)" + nested(64) + R"(,1e999,{"x":1e999}],"b":[0,1e999]})",
        "{} a" + tooDeep + " b" + tooLarge},
       {R"({"a":{"x":1},"a":1e999})", "{} a" + tooLarge},
       {R"({"a":1e999,"a":1})", R"({"a":1} a)" + tooLarge},
       {R"(["\\\")" + std::string(1000, '[') + "\"]", R"(["\\\")" + std::string(1000, '[') + "\"]"},
       {R"(["\\",)" + nested(64) + "]", "nested deeper than 64"},
-      {nested(65), "nested deeper than 64"},
-      {"[{},1e999,{}]", "a number too large"},
-      {manyNines, "a number too large"},
-      {std::string((1 << 20) + 1, ' '), "larger than 1048576 bytes"},
-  };
+      {std::string(400, '9'), "a number too large"},
+      {std::string((1 << 20) + 1, ' '), "larger than 1048576 bytes"}};
   for (const auto& [text, expected] : rows) {
     EXPECT_EQ(outcome(text), expected) << text;
   }
 }
 
-TEST(JSONDocumentTest, whatIsNoJSON) {
-  for (const auto& text : {"[1,]"s,
-                           "{'a':1}"s,
-                           "NaN"s,
-                           "01"s,
-                           "[1] 2"s,
-                           "// comment\n1"s,
-                           "\"\\ud800\""s,
-                           "\"\n\""s,
-                           "\"\xFF\""s,
-                           "{}\xFF"s,
-                           "{}\0"s,
-                           "{}\0garbage"s,
-                           "\"\0\""s,
-                           R"({"a":01e999})"s,
-                           "-.1e999"s,
-                           "1.e999"s,
-                           "+1e999"s,
-                           "1e999-"s,
-                           "[1e999 1]"s,
-                           "1e999]"s,
-                           nested(65) + "]"s,
-                           std::string(100'000, '[')}) {
+// Beside what the library itself refuses: what follows a NUL, and numbers that only look too large.
+TEST(JSONDocumentTest, RefusesWhatIsNoJSON) {
+  for (const auto& text :
+       {"{}\0"s, "{}\0garbage"s, "\"\0\""s, "\"\xFF\""s, R"({"a":01e999})"s, "-.1e999"s, "1.e999"s,
+        "+1e999"s, "1e999-"s, "[1e999 1]"s, nested(65) + "]"s, std::string(100'000, '[')}) {
     EXPECT_EQ(outcome(text), "not valid JSON") << testing::PrintToString(text);
   }
 }
 
-TEST(JSONDocumentTest, tellsWhichObjectLacksAMember) {
+TEST(JSONDocumentTest, TellsWhichObjectLacksAMember) {
   const auto document =
       parseJSON(R"([{"a":1e999},{"b":0},[{"a":[1e999]}],{"a":[{"b":1e999},1e999],"c":{}}])");
   ASSERT_TRUE(document);

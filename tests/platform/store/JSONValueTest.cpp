@@ -8,7 +8,7 @@
 namespace platform {
 namespace {
 
-TEST(JSONValueTest, printedForms) {
+TEST(JSONValueTest, PrintsEachKind) {
   const std::pair<const char*, std::string> rows[] = {
       {R"("a\"b")", R"("a\"b")"},
       {"18446744073709551615", "18446744073709551615"},

@@ -17,15 +17,10 @@ class TimeZoneTest : public testing::Test {
   const TimeZonePaths paths_{directory_.path() / "localtime", directory_.path() / "timezone"};
 };
 
-TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
+TEST_F(TimeZoneTest, TakesTheFirstSourceThatNamesAZone) {
   const std::string zone = "/usr/share/zoneinfo/Europe/Ljubljana";
   const std::string tooLong(65, 'A');
-  const struct {
-    const char* variable;
-    std::string target;
-    std::string text;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
       {"Asia/Tokyo", zone, "Etc/UTC\n", "Asia/Tokyo"},
       {":/usr/share/zoneinfo/America/Port-au-Prince", zone, "", "America/Port-au-Prince"},
       {"", zone, "Europe/Paris\n", "UTC"},  // as the C library takes it
@@ -37,12 +32,12 @@ TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
       {nullptr, "/nowhere", "\nEurope/Paris\n", "UTC"},
       {nullptr, "/nowhere", std::string(5000, 'A'), "UTC"},
   };
-  for (const auto& row : rows) {
-    const test::EnvironmentVariable tz("TZ", row.variable);
+  for (const auto& [variable, target, text, expected] : rows) {
+    const test::EnvironmentVariable tz("TZ", variable);
     std::filesystem::remove(paths_.localtime);
-    std::filesystem::create_symlink(row.target, paths_.localtime);
-    test::writeFile(paths_.timezone, row.text);
-    EXPECT_EQ(SystemTimeZone(paths_).identifier(), row.expected) << row.target << ' ' << row.text;
+    std::filesystem::create_symlink(target, paths_.localtime);
+    test::writeFile(paths_.timezone, text);
+    EXPECT_EQ(SystemTimeZone(paths_).identifier(), expected) << target << ' ' << text;
   }
   const test::EnvironmentVariable tz("TZ", nullptr);
   std::filesystem::remove(paths_.timezone);
@@ -50,7 +45,7 @@ TEST_F(TimeZoneTest, theFirstSourceThatNamesAZoneDecides) {
   EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
 }
 
-TEST_F(TimeZoneTest, looksAgainAfterASecond) {
+TEST_F(TimeZoneTest, LooksAgainAfterASecond) {
   const test::EnvironmentVariable tz("TZ", nullptr);
   ManualClock clock;
   Clock::setShared(&clock);

@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <functional>
-#include <limits>
 #include <string>
 
 #include "platform/store/UserDefaults.h"
@@ -33,7 +32,7 @@ class UserDefaultsTest : public testing::Test {
   LogCapture log_;
 };
 
-TEST_F(UserDefaultsTest, valuesByType) {
+TEST_F(UserDefaultsTest, GivesValuesByType) {
   writeFile(file_, R"({"text":"1","truth":false,"none":null,"list":[1],"object":{}})");
   ASSERT_NE(suite(), nullptr);
   for (const std::string key : {"text", "truth", "none", "list", "object", "missing"}) {
@@ -42,54 +41,42 @@ TEST_F(UserDefaultsTest, valuesByType) {
     EXPECT_EQ(suite()->dictionaryForKey(key).has_value(), key == "object");
     EXPECT_EQ(suite()->integerForKey(key), 0) << key;
   }
-  const std::pair<const char*, std::int64_t> numbers[] = {
-      {"-1.9", -1},
-      {"9223372036854775808", std::numeric_limits<std::int64_t>::max()},
-      {"1e300", std::numeric_limits<std::int64_t>::max()},
-      {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
-      {"-1e300", std::numeric_limits<std::int64_t>::min()},
-  };
+  constexpr std::pair<const char*, std::int64_t> numbers[] = {{"-1.9", -1},
+                                                              {"9223372036854775808", INT64_MAX},
+                                                              {"9223372036854775808.0", INT64_MAX},
+                                                              {"-1e300", INT64_MIN}};
   for (const auto& [json, number] : numbers) {
     writeFile(file_, std::string(R"({"key":)") + json + "}");
     EXPECT_EQ(suite()->integerForKey("key"), number) << json;
   }
 }
 
-TEST_F(UserDefaultsTest, whatCannotBeReadIsAbsentUntilMended) {
-  const auto holding = [this](std::string text) {
-    return [this, text = std::move(text)] { writeFile(file_, text); };
-  };
-  const struct {
-    const char* what;
-    std::function<void()> damage;
-  } rows[] = {
-      {"no JSON", holding("{\"a\":")},
-      {"no object", holding("[{}]")},
-      {"a byte too large", holding("{}" + std::string((1 << 20) - 1, ' '))},
-      {"a directory", [this] { fs::create_directory(file_); }},
-      {"a FIFO", [this] { ::mkfifo(file_.c_str(), 0600); }},
-      {"a device", [this] { fs::create_symlink("/dev/zero", file_); }},
-      {"a link to itself", [this] { fs::create_symlink(file_, file_); }},
-  };
-  for (const auto& row : rows) {
+TEST_F(UserDefaultsTest, IsAbsentWhileTheFileCannotBeRead) {
+  const std::function<void()> damages[] = {
+      [this] { writeFile(file_, "[{}]"); },
+      [this] { writeFile(file_, "{}" + std::string((1 << 20) - 1, ' ')); },  // a byte too large
+      [this] { fs::create_directory(file_); },
+      [this] { ::mkfifo(file_.c_str(), 0600); },
+      [this] { fs::create_symlink("/dev/zero", file_); },
+      [this] { fs::create_symlink(file_, file_); }};
+  for (const auto& damage : damages) {
     writeFile(file_, R"({"a":"b"})" + std::string((1 << 20) - 9, ' '));  // as large as may be
     ASSERT_NE(suite(), nullptr);
     EXPECT_EQ(suite()->stringForKey("a"), "b");
     auto& defaults = *suite();
     log_.clear();
     fs::remove(file_);
-    row.damage();
-    EXPECT_EQ(suite(), nullptr) << row.what;
-    EXPECT_EQ(suite(), nullptr) << row.what;
+    damage();
+    EXPECT_EQ(suite(), nullptr);
+    EXPECT_EQ(suite(), nullptr);
     EXPECT_EQ(defaults.stringForKey("a"), std::nullopt);
-    EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(file_.string() + " cannot be used: ")))
-        << row.what;
+    EXPECT_THAT(log_.records(), ElementsAre(HasSubstr(file_.string() + " cannot be used: ")));
     fs::remove(file_);
     EXPECT_NE(suite(), nullptr) << "what is not there is empty";
   }
 }
 
-TEST_F(UserDefaultsTest, settingWritesTheFile) {
+TEST_F(UserDefaultsTest, ReplacesTheFileForEachValueSet) {
   writeFile(file_, "{}");
   std::ifstream reader(file_);
   auto* const defaults = suite();
@@ -111,7 +98,7 @@ TEST_F(UserDefaultsTest, settingWritesTheFile) {
   EXPECT_THAT(log_.records(), ElementsAre());
 }
 
-TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
+TEST_F(UserDefaultsTest, WritesNothingThatCouldNotBeReadAgain) {
   writeFile(file_, R"({"a":1})");
   JSONValue deep = 1;
   for (int i = 0; i < 64; ++i) {
@@ -127,7 +114,7 @@ TEST_F(UserDefaultsTest, whatCouldNotBeReadAgainIsNotWritten) {
   EXPECT_EQ(suite()->stringForKey("large")->size(), 1U << 20);
 }
 
-TEST_F(UserDefaultsTest, aFileThatIsNotReadWholeIsLeftAsItIs) {
+TEST_F(UserDefaultsTest, LeavesAFileThatItCannotReadWhole) {
   writeFile(file_, R"({"a":1,"b":1e999})");
   ASSERT_NE(suite(), nullptr);
   EXPECT_EQ(suite()->integerForKey("a"), 1);

@@ -13,15 +13,13 @@ class Client:
     def __init__(self, endpoint):
         self.socket = socket.socket(family_of(endpoint[0]), socket.SOCK_DGRAM)
         self.socket.connect(endpoint)
+        self.send = self.socket.send
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
         self.socket.close()
-
-    def send(self, query):
-        self.socket.send(query)
 
     def receive(self, seconds=PATIENCE):
         """The next datagram, or None after `seconds`."""
@@ -31,8 +29,7 @@ class Client:
     def ask(self, query):
         self.send(query)
         answer = self.receive()
-        if answer is None:
-            raise AssertionError(f"no answer to {query.hex()}")
+        assert answer is not None, f"no answer to {query.hex()}"
         return answer
 
 
@@ -56,11 +53,9 @@ def tool(*command):
     """Runs a command-line tool; what it printed. It must end with status 0."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
                           timeout=PATIENCE, check=False)
-    if done.returncode != 0:
-        raise AssertionError(f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}")
+    assert done.returncode == 0, f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}"
     return done.stdout
 
 
 def dig(endpoint, *arguments):
-    host, port = endpoint
-    return tool("dig", f"@{host}", "-p", str(port), "+tries=1", "+timeout=15", *arguments)
+    return tool("dig", f"@{endpoint[0]}", "-p", str(endpoint[1]), "+tries=1", "+timeout=15", *arguments)

@@ -1,5 +1,4 @@
-"""A network of the test's own, where every port is free, any address can be had, and /etc/resolv.conf may be
-replaced."""
+"""A network of the test's own, where every port and address is free and /etc/resolv.conf may be replaced."""
 
 import contextlib
 import fcntl
@@ -16,6 +15,7 @@ from roadlib.client import tool
 SKIPPED = 77  # the test runner's word for it
 INSIDE = "QUILLET_INSIDE_NAMESPACE"
 
+_SET_ADDRESS = 0x8916  # SIOCSIFADDR
 _aliases = itertools.count(1)
 
 
@@ -35,11 +35,10 @@ def enter():
 
 def add_address(address):
     """Puts an IPv4 address of any network on the loopback interface."""
-    set_address = 0x8916  # SIOCSIFADDR
     name = f"lo:{next(_aliases)}".encode()
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
         octets = socket.inet_pton(socket.AF_INET, address)
-        fcntl.ioctl(s, set_address, struct.pack("16sH2x4s16x", name, socket.AF_INET, octets))
+        fcntl.ioctl(s, _SET_ADDRESS, struct.pack("16sH2x4s16x", name, socket.AF_INET, octets))
 
 
 def let_multicast_through():
@@ -62,13 +61,9 @@ def resolv_conf(folder, *lines):
 
 def _bring_loopback_up():
     """Without an address beyond the loopback ones the C library would not ask at all."""
-    get_flags, set_flags, set_address = 0x8913, 0x8914, 0x8916  # SIOCGIFFLAGS, SIOCSIFFLAGS, SIOCSIFADDR
-    up = 1  # IFF_UP
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
-        request = fcntl.ioctl(s, get_flags, struct.pack("16sH22x", b"lo", 0))
-        flags = struct.unpack_from("H", request, 16)[0]
-        fcntl.ioctl(s, set_flags, struct.pack("16sH22x", b"lo", flags | up))
+        fcntl.ioctl(s, 0x8914, struct.pack("16sH22x", b"lo", 1))  # SIOCSIFFLAGS, IFF_UP
     add_address("192.0.2.1")
     with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as s:
         address = socket.inet_pton(socket.AF_INET6, "2001:db8::1")
-        fcntl.ioctl(s, set_address, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))
+        fcntl.ioctl(s, _SET_ADDRESS, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))

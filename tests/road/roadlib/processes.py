@@ -1,5 +1,6 @@
 """The programs under test as child processes: started, watched, and ended whatever happens."""
 
+import contextlib
 import os
 import random
 import re
@@ -17,13 +18,10 @@ PATIENCE = 20 * SLOWNESS
 def poll(condition, what, seconds=PATIENCE):
     """Asks `condition` again and again, for a bounded time, until it gives something true."""
     deadline = time.monotonic() + seconds
-    while True:
-        result = condition()
-        if result:
-            return result
-        if time.monotonic() > deadline:
-            raise AssertionError(f"not within {seconds:.0f} s: {what}")
+    while not (result := condition()):
+        assert time.monotonic() < deadline, f"not within {seconds:.0f} s: {what}"
         time.sleep(0.005)
+    return result
 
 
 def family_of(host):
@@ -31,19 +29,14 @@ def family_of(host):
 
 
 def free_port(host="127.0.0.1"):
-    """A UDP port that nobody holds: from below those that the system gives to sockets without a wish, since
-    with thousands of those around one of them might take it before its user does."""
+    """A UDP port that nobody holds, from below those that the system gives to sockets without a wish: one of
+    thousands might take it before its user does."""
     with open("/proc/sys/net/ipv4/ip_local_port_range", encoding="ascii") as ephemeral:
         first = int(ephemeral.read().split()[0])
-    for _ in range(1000):
-        port = random.randrange(10_000, max(first, 11_000))
-        with socket.socket(family_of(host), socket.SOCK_DGRAM) as s:
-            try:
-                s.bind((host, port))
-                return port
-            except OSError:
-                continue
-    raise AssertionError(f"no free port at {host}")
+    while True:
+        with socket.socket(family_of(host), socket.SOCK_DGRAM) as s, contextlib.suppress(OSError):
+            s.bind((host, random.randrange(10_000, max(first, 11_000))))
+            return s.getsockname()[1]
 
 
 def address_text(host, port):
@@ -59,7 +52,7 @@ class Process:
         self.child = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT,
             env=inherited | (environment or {}), preexec_fn=preparation)
-        self.pid = self.child.pid
+        self.pid, self.send_signal = self.child.pid, self.child.send_signal
         self.lines = []
         self._changed = threading.Condition()
         self._reader = None
@@ -84,16 +77,14 @@ class Process:
             return len(found) >= count
 
         with self._changed:
-            if not self._changed.wait_for(enough, PATIENCE):
-                tail = "\n".join(self.lines[-20:])
-                raise AssertionError(f"no line with {text!r} ({count} times) in:\n{tail}")
+            assert self._changed.wait_for(enough, PATIENCE), \
+                f"no line with {text!r} ({count} times) in:\n" + "\n".join(self.lines[-20:])
         return found
 
     def wait_for_few_lines(self, text, most):
         """The same for one line, among `most` so far: more of them, as of a circle, fail at once."""
         poll(lambda: len(self.lines) > most or any(text in line for line in list(self.lines)), text)
-        if len(self.lines) > most:
-            raise AssertionError(f"{text!r} in more than {most} lines:\n" + "\n".join(self.lines[-20:]))
+        assert len(self.lines) <= most, f"{text!r} in more than {most} lines:\n" + "\n".join(self.lines[-20:])
 
     def output(self):
         """All lines; for a process that has ended."""
@@ -107,18 +98,15 @@ class Process:
     def wait(self, seconds=PATIENCE):
         return self.child.wait(seconds)
 
-    def send_signal(self, number):
-        self.child.send_signal(number)
-
     def stop(self):
         """Ends the process; gives its exit status."""
         if self.is_running():
-            self.child.send_signal(signal.SIGTERM)
+            self.send_signal(signal.SIGTERM)
             try:
-                self.child.wait(PATIENCE)
+                self.wait()
             except subprocess.TimeoutExpired:
                 self.child.kill()
-                self.child.wait()
+                self.wait()
         if self._reader:
             self._reader.join(PATIENCE)
             self.child.stdout.close()
@@ -133,13 +121,10 @@ class Process:
 
     def bound_ports(self):
         """The ports of the process' own UDP sockets, by the kernel's tables."""
-        inodes = set()
+        inodes, ports = set(), set()
         for descriptor in os.scandir(f"/proc/{self.pid}/fd"):
-            try:
+            with contextlib.suppress(FileNotFoundError):  # closed meanwhile
                 inodes.add(os.readlink(descriptor.path))
-            except FileNotFoundError:
-                pass  # closed meanwhile
-        ports = set()
         for table in ("/proc/net/udp", "/proc/net/udp6"):
             with open(table, encoding="ascii") as lines:
                 rows = [line.split() for line in lines][1:]
@@ -162,24 +147,18 @@ class DemoFilter(Process):
 class Proxy(Process):
     """The proxy, listening on `hosts` at free ports, once it has bound them."""
 
-    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(),
-                 **how):
+    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(), **how):
         self.defaults_folder = defaults_folder
         self.endpoints = [(host, port or free_port(host)) for host in hosts]
         self.endpoint = self.endpoints[0]
-        command = [os.environ["QUILLET_PROXY"]]
-        if defaults_folder:
-            command += ["--defaults-dir", defaults_folder]
-        for host, port in self.endpoints:
-            command += ["--listen", address_text(host, port)]
-        if vendor_data_file:
-            command += ["--vendor-data", str(vendor_data_file)]
-        super().__init__([*command, *arguments], **how)
+        options = [("--listen", address_text(*endpoint)) for endpoint in self.endpoints]
+        options += [("--defaults-dir", defaults_folder)] if defaults_folder else []
+        options += [("--vendor-data", vendor_data_file)] if vendor_data_file else []
+        super().__init__([os.environ["QUILLET_PROXY"], *sum(options, ()), *arguments], **how)
         poll(self._is_bound, "the proxy has bound its ports")
 
     def _is_bound(self):
-        if not self.is_running():
-            raise AssertionError("the proxy has ended:\n" + "\n".join(self.output()))
+        assert self.is_running(), "the proxy has ended:\n" + "\n".join(self.output())
         return self.bound_ports() >= {port for _, port in self.endpoints}
 
 
@@ -203,9 +182,7 @@ class Relay(Process):
         """The process ids of its children, zombies included."""
         children = []
         for task in os.scandir(f"/proc/{self.pid}/task"):
-            try:
+            with contextlib.suppress(FileNotFoundError):  # a thread that has ended meanwhile
                 with open(os.path.join(task.path, "children"), encoding="ascii") as file:
                     children += [int(child) for child in file.read().split()]
-            except FileNotFoundError:
-                pass  # a thread that has ended meanwhile
         return children

@@ -7,6 +7,8 @@ import threading
 from roadlib import wire
 from roadlib.processes import PATIENCE, family_of
 
+_FAREWELL = b"\0the test is over\0"
+
 
 class Upstream:
     """`respond` gets a query's bytes and gives the datagrams to send back, none to stay silent."""
@@ -18,42 +20,36 @@ class Upstream:
         self._changed = threading.Condition()
         self._socket = socket.socket(family_of(host), socket.SOCK_DGRAM)
         self._socket.bind((host, port))
-        self.port = self._socket.getsockname()[1]
-        self.address = f"{host}:{self.port}"
+        self.address = f"{host}:{self._socket.getsockname()[1]}"
         self._thread = threading.Thread(target=self._serve, daemon=True)
         self._thread.start()
 
     def _serve(self):
         while True:
             query, peer = self._socket.recvfrom(65535)
-            if query == self._farewell:
+            if query == _FAREWELL:
                 return
             with self._changed:
                 self.queries.append(query)
                 self._changed.notify_all()
-            self._answer(query, peer)
-
-    def _answer(self, query, peer):
-        try:
-            for answer in self.respond(query):
-                self._socket.sendto(answer, peer)
-        except (IndexError, struct.error):
-            pass  # the query was cut or garbled: nothing to answer
-        except Exception as error:
-            self._failure = error  # of the test itself
-
-    _farewell = b"\0the test is over\0"
+            try:
+                for answer in self.respond(query):
+                    self._socket.sendto(answer, peer)
+            except (IndexError, struct.error):
+                pass  # the query was cut or garbled: nothing to answer
+            except Exception as error:
+                self._failure = error  # of the test itself
 
     def wait_for_queries(self, count):
         """The queries so far, once there are `count` of them."""
         with self._changed:
-            if not self._changed.wait_for(lambda: len(self.queries) >= count, PATIENCE):
-                raise AssertionError(f"{len(self.queries)} of {count} queries reached the upstream")
+            enough = self._changed.wait_for(lambda: len(self.queries) >= count, PATIENCE)
+            assert enough, f"{len(self.queries)} of {count} queries reached the upstream"
             return list(self.queries)
 
     def close(self):
         with socket.socket(self._socket.family, socket.SOCK_DGRAM) as s:
-            s.sendto(self._farewell, self._socket.getsockname())
+            s.sendto(_FAREWELL, self._socket.getsockname())
         self._thread.join(PATIENCE)
         self._socket.close()
         if self._failure:

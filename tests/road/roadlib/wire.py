@@ -55,22 +55,18 @@ def question_end(message):
 
 
 def question_name(message):
-    """The first question's name without the final dot."""
-    labels, at = [], 12
+    """The first question's name with a dot before each label."""
+    at, name = 12, ""
     while message[at]:
-        labels.append(message[at + 1:at + 1 + message[at]])
+        name += "." + message[at + 1:at + 1 + message[at]].decode("latin-1")
         at += 1 + message[at]
-    return b".".join(labels).decode("latin-1")
+    return name
 
 
 def injected_options(message):
     """The options that follow the question in the one OPT record named `0`, as (code, value) pairs."""
-    end = question_end(message)
-    fixed = bytes.fromhex("013000 0029 0000 00000000")
-    assert message[end:end + len(fixed)] == fixed, message[end:].hex()
-    rest = message[end + len(fixed) + 2:]
-    length = struct.unpack_from("!H", message, end + len(fixed))[0]
-    assert length == len(rest), (length, len(rest))
+    record, rest = message[question_end(message):][:13], message[question_end(message) + 13:]
+    assert record == bytes.fromhex("013000 0029 0000 00000000") + struct.pack("!H", len(rest)), record.hex()
     options = []
     while rest:
         code, size = struct.unpack_from("!2H", rest)
@@ -82,7 +78,5 @@ def injected_options(message):
 
 def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
-    body = record(b"\xc0\x0c", rtype, rdata) * count
-    flags = QR | RD | RA
-    return (message[:2] + struct.pack("!5H", flags, 1, count, 0, 0)
-            + message[12:question_end(message)] + body)
+    return (message[:2] + struct.pack("!5H", QR | RD | RA, 1, count, 0, 0) + message[12:question_end(message)]
+            + record(b"\xc0\x0c", rtype, rdata) * count)

@@ -11,6 +11,7 @@ class XpcClient:
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         self.socket.settimeout(PATIENCE)
         self.socket.connect(relay.socket_path)
+        self.send = self.socket.sendall
         self._lines = self.socket.makefile("rb")
 
     def __enter__(self):
@@ -23,20 +24,15 @@ class XpcClient:
         self._lines.close()
         self.socket.close()
 
-    def send(self, data):
-        self.socket.sendall(data)
-
-    def answer(self):
-        """The next answer; None when the service has closed the connection."""
-        line = self._lines.readline()
-        return json.loads(line) if line else None
-
-    def request(self, method, *params, number=1):
-        message = {"jsonrpc": "2.0", "id": number, "method": method, "params": params}
+    def request(self, method, *params):
+        message = {"jsonrpc": "2.0", "id": 1, "method": method, "params": params}
         self.send(json.dumps(message).encode() + b"\n")
 
-    def call(self, method, *params):
-        """The result of a call, or its error's code."""
-        self.request(method, *params)
-        answer = self.answer()
+    def result(self):
+        """The result of the next answer, or its error's code."""
+        answer = json.loads(self._lines.readline())
         return answer["result"] if "result" in answer else answer["error"]["code"]
+
+    def call(self, method, *params):
+        self.request(method, *params)
+        return self.result()

@@ -1,0 +1,97 @@
+#include "DnsProxyExt/upstream/PolicyUDPClient.h"
+#include "tests/DnsProxyExt/ProviderTest.h"
+
+namespace quillet {
+namespace {
+
+using platform::Data;
+using test::FakeServer;
+using testing::ElementsAre;
+
+class PolicyUDPClientTest : public test::ProviderTest {
+ protected:
+  PolicyUDPClientTest() { log_.clear(); }
+
+  void connect(const std::string& ip, std::int64_t port, Data request = {'q', 'q'}) {
+    auto client = std::make_shared<PolicyUDPClient>(std::move(request));
+    client->onPolicyDataReceived = [this](const std::optional<Data>& content,
+                                          std::optional<bool> isComplete,
+                                          const std::optional<platform::NWError>& error) {
+      told_.push_back((content ? std::string(platform::textOf(*content)) : "nothing") +
+                      (isComplete.value() ? " complete " : " open ") +
+                      platform::description(error));
+    };
+    client->connectWithUDP(ip, port);
+    client_ = client;
+  }
+  bool runUntilGone() {
+    return runUntil([this] { return client_.expired(); });
+  }
+
+  std::weak_ptr<PolicyUDPClient> client_;
+  std::vector<std::string> told_;
+};
+
+TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
+  const FakeServer server([](const Data& /*received*/) { return std::vector<Data>{{'a'}, {'b'}}; });
+  connect("127.0.0.1", server.port());
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(server.received(), ElementsAre(Data{'q', 'q'}));
+  EXPECT_THAT(told_, ElementsAre("a complete nil")) << "a second datagram is not read";
+  const std::string tag = "PolicyUDPClient";
+  const auto port = std::to_string(server.port());
+  const auto endpoint = "127.0.0.1:" + port;
+  const auto info =
+      "Optional(\"satisfied (Path is satisfied), interface: lo, ipv4\"), to ip - "
+      "127.0.0.1, port - " +
+      port;
+  EXPECT_THAT(
+      log_.records(),
+      ElementsAre(
+          "init new " + tag, tag + ": Connecting to  udp, flowHash ",
+          tag + " - stateUpdateHandler:,  state = setup",
+          tag + " - State: Setup," + endpoint + " \n",
+          tag + " - stateUpdateHandler:,  state = preparing",
+          tag + "  -State: Preparing," + endpoint + " \n",
+          tag + " - stateUpdateHandler:,  state = ready",
+          tag + " - State: Ready," + endpoint + " \n", tag + " sendUDP, req to  UDP  ",
+          tag + " Data was sent to  UDP, " + info + ",",
+          tag + " receive  Udp callback called," + info + " , isComplete = true",
+          tag + " Udp received," + info + ", arr.count = 1, content.count = 2",
+          " " + tag + "self.connection?.cancel(), arr.count = 1, content count = 2, " + info,
+          tag + " - stateUpdateHandler:,  state = cancelled",
+          tag + " - State: Cancelled," + endpoint + " \n"));
+}
+
+TEST_F(PolicyUDPClientTest, EveryExchangeWithoutAnAnswerEnds) {
+  for (const std::int64_t port : {std::int64_t{-1}, std::int64_t{65536}}) {
+    connect("127.0.0.1", port);
+    EXPECT_TRUE(client_.expired());
+    EXPECT_EQ(log_.records().back(), "PolicyUDPClient: no such port: " + std::to_string(port));
+  }
+  connect("policy.example", 2800);
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_EQ(log_.records().back(),
+            "PolicyUDPClient - State: Waiting,policy.example:2800 error: -65554: NoSuchRecord");
+  const FakeServer empty([](const Data& /*received*/) { return std::vector<Data>{Data()}; });
+  connect("127.0.0.1", empty.port(), Data(70'000));
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::MatchesRegex("PolicyUDPClient  ERROR! Error when data \\(Type: Data\\) "
+                                    "sending to  UDP\\.Optional\\(.*\\), to ip - 127.0.0.1, port "
+                                    "- [0-9]+ NWError: \n .*Message too long"));
+  EXPECT_THAT(told_, testing::IsEmpty());
+  connect("127.0.0.1", empty.port());
+  ASSERT_TRUE(runUntilGone());
+  EXPECT_THAT(log_.records().back(),
+              testing::StartsWith("PolicyUDPClient dns session is not completed,Optional("));
+  connect("127.0.0.1", test::closedPort());
+  ASSERT_TRUE(runUntilGone());
+  const std::string refused = "Optional(POSIXErrorCode(rawValue: 111): Connection refused)";
+  EXPECT_THAT(log_.records(), testing::Contains(testing::StartsWith(
+                                  "PolicyUDPClient udp socket error: " + refused + ",Optional(")));
+  EXPECT_THAT(told_, ElementsAre("nothing open nil", "nothing open " + refused));
+}
+
+}  // namespace
+}  // namespace quillet
