@@ -9,8 +9,8 @@ namespace platform {
 
 /// Work of the main loop that waits for its time, on the monotonic clock of `Clock::shared()`.
 ///
-/// The loop looks at what is due in each turn, and waits no longer than until the next is. Inside
-/// the event loop only.
+/// The loop looks at what is due in each iteration, and waits no longer than until the next is.
+/// Inside the event loop only.
 class Deadlines {
  public:
   /// Runs `work` once `seconds` from now have passed, after what is due before it or was added

@@ -9,12 +9,13 @@ namespace platform {
 
 namespace {
 
-// How often one turn runs what its own work has given in turn. The stages of a query take six; work
-// that gives itself again and again must not keep the sockets waiting.
-constexpr int kMaxRoundsPerTurn = 16;
+// How often one iteration runs what its own work has given in turn. The stages of a query take six;
+// work that gives itself again and again must not keep the sockets waiting.
+constexpr int kMaxRounds = 16;
 
-// How long a turn goes on with work that was given, nanoseconds. Signals are seen between turns.
-constexpr std::uint64_t kMaxTurn = 10'000'000;
+// How long an iteration goes on with work that was given, nanoseconds. Signals are seen between
+// iterations.
+constexpr std::uint64_t kMaxTime = 10'000'000;
 
 std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
 
@@ -73,8 +74,8 @@ bool EventLoop::runOneGiven() {
 }
 
 void EventLoop::runGiven() {
-  const auto end = uptime() + kMaxTurn;
-  for (int round = 0; round < kMaxRoundsPerTurn; ++round) {
+  const auto end = uptime() + kMaxTime;
+  for (int round = 0; round < kMaxRounds; ++round) {
     for (auto count = givenCount(); count > 0; --count) {
       if (isStopping_ || uptime() > end) {
         return;

@@ -81,7 +81,7 @@ bool SocketEvents::wait(std::chrono::nanoseconds longest) {
   using Milliseconds = std::chrono::duration<int, std::milli>;
   const auto bounded = std::min<std::chrono::nanoseconds>(longest, Milliseconds::max());
   const auto timeout = std::chrono::ceil<Milliseconds>(bounded).count();
-  const int count = ::epoll_wait(set_.get(), events_.data(), kMaxEventsPerTurn, timeout);
+  const int count = ::epoll_wait(set_.get(), events_.data(), kMaxEvents, timeout);
   count_ = static_cast<std::size_t>(std::max(count, 0));
   return count_ > 0;
 }

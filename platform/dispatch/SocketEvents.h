@@ -48,8 +48,8 @@ class SocketEvents {
     std::uint32_t uses = 0;
   };
 
-  // What one turn of the loop handles at most; the rest comes with the next.
-  static constexpr std::size_t kMaxEventsPerTurn = 256;
+  // What one iteration of the loop handles at most; the rest comes with the next.
+  static constexpr std::size_t kMaxEvents = 256;
 
   void handOut(std::uint64_t tag, std::uint32_t events);
 
@@ -57,7 +57,7 @@ class SocketEvents {
   const FileDescriptor set_;
   const FileDescriptor waker_;
   std::vector<Entry> entries_;  // by descriptor
-  std::array<epoll_event, kMaxEventsPerTurn> events_{};
+  std::array<epoll_event, kMaxEvents> events_{};
   std::size_t count_ = 0;
 };
 

@@ -11,7 +11,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <deque>
 #include <utility>
 #include <vector>
 
@@ -54,25 +53,25 @@ std::error_code uninterrupted(const Call& call) {
   return {};
 }
 
-/// A datagram as `sendmsg` takes it; stays where it was made.
+/// What `sendmsg` takes of a datagram besides its bytes; the message points into it.
 class Outgoing {
  public:
-  /// Where `withSource`, it leaves from the destination of `path`.
-  Outgoing(const DatagramPath& path, DataView bytes, bool withSource)
-      : client_(path.client), range_{const_cast<std::uint8_t*>(bytes.data()), bytes.size()} {
-    if (withSource && !path.destination.isWildcard()) {
-      source_.sendFrom(message_, path.destination);
-    }
-  }
-  Outgoing(const Outgoing&) = delete;
-  Outgoing& operator=(const Outgoing&) = delete;
+  Outgoing(const DatagramPath& path, DataView bytes)
+      : path_(path), range_{const_cast<std::uint8_t*>(bytes.data()), bytes.size()} {}
 
-  [[nodiscard]] const msghdr& message() const { return message_; }
+  /// Where `withSource`, it leaves from the destination of the path.
+  msghdr message(bool withSource) {
+    auto& client = path_.client;
+    msghdr message{client.data(), client.size(), &range_, 1, nullptr, 0, 0};
+    if (withSource && !path_.destination.isWildcard()) {
+      source_.sendFrom(message, path_.destination);
+    }
+    return message;
+  }
 
  private:
-  SocketAddress client_;
+  DatagramPath path_;
   iovec range_;
-  msghdr message_{client_.data(), client_.size(), &range_, 1, nullptr, 0, 0};
   PacketInfo source_;
 };
 
@@ -160,17 +159,18 @@ tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uin
 }
 
 std::error_code UDPSocket::send(const DatagramPath& path, DataView datagram) {
-  const Outgoing outgoing(path, datagram, address_.isWildcard());
-  return uninterrupted(
-      [&] { return ::sendmsg(get(), &outgoing.message(), MSG_DONTWAIT | MSG_NOSIGNAL); });
+  Outgoing outgoing(path, datagram);
+  const auto message = outgoing.message(address_.isWildcard());
+  return uninterrupted([&] { return ::sendmsg(get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL); });
 }
 
 void UDPSocket::sendAll(std::span<const Answer> answers) {
-  std::deque<Outgoing> outgoing;
+  std::vector<Outgoing> outgoing;
   std::vector<mmsghdr> messages;
+  outgoing.reserve(answers.size());  // stay where they are
+  messages.reserve(answers.size());
   for (const auto& [path, bytes] : answers) {
-    outgoing.emplace_back(path, bytes, address_.isWildcard());
-    messages.push_back({outgoing.back().message(), 0});
+    messages.push_back({outgoing.emplace_back(path, bytes).message(address_.isWildcard()), 0});
   }
   std::span<mmsghdr> left = messages;
   while (!left.empty()) {
