@@ -19,7 +19,9 @@ void run(platform::DataView input);
 
 }  // namespace quillet::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+// A target is one translation unit.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
+                                      std::size_t size) {  // NOLINT(misc-definitions-in-headers)
   quillet::fuzz::run({data, size});
   return 0;
 }
