@@ -19,6 +19,7 @@ void run(platform::DataView input);
 
 }  // namespace quillet::fuzz
 
+// A target is one translation unit. NOLINTNEXTLINE(misc-definitions-in-headers)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   quillet::fuzz::run({data, size});
   return 0;

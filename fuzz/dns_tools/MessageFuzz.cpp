@@ -13,7 +13,6 @@
 namespace {
 
 using namespace DnsToolsSocket;
-using quillet::fuzz::require;
 
 /// The printed form, with the data of records that have no kind of their own, and less what is
 /// never written: the unique bit of questions, the values of text records, empty pieces in names.

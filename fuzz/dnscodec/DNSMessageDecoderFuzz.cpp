@@ -7,7 +7,6 @@
 namespace {
 
 using namespace quillet;
-using fuzz::require;
 
 std::optional<DNSMessage> decoded(platform::DataView bytes) {
   DNSMessageDecoder decoder;

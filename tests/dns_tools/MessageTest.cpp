@@ -12,7 +12,6 @@
 namespace {
 
 using namespace DnsToolsSocket;
-using platform::Data;
 using platform::DataView;
 using quillet::test::hex;
 
