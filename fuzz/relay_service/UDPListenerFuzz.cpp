@@ -49,7 +49,7 @@ class Session {
  private:
   void connect() {
     log_.clear();
-    client_ = std::make_shared<FakeConnection>();
+    client_ = std::make_shared<FakeConnection>("[C1]");
     listener_->acceptConnection(client_);
     client_->report(Kind::ready);
     require(log_.records().size() == 2 && client_->armed() == 1);
