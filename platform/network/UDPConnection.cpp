@@ -175,9 +175,7 @@ void UDPConnection::keepReceiveError(std::error_code error) {
   }
 }
 
-bool UDPConnection::isIgnored(std::error_code error) const {
-  return error && !reportsRefusals;
-}
+bool UDPConnection::isIgnored(std::error_code error) const { return error && !reportsRefusals; }
 
 void UDPConnection::touch() {
   if (place_) {
