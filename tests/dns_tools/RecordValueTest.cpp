@@ -72,8 +72,10 @@ TEST(RecordValue, WritesReadsAndPrintsEachKind) {
   };
   for (const auto& [type, data, record, kind, fields] : rows) {
     const auto octets = recordOf(type, data);
-    const auto text = "DnsToolsSocket." + kind +
-                      R"((name: "a.", unique: false, internetClass: 1, ttl: 60, )" + fields + ")";
+    auto text = "DnsToolsSocket." + kind;
+    text.append(R"((name: "a.", unique: false, internetClass: 1, ttl: 60, )")
+        .append(fields)
+        .append(")");
     EXPECT_EQ(platform::description(record), text);
     Reader reader(octets);
     const auto read = RecordValue::read(reader);

@@ -122,9 +122,9 @@ TEST_F(DNSParserTest, ReplacesTheAdditionalSectionAlone) {
        "1234 0100 0002 0000 0000", "01 61 00 0001 0001 01 62 01 61 00 0041 0003"},
   };
   for (const auto& [head, rest, injectedHead, injectedRest] : rows) {
-    EXPECT_THAT(DNSParser::injectFlagsToDatagrams({hex(head + rest)}, std::nullopt),
-                ElementsAre(hex(injectedHead + "0001" + injectedRest +
-                                "01 30 00 0029 0000 00000000 0000")));
+    EXPECT_THAT(
+        DNSParser::injectFlagsToDatagrams({hex({head, rest})}, std::nullopt),
+        ElementsAre(hex({injectedHead, "0001", injectedRest, "01 30 00 0029 0000 00000000 0000"})));
   }
 }
 
@@ -136,10 +136,10 @@ TEST_F(DNSParserTest, KeepsTheQuestionOctetsThatItCannotDecode) {
       {"0001", "0001 0002 0003", "01 61 00 0001 0001", "0130"},
   };
   for (const auto& [count, otherCounts, questions, rest] : rows) {
-    EXPECT_EQ(DNSParser::injectFlagsTo(hex("1234 0140" + count + otherCounts + questions + rest),
+    EXPECT_EQ(DNSParser::injectFlagsTo(hex({"1234 0140", count, otherCounts, questions, rest}),
                                        hex("fdef 0001 31")),
-              hex("1234 0100" + count + "0000 0000 0001" + questions +
-                  "01 30 00 0029 0000 00000000 0005 fdef 0001 31"));
+              hex({"1234 0100", count, "0000 0000 0001", questions,
+                   "01 30 00 0029 0000 00000000 0005 fdef 0001 31"}));
     EXPECT_EQ(log_.records().back(),
               "inject: query cannot be decoded, its question octets are kept");
   }

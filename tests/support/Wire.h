@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -32,6 +33,15 @@ inline platform::Data hex(std::string_view digits) {
     throw std::invalid_argument("half an octet");
   }
   return bytes;
+}
+
+/// The octets of all pieces together.
+inline platform::Data hex(std::initializer_list<std::string_view> pieces) {
+  std::string digits;
+  for (const auto piece : pieces) {
+    digits.append(piece);
+  }
+  return hex(std::string_view(digits));
 }
 
 /// The octets of a name without compression: "a.b" is 01 61 01 62 00.

@@ -12,7 +12,6 @@ namespace quillet {
 namespace {
 
 using platform::description;
-using testing::Contains;
 using testing::ElementsAre;
 using Step = VendorSetting::Step;
 
