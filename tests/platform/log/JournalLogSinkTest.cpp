@@ -43,9 +43,9 @@ TEST(JournalLogSinkTest, TakesStandardErrorForTheJournalWhenTheVariableNamesIt) 
     const test::EnvironmentVariable stream("JOURNAL_STREAM", value.c_str());
     return JournalLogSink::isStandardErrorJournal();
   };
-  EXPECT_TRUE(isJournal(device + ":" + inode));
-  for (const auto& value :
-       {device + ":1" + inode, "1" + device + ":" + inode, device + ":" + inode + " ", inode}) {
+  const auto ours = device + ":" + inode;
+  EXPECT_TRUE(isJournal(ours));
+  for (const auto& value : {ours + "1", "1" + ours, ours + " ", inode}) {
     EXPECT_FALSE(isJournal(value)) << value;
   }
 }
