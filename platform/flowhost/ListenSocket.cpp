@@ -89,7 +89,7 @@ void ListenSocket::logNewError(std::error_code error) {
 }
 
 void ListenSocket::send(const DatagramPath& path, Data datagram,
-                        std::shared_ptr<PendingWrite> write) {
+                        const std::shared_ptr<PendingWrite>& write) {
   const auto error = waiting_.empty() ? socket_.send(path, datagram) : std::error_code();
   if (waiting_.empty() && !UDPSocket::isFull(error)) {
     write->datagramDone(error);

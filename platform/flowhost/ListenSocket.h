@@ -49,7 +49,7 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
 
   /// Sends from the destination of `path` back to its client, when there is room and after what
   /// waits already; tells `write`. ENOBUFS when too much waits.
-  void send(const DatagramPath& path, Data datagram, std::shared_ptr<PendingWrite> write);
+  void send(const DatagramPath& path, Data datagram, const std::shared_ptr<PendingWrite>& write);
 
  private:
   struct Waiting {
