@@ -138,9 +138,12 @@ void NSXPCListener::makeRoom() {
       leaving = connection.get();
     }
   }
+  if (leaving == nullptr) {
+    return;
+  }
   if (lowest.first == Reason::stuck) {
     leaving->invalidate();
-  } else if (leaving != nullptr) {
+  } else {
     leaving->finish();
   }
 }
