@@ -18,10 +18,10 @@ namespace DnsToolsSocket {
 /// ones end in a ".". Built member by member, all twelve in this order. All operations work on
 /// their arguments only and may run on any thread.
 struct Message {
-  /// Bytes behind the last record are ignored. Time and memory are bounded by the number of bytes:
+  /// Octets past the last record are ignored. Time and memory are bounded by the number of bytes:
   /// the message holds at most 120 octets for each of them, wherever its names point.
   static tl::expected<Message, DecodeError> deserialize(platform::DataView bytes);
-  /// The message that stands behind a length of two octets (RFC 1035 section 4.2.2). Fails with
+  /// The message after a length of two octets (RFC 1035 section 4.2.2). Fails with
   /// `invalidMessageSize` when the length or some of what it announces is missing.
   static tl::expected<Message, DecodeError> deserializeTCP(platform::DataView bytes);
 

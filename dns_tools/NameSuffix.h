@@ -19,7 +19,7 @@ class NameSuffix {
 
   [[nodiscard]] bool empty() const { return text_.empty(); }
   [[nodiscard]] std::string_view text() const { return text_; }
-  /// Whether there is nothing before or behind some dot.
+  /// Whether there is nothing before or after some dot.
   [[nodiscard]] bool hasEmptyLabel() const;
   /// Taken when first asked for.
   [[nodiscard]] std::uint32_t hash();

@@ -92,7 +92,7 @@ inline void Reader::readLabel(std::size_t length, bool inPieces, NameText& name)
 std::string Reader::readName() {
   NameText text;
   std::size_t start = position_;  // of the name, or of the part of it that a pointer led to
-  std::size_t end = 0;            // behind the first pointer; 0 before there is one
+  std::size_t end = 0;            // after the first pointer; 0 before there is one
   while (remaining() > 0) {
     const std::size_t length = message_[position_];
     if (length > kLargestLabelLength) {

@@ -50,7 +50,7 @@ class Reader {
   /// lengths.
   std::string readName();
 
-  /// Reads RDLENGTH and gives the position at which RDATA is to end, which may lie behind the end.
+  /// Reads RDLENGTH and gives the position at which RDATA is to end, which may lie past the end.
   std::size_t readDataEnd();
   /// Fails unless the cursor is exactly there.
   void expectDataEnd(std::size_t end);

@@ -20,7 +20,7 @@ TextRecord::TextRecord(std::string name, bool unique, std::uint16_t internetClas
     : ResourceRecord({std::move(name), unique, internetClass, ttl}), attributes(std::move(pairs)) {}
 
 TextRecord::TextRecord(Head&& head, Reader& reader) : ResourceRecord(std::move(head)) {
-  // A last string that runs past the end of RDATA is taken whole; what follows begins behind it.
+  // A last string that runs past the end of RDATA is taken whole; what follows begins after it.
   const auto end = reader.readDataEnd();
   while (!reader.error() && reader.position() < end) {
     const auto text = reader.readCharacterString();

@@ -14,7 +14,7 @@ struct IPv6Prefix {
 };
 IPv6Prefix findIPv6Prefix(std::string_view text);
 
-/// Where the zone begins: at the first "%" behind the last line break, which a zone cannot hold;
+/// Where the zone begins: at the first "%" after the last line break, which a zone cannot hold;
 /// the text's size when there is none.
 std::size_t findIPv6Zone(std::string_view text);
 

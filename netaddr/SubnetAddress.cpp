@@ -58,7 +58,7 @@ bool SubnetAddress::isInSubnet(const SubnetAddress& other) const {
   if (!valid_ || !other.valid_ || width_ != other.width_ || subnetMask_ < other.subnetMask_) {
     return false;
   }
-  // The first bit in which they differ lies behind the other's mask.
+  // The first bit in which they differ lies past the other's mask.
   return bigInteger().xOr(other.bigInteger()).bitCount() <= width_ - other.subnetMask_;
 }
 

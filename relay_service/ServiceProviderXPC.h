@@ -6,8 +6,8 @@
 
 namespace QuilletXPCservice {
 
-/// The object behind one client's connection. It has no state; its methods write to the log but for
-/// the public-IP lookup.
+/// The object that serves one client's connection. It has no state; its methods write to the log
+/// but for the public-IP lookup.
 class ServiceProviderXPC final : public platform::NSObject,
                                  public ServiceProviderXPCProtocol,
                                  public XPCServiceDNSProxyProtocol {

@@ -145,7 +145,7 @@ void UDPListener::letGo(const WeakConnection& from) {
   }
 }
 
-/// A marker's characters are code points: a combining mark behind it belongs to the text.
+/// A marker's characters are code points: a combining mark after it belongs to the text.
 void UDPListener::act(DataView datagram) {
   const auto text = platform::repairedUtf8(platform::textOf(datagram));
   if (text.starts_with(kAgentLog)) {

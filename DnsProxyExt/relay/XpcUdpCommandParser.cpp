@@ -32,7 +32,7 @@ std::optional<CmdType> typeNamed(std::string_view name) {
 
 void append(Data& out, std::string_view text) { out.insert(out.end(), text.begin(), text.end()); }
 
-/// What stands for `c` within a JSON string behind a backslash, or 0 (RFC 8259 section 7). "/" is
+/// What stands for `c` within a JSON string after a backslash, or 0 (RFC 8259 section 7). "/" is
 /// among them although it need not be: the peers' own encoder writes it so, and the bytes are to be
 /// the same.
 char escapeLetter(char c) {

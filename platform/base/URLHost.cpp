@@ -42,9 +42,9 @@ std::string_view hostOfAuthority(std::string_view authority) {
   if (close == std::string_view::npos) {
     return {};
   }
-  const auto behind = authority.substr(close + 1);
-  return behind.empty() || behind.starts_with(':') ? authority.substr(1, close - 1)
-                                                   : std::string_view();
+  const auto rest = authority.substr(close + 1);
+  return rest.empty() || rest.starts_with(':') ? authority.substr(1, close - 1)
+                                               : std::string_view();
 }
 
 }  // namespace

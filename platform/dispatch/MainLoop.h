@@ -18,7 +18,7 @@ class MainLoop {
   MainLoop& operator=(const MainLoop&) = delete;
 
   /// Runs handlers until `stop`; the process has one loop and runs it once at a time. The log
-  /// records of one turn of the loop are written together, before the loop waits again.
+  /// records of one iteration are written together, before the loop waits again.
   void run();
 
   /// Ends `run` after the handler that is running, however much is waiting; the next `run` when

@@ -9,7 +9,7 @@
 namespace platform {
 
 /// One thread that runs work, each to its end, in the order in which it was given. Work that blocks
-/// holds up this queue and nobody else. What is behind `DispatchQueue::serial`.
+/// holds up this queue and nobody else. `DispatchQueue::serial` makes one.
 class SerialQueue {
  public:
   SerialQueue();

@@ -14,9 +14,9 @@ class SocketWatcher {
   SocketWatcher(const SocketWatcher&) = delete;
   SocketWatcher& operator=(const SocketWatcher&) = delete;
 
-  /// Called in every turn of the loop for as long as it holds, not only when it begins to hold. An
-  /// error that waits at the socket counts as both. May close the socket; keeps itself alive while
-  /// it runs.
+  /// Called in every iteration of the loop for as long as it holds, not only when it begins to
+  /// hold. An error that waits at the socket counts as both. May close the socket; keeps itself
+  /// alive while it runs.
   virtual void socketIsReady(bool canRead, bool canWrite) = 0;
 
  protected:

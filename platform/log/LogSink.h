@@ -42,7 +42,7 @@ class LogSink {
 
 /// While one of these lives on a thread, a sink may hold that thread's records back to write many
 /// at once; the last one to go flushes the sink. An event loop holds one while it runs the handlers
-/// that are ready, never while it waits, so that no record outlives the turn of the loop that wrote
+/// that are ready, never while it waits, so that no record outlives the iteration that wrote
 /// it.
 class LogBatch {
  public:

@@ -13,7 +13,7 @@
 
 namespace platform {
 
-/// What the system knows of the application behind a flow.
+/// What the system knows of the application that a flow is of.
 struct NEFlowMetaData {
   std::string sourceAppSigningIdentifier;
 };

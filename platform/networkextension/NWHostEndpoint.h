@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/// An address of a flow, as texts: the application's, or the one it asked. Printed as
+/// An address of a flow, as texts: the application's, or its destination. Printed as
 /// `127.0.0.1:53` or
 /// `[::1]:53`.
 struct NWHostEndpoint {

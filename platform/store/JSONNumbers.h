@@ -16,7 +16,7 @@ struct JSONNumber {
 };
 
 /// The numbers of a JSON text that are beyond the range of a double. They end the library's parser,
-/// which gives no way to go on behind them: so it is handed a text that has zeros in their places.
+/// which gives no way to go on after them: so it is handed a text that has zeros in their places.
 /// Exact up to the first error of a text, and the parser goes no further than that.
 std::vector<JSONNumber> findNumbersBeyondDouble(std::string_view text);
 

@@ -27,7 +27,7 @@ class ProxyProcess {
   bool serve(Options options);
   void startProvider(Options options);
   void handleSignal(int signal);
-  /// Ends the loop behind what is queued already: the provider's last sends and states are told.
+  /// Ends the loop after what is queued already: the provider's last sends and states are told.
   void stop();
 
   const CommandLine commandLine_;
