@@ -58,8 +58,7 @@ void XpcUdpHelper::connectToUDP(std::shared_ptr<DNSProxyToContentFilter> appToex
   }
   connection = NWConnection::create(NWEndpoint::Host(kLoopbackHost),
                                     NWEndpoint::Port(port.value_or(relayPort)));
-  connection->isExchange = false;
-  connection->reportsRefusals = false;
+  connection->isLink = true;
   connection->stateUpdateHandler = [self = shared_from_this(), request = std::move(request),
                                     respCallback =
                                         std::move(respCallback)](const NWConnection::State& state) {

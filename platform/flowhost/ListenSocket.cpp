@@ -91,7 +91,7 @@ void ListenSocket::logNewError(std::error_code error) {
 void ListenSocket::send(const DatagramPath& path, Data datagram,
                         const std::shared_ptr<PendingWrite>& write) {
   const auto error = waiting_.empty() ? socket_.send(path, datagram) : std::error_code();
-  if (waiting_.empty() && !UDPSocket::isFull(error)) {
+  if (waiting_.empty() && !UDPSocket::wouldBlock(error)) {
     write->datagramDone(error);
   } else if (!wait({path, std::move(datagram), write})) {
     write->datagramDone(std::make_error_code(std::errc::no_buffer_space));
@@ -113,7 +113,7 @@ bool ListenSocket::wait(Waiting answer) {
 void ListenSocket::sendWaiting() {
   while (!waiting_.empty()) {
     const auto error = socket_.send(waiting_.front().path, waiting_.front().datagram);
-    if (UDPSocket::isFull(error)) {
+    if (UDPSocket::wouldBlock(error)) {
       return;
     }
     const auto write = std::move(waiting_.front().write);

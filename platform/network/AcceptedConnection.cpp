@@ -106,7 +106,7 @@ std::optional<NWError> AcceptedConnection::sendNow(DataView content) {
   }
   auto& socket = associations_->socket;
   auto error = socket.send(path_, content);
-  if (error && !UDPSocket::isFull(error)) {
+  if (error && !UDPSocket::wouldBlock(error)) {
     error = socket.send(path_, content);
   }
   return error ? std::optional(NWError::from(error)) : std::nullopt;

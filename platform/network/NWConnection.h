@@ -62,14 +62,11 @@ class NWConnection : public std::enable_shared_from_this<NWConnection> {
   /// Set before `start`. It may call anything of the connection but not replace itself.
   StateUpdateHandler stateUpdateHandler;
 
-  /// Set before `start`. Whether what the network says of an earlier datagram (ICMP) fails a
-  /// receive; if not, nobody hears of it and only a datagram completes a receive, for a link whose
-  /// other end comes and goes.
-  bool reportsRefusals = true;
-
-  /// Set before `start`. Whether it is one of the open connections: kept alive as one of them, and
-  /// cancelled to make room. If not, it lives as long as somebody holds it, for a link that lasts.
-  bool isExchange = true;
+  /// Set before `start`. A link lasts while its other end comes and goes: it lives as long as
+  /// somebody holds it, is none of the open connections, and nobody hears of what the network says
+  /// of an earlier datagram (ICMP): only a datagram completes a receive. Of what is sent at once to
+  /// a peer that is not there only the first goes out.
+  bool isLink = false;
 
   /// Opens and connects the socket. Called once.
   virtual void start(DispatchQueue queue) = 0;

@@ -45,7 +45,7 @@ void UDPConnection::start(DispatchQueue queue) {
   }
   isStarted_ = true;
   const State outcome = open();
-  if (isExchange && outcome.kind != Kind::failed) {
+  if (!isLink && outcome.kind != Kind::failed) {
     OpenConnections::shared().makeRoom();
     place_ = OpenConnections::shared().add(self());
   }
@@ -133,7 +133,7 @@ void UDPConnection::send(Data content, SendCompletion completion) {
   }
   touch();
   const auto error = waiting_.empty() ? trySend(content) : std::error_code();
-  if (!waiting_.empty() || UDPSocket::isFull(error)) {
+  if (!waiting_.empty() || UDPSocket::wouldBlock(error)) {
     waiting_.push_back({std::move(content), std::move(completion)});
     watchAsNeeded();
   } else {
@@ -152,9 +152,13 @@ void UDPConnection::describe(std::string& out) const {
 }
 
 std::error_code UDPConnection::trySend(const Data& content) {
-  const auto error = socket_.send(content);
-  if (!error || UDPSocket::isFull(error)) {
+  const auto error = isPeerGone_ ? std::error_code() : socket_.send(content);
+  if (!error || UDPSocket::wouldBlock(error)) {
     return error;
+  }
+  if (isLink && isRefusal(error) && !sent_.empty()) {
+    isPeerGone_ = true;
+    return {};
   }
   const auto again = socket_.send(content);
   const bool isOfEarlierOne = isRefusal(error) || error != again;
@@ -166,7 +170,7 @@ std::error_code UDPConnection::trySend(const Data& content) {
 }
 
 void UDPConnection::keepReceiveError(std::error_code error) {
-  if (isIgnored(error) || receiveErrors_.size() >= kMaxReceiveErrors) {
+  if (isLink || receiveErrors_.size() >= kMaxReceiveErrors) {
     return;
   }
   receiveErrors_.push_back(NWError::from(error));
@@ -174,8 +178,6 @@ void UDPConnection::keepReceiveError(std::error_code error) {
     deliverLater();
   }
 }
-
-bool UDPConnection::isIgnored(std::error_code error) const { return error && !reportsRefusals; }
 
 void UDPConnection::touch() {
   if (place_) {
@@ -186,7 +188,7 @@ void UDPConnection::touch() {
 void UDPConnection::sendWaiting() {
   while (!waiting_.empty()) {
     const auto error = trySend(waiting_.front().content);
-    if (UDPSocket::isFull(error)) {
+    if (UDPSocket::wouldBlock(error)) {
       break;
     }
     finish(std::move(waiting_.front().completion), errorFrom(error));
@@ -244,7 +246,7 @@ void UDPConnection::receiveOne() {
   static std::array<std::uint8_t, kBufferSize> buffer;
   const auto length = socket_.receive(buffer);
   const auto error = length ? std::error_code() : length.error();
-  if (UDPSocket::isFull(error) || error == std::errc::interrupted || isIgnored(error)) {
+  if (UDPSocket::wouldBlock(error) || error == std::errc::interrupted || (error && isLink)) {
     return;
   }
   touch();
@@ -278,6 +280,10 @@ void UDPConnection::deliver() {
 }
 
 void UDPConnection::deliverSent() {
+  if (isLink && socket_.isOpen()) {
+    socket_.dropRefusal();
+    isPeerGone_ = false;
+  }
   const auto sent = std::exchange(sent_, {});
   for (const auto& [completion, error] : sent) {
     if (completion) {

@@ -16,8 +16,11 @@ namespace platform {
 ///
 /// A refusal (ICMP port unreachable) is the answer to a datagram sent earlier, and the kernel hands
 /// it out with the next call on the socket, whichever it is. When that is a send, the error is kept
-/// for a receive and the send is done again. One refusal fails one receive, or none where
-/// refusals are not reported.
+/// for a receive and the send is done again. One refusal fails one receive.
+///
+/// A send over loopback to a port that nobody has costs as much as all the rest of a log line, so a
+/// link whose datagram is refused counts what it is given until the sends are reported as sent and
+/// lost.
 class UDPConnection final : public NWConnection, private SocketWatcher {
  public:
   UDPConnection(NWEndpoint::Host host, NWEndpoint::Port port);
@@ -68,7 +71,6 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   void deliverReceiveErrors();
   std::optional<NWError> takeReceiveError();
 
-  [[nodiscard]] bool isIgnored(std::error_code error) const;
   void touch();
 
   const NWEndpoint::Host host_;
@@ -79,6 +81,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   bool isCancelled_ = false;
   bool isDeliveryDue_ = false;
   std::optional<OpenConnections::Place> place_;  // present while it is an open connection
+  bool isPeerGone_ = false;  // of a link: until the sends are reported, the others are lost too
   std::vector<Sent> sent_;
   std::list<Waiting> waiting_;
   std::list<ReceiveCompletion> receives_;  // the oldest first

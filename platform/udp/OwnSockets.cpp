@@ -37,77 +37,54 @@ bool isOfThisMachine(const SocketAddress& address) {
 
 }  // namespace
 
-OwnSockets::Entry::Entry(const SocketAddress& address, bool isServed)
-    : address_(address), isServed_(isServed) {}
-
-OwnSockets::Entry::Entry(Entry&& other) noexcept
-    : address_(std::exchange(other.address_, std::nullopt)), isServed_(other.isServed_) {}
-
-OwnSockets::Entry& OwnSockets::Entry::operator=(Entry&& other) noexcept {
-  std::swap(address_, other.address_);
-  std::swap(isServed_, other.isServed_);
-  return *this;
-}
-
-void OwnSockets::Entry::reset() {
-  if (const auto address = std::exchange(address_, std::nullopt)) {
-    shared().remove(*address, isServed_);
-  }
-}
-
 // Never destroyed: sockets may be closed until the very end.
 OwnSockets& OwnSockets::shared() {
   static auto& sockets = *new OwnSockets;
   return sockets;
 }
 
-OwnSockets::Entry OwnSockets::serve(const SocketAddress& address) {
-  const std::lock_guard lock(mutex_);
-  served_.push_back(address.unmapped());
-  return {served_.back(), true};
+OwnSockets::Entry::Entry(const SocketAddress& address, Use use)
+    : address_(address.unmapped()), use_(use) {
+  auto& table = shared();
+  const std::lock_guard lock(table.mutex_);
+  next_ = std::exchange(table.first(address_), this);
 }
 
-OwnSockets::Entry OwnSockets::exchange(const SocketAddress& address) {
-  const std::lock_guard lock(mutex_);
-  return {*exchanges_.insert(address.unmapped()), false};
-}
-
-void OwnSockets::remove(const SocketAddress& address, bool isServed) {
-  const std::lock_guard lock(mutex_);
-  if (isServed) {
-    served_.erase(std::find(served_.begin(), served_.end(), address));
-  } else {
-    exchanges_.erase(exchanges_.find(address));
+OwnSockets::Entry::~Entry() {
+  auto& table = shared();
+  const std::lock_guard lock(table.mutex_);
+  auto* link = &table.first(address_);
+  while (*link != this) {
+    link = &(*link)->next_;
   }
+  *link = next_;
 }
 
-OwnSockets::Match OwnSockets::servedMatch(const SocketAddress& address) const {
+OwnSockets::Match OwnSockets::find(const SocketAddress& address) const {
   const std::lock_guard lock(mutex_);
-  auto match = Match::none;
-  for (const auto& own : served_) {
-    if (own == address) {
-      return Match::exact;
-    }
-    if (own.isWildcard() && own.family() == address.family() && own.port() == address.port()) {
-      match = Match::wildcard;
+  auto best = Match::none;
+  for (const auto* own = first_[address.port() % first_.size()]; own != nullptr; own = own->next_) {
+    if (own->address_ == address) {
+      best = std::max(best, own->use_ == Use::serving ? Match::serving : Match::exchange);
+    } else if (own->use_ == Use::serving && own->address_.isWildcard() &&
+               own->address_.family() == address.family() &&
+               own->address_.port() == address.port()) {
+      best = std::max(best, Match::wildcard);
     }
   }
-  return match;
-}
-
-bool OwnSockets::isExchange(const SocketAddress& address) const {
-  const std::lock_guard lock(mutex_);
-  return exchanges_.contains(address);
+  return best;
 }
 
 bool OwnSockets::servesAt(const SocketAddress& destination) const {
   const auto address = withoutWildcard(destination.unmapped());
-  const auto match = servedMatch(address);
-  return match == Match::exact || (match == Match::wildcard && isOfThisMachine(address));
+  const auto match = find(address);
+  return match == Match::serving || (match == Match::wildcard && isOfThisMachine(address));
 }
 
 bool OwnSockets::hasSent(const SocketAddress& sender) const {
-  return isExchange(sender.unmapped()) || servesAt(sender);
+  const auto address = sender.unmapped();
+  const auto match = find(address);
+  return match == Match::wildcard ? isOfThisMachine(address) : match != Match::none;
 }
 
 }  // namespace platform

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <array>
 #include <mutex>
-#include <optional>
-#include <unordered_set>
-#include <vector>
 
 #include "platform/udp/SocketAddress.h"
 
@@ -17,58 +14,49 @@ namespace platform {
 /// thread.
 class OwnSockets {
  public:
-  /// One socket, known for as long as this lives.
+  enum class Use {
+    /// Bound for anybody to send to. The wildcard address stands for all addresses of its family; a
+    /// socket for both families is two entries.
+    serving,
+    /// For one peer; the address is its own side.
+    exchange,
+  };
+
+  /// One socket, known for as long as this lives. It is a link of the table itself, since every
+  /// exchange makes one.
   class Entry {
    public:
-    Entry() = default;
+    Entry(const SocketAddress& address, Use use);
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
-    Entry(Entry&& other) noexcept;
-    Entry& operator=(Entry&& other) noexcept;
-    ~Entry() { reset(); }
-
-    void reset();
-    /// Absent for none.
-    [[nodiscard]] const std::optional<SocketAddress>& address() const { return address_; }
+    ~Entry();
 
    private:
     friend class OwnSockets;
-    Entry(const SocketAddress& address, bool isServed);
 
-    std::optional<SocketAddress> address_;
-    bool isServed_ = false;
+    const SocketAddress address_;
+    const Use use_;
+    Entry* next_;  // with the same place in the table
   };
 
   static OwnSockets& shared();
 
-  /// A socket bound to `address`, which anybody may send to. The wildcard address stands for all
-  /// addresses of its family; a socket for both families is two of these.
-  [[nodiscard]] Entry serve(const SocketAddress& address);
-  /// A connected socket whose own side is `address`.
-  [[nodiscard]] Entry exchange(const SocketAddress& address);
-
   /// Whether what is sent to `destination` comes to a socket that serves. The wildcard address is
   /// the loopback one there.
   [[nodiscard]] bool servesAt(const SocketAddress& destination) const;
-  /// Whether `sender` is a socket that serves or a connected one.
+  /// Whether `sender` is one of these sockets.
   [[nodiscard]] bool hasSent(const SocketAddress& sender) const;
 
  private:
-  /// Connected sockets seldom share a port.
-  struct ByPort {
-    std::size_t operator()(const SocketAddress& address) const { return address.port(); }
-  };
-  enum class Match { none, exact, wildcard };
+  enum class Match { none, exchange, wildcard, serving };
 
   OwnSockets() = default;
 
-  [[nodiscard]] Match servedMatch(const SocketAddress& address) const;
-  [[nodiscard]] bool isExchange(const SocketAddress& address) const;
-  void remove(const SocketAddress& address, bool isServed);
+  Entry*& first(const SocketAddress& address) { return first_[address.port() % first_.size()]; }
+  [[nodiscard]] Match find(const SocketAddress& address) const;
 
-  mutable std::mutex mutex_;  // owns what follows
-  std::vector<SocketAddress> served_;
-  std::unordered_multiset<SocketAddress, ByPort> exchanges_;
+  mutable std::mutex mutex_;            // owns what follows
+  std::array<Entry*, 512> first_ = {};  // by port
 };
 
 }  // namespace platform

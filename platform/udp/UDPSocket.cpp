@@ -109,7 +109,7 @@ std::error_code UDPSocket::connect(const SocketAddress& peer) {
   if (::connect(get(), peer.data(), peer.size()) != 0 || !readAddress()) {
     return errorOf(errno);
   }
-  own_ = OwnSockets::shared().exchange(address_);
+  own_.emplace(address_, OwnSockets::Use::exchange);
   return {};
 }
 
@@ -131,10 +131,10 @@ std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& bin
     close();
     return error;
   }
-  own_ = OwnSockets::shared().serve(address_);
+  own_.emplace(address_, OwnSockets::Use::serving);
   if (binding.takesIPv4 && address.isIPv6()) {
     const auto any = SocketAddress::parse("0.0.0.0", address_.port()).value();
-    ownIPv4_ = OwnSockets::shared().serve(any);
+    ownIPv4_.emplace(any, OwnSockets::Use::serving);
   }
   return {};
 }
@@ -156,6 +156,12 @@ tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uin
     return tl::make_unexpected(errorOf(errno));
   }
   return static_cast<std::size_t>(size);
+}
+
+void UDPSocket::dropRefusal() {
+  int error = 0;
+  socklen_t size = sizeof error;
+  ::getsockopt(get(), SOL_SOCKET, SO_ERROR, &error, &size);
 }
 
 std::error_code UDPSocket::send(const DatagramPath& path, DataView datagram) {

@@ -61,8 +61,8 @@ class UDPSocket {
     return socket_.watch(watcher, interest, queue);
   }
 
-  /// Whether a send failed only since the kernel has no room now.
-  static bool isFull(std::error_code error) {
+  /// Whether a call failed only since there is no room to send, or nothing to be received, now.
+  static bool wouldBlock(std::error_code error) {
     return error == std::errc::resource_unavailable_try_again;
   }
 
@@ -71,6 +71,9 @@ class UDPSocket {
   std::error_code send(DataView datagram);
   /// Takes one datagram of a connected socket: its length, which may be more than there is room.
   tl::expected<std::size_t, std::error_code> receive(std::span<std::uint8_t> room);
+  /// Takes the refusal that waits at a connected socket, if one does, so that it is no error of
+  /// what comes next and wakes no watcher.
+  void dropRefusal();
 
   /// Sends from the destination of `path` back to its client.
   std::error_code send(const DatagramPath& path, DataView datagram);
@@ -89,9 +92,9 @@ class UDPSocket {
 
   WatchedSocket socket_;
   SocketAddress address_;
-  OwnSockets::Entry own_;
-  OwnSockets::Entry ownIPv4_;  // of one that takes both families
-  std::uint32_t lost_ = 0;     // all so far, modulo 2^32
+  std::optional<OwnSockets::Entry> own_;
+  std::optional<OwnSockets::Entry> ownIPv4_;  // of one that takes both families
+  std::uint32_t lost_ = 0;                    // all so far, modulo 2^32
 };
 
 }  // namespace platform

@@ -46,7 +46,8 @@ TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
   start({"0.0.0.0"});
   const UDPSocket client;
   const auto address = SocketAddress::parse("127.0.0.1", client.port()).value();
-  auto exchange = OwnSockets::shared().exchange(address);
+  std::optional<OwnSockets::Entry> exchange;
+  exchange.emplace(address, OwnSockets::Use::exchange);
   client.send("round", bound(0, "127.0.0.1"));
   runReady();
   EXPECT_THAT(provider_.offers, IsEmpty());

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -56,9 +57,9 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
   };
   for (const auto& row : rows) {
     configure(row.text);
-    std::vector<OwnSockets::Entry> own;
+    std::list<OwnSockets::Entry> own;
     for (const auto& served : row.own) {
-      own.push_back(OwnSockets::shared().serve(served));
+      own.emplace_back(served, OwnSockets::Use::serving);
     }
     const auto server = SystemResolver(file_, 53).server();
     EXPECT_EQ(server ? server->host() : "none", row.server) << row.text;

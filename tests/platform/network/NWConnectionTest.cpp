@@ -85,29 +85,32 @@ TEST_F(NWConnectionTest, ARefusedPortIsTheErrorOfEachReceive) {
   EXPECT_EQ(description(connection->state()), "ready");
 }
 
-TEST_F(NWConnectionTest, WhereRefusalsAreNotReportedOnlyADatagramCompletesAReceive) {
+TEST_F(NWConnectionTest, OnALinkOnlyADatagramCompletesAReceive) {
   const auto port = test::unusedPort();
   const auto connection = make("127.0.0.1", port);
-  connection->reportsRefusals = false;
+  connection->isLink = true;
   connection->start(DispatchQueue::global());
   receive(connection);
   const SocketFailures failures({0, EHOSTUNREACH});  // what a router says of "a"
-  for (const char* text : {"a", "b", "c"}) {
+  send(connection, "a");
+  runReady();
+  for (const char* text : {"b", "c", "lost with b"}) {
     send(connection, text);
-    runReady();
   }
+  runReady();
   const UDPSocket server("127.0.0.1", port);
   send(connection, "d");
   const auto received = server.receive().value();
   EXPECT_EQ(received.text, "d");
   server.send("answer", received.from);
-  ASSERT_TRUE(runUntilLines(8));
+  ASSERT_TRUE(runUntilLines(9));
   EXPECT_THAT(lines_, ElementsAre("setup", "preparing", "ready", "sent a", "sent b", "sent c",
-                                  "sent d", "got answer"));
+                                  "sent lost with b", "sent d", "got answer"));
 }
 
 TEST_F(NWConnectionTest, AnAddressThatThisProcessServesFailsAndLeavesNothing) {
-  const auto served = OwnSockets::shared().serve(SocketAddress::parse("0.0.0.0", 5300).value());
+  const OwnSockets::Entry served(SocketAddress::parse("0.0.0.0", 5300).value(),
+                                 OwnSockets::Use::serving);
   auto connection = started("::ffff:127.0.0.7", 5300);
   const std::weak_ptr<NWConnection> weak = connection;
   receive(connection);

@@ -153,8 +153,9 @@ TEST_F(NWListenerTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
   const auto at127 = [](const UDPSocket& socket) {
     return SocketAddress::parse("127.0.0.1", socket.port()).value();
   };
-  const auto exchange = OwnSockets::shared().exchange(at127(one));
-  auto served = OwnSockets::shared().serve(SocketAddress::parse("0.0.0.0", other.port()).value());
+  const OwnSockets::Entry exchange(at127(one), OwnSockets::Use::exchange);
+  std::optional<OwnSockets::Entry> served;
+  served.emplace(SocketAddress::parse("0.0.0.0", other.port()).value(), OwnSockets::Use::serving);
   one.send("one", at("127.0.0.1"));
   other.send("other", at("127.0.0.1"));
   runReady();

@@ -37,7 +37,7 @@ TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
 
 TEST_F(OpenConnectionsTest, ALinkThatLastsIsNoneOfThem) {
   const auto link = make("127.0.0.1", 53, "link ");
-  link->isExchange = false;
+  link->isLink = true;
   link->start(DispatchQueue::global());
   EXPECT_EQ(NWConnection::openCount(), 0U);
   EXPECT_FALSE(OpenConnections::shared().cancelIdleLongest());
