@@ -54,12 +54,14 @@ void ClientFlow::readDatagrams(ReadCompletion completion) {
 void ClientFlow::writeDatagrams(std::vector<Data> datagrams,
                                 std::vector<NWHostEndpoint> sentByEndpoints,
                                 WriteCompletion completion) {
-  const auto write = std::make_shared<PendingWrite>(datagrams.size(), std::move(completion));
   auto refusal = objection(datagrams, sentByEndpoints);
   if (refusal || datagrams.empty()) {
-    write->end(std::move(refusal));
+    later([completion = std::move(completion), refusal = std::move(refusal)] {
+      completion(refusal);
+    });
     return;
   }
+  const auto write = std::make_shared<PendingWrite>(datagrams.size(), std::move(completion));
   for (auto& datagram : datagrams) {
     socket_->send(path_, std::move(datagram), write);
   }

@@ -2,11 +2,14 @@
 
 #include <utility>
 
+#include "platform/base/Description.h"
+#include "platform/base/WholeNumber.h"
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/log/NSLog.h"
+#include "platform/network/NWError.h"
 #include "platform/udp/OwnSockets.h"
 
 namespace platform {
@@ -19,10 +22,24 @@ constexpr int kMaxReadsPerTurn = 2;
 
 using Sockets = std::vector<std::shared_ptr<ListenSocket>>;
 
+Error failure(const NWHostEndpoint& endpoint, const std::string& reason) {
+  return Error("cannot listen on " + description(endpoint) + ": " + reason);
+}
+
+tl::expected<std::shared_ptr<ListenSocket>, Error> bind(const NWHostEndpoint& endpoint) {
+  const auto port = wholeNumber<std::uint16_t>(endpoint.port);
+  const auto address = port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
+  if (!address) {
+    return tl::unexpected(failure(endpoint, "not an IP address and a port"));
+  }
+  return ListenSocket::bind(*address).map_error(
+      [&](std::error_code error) { return failure(endpoint, NWError::from(error).text()); });
+}
+
 tl::expected<Sockets, Error> bindAll(const std::vector<NWHostEndpoint>& endpoints) {
   Sockets sockets;
   for (const auto& endpoint : endpoints) {
-    auto socket = ListenSocket::bind(endpoint);
+    auto socket = bind(endpoint);
     if (!socket) {
       return tl::unexpected(socket.error());
     }
@@ -53,8 +70,8 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
 
 std::optional<Error> FlowHost::State::listen() {
   for (const auto& socket : sockets) {
-    if (auto error = socket->listen(weak_from_this())) {
-      return error;
+    if (const auto error = socket->listen(weak_from_this())) {
+      return failure(endpointFrom(socket->address()), NWError::from(error).text());
     }
   }
   return std::nullopt;

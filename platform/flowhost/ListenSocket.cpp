@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "platform/base/Description.h"
-#include "platform/base/WholeNumber.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 
@@ -11,22 +9,9 @@ namespace platform {
 
 namespace {
 
-// What the kernel holds for us while a turn of the loop runs: some thousand queries. It may give
-// less.
+// What the kernel holds for us while an iteration of the loop runs: some thousand queries. It may
+// give less.
 constexpr int kReceiveBufferSize = 4 * 1024 * 1024;
-
-tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, const std::string& reason) {
-  return tl::unexpected(Error("cannot listen on " + description(endpoint) + ": " + reason));
-}
-
-tl::unexpected<Error> failure(const NWHostEndpoint& endpoint, std::error_code error) {
-  return failure(endpoint, NWError::from(error).text());
-}
-
-std::optional<SocketAddress> parse(const NWHostEndpoint& endpoint) {
-  const auto port = wholeNumber<std::uint16_t>(endpoint.port);
-  return port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
-}
 
 }  // namespace
 
@@ -34,25 +19,18 @@ NWHostEndpoint endpointFrom(const SocketAddress& address) {
   return {address.host(), std::to_string(address.port())};
 }
 
-tl::expected<std::shared_ptr<ListenSocket>, Error> ListenSocket::bind(
-    const NWHostEndpoint& endpoint) {
-  const auto address = parse(endpoint);
-  if (!address) {
-    return failure(endpoint, "not an IP address and a port");
-  }
+tl::expected<std::shared_ptr<ListenSocket>, std::error_code> ListenSocket::bind(
+    const SocketAddress& address) {
   auto listen = std::make_shared<ListenSocket>();
-  if (const auto error = listen->socket_.bind(*address, {.receiveBuffer = kReceiveBufferSize})) {
-    return failure(endpoint, error);
+  if (const auto error = listen->socket_.bind(address, {.receiveBuffer = kReceiveBufferSize})) {
+    return tl::unexpected(error);
   }
   return listen;
 }
 
-std::optional<Error> ListenSocket::listen(std::weak_ptr<Reader> reader) {
+std::error_code ListenSocket::listen(std::weak_ptr<Reader> reader) {
   reader_ = std::move(reader);
-  if (const auto error = watchAsNeeded()) {
-    return failure(endpointFrom(address()), error).value();
-  }
-  return std::nullopt;
+  return watchAsNeeded();
 }
 
 void ListenSocket::close() {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <tl/expected.hpp>
 
-#include "platform/base/Error.h"
 #include "platform/flowhost/PendingWrite.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 #include "platform/udp/UDPSocket.h"
@@ -30,12 +29,12 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   /// under one) and some 200 bytes.
   static constexpr std::size_t kMaxWaiting = 256;
 
-  /// Binds `endpoint`; port 0 leaves the choice to the system. The error names the endpoint and
-  /// says what is wrong: `cannot listen on 127.0.0.1:5300: Address already in use`.
-  static tl::expected<std::shared_ptr<ListenSocket>, Error> bind(const NWHostEndpoint& endpoint);
+  /// Port 0 leaves the choice to the system.
+  static tl::expected<std::shared_ptr<ListenSocket>, std::error_code> bind(
+      const SocketAddress& address);
 
   /// Begins to tell `reader`, for as long as it lives.
-  std::optional<Error> listen(std::weak_ptr<Reader> reader);
+  std::error_code listen(std::weak_ptr<Reader> reader);
   /// Answers that wait fail with ECANCELED, later ones with EBADF.
   void close();
 

@@ -11,25 +11,14 @@ namespace platform {
 PendingWrite::PendingWrite(std::size_t datagrams, NEAppProxyUDPFlow::WriteCompletion completion)
     : remaining_(datagrams), completion_(std::move(completion)) {}
 
-void PendingWrite::end(std::optional<Error> error) {
-  error_ = std::move(error);
-  complete();
-}
-
 void PendingWrite::datagramDone(std::error_code error) {
-  if (error && !error_) {
-    error_ = Error(description(NWError::from(error)));
+  error_ = error_ ? error_ : error;
+  if (--remaining_ > 0 || !completion_) {
+    return;
   }
-  if (--remaining_ == 0) {
-    complete();
-  }
-}
-
-void PendingWrite::complete() {
-  if (completion_) {
-    DispatchQueue::global().async([completion = std::exchange(completion_, nullptr),
-                                   error = std::move(error_)] { completion(error); });
-  }
+  DispatchQueue::global().async([completion = std::exchange(completion_, nullptr), error = error_] {
+    completion(error ? std::optional(Error(description(NWError::from(error)))) : std::nullopt);
+  });
 }
 
 }  // namespace platform

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "platform/udp/SystemError.h"
+
 namespace platform {
 
 DatagramSlots::DatagramSlots(std::size_t count)
@@ -40,7 +42,7 @@ DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& 
     if (errno == EAGAIN || errno == EINTR) {
       return received_;
     }
-    return tl::make_unexpected(std::error_code(errno, std::generic_category()));
+    return tl::make_unexpected(errorOf(count));
   }
   used_ = static_cast<std::size_t>(count);
   for (std::size_t slot = 0; slot < used_; ++slot) {

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "platform/udp/SystemError.h"
+
 namespace platform {
 
 namespace {
@@ -51,10 +53,10 @@ void writeInfo(msghdr& message, int level, int type, const Info& info) {
 
 }  // namespace
 
-bool PacketInfo::request(int socket, bool isIPv6) {
-  const int on = 1;
-  return (!isIPv6 || ::setsockopt(socket, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on) == 0) &&
-         ::setsockopt(socket, IPPROTO_IP, IP_PKTINFO, &on, sizeof on) == 0;
+std::error_code PacketInfo::request(int socket, bool isIPv6) {
+  const auto error =
+      isIPv6 ? setOption(socket, IPPROTO_IPV6, IPV6_RECVPKTINFO, 1) : std::error_code();
+  return error ? error : setOption(socket, IPPROTO_IP, IP_PKTINFO, 1);
 }
 
 void PacketInfo::prepareToReceive(msghdr& message) {

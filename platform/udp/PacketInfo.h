@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <optional>
+#include <system_error>
 
 #include "platform/udp/SocketAddress.h"
 
@@ -19,8 +20,8 @@ namespace platform {
 class PacketInfo {
  public:
   /// Asks the kernel to give it with every datagram of `socket`, with those that come to an IPv6
-  /// one over IPv4 too; false on failure.
-  static bool request(int socket, bool isIPv6);
+  /// one over IPv4 too.
+  static std::error_code request(int socket, bool isIPv6);
 
   /// Lets `message` receive it here.
   void prepareToReceive(msghdr& message);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/udp/PacketInfo.h"
+#include "platform/udp/SystemError.h"
 
 namespace platform {
 
@@ -23,34 +24,42 @@ namespace {
 // Room for all that the kernel says of a refusal.
 constexpr std::size_t kControlSize = 512;
 
-std::error_code errorOf(int code) { return {code, std::generic_category()}; }
-
-bool setOption(int socket, int level, int name, int value) {
-  return ::setsockopt(socket, level, name, &value, sizeof value) == 0;
-}
-
 void enlargeReceiveBuffer(int socket, int size) {
   // The first is for privileged processes and goes beyond the system's limit.
-  if (!setOption(socket, SOL_SOCKET, SO_RCVBUFFORCE, size)) {
+  if (setOption(socket, SOL_SOCKET, SO_RCVBUFFORCE, size)) {
     setOption(socket, SOL_SOCKET, SO_RCVBUF, size);
   }
 }
 
 /// The IPv4 option goes for IPv4 clients of an IPv6 socket too.
-bool keepRefusals(int socket, bool isIPv6) {
-  return (!isIPv6 || setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1)) &&
-         setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
+std::error_code keepRefusals(int socket, bool isIPv6) {
+  const auto error = isIPv6 ? setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1) : std::error_code();
+  return error ? error : setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
+}
+
+/// Everything but the address, which is to be bound next.
+std::error_code prepare(int socket, const SocketAddress& address,
+                        const UDPSocket::Binding& binding) {
+  const bool isIPv6 = address.isIPv6();
+  std::error_code error;
+  enlargeReceiveBuffer(socket, binding.receiveBuffer);
+  if (isIPv6) {
+    error = setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, binding.takesIPv4 ? 0 : 1);
+  }
+  if (!error && binding.keepsRefusals) {
+    error = keepRefusals(socket, isIPv6);
+  }
+  return !error && address.isWildcard() ? PacketInfo::request(socket, isIPv6) : error;
 }
 
 /// The error of `call` made until no signal interrupts it.
 template <class Call>
 std::error_code uninterrupted(const Call& call) {
-  while (call() < 0) {
-    if (errno != EINTR) {
-      return errorOf(errno);
-    }
-  }
-  return {};
+  std::error_code error;
+  do {
+    error = errorOf(call());
+  } while (error == std::errc::interrupted);
+  return error;
 }
 
 /// What `sendmsg` takes of a datagram besides its bytes; the message points into it.
@@ -75,7 +84,7 @@ class Outgoing {
   PacketInfo source_;
 };
 
-int errorIn(msghdr& message) {
+std::error_code errorIn(msghdr& message) {
   for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
        control = CMSG_NXTHDR(&message, control)) {
     const bool isIPv4 = control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_RECVERR;
@@ -83,10 +92,10 @@ int errorIn(msghdr& message) {
     if (isIPv4 || isIPv6) {
       sock_extended_err error{};
       std::memcpy(&error, CMSG_DATA(control), sizeof error);
-      return static_cast<int>(error.ee_errno);
+      return {static_cast<int>(error.ee_errno), std::generic_category()};
     }
   }
-  return EIO;
+  return std::make_error_code(std::errc::io_error);
 }
 
 }  // namespace
@@ -94,49 +103,53 @@ int errorIn(msghdr& message) {
 std::error_code UDPSocket::open(sa_family_t family) {
   FileDescriptor socket(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) {
-    return errorOf(errno);
+    return errorOf(socket.get());
   }
   socket_.open(std::move(socket));
   return {};
 }
 
-bool UDPSocket::readAddress() {
+std::error_code UDPSocket::readAddress() {
   socklen_t size = SocketAddress::kMaxSize;
-  return ::getsockname(get(), address_.data(), &size) == 0;
+  return errorOf(::getsockname(get(), address_.data(), &size));
 }
 
 std::error_code UDPSocket::connect(const SocketAddress& peer) {
-  if (::connect(get(), peer.data(), peer.size()) != 0 || !readAddress()) {
-    return errorOf(errno);
+  auto error = errorOf(::connect(get(), peer.data(), peer.size()));
+  if (!error) {
+    error = readAddress();
   }
-  own_.emplace(address_, OwnSockets::Use::exchange);
-  return {};
-}
-
-bool UDPSocket::prepare(const SocketAddress& address, const Binding& binding) {
-  const bool isIPv6 = address.isIPv6();
-  enlargeReceiveBuffer(get(), binding.receiveBuffer);
-  return (!isIPv6 || setOption(get(), IPPROTO_IPV6, IPV6_V6ONLY, binding.takesIPv4 ? 0 : 1)) &&
-         (!binding.keepsRefusals || keepRefusals(get(), isIPv6)) &&
-         (!address.isWildcard() || PacketInfo::request(get(), isIPv6));
+  if (!error) {
+    own_.emplace(address_, OwnSockets::Use::exchange);
+  }
+  return error;
 }
 
 std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& binding) {
-  if (const auto error = open(address.family())) {
-    return error;
+  auto error = open(address.family());
+  if (!error) {
+    error = prepare(get(), address, binding);
   }
-  if (!prepare(address, binding) || ::bind(get(), address.data(), address.size()) != 0 ||
-      !readAddress()) {
-    const auto error = errorOf(errno);
+  if (!error) {
+    error = errorOf(::bind(get(), address.data(), address.size()));
+  }
+  if (!error) {
+    error = readAddress();
+  }
+  if (error) {
     close();
-    return error;
+  } else {
+    serve(binding.takesIPv4);
   }
+  return error;
+}
+
+void UDPSocket::serve(bool takesIPv4) {
   own_.emplace(address_, OwnSockets::Use::serving);
-  if (binding.takesIPv4 && address.isIPv6()) {
+  if (takesIPv4 && address_.isIPv6()) {
     const auto any = SocketAddress::parse("0.0.0.0", address_.port()).value();
     ownIPv4_.emplace(any, OwnSockets::Use::serving);
   }
-  return {};
 }
 
 void UDPSocket::close() {
@@ -153,7 +166,7 @@ std::error_code UDPSocket::send(DataView datagram) {
 tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uint8_t> room) {
   const auto size = ::recv(get(), room.data(), room.size(), MSG_DONTWAIT | MSG_TRUNC);
   if (size < 0) {
-    return tl::make_unexpected(errorOf(errno));
+    return tl::make_unexpected(errorOf(size));
   }
   return static_cast<std::size_t>(size);
 }
@@ -198,7 +211,7 @@ std::optional<UDPSocket::Refusal> UDPSocket::takeRefusal() {
   if (::recvmsg(get(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) {
     return std::nullopt;
   }
-  return Refusal{client, errorOf(errorIn(message))};
+  return Refusal{client, errorIn(message)};
 }
 
 std::uint32_t UDPSocket::takeLost() {

@@ -87,8 +87,8 @@ class UDPSocket {
   std::uint32_t takeLost();
 
  private:
-  bool prepare(const SocketAddress& address, const Binding& binding);
-  bool readAddress();
+  std::error_code readAddress();
+  void serve(bool takesIPv4);
 
   WatchedSocket socket_;
   SocketAddress address_;
