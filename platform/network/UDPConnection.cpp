@@ -151,21 +151,30 @@ void UDPConnection::describe(std::string& out) const {
   out.append(" udp]");
 }
 
+/// The error of a send may be of an earlier datagram: the kernel hands out what the network has
+/// answered with the next call, which then has sent nothing. A refusal is always of an earlier one;
+/// another error is, unless a second attempt fails in the same way. What is of an earlier one is
+/// kept for a receive, and the second attempt decides about this datagram. When that is refused
+/// too, some more of the earlier ones were, and this one is lost as they are.
+///
+/// On a link, a refusal that comes while sends are unreported is of one of those. Their like would
+/// be refused as well, so the rest of them is counted as lost without an attempt.
 std::error_code UDPConnection::trySend(const Data& content) {
-  const auto error = isPeerGone_ ? std::error_code() : socket_.send(content);
+  if (isPeerGone_) {
+    return {};
+  }
+  const auto error = socket_.send(content);
   if (!error || UDPSocket::wouldBlock(error)) {
     return error;
   }
-  if (isLink && isRefusal(error) && !sent_.empty()) {
-    isPeerGone_ = true;
+  isPeerGone_ = isLink && isRefusal(error) && !sent_.empty();
+  if (isPeerGone_) {
     return {};
   }
   const auto again = socket_.send(content);
-  const bool isOfEarlierOne = isRefusal(error) || error != again;
-  if (isOfEarlierOne) {
+  if (isRefusal(error) || error != again) {
     keepReceiveError(error);
   }
-  // Refused again: some more of the earlier datagrams were. Never the fault of this one.
   return isRefusal(again) ? std::error_code() : again;
 }
 
@@ -245,17 +254,14 @@ void UDPConnection::watchAsNeeded() {
 void UDPConnection::receiveOne() {
   static std::array<std::uint8_t, kBufferSize> buffer;
   const auto length = socket_.receive(buffer);
-  const auto error = length ? std::error_code() : length.error();
-  if (UDPSocket::wouldBlock(error) || error == std::errc::interrupted || (error && isLink)) {
-    return;
+  if (length) {
+    touch();
+    const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(*length, buffer.size()));
+    completeOldestReceive(Data(buffer.begin(), end), *length <= buffer.size(), std::nullopt);
+  } else if (!isLink && !UDPSocket::wouldBlock(length.error())) {
+    touch();
+    completeOldestReceive(std::nullopt, false, NWError::from(length.error()));
   }
-  touch();
-  if (error) {
-    completeOldestReceive(std::nullopt, false, NWError::from(error));
-    return;
-  }
-  const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(*length, buffer.size()));
-  completeOldestReceive(Data(buffer.begin(), end), *length <= buffer.size(), std::nullopt);
 }
 
 void UDPConnection::completeOldestReceive(std::optional<Data> content, bool isComplete,
@@ -275,21 +281,16 @@ void UDPConnection::deliverLater() {
 
 void UDPConnection::deliver() {
   isDeliveryDue_ = false;
-  deliverSent();
-  deliverReceiveErrors();
-}
-
-void UDPConnection::deliverSent() {
+  isPeerGone_ = false;
   if (isLink && socket_.isOpen()) {
     socket_.dropRefusal();
-    isPeerGone_ = false;
   }
-  const auto sent = std::exchange(sent_, {});
-  for (const auto& [completion, error] : sent) {
+  for (const auto& [completion, error] : std::exchange(sent_, {})) {
     if (completion) {
       runGuarded([&send = completion, &outcome = error] { send(outcome); });
     }
   }
+  deliverReceiveErrors();
 }
 
 /// Those armed meanwhile have to wait for their turn.

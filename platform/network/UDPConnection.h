@@ -15,12 +15,10 @@ namespace platform {
 /// seven system calls: socket, connect, getsockname, send, one to be watched, recv, close.
 ///
 /// A refusal (ICMP port unreachable) is the answer to a datagram sent earlier, and the kernel hands
-/// it out with the next call on the socket, whichever it is. When that is a send, the error is kept
-/// for a receive and the send is done again. One refusal fails one receive.
+/// it out with the next call on the socket, whichever it is. One refusal fails one receive.
 ///
-/// A send over loopback to a port that nobody has costs as much as all the rest of a log line, so a
-/// link whose datagram is refused counts what it is given until the sends are reported as sent and
-/// lost.
+/// To send to a port of this machine that nobody has costs 5 microseconds, more than all the rest
+/// of a log line, so a link whose datagram is refused sends no more until its sends are reported.
 class UDPConnection final : public NWConnection, private SocketWatcher {
  public:
   UDPConnection(NWEndpoint::Host host, NWEndpoint::Port port);
@@ -67,7 +65,6 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
 
   void deliverLater();
   void deliver();
-  void deliverSent();
   void deliverReceiveErrors();
   std::optional<NWError> takeReceiveError();
 
@@ -81,7 +78,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
   bool isCancelled_ = false;
   bool isDeliveryDue_ = false;
   std::optional<OpenConnections::Place> place_;  // present while it is an open connection
-  bool isPeerGone_ = false;  // of a link: until the sends are reported, the others are lost too
+  bool isPeerGone_ = false;                      // of a link: one of `sent_` was refused
   std::vector<Sent> sent_;
   std::list<Waiting> waiting_;
   std::list<ReceiveCompletion> receives_;  // the oldest first

@@ -164,9 +164,11 @@ std::error_code UDPSocket::send(DataView datagram) {
 }
 
 tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uint8_t> room) {
-  const auto size = ::recv(get(), room.data(), room.size(), MSG_DONTWAIT | MSG_TRUNC);
-  if (size < 0) {
-    return tl::make_unexpected(errorOf(size));
+  ssize_t size = 0;
+  const auto error = uninterrupted(
+      [&] { return size = ::recv(get(), room.data(), room.size(), MSG_DONTWAIT | MSG_TRUNC); });
+  if (error) {
+    return tl::make_unexpected(error);
   }
   return static_cast<std::size_t>(size);
 }
