@@ -50,8 +50,7 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
       {"nameserver 127.0.0.1\nnameserver 1.1.1.1\n", {address("127.0.0.1", 5300)}, "127.0.0.1"},
       {"nameserver ::ffff:127.0.0.1\n", {address("127.0.0.1", 53)}, "none"},
       {"nameserver 127.0.0.7\nnameserver 192.0.2.1\n", {address("0.0.0.0", 53)}, "192.0.2.1"},
-      {"nameserver 127.0.0.7\n", {address("0.0.0.0", 5300)}, "127.0.0.7"},
-      {"nameserver 127.0.0.7\n", {address("::", 53)}, "127.0.0.7"},
+      {"nameserver 127.0.0.7\n", {address("0.0.0.0", 5300), address("::", 53)}, "127.0.0.7"},
       {"nameserver ::1\nnameserver 2001:db8::1\n", {address("::", 53)}, "2001:db8::1"},
       {"nameserver 0.0.0.0\nnameserver ::\n", {}, "none"},
   };

@@ -148,29 +148,18 @@ TEST_F(NWListenerTest, HasRoomForABoundedNumberOfClients) {
 }
 
 TEST_F(NWListenerTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
-  const UDPSocket one;
-  const UDPSocket other;
-  const auto at127 = [](const UDPSocket& socket) {
-    return SocketAddress::parse("127.0.0.1", socket.port()).value();
-  };
-  const OwnSockets::Entry exchange(at127(one), OwnSockets::Use::exchange);
-  std::optional<OwnSockets::Entry> served;
-  served.emplace(SocketAddress::parse("0.0.0.0", other.port()).value(), OwnSockets::Use::serving);
-  one.send("one", at("127.0.0.1"));
-  other.send("other", at("127.0.0.1"));
+  const UDPSocket client;
+  const auto address = SocketAddress::parse("127.0.0.1", client.port()).value();
+  std::optional<OwnSockets::Entry> own;
+  own.emplace(address, OwnSockets::Use::exchange);
+  client.send("one", at("127.0.0.1"));
   runReady();
-  EXPECT_THAT(
-      log_.records(),
-      ElementsAre("NWListener: dropped 3 bytes from our own socket " + description(at127(one)),
-                  "NWListener: dropped 5 bytes from our own socket " + description(at127(other))));
-  served.reset();
-  other.send("again", at("127.0.0.1"));
+  EXPECT_THAT(log_.records(), ElementsAre("NWListener: dropped 3 bytes from our own socket " +
+                                          description(address)));
+  own.reset();
+  client.send("again", at("127.0.0.1"));
   ASSERT_TRUE(runUntilLines(2));
   EXPECT_THAT(lines_, ElementsAre("new", "got again"));
-  const auto connection = NWConnection::create(NWEndpoint::Host("127.0.0.2"), listener_->port());
-  connection->start(DispatchQueue::global());
-  runReady();
-  EXPECT_EQ(connection->state().error, NWError::ownAddress());
 }
 
 TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
