@@ -5,6 +5,7 @@
 
 #include "platform/base/Description.h"
 #include "platform/dispatch/DispatchQueue.h"
+#include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/PendingWrite.h"
 
 namespace platform {
@@ -22,9 +23,9 @@ void later(std::function<void()> work) { DispatchQueue::global().async(std::move
 
 }  // namespace
 
-ClientFlow::ClientFlow(std::shared_ptr<ListenSocket> socket, ClientDatagrams received,
+ClientFlow::ClientFlow(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
                        std::shared_ptr<const NEFlowMetaData> metaData)
-    : socket_(std::move(socket)),
+    : answers_(std::move(answers)),
       path_(received.path),
       remoteEndpoint_(endpointFrom(path_.destination)),
       datagrams_(std::move(received.datagrams)),
@@ -63,13 +64,13 @@ void ClientFlow::writeDatagrams(std::vector<Data> datagrams,
   }
   const auto write = std::make_shared<PendingWrite>(datagrams.size(), std::move(completion));
   for (auto& datagram : datagrams) {
-    socket_->send(path_, std::move(datagram), write);
+    answers_->send(path_, std::move(datagram), write);
   }
 }
 
 std::optional<Error> ClientFlow::objection(
     const std::vector<Data>& datagrams, const std::vector<NWHostEndpoint>& sentByEndpoints) const {
-  if (isWriteClosed_ || !socket_->isOpen()) {
+  if (isWriteClosed_ || !answers_->isOpen()) {
     return closedError();
   }
   if (datagrams.size() != sentByEndpoints.size()) {
@@ -89,7 +90,7 @@ void ClientFlow::closeReadWithError(std::optional<Error> /*error*/) {
   releaseWhenClosed();
 }
 
-// A client of UDP is told of no error.
+// A client is told of no error.
 void ClientFlow::closeWriteWithError(std::optional<Error> /*error*/) {
   isWriteClosed_ = true;
   releaseWhenClosed();
@@ -97,7 +98,7 @@ void ClientFlow::closeWriteWithError(std::optional<Error> /*error*/) {
 
 void ClientFlow::releaseWhenClosed() {
   if (isReadClosed_ && isWriteClosed_) {
-    socket_.reset();
+    answers_.reset();
   }
 }
 

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "platform/flowhost/AnswerPath.h"
 #include "platform/flowhost/ClientDatagrams.h"
-#include "platform/flowhost/ListenSocket.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
 namespace platform {
 
-/// The flow of what one client socket has sent in one read. Costs the host nothing once it is
-/// offered: only who holds it keeps it.
+/// The flow of what one client socket has sent in one read, or of one query by TCP. Costs the host
+/// nothing once it is offered: only who holds it keeps it.
 class ClientFlow final : public NEAppProxyUDPFlow {
  public:
-  ClientFlow(std::shared_ptr<ListenSocket> socket, ClientDatagrams received,
+  ClientFlow(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
              std::shared_ptr<const NEFlowMetaData> metaData);
 
   void openWithLocalEndpoint(std::optional<NWHostEndpoint> localEndpoint,
@@ -43,7 +43,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
       const std::vector<Data>& datagrams, const std::vector<NWHostEndpoint>& sentByEndpoints) const;
   void releaseWhenClosed();
 
-  std::shared_ptr<ListenSocket> socket_;  // absent once released
+  std::shared_ptr<AnswerPath> answers_;  // absent once released
   const DatagramPath path_;
   const NWHostEndpoint remoteEndpoint_;
   std::vector<Data> datagrams_;

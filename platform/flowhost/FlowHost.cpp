@@ -5,6 +5,7 @@
 #include "platform/base/Description.h"
 #include "platform/base/WholeNumber.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/flowhost/ClientConnections.h"
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
 #include "platform/flowhost/SystemResolver.h"
@@ -20,32 +21,54 @@ namespace {
 // answers.
 constexpr int kMaxReadsPerTurn = 2;
 
-using Sockets = std::vector<std::shared_ptr<ListenSocket>>;
+// Ports that the system chooses for UDP before one is free for TCP too; nearly always the first is.
+constexpr int kMaxPortsTried = 32;
 
 Error failure(const NWHostEndpoint& endpoint, const std::string& reason) {
-  return Error("cannot listen on " + description(endpoint) + ": " + reason);
+  return Error("cannot listen on " + description(endpoint) + reason);
 }
 
-tl::expected<std::shared_ptr<ListenSocket>, Error> bind(const NWHostEndpoint& endpoint) {
+std::string text(std::error_code error) { return NWError::from(error).text(); }
+
+/// What serves the listen addresses.
+struct Sockets {
+  std::vector<std::shared_ptr<ListenSocket>> udp;
+  std::shared_ptr<ClientConnections> tcp = std::make_shared<ClientConnections>();
+
+  std::optional<Error> bind(const NWHostEndpoint& endpoint);
+  std::optional<Error> bind(const NWHostEndpoint& endpoint, const SocketAddress& address,
+                            int tries = kMaxPortsTried);
+  void close();
+};
+
+std::optional<Error> Sockets::bind(const NWHostEndpoint& endpoint) {
   const auto port = wholeNumber<std::uint16_t>(endpoint.port);
   const auto address = port ? SocketAddress::parse(endpoint.hostname, *port) : std::nullopt;
-  if (!address) {
-    return tl::unexpected(failure(endpoint, "not an IP address and a port"));
-  }
-  return ListenSocket::bind(*address).map_error(
-      [&](std::error_code error) { return failure(endpoint, NWError::from(error).text()); });
+  return address ? bind(endpoint, *address) : failure(endpoint, ": not an IP address and a port");
 }
 
-tl::expected<Sockets, Error> bindAll(const std::vector<NWHostEndpoint>& endpoints) {
-  Sockets sockets;
-  for (const auto& endpoint : endpoints) {
-    auto socket = bind(endpoint);
-    if (!socket) {
-      return tl::unexpected(socket.error());
-    }
-    sockets.push_back(*std::move(socket));
+std::optional<Error> Sockets::bind(const NWHostEndpoint& endpoint, const SocketAddress& address,
+                                   int tries) {
+  auto socket = ListenSocket::bind(address);
+  if (!socket) {
+    return failure(endpoint, ": " + text(socket.error()));
   }
-  return sockets;
+  const auto error = tcp->bind((*socket)->address());
+  if (!error) {
+    udp.push_back(*std::move(socket));
+    return std::nullopt;
+  }
+  if (address.port() == 0 && error == std::errc::address_in_use && tries > 1) {
+    return bind(endpoint, address, tries - 1);  // while the port is held: another is chosen
+  }
+  return failure(endpoint, " by TCP: " + text(error));
+}
+
+void Sockets::close() {
+  for (const auto& socket : std::exchange(udp, {})) {
+    socket->close();
+  }
+  tcp->close();
 }
 
 }  // namespace
@@ -59,7 +82,7 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   std::optional<Error> listen();
   void datagramsArrived(ListenSocket& socket) override;
   void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
-  void offer(const std::shared_ptr<ClientFlow>& flow);
+  void offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received);
 
   NEDNSProxyProvider* provider = nullptr;  // set before anything is read
   const std::shared_ptr<const NEFlowMetaData> metaData;
@@ -69,12 +92,17 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
 };
 
 std::optional<Error> FlowHost::State::listen() {
-  for (const auto& socket : sockets) {
+  for (const auto& socket : sockets.udp) {
     if (const auto error = socket->listen(weak_from_this())) {
-      return failure(endpointFrom(socket->address()), NWError::from(error).text());
+      return failure(endpointFrom(socket->address()), ": " + text(error));
     }
   }
-  return std::nullopt;
+  const auto error = sockets.tcp->listen([weak = weak_from_this()](auto answers, auto received) {
+    if (const auto self = weak.lock()) {
+      self->offer(std::move(answers), std::move(received));
+    }
+  });
+  return error ? std::optional(Error("cannot listen by TCP: " + text(error))) : std::nullopt;
 }
 
 void FlowHost::State::datagramsArrived(ListenSocket& socket) {
@@ -96,24 +124,28 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
       NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", group.path.client);
       continue;
     }
-    offer(std::make_shared<ClientFlow>(socket.shared_from_this(), std::move(group), metaData));
+    offer(socket.shared_from_this(), std::move(group));
   }
 }
 
-void FlowHost::State::offer(const std::shared_ptr<ClientFlow>& flow) {
+void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
+  const auto transport = answers->transport();
+  const auto flow = std::make_shared<ClientFlow>(std::move(answers), std::move(received), metaData);
   bool isDeclined = false;
   runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
-    resolver.serve(flow);
+    resolver.serve(flow, transport);
   }
 }
 
 tl::expected<std::unique_ptr<FlowHost>, Error> FlowHost::bind(const FlowHostOptions& options) {
-  auto sockets = bindAll(options.listen);
-  if (!sockets) {
-    return tl::unexpected(sockets.error());
+  Sockets sockets;
+  for (const auto& endpoint : options.listen) {
+    if (auto error = sockets.bind(endpoint)) {
+      return tl::unexpected(*std::move(error));
+    }
   }
-  auto state = std::make_shared<State>(options, *std::move(sockets));
+  auto state = std::make_shared<State>(options, std::move(sockets));
   return std::unique_ptr<FlowHost>(new FlowHost(std::move(state)));
 }
 
@@ -126,15 +158,11 @@ FlowHost::FlowHost(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
 FlowHost::~FlowHost() { stop(); }
 
-void FlowHost::stop() {
-  for (const auto& socket : std::exchange(state_->sockets, {})) {
-    socket->close();
-  }
-}
+void FlowHost::stop() { state_->sockets.close(); }
 
 std::vector<NWHostEndpoint> FlowHost::boundEndpoints() const {
   std::vector<NWHostEndpoint> endpoints;
-  for (const auto& socket : state_->sockets) {
+  for (const auto& socket : state_->sockets.udp) {
     endpoints.push_back(endpointFrom(socket->address()));
   }
   return endpoints;

@@ -24,8 +24,9 @@ struct FlowHostOptions {
   std::uint16_t resolverPort = 53;
 };
 
-/// A UDP server for the DNS queries of local clients, which drives a provider: it makes one flow of
-/// what one client socket has sent in one read and offers it. Flows that the provider declines go
+/// A server for the DNS queries of local clients by UDP and TCP, which drives a provider: it makes
+/// one flow of what one client socket has sent in one read by UDP, and one of each query by TCP,
+/// and offers it. Flows that the provider declines go
 /// to the system's own DNS server. What this process's own sockets have sent is dropped, with a log
 /// line: it would come back as the next query. Inside the event loop only.
 class FlowHost {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <tl/expected.hpp>
 
-#include "platform/flowhost/PendingWrite.h"
+#include "platform/flowhost/AnswerPath.h"
 #include "platform/networkextension/NWHostEndpoint.h"
 #include "platform/udp/UDPSocket.h"
 
@@ -13,7 +13,8 @@ namespace platform {
 /// A UDP socket that clients ask at one address, or at any address of the machine when it is bound
 /// to the wildcard address; answers leave from the address that was asked. Inside the event loop
 /// only.
-class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
+class ListenSocket final : public AnswerPath,
+                           public std::enable_shared_from_this<ListenSocket>,
                            private SocketWatcher {
  public:
   /// Called when datagrams have arrived.
@@ -38,7 +39,8 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   /// Answers that wait fail with ECANCELED, later ones with EBADF.
   void close();
 
-  [[nodiscard]] bool isOpen() const { return socket_.isOpen(); }
+  [[nodiscard]] Transport transport() const override { return Transport::udp; }
+  [[nodiscard]] bool isOpen() const override { return socket_.isOpen(); }
   /// The address that is bound, with the port that it has.
   [[nodiscard]] const SocketAddress& address() const { return socket_.address(); }
 
@@ -46,9 +48,8 @@ class ListenSocket final : public std::enable_shared_from_this<ListenSocket>,
   /// goes well again.
   std::span<const ReceivedDatagram> receive(DatagramSlots& slots);
 
-  /// Sends from the destination of `path` back to its client, when there is room and after what
-  /// waits already; tells `write`. ENOBUFS when too much waits.
-  void send(const DatagramPath& path, Data datagram, const std::shared_ptr<PendingWrite>& write);
+  void send(const DatagramPath& path, Data datagram,
+            const std::shared_ptr<PendingWrite>& write) override;
 
  private:
   struct Waiting {

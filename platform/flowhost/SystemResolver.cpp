@@ -26,14 +26,32 @@ bool isOwn(const SocketAddress& server) {
 SystemResolver::SystemResolver(std::filesystem::path resolvConf, std::uint16_t port)
     : resolvConf_(std::move(resolvConf)), port_(port) {}
 
-void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow) {
+void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport) {
   if (const auto address = server()) {
-    ResolverExchange::begin(std::move(flow), *address);
+    if (transport == Transport::tcp) {
+      serveByTCP(std::move(flow), *address);
+    } else {
+      ResolverExchange::begin(std::move(flow), *address);
+    }
     return;
   }
   const Error error("no DNS server of the system's own");
   flow->closeReadWithError(error);
   flow->closeWriteWithError(error);
+}
+
+void SystemResolver::serveByTCP(std::shared_ptr<NEAppProxyUDPFlow> flow,
+                                const SocketAddress& server) {
+  std::erase_if(streams_, [](const auto& stream) { return stream.expired(); });
+  if (streams_.size() >= kMaxStreams) {
+    if (const auto oldest = streams_.front().lock()) {
+      oldest->end(Error("given up to make room"));
+    }
+    streams_.pop_front();
+  }
+  const auto stream = std::make_shared<StreamExchange>(std::move(flow));
+  streams_.push_back(stream);
+  stream->begin(server);
 }
 
 std::optional<SocketAddress> SystemResolver::server() {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/flowhost/AnswerPath.h"
+#include "platform/flowhost/StreamExchange.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 #include "platform/store/RegularFile.h"
 #include "platform/udp/SocketAddress.h"
@@ -16,23 +19,30 @@ namespace platform {
 /// configuration that this process does not serve itself. Inside the event loop only.
 class SystemResolver {
  public:
+  /// Flows that are asked by TCP at once. One costs a descriptor and what a query and its answer
+  /// hold; with one more the oldest is given up.
+  static constexpr std::size_t kMaxStreams = 32;
+
   SystemResolver(std::filesystem::path resolvConf, std::uint16_t port);
 
   /// Passes the flow's datagrams to the server as they are, and its answers back, in the order in
   /// which they come; closes the flow after the last one, or with an error. A server that does not
-  /// answer leaves it open until the bound on connections ends it.
-  void serve(std::shared_ptr<NEAppProxyUDPFlow> flow);
+  /// answer leaves it open until the bound on connections ends it; one asked by TCP, until
+  /// `StreamExchange` gives up.
+  void serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport);
 
   /// The server in use. The configuration is read again when its file has changed.
   std::optional<SocketAddress> server();
 
  private:
+  void serveByTCP(std::shared_ptr<NEAppProxyUDPFlow> flow, const SocketAddress& server);
   void readAgain(const std::optional<FileState>& state);
   [[nodiscard]] std::optional<SocketAddress> firstUsable(
       const std::vector<std::string>& servers) const;
 
   const std::filesystem::path resolvConf_;
   const std::uint16_t port_;
+  std::deque<std::weak_ptr<StreamExchange>> streams_;  // the oldest first
   std::optional<SocketAddress> server_;
   std::optional<FileState> state_;  // of the file when it was read; absent for none
   bool isRead_ = false;

@@ -43,17 +43,20 @@ OwnSockets& OwnSockets::shared() {
   return sockets;
 }
 
-OwnSockets::Entry::Entry(const SocketAddress& address, Use use)
-    : address_(address.unmapped()), use_(use) {
-  auto& table = shared();
-  const std::lock_guard lock(table.mutex_);
-  next_ = std::exchange(table.first(address_), this);
+OwnSockets& OwnSockets::tcp() {
+  static auto& sockets = *new OwnSockets;
+  return sockets;
+}
+
+OwnSockets::Entry::Entry(OwnSockets& sockets, const SocketAddress& address, Use use)
+    : sockets_(sockets), address_(address.unmapped()), use_(use) {
+  const std::lock_guard lock(sockets_.mutex_);
+  next_ = std::exchange(sockets_.first(address_), this);
 }
 
 OwnSockets::Entry::~Entry() {
-  auto& table = shared();
-  const std::lock_guard lock(table.mutex_);
-  auto* link = &table.first(address_);
+  const std::lock_guard lock(sockets_.mutex_);
+  auto* link = &sockets_.first(address_);
   while (*link != this) {
     link = &(*link)->next_;
   }

@@ -7,8 +7,9 @@
 
 namespace platform {
 
-/// The addresses of this process's UDP sockets, so that it neither asks itself nor answers itself:
-/// such a datagram would go round in a circle for ever.
+/// The addresses of this process's sockets of one protocol, so that it neither asks itself nor
+/// answers itself: such a query would go round in a circle for ever. A UDP and a TCP port of one
+/// number have nothing to do with each other.
 ///
 /// An IPv4 address in its IPv6 form (RFC 4291, section 2.5.5.2) is the IPv4 address. From any
 /// thread.
@@ -26,7 +27,7 @@ class OwnSockets {
   /// exchange makes one.
   class Entry {
    public:
-    Entry(const SocketAddress& address, Use use);
+    Entry(OwnSockets& sockets, const SocketAddress& address, Use use);
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
     ~Entry();
@@ -34,12 +35,15 @@ class OwnSockets {
    private:
     friend class OwnSockets;
 
+    OwnSockets& sockets_;
     const SocketAddress address_;
     const Use use_;
     Entry* next_;  // with the same place in the table
   };
 
+  /// Those of UDP.
   static OwnSockets& shared();
+  static OwnSockets& tcp();
 
   /// Whether what is sent to `destination` comes to a socket that serves. The wildcard address is
   /// the loopback one there.

@@ -84,7 +84,7 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
   configure("nameserver 127.0.0.1\n");
   SystemResolver resolver(file_, server.port());
   const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("one"), bytes("")});
-  resolver.serve(flow);
+  resolver.serve(flow, Transport::udp);
   MainLoop::shared().runReady();
   const auto client = server.receive().value();
   EXPECT_EQ(client.text, "one");
@@ -124,7 +124,7 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
     const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a"), bytes("b")});
     row.change(*flow);
     const std::weak_ptr<FakeFlow> weak = flow;
-    resolver.serve(flow);
+    resolver.serve(flow, Transport::udp);
     ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !flow->closed.empty(); })) << row.error;
     MainLoop::shared().runReady();
     EXPECT_THAT(flow->closed, ElementsAre("read " + row.error, "write " + row.error));

@@ -1,0 +1,102 @@
+#include "platform/flowhost/ClientConnection.h"
+
+#include <utility>
+
+#include "platform/base/Clock.h"
+
+namespace platform {
+
+/// One query on its way: it is over with the first answer, or with its flow.
+class ClientConnection::Query final : public AnswerPath {
+ public:
+  explicit Query(std::shared_ptr<ClientConnection> connection)
+      : connection_(std::move(connection)) {}
+  ~Query() override { end(); }
+
+  [[nodiscard]] Transport transport() const override { return Transport::tcp; }
+  [[nodiscard]] bool isOpen() const override { return connection_->isOpen(); }
+  void send(const DatagramPath& /*path*/, Data datagram,
+            const std::shared_ptr<PendingWrite>& write) override {
+    connection_->answer(datagram, write);
+    end();
+  }
+
+ private:
+  void end() {
+    if (!std::exchange(isOver_, true)) {
+      connection_->queryIsOver();
+    }
+  }
+
+  const std::shared_ptr<ClientConnection> connection_;
+  bool isOver_ = false;
+};
+
+ClientConnection::ClientConnection(const DatagramPath& path, Offer offer)
+    : path_(path), offer_(std::move(offer)) {}
+
+void ClientConnection::begin(FileDescriptor socket) {
+  stream_.open(std::move(socket), weak_from_this());
+  stream_.setReading(true);
+}
+
+double ClientConnection::secondsLeft() const {
+  const auto idle = Clock::shared().uptimeNanoseconds() - lastActivity();
+  return (outstanding_ == 0 ? kIdleSeconds : kPatienceSeconds) - static_cast<double>(idle) / 1e9;
+}
+
+void ClientConnection::streamChanged() {
+  offerQueries();
+  const bool isDone = stream_.hasEnded() && outstanding_ == 0 && stream_.waiting() == 0;
+  if (stream_.error() || isDone) {
+    close();
+  } else {
+    stream_.setReading(hasRoom());
+  }
+}
+
+bool ClientConnection::hasRoom() const {
+  return outstanding_ < kMaxOutstanding && stream_.waiting() == 0;
+}
+
+void ClientConnection::offerQueries() {
+  while (isOpen() && hasRoom()) {
+    auto query = stream_.next();
+    if (!query) {
+      return;
+    }
+    if (query->empty()) {
+      close();
+      return;
+    }
+    ++outstanding_;
+    const auto size = query->size();
+    ClientDatagrams datagrams{path_, {}, size};
+    datagrams.datagrams.push_back(*std::move(query));
+    offer_(std::make_shared<Query>(shared_from_this()), std::move(datagrams));
+  }
+}
+
+void ClientConnection::answer(DataView message, const std::shared_ptr<PendingWrite>& write) {
+  if (stream_.waiting() + message.size() > kMaxWaiting) {
+    close();
+    write->datagramDone(std::make_error_code(std::errc::no_buffer_space));
+    return;
+  }
+  stream_.send(message, [write](std::error_code error) { write->datagramDone(error); });
+}
+
+// Later, as the flow's owner is in the middle of something; not at all while the stream tells of
+// whatever comes next.
+void ClientConnection::queryIsOver() {
+  --outstanding_;
+  if (isOpen() && !stream_.isReading()) {
+    DispatchQueue::global().async([weak = weak_from_this()] {
+      if (const auto self = weak.lock()) {
+        self->streamChanged();
+      }
+    });
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "platform/flowhost/AnswerPath.h"
+#include "platform/flowhost/ClientDatagrams.h"
+#include "platform/tcp/MessageStream.h"
+
+namespace platform {
+
+/// One client by TCP: its queries, each a flow of its own, and their answers, in the order in which
+/// they come (RFC 7766, section 6.2.1). Inside the event loop only.
+///
+/// A query is outstanding until it has an answer, or its flow is closed or let go of without one.
+/// While as many as may be are outstanding, or answers wait for a slow reader, nothing is read: the
+/// kernel makes the client wait. A client that has ended its side is still sent what it waits for.
+/// A message of no octets ends the connection.
+class ClientConnection final : public std::enable_shared_from_this<ClientConnection>,
+                               public MessageStream::Owner {
+ public:
+  /// Queries outstanding. One costs what a flow costs, some 2 KiB, and its exchange upstream.
+  static constexpr std::size_t kMaxOutstanding = 128;
+  /// Octets of answers that wait for a slow reader, beside what the kernel holds; with more the
+  /// connection is closed.
+  static constexpr std::size_t kMaxWaiting = 512UL * 1024;
+  /// How long a client may send no whole query and take no answer.
+  static constexpr double kIdleSeconds = 10;
+  /// The same while a query is outstanding; clients give up long before.
+  static constexpr double kPatienceSeconds = 120;
+
+  /// Offers a query; the flow made of it keeps the path.
+  using Offer = std::function<void(std::shared_ptr<AnswerPath>, ClientDatagrams)>;
+
+  /// `path` has the connection's two ends.
+  ClientConnection(const DatagramPath& path, Offer offer);
+
+  void begin(FileDescriptor socket);
+  /// What waits fails with ECANCELED.
+  void close() { stream_.close(); }
+  [[nodiscard]] bool isOpen() const { return stream_.isOpen(); }
+
+  [[nodiscard]] std::uint64_t lastActivity() const { return stream_.lastActivity(); }
+  /// Until it has been idle for too long; 0 or less then.
+  [[nodiscard]] double secondsLeft() const;
+
+ private:
+  class Query;
+
+  void streamChanged() override;
+  void offerQueries();
+  [[nodiscard]] bool hasRoom() const;
+  void answer(DataView message, const std::shared_ptr<PendingWrite>& write);
+  void queryIsOver();
+
+  const DatagramPath path_;
+  const Offer offer_;
+  MessageStream stream_;
+  std::size_t outstanding_ = 0;
+};
+
+}  // namespace platform
