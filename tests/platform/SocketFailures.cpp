@@ -36,6 +36,12 @@ ssize_t sendmsg(int socket, const msghdr* message, int flags) {
   return SocketFailures::next() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
 }
 
+int accept4(int socket, sockaddr* address, socklen_t* size, int flags) {
+  return SocketFailures::next()
+             ? -1
+             : static_cast<int>(::syscall(SYS_accept4, socket, address, size, flags));
+}
+
 int recvmmsg(int socket, mmsghdr* messages, unsigned int count, int flags, timespec* timeout) {
   return SocketFailures::next()
              ? -1

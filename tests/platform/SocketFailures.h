@@ -5,9 +5,9 @@
 
 namespace platform::test {
 
-/// What the next calls of `send`, `sendmsg` and `recvmmsg` in this program give, one after the
-/// other, for as long as it lives: an errno value, or 0 for a call that goes through. On loopback
-/// the kernel always has room, so a full socket cannot be had otherwise.
+/// What the next calls of `send`, `sendmsg`, `recvmmsg` and `accept4` in this program give, one
+/// after the other, for as long as it lives: an errno value, or 0 for a call that goes through. On
+/// loopback the kernel always has room, so a full socket cannot be had otherwise.
 class SocketFailures {
  public:
   SocketFailures(std::initializer_list<int> results) { toCome = results; }

@@ -5,6 +5,7 @@
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
+#include "tests/platform/TCPClient.h"
 
 namespace platform {
 namespace {
@@ -151,9 +152,12 @@ TEST_F(FlowHostTest, StopEndsEverything) {
 TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
   const UDPSocket taken("::1");
   const auto port = std::to_string(taken.port());
+  const test::TCPServer takenByTCP;
+  const auto tcpPort = std::to_string(takenByTCP.port());
   const std::string noAddress = "not an IP address and a port";
   const std::tuple<std::string, std::string, std::string> rows[] = {
       {"::1", port, "[::1]:" + port + ": Address already in use"},
+      {"127.0.0.1", tcpPort, "127.0.0.1:" + tcpPort + " by TCP: Address already in use"},
       {"192.0.2.1", "0", "192.0.2.1:0: Cannot assign requested address"},
       {"127.0.0.1", "65536", "127.0.0.1:65536: " + noAddress},
       {"127.0.0.1", "5x", "127.0.0.1:5x: " + noAddress},

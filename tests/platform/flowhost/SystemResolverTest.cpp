@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Clock.h"
 #include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/network/NWConnection.h"
 #include "platform/udp/OwnSockets.h"
+#include "tests/platform/TCPClient.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"
@@ -21,6 +23,8 @@ namespace {
 
 using quillet::test::FakeFlow;
 using test::bytes;
+using test::framed;
+using test::TCPClient;
 using test::UDPSocket;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -132,6 +136,103 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
     EXPECT_EQ(NWConnection::openCount(), 0U);
     EXPECT_EQ(weak.use_count(), 1) << "somebody still holds the flow";
   }
+}
+
+/// Flows that a server of the test's own is asked by TCP.
+class SystemResolverByTCPTest : public SystemResolverTest {
+ protected:
+  SystemResolverByTCPTest() {
+    Clock::setShared(&clock_);
+    configure("nameserver 127.0.0.1\n");
+  }
+  ~SystemResolverByTCPTest() override { Clock::setShared(nullptr); }
+
+  std::shared_ptr<FakeFlow> served(const char* query = "query") {
+    auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes(query)});
+    resolver_.serve(flow, Transport::tcp);
+    MainLoop::shared().runReady();
+    return flow;
+  }
+  void pass(double seconds) {
+    clock_.advanceSeconds(seconds);
+    MainLoop::shared().runReady();
+  }
+
+  ManualClock clock_;
+  test::TCPServer server_;
+  SystemResolver resolver_{file_, server_.port()};
+};
+
+TEST_F(SystemResolverByTCPTest, PassesQueryAndAnswerUnchangedAndLetsGoOfTheFlow) {
+  const auto flow = served("one");
+  auto connection = server_.accept();
+  EXPECT_EQ(connection.received(), framed("one"));
+  for (const auto& piece : {framed("answer").substr(0, 4), framed("answer").substr(4)}) {
+    EXPECT_THAT(flow->closed, IsEmpty());
+    connection.send(piece);
+    MainLoop::shared().runReady();
+  }
+  EXPECT_THAT(flow->written,
+              ElementsAre(Pair(bytes("answer"), NWHostEndpoint{"127.0.0.1", "5300"})));
+  EXPECT_THAT(flow->closed, ElementsAre("read nil", "write nil"));
+  EXPECT_TRUE(connection.isClosed());
+  EXPECT_EQ(flow.use_count(), 1);
+}
+
+TEST_F(SystemResolverByTCPTest, ClosesTheFlowWhateverTheServerDoes) {
+  const std::string closing = "the server has closed the connection";
+  const struct {
+    std::string sent;
+    bool closes;
+    std::string error;
+  } rows[] = {
+      {"", true, closing},
+      {"x", true, closing},
+      {framed("answer").substr(0, 4), true, closing},
+      {"\xff\xff" + std::string(60'000, 'x'), true, closing},
+      {framed("") + framed("answer"), false, "an answer of no octets"},
+      {"", false, "no answer in time"},
+      {framed("answer").substr(0, 4), false, "no answer in time"},
+  };
+  const auto other = served();
+  const auto connection = server_.accept();
+  for (const auto& [sent, closes, error] : rows) {
+    const auto flow = served();
+    const auto peer = server_.accept();
+    peer.send(sent);
+    if (closes) {
+      peer.endSending();
+    }
+    MainLoop::shared().runReady();
+    const bool isSilent = flow->closed.empty();
+    pass(isSilent ? 9.9 : 0);
+    EXPECT_EQ(flow->closed.empty(), isSilent);
+    pass(isSilent ? 0.1 : 0);
+    EXPECT_THAT(flow->closed,
+                ElementsAre("read Optional(" + error + ")", "write Optional(" + error + ")"));
+    EXPECT_THAT(flow->written, IsEmpty());
+    EXPECT_EQ(flow.use_count(), 1);
+    EXPECT_EQ(other->closed.empty(), !isSilent);
+  }
+}
+
+TEST_F(SystemResolverByTCPTest, AServerThatIsNotThereIsAnError) {
+  server_.close();
+  EXPECT_EQ(served()->closed.at(0),
+            "read Optional(POSIXErrorCode(rawValue: 111): Connection refused)");
+}
+
+TEST_F(SystemResolverByTCPTest, OneFlowMoreThanMayBeAskedGivesUpTheOldest) {
+  std::vector<std::shared_ptr<FakeFlow>> flows;
+  for (std::size_t i = 0; i < SystemResolver::kMaxStreams; ++i) {
+    flows.push_back(served());
+  }
+  EXPECT_THAT(flows[0]->closed, IsEmpty());
+  flows.push_back(served());
+  EXPECT_EQ(flows[0]->closed.at(0), "read Optional(given up to make room)");
+  EXPECT_THAT(flows[1]->closed, IsEmpty());
+  pass(10);
+  EXPECT_EQ(flows.back()->closed.at(0), "read Optional(no answer in time)");
 }
 
 }  // namespace
