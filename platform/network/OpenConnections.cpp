@@ -9,8 +9,10 @@ namespace platform {
 
 namespace {
 
-// Descriptors left to everything else: listen sockets, files, pipes, event sets.
-constexpr rlim_t kReservedDescriptors = 64;
+// Descriptors left to everything else: listen sockets, files, pipes, event sets, TCP connections. A
+// quarter of what there is, within these.
+constexpr rlim_t kFewestReserved = 64;
+constexpr rlim_t kMostReserved = 256;
 
 }  // namespace
 
@@ -25,8 +27,9 @@ std::size_t OpenConnections::usualLimit() {
   if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
     return NWConnection::kMaxConnections;
   }
-  const auto present = std::max(descriptors.rlim_cur, kReservedDescriptors + 1);
-  return std::min<std::size_t>(NWConnection::kMaxConnections, present - kReservedDescriptors);
+  const auto present = std::max(descriptors.rlim_cur, kFewestReserved + 1);
+  const auto reserved = std::clamp(present / 4, kFewestReserved, kMostReserved);
+  return std::min<std::size_t>(NWConnection::kMaxConnections, present - reserved);
 }
 
 void OpenConnections::makeRoom() {

@@ -4,6 +4,7 @@ import select
 import socket
 import subprocess
 
+from roadlib import wire
 from roadlib.processes import PATIENCE, family_of
 
 
@@ -31,6 +32,36 @@ class Client:
         answer = self.receive()
         assert answer is not None, f"no answer to {query.hex()}"
         return answer
+
+
+class TCPClient:
+    """One TCP connection, from either side."""
+
+    def __init__(self, endpoint=None, accepted=None):
+        self.socket = accepted or socket.create_connection(endpoint)
+        self.socket.settimeout(PATIENCE)
+        self.send = self.socket.sendall
+        self._stream = self.socket.makefile("rb")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._stream.close()
+        self.socket.close()
+
+    def receive(self):
+        """The next message, or None when the other side sends no more."""
+        length = self._stream.read(2)
+        return self._stream.read(int.from_bytes(length, "big")) if length else None
+
+    def receive_all(self):
+        """The messages until the other side ends."""
+        return list(iter(self.receive, None))
+
+    def ask(self, query):
+        self.send(wire.framed(query))
+        return self.receive()
 
 
 def ask(endpoint, query):

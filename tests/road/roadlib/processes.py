@@ -29,14 +29,17 @@ def family_of(host):
 
 
 def free_port(host="127.0.0.1"):
-    """A UDP port that nobody holds, from below those that the system gives to sockets without a wish: one of
+    """A port that nobody holds by UDP or TCP, from below those that the system gives to sockets without a wish: one of
     thousands might take it before its user does."""
     with open("/proc/sys/net/ipv4/ip_local_port_range", encoding="ascii") as ephemeral:
         first = int(ephemeral.read().split()[0])
     while True:
-        with socket.socket(family_of(host), socket.SOCK_DGRAM) as s, contextlib.suppress(OSError):
-            s.bind((host, random.randrange(10_000, max(first, 11_000))))
-            return s.getsockname()[1]
+        endpoint = (host, random.randrange(10_000, max(first, 11_000)))
+        with socket.socket(family_of(host), socket.SOCK_DGRAM) as udp, \
+                socket.socket(family_of(host), socket.SOCK_STREAM) as tcp, contextlib.suppress(OSError):
+            udp.bind(endpoint)
+            tcp.bind(endpoint)
+            return endpoint[1]
 
 
 def address_text(host, port):

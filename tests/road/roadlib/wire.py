@@ -37,6 +37,11 @@ def query(name, qtype=A, identifier=None, flags=RD, additional=b""):
     return header(identifier, flags, 1, additional=1 if additional else 0) + question(name, qtype) + additional
 
 
+def framed(message):
+    """`message` as TCP carries it."""
+    return struct.pack("!H", len(message)) + message
+
+
 def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
     return owner + struct.pack("!2HIH", OPT, size, ttl, len(options)) + options
 
