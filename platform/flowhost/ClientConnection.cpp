@@ -1,16 +1,26 @@
 #include "platform/flowhost/ClientConnection.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/base/Clock.h"
 
 namespace platform {
 
+namespace {
+
+double secondsSince(std::uint64_t time) {
+  return static_cast<double>(Clock::shared().uptimeNanoseconds() - time) / 1e9;
+}
+
+}  // namespace
+
 /// One query on its way: it is over with the first answer, or with its flow.
 class ClientConnection::Query final : public AnswerPath {
  public:
   explicit Query(std::shared_ptr<ClientConnection> connection)
-      : connection_(std::move(connection)) {}
+      : connection_(std::move(connection)),
+        place_(connection_->outstanding_.insert(connection_->outstanding_.end(), this)) {}
   ~Query() override { end(); }
 
   [[nodiscard]] Transport transport() const override { return Transport::tcp; }
@@ -20,15 +30,17 @@ class ClientConnection::Query final : public AnswerPath {
     connection_->answer(datagram, write);
     end();
   }
-
- private:
   void end() {
     if (!std::exchange(isOver_, true)) {
-      connection_->queryIsOver();
+      connection_->queryIsOver(place_);
     }
   }
+  [[nodiscard]] double age() const { return secondsSince(start_); }
 
+ private:
   const std::shared_ptr<ClientConnection> connection_;
+  const std::list<Query*>::iterator place_;
+  const std::uint64_t start_ = Clock::shared().uptimeNanoseconds();
   bool isOver_ = false;
 };
 
@@ -40,14 +52,25 @@ void ClientConnection::begin(FileDescriptor socket) {
   stream_.setReading(true);
 }
 
-double ClientConnection::secondsLeft() const {
-  const auto idle = Clock::shared().uptimeNanoseconds() - lastActivity();
-  return (outstanding_ == 0 ? kIdleSeconds : kPatienceSeconds) - static_cast<double>(idle) / 1e9;
+double ClientConnection::checkTime() {
+  if (outstanding_.empty()) {
+    const auto left = kIdleSeconds - secondsSince(lastActivity());
+    if (left <= 0) {
+      close();
+    }
+    return left;
+  }
+  while (!outstanding_.empty() && outstanding_.front()->age() >= kPatienceSeconds) {
+    outstanding_.front()->end();
+  }
+  return outstanding_.empty()
+             ? kIdleSeconds
+             : std::min(kIdleSeconds, kPatienceSeconds - outstanding_.front()->age());
 }
 
 void ClientConnection::streamChanged() {
   offerQueries();
-  const bool isDone = stream_.hasEnded() && outstanding_ == 0 && stream_.waiting() == 0;
+  const bool isDone = stream_.hasEnded() && outstanding_.empty() && stream_.waiting() == 0;
   if (stream_.error() || isDone) {
     close();
   } else {
@@ -56,7 +79,7 @@ void ClientConnection::streamChanged() {
 }
 
 bool ClientConnection::hasRoom() const {
-  return outstanding_ < kMaxOutstanding && stream_.waiting() == 0;
+  return outstanding_.size() < kMaxOutstanding && stream_.waiting() == 0;
 }
 
 void ClientConnection::offerQueries() {
@@ -69,7 +92,6 @@ void ClientConnection::offerQueries() {
       close();
       return;
     }
-    ++outstanding_;
     const auto size = query->size();
     ClientDatagrams datagrams{path_, {}, size};
     datagrams.datagrams.push_back(*std::move(query));
@@ -88,8 +110,8 @@ void ClientConnection::answer(DataView message, const std::shared_ptr<PendingWri
 
 // Later, as the flow's owner is in the middle of something; not at all while the stream tells of
 // whatever comes next.
-void ClientConnection::queryIsOver() {
-  --outstanding_;
+void ClientConnection::queryIsOver(std::list<Query*>::iterator place) {
+  outstanding_.erase(place);
   if (isOpen() && !stream_.isReading()) {
     DispatchQueue::global().async([weak = weak_from_this()] {
       if (const auto self = weak.lock()) {

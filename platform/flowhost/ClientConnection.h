@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <list>
 #include <memory>
 
 #include "platform/flowhost/AnswerPath.h"
@@ -12,7 +13,8 @@ namespace platform {
 /// One client by TCP: its queries, each a flow of its own, and their answers, in the order in which
 /// they come (RFC 7766, section 6.2.1). Inside the event loop only.
 ///
-/// A query is outstanding until it has an answer, or its flow is closed or let go of without one.
+/// A query is outstanding until it has an answer, its flow is closed or let go of without one, or
+/// nobody can expect one any more.
 /// While as many as may be are outstanding, or answers wait for a slow reader, nothing is read: the
 /// kernel makes the client wait. A client that has ended its side is still sent what it waits for.
 /// A message of no octets ends the connection.
@@ -24,9 +26,10 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   /// Octets of answers that wait for a slow reader, beside what the kernel holds; with more the
   /// connection is closed.
   static constexpr std::size_t kMaxWaiting = 512UL * 1024;
-  /// How long a client may send no whole query and take no answer.
+  /// How long a client may send no whole query and take no answer while no query is outstanding.
   static constexpr double kIdleSeconds = 10;
-  /// The same while a query is outstanding; clients give up long before.
+  /// How long a query is outstanding at most; clients give up long before. An exchange upstream has
+  /// no timeout.
   static constexpr double kPatienceSeconds = 120;
 
   /// Offers a query; the flow made of it keeps the path.
@@ -41,8 +44,10 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   [[nodiscard]] bool isOpen() const { return stream_.isOpen(); }
 
   [[nodiscard]] std::uint64_t lastActivity() const { return stream_.lastActivity(); }
-  /// Until it has been idle for too long; 0 or less then.
-  [[nodiscard]] double secondsLeft() const;
+  /// Ends waiting for what has been outstanding for too long, and the connection when it has been
+  /// idle for too long. Gives the seconds after which that is to be looked at again, at most
+  /// `kIdleSeconds`.
+  double checkTime();
 
  private:
   class Query;
@@ -51,12 +56,12 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   void offerQueries();
   [[nodiscard]] bool hasRoom() const;
   void answer(DataView message, const std::shared_ptr<PendingWrite>& write);
-  void queryIsOver();
+  void queryIsOver(std::list<Query*>::iterator place);
 
   const DatagramPath path_;
   const Offer offer_;
   MessageStream stream_;
-  std::size_t outstanding_ = 0;
+  std::list<Query*> outstanding_;  // the oldest first
 };
 
 }  // namespace platform

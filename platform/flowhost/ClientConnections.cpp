@@ -71,7 +71,7 @@ void ClientConnections::accepted(FileDescriptor socket, const SocketAddress& cli
       std::make_shared<ClientConnection>(DatagramPath{client, destination}, offer_));
   connections_.back()->begin(std::move(socket));
   if (!idleCheck_.isValid()) {
-    closeIdle();
+    checkTime();
   }
 }
 
@@ -92,20 +92,16 @@ void ClientConnections::makeRoom() {
   }
 }
 
-// None becomes idle for too long before the next look: that would be later than `kIdleSeconds`.
-void ClientConnections::closeIdle() {
+// None becomes idle for too long before it is looked at again: `kIdleSeconds` go by until then.
+void ClientConnections::checkTime() {
   double next = ClientConnection::kIdleSeconds;
   for (const auto& connection : connections_) {
-    const auto left = connection->secondsLeft();
-    if (left > 0) {
-      next = std::min(next, left);
-    } else {
-      connection->close();
-    }
+    const auto seconds = connection->checkTime();
+    next = connection->isOpen() ? std::min(next, seconds) : next;
   }
   dropClosed();
   if (!connections_.empty()) {
-    idleCheck_ = Timer::scheduled(next, false, [this] { closeIdle(); });
+    idleCheck_ = Timer::scheduled(next, false, [this] { checkTime(); });
   }
 }
 

@@ -34,7 +34,7 @@ class ClientConnections final : public std::enable_shared_from_this<ClientConnec
   void accepted(FileDescriptor socket, const SocketAddress& client) override;
   void cannotAccept(const TCPListener& listener, std::error_code error) override;
   void makeRoom();
-  void closeIdle();
+  void checkTime();
   void dropClosed();
 
   const std::size_t limit_ = usualLimit();

@@ -176,12 +176,25 @@ TEST_F(ClientConnectionsTest, AnAnswerThatNeverComesHoldsNoConnectionForEver) {
   TCPClient half(bound());
   half.query("q");
   half.endSending();
-  offered(0);
+  TCPClient whole(bound());
+  for (std::size_t i = 0; i < kMaxOutstanding + 2; ++i) {
+    whole.query("q");
+  }
+  offered(kMaxOutstanding);
   pass(119);
   EXPECT_FALSE(half.isClosed());
+  EXPECT_THAT(provider_.offers, SizeIs(1 + kMaxOutstanding));
   pass(1);
   EXPECT_TRUE(half.isClosed());
   EXPECT_EQ(answer(0, "late"), "the flow is closed");
+  EXPECT_THAT(provider_.offers, SizeIs(3 + kMaxOutstanding));
+  EXPECT_EQ(answer(1, "late"), "");
+  EXPECT_EQ(whole.received(), framed("late"));
+  pass(119);
+  EXPECT_FALSE(whole.isClosed());
+  pass(1);
+  pass(10);
+  EXPECT_TRUE(whole.isClosed());
 }
 
 TEST_F(ClientConnectionsTest, OneConnectionMoreClosesTheIdlest) {
