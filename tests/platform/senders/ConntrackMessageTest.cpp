@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "platform/senders/ConntrackMessage.h"
+
+namespace platform {
+namespace {
+
+// Netlink's headers and attributes are in the byte order of the machine, a little-endian one here.
+// clang-format off
+const Data kRequest = {
+    0x48, 0, 0, 0, 0x01, 1, 0x01, 0, 7, 0, 0, 0, 0, 0, 0, 0,  // IPCTNL_MSG_CT_GET, sequence 7
+    2, 0, 0, 0,                                               // AF_INET
+    0x34, 0, 2, 0x80,                                         // CTA_TUPLE_REPLY
+    0x14, 0, 1, 0x80, 8, 0, 1, 0, 127, 0, 0, 1, 8, 0, 2, 0, 192, 0, 2, 9,
+    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x14, 0xb4, 0, 0,
+    6, 0, 3, 0, 0xce, 0x64, 0, 0};
+// What Linux 6.1 and later answers, without the attributes that follow the tuples.
+const Data kAnswer = {
+    0x80, 0, 0, 0, 0x00, 1, 0x02, 0, 7, 0, 0, 0, 0, 0, 0, 0,  // IPCTNL_MSG_CT_NEW
+    2, 0, 0, 0,
+    0x34, 0, 1, 0x80,                                         // CTA_TUPLE_ORIG
+    0x14, 0, 1, 0x80, 8, 0, 1, 0, 192, 0, 2, 9, 8, 0, 2, 0, 8, 8, 4, 4,
+    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x9c, 0x40, 0, 0,
+    6, 0, 3, 0, 0, 53, 0, 0,
+    0x34, 0, 2, 0x80,                                         // CTA_TUPLE_REPLY
+    0x14, 0, 1, 0x80, 8, 0, 1, 0, 127, 0, 0, 1, 8, 0, 2, 0, 192, 0, 2, 9,
+    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x14, 0xb4, 0, 0,
+    6, 0, 3, 0, 0xce, 0x64, 0, 0,
+    4, 0, 3, 0};
+const Data kAnswerIPv6 = {
+    0x60, 0, 0, 0, 0x00, 1, 0x02, 0, 7, 0, 0, 0, 0, 0, 0, 0,
+    10, 0, 0, 0,
+    0x4c, 0, 1, 0x80,
+    0x2c, 0, 1, 0x80,
+    0x14, 0, 3, 0, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1,
+    0x14, 0, 4, 0, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9,
+    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x9c, 0x40, 0, 0,
+    6, 0, 3, 0, 0, 53, 0, 0};
+const Data kNotFound = {
+    0x24, 0, 0, 0, 2, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0,        // NLMSG_ERROR
+    0xfe, 0xff, 0xff, 0xff,                                   // -ENOENT
+    0x48, 0, 0, 0, 0x01, 1, 0x01, 0, 7, 0, 0, 0, 0, 0, 0, 0};
+// clang-format on
+
+SocketAddress address(const char* host, std::uint16_t port) {
+  return SocketAddress::parse(host, port).value();
+}
+
+Data changed(Data bytes, std::size_t at, std::uint8_t value) {
+  bytes.at(at) = value;
+  return bytes;
+}
+
+int errorOf(const Data& answer) {
+  const auto read = readConntrackAnswer(answer, 7);
+  return read ? 0 : read.error().value();
+}
+
+TEST(ConntrackMessageTest, AsksForTheExchangeWhoseRepliesGoToTheClient) {
+  EXPECT_EQ(conntrackRequest(address("192.0.2.9", 52836), address("127.0.0.1", 5300), 7), kRequest);
+}
+
+TEST(ConntrackMessageTest, ReadsTheAddressesBeforeTranslation) {
+  struct Row {
+    Data answer;
+    const char* source;
+    const char* destination;
+  };
+  for (const auto& [answer, source, destination] :
+       {Row{kAnswer, "192.0.2.9", "8.8.4.4"}, Row{kAnswerIPv6, "2001:db8::1", "2001:db8::9"}}) {
+    const auto read = readConntrackAnswer(answer, 7);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->source, address(source, 40000));
+    EXPECT_EQ(read->destination, address(destination, 53));
+  }
+}
+
+TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
+  const struct {
+    const char* what;
+    Data answer;
+    int error;
+  } rows[] = {
+      {"not found", kNotFound, ENOENT},
+      {"not permitted", changed(kNotFound, 16, 0xff), EPERM},
+      {"a receipt", changed(changed(changed(changed(kNotFound, 16, 0), 17, 0), 18, 0), 19, 0),
+       EBADMSG},
+      {"an error that no errno value is", changed(kNotFound, 19, 0x80), EBADMSG},
+      {"another request's", changed(kAnswer, 8, 6), ENOMSG},
+      {"another message of the subsystem", changed(kAnswer, 4, 2), EBADMSG},
+      {"a message longer than the datagram", changed(kAnswer, 0, 0x84), EBADMSG},
+      {"no original tuple", changed(kAnswer, 22, 9), EBADMSG},
+      {"an attribute longer than its nest", changed(kAnswer, 24, 0xff), EBADMSG},
+      {"an attribute of no length", changed(kAnswer, 28, 0), EBADMSG},
+      {"half an address", changed(kAnswer, 28, 6), EBADMSG},
+      {"no destination port", changed(kAnswer, 66, 9), EBADMSG},
+  };
+  for (const auto& [what, answer, error] : rows) {
+    EXPECT_EQ(errorOf(answer), error) << what;
+  }
+}
+
+TEST(ConntrackMessageTest, RefusesAnAnswerThatIsCut) {
+  constexpr std::size_t kTupleEnd = 72;
+  for (std::size_t size = 0; size < kAnswer.size(); ++size) {
+    Data cut(kAnswer.begin(), kAnswer.begin() + static_cast<std::ptrdiff_t>(size));
+    EXPECT_EQ(errorOf(cut), EBADMSG) << size;
+    if (size >= 16) {
+      cut[0] = static_cast<std::uint8_t>(size);  // the header knows
+      EXPECT_EQ(errorOf(cut), size < kTupleEnd ? EBADMSG : 0) << size;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace platform
