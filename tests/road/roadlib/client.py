@@ -80,10 +80,15 @@ def ask_all(host, port, query):
         return answer, peer[0]
 
 
+def run(*command):
+    """Runs a command-line tool to its end."""
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=2 * PATIENCE,
+                          check=False)
+
+
 def tool(*command):
-    """Runs a command-line tool; what it printed. It must end with status 0."""
-    done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                          timeout=PATIENCE, check=False)
+    """What a command-line tool printed. It must end with status 0."""
+    done = run(*command)
     assert done.returncode == 0, f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}"
     return done.stdout
 

@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 from roadlib.client import tool
+from roadlib.processes import family_of
 
 SKIPPED = 77  # the test runner's word for it
 INSIDE = "QUILLET_INSIDE_NAMESPACE"
@@ -34,11 +35,14 @@ def enter():
 
 
 def add_address(address):
-    """Puts an IPv4 address of any network on the loopback interface."""
-    name = f"lo:{next(_aliases)}".encode()
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
-        octets = socket.inet_pton(socket.AF_INET, address)
-        fcntl.ioctl(s, _SET_ADDRESS, struct.pack("16sH2x4s16x", name, socket.AF_INET, octets))
+    """Puts an address of any network on the loopback interface."""
+    with socket.socket(family_of(address), socket.SOCK_DGRAM) as s:
+        octets = socket.inet_pton(s.family, address)
+        if s.family == socket.AF_INET:
+            request = struct.pack("16sH2x4s16x", f"lo:{next(_aliases)}".encode(), socket.AF_INET, octets)
+        else:
+            request = struct.pack("=16sIi", octets, 128, socket.if_nametoindex("lo"))
+        fcntl.ioctl(s, _SET_ADDRESS, request)
 
 
 def let_multicast_through():
@@ -64,6 +68,4 @@ def _bring_loopback_up():
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
         fcntl.ioctl(s, 0x8914, struct.pack("16sH22x", b"lo", 1))  # SIOCSIFFLAGS, IFF_UP
     add_address("192.0.2.1")
-    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as s:
-        address = socket.inet_pton(socket.AF_INET6, "2001:db8::1")
-        fcntl.ioctl(s, _SET_ADDRESS, struct.pack("=16sIi", address, 128, socket.if_nametoindex("lo")))
+    add_address("2001:db8::1")

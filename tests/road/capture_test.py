@@ -1,0 +1,143 @@
+"""The whole machine's queries come to the proxy: quillet-capture, and what the proxy makes of what it captures.
+
+Runs in a network of its own. Clients run as another user than the proxy, so it takes root, and nft."""
+
+import os
+import sys
+
+from roadlib import namespace, wire
+from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.client import run, tool
+from roadlib.processes import PATIENCE
+
+CAPTURE = os.environ["QUILLET_CAPTURE"]
+CLIENT = "65534"  # a user id without rights
+OWN_PORT = 5353
+# A usual server of the machine, and one that is excepted.
+SERVERS = {"192.0.2.9": "192.0.2.10", "2001:db8::9": "2001:db8::a"}
+ALL_SERVERS = [*SERVERS, *SERVERS.values()]
+REAL, FILTERED = "198.51.100.1", "198.51.100.2"  # what the usual servers answer, and what the filtering one does
+
+
+def answering(address):
+    rdata = bytes(int(part) for part in address.split("."))
+    return lambda query: [wire.answer_to(query, rdata)]
+
+
+def as_client(*command):
+    return ["setpriv", "--reuid", CLIENT, "--clear-groups", *command]
+
+
+def asked(server, *arguments):
+    """What `dig`, run by the client's user, gets; it takes an answer only from the address that it asked."""
+    return tool(*as_client("dig", f"@{server}", "+tries=1", f"+timeout={PATIENCE:.0f}", "+short", *arguments)).strip()
+
+
+def capture(*arguments, by=()):
+    """Status, standard output and standard error."""
+    done = run(*by, CAPTURE, *arguments)
+    return done.returncode, done.stdout, done.stderr
+
+
+class CaptureTest(RoadTest):
+    def setUp(self):
+        super().setUp()
+        for server in ALL_SERVERS:
+            self.upstream(answering(REAL), host=server, port=53)
+
+    def turn_on(self, *arguments):
+        """What it says. Off again before anything else ends."""
+        self.addCleanup(lambda: self.assertEqual(capture("off"), (0, "", "")))
+        status, output, error = capture("on", "--port", str(OWN_PORT), *arguments)
+        self.assertEqual((status, error), (0, ""))
+        return output
+
+    def captured_road(self, settings=None, user="0", **how):
+        """A filtering server on port 53 too, a proxy that uses it, and capture."""
+        filtering = self.upstream(answering(FILTERED), host="127.0.0.2", port=53)
+        proxy = self.proxy({"filteringDNS": filtering.address, **IDENTITY, **(settings or {})},
+                           hosts=("127.0.0.1", "::1"), port=OWN_PORT, **how)
+        excepted = [x for server in SERVERS.values() for x in ("--except", server)]
+        self.assertEqual(self.turn_on("--user", user, *excepted), "")
+        return filtering, proxy
+
+    def test_every_query_until_it_is_off(self):
+        filtering, proxy = self.captured_road()
+        for count, (server, excepted) in enumerate(SERVERS.items(), start=1):
+            with self.subTest(server=server):
+                self.assertEqual(asked(server, "a.example"), FILTERED)
+                self.assertEqual(asked(excepted, "a.example"), REAL)
+                # The proxy's own query has not come back to it.
+                self.assertEqual(len(filtering.wait_for_queries(count)), count)
+        self.assertEqual(len(proxy.wait_for_line("handleNewUDPFlow, hash")), len(SERVERS))
+        self.assertEqual(capture("off"), (0, "", ""))
+        for server in SERVERS:
+            self.assertEqual(asked(server, "a.example"), REAL)
+
+    def test_ipv6_only_where_the_proxy_serves_it(self):
+        self.proxy({}, port=OWN_PORT)
+        self.assertEqual(self.turn_on("--user", "0"), f"IPv6 is not captured: nothing serves [::1]:{OWN_PORT}\n")
+        self.assertEqual(asked("2001:db8::9", "a.example"), REAL)
+
+    def test_own_query_that_is_captured_costs_one_line(self):
+        """The proxy's user is not excepted, and a policy maps a name to an address that leads back here."""
+        _, proxy = self.captured_road({"mappedDomains": "[corp:192.0.2.9:53]"}, user="1")
+        run(*as_client("dig", "@192.0.2.9", "+tries=1", "+timeout=1", "a.corp"))
+        proxy.wait_for_few_lines("bytes from our own socket", 100)
+        self.assertEqual(len(proxy.wait_for_line("handleNewUDPFlow, hash")), 1)
+
+
+class CaptureToolTest(RoadTest):
+    def test_on_and_off_again(self):
+        on = ("on", "--user", "0", "--except=192.0.2.0/24", "--except", "192.0.0.0/8", "--except", "2001:db8::/32")
+        self.addCleanup(capture, "off")
+        listings = set()
+        for arguments, status, first in ((("status",), 3, "off\n"), (on, 0, "IPv6"), (("status",), 0, "on\n"), (on, 0, "IPv6"),
+                                         (("status",), 0, "on\n"), (("off",), 0, ""), (("off",), 0, ""),
+                                         (("status",), 3, "off\n")):
+            with self.subTest(arguments=arguments):
+                result = capture(*arguments)
+                self.assertEqual((result[0], result[1][:len(first)], result[2]), (status, first, ""))
+                if first == "on\n":
+                    listings.add(tool("nft", "list", "ruleset"))
+        self.assertEqual(len(listings), 1)
+        self.assertEqual(tool("nft", "list", "ruleset"), "")
+
+    def test_without_the_right(self):
+        for arguments in (("on", "--user", "0"), ("off",), ("status",)):
+            self.assertEqual(capture(*arguments, by=as_client()),
+                             (1, "", "quillet-capture: not permitted: this takes root\n"))
+
+    def test_without_nft(self):
+        tool("mount", "--bind", self.folder, "/usr/sbin")
+        self.addCleanup(tool, "umount", "/usr/sbin")
+        for arguments in (("on", "--user", "0"), ("off",), ("status",)):
+            status, output, error = capture(*arguments)
+            self.assertEqual((status, output, error.count("\n")), (1, "", 1))
+            self.assertIn("nftables", error)
+
+    def test_wrong_use(self):
+        wrong = [(), ("x",), ("off", "--port", "1"), ("status", "x"), ("on", "on"), ("on", "--port"), ("on", "--frob", "1")]
+        wrong += [("on", "--port", port) for port in ("", "0", "65536", "08", "5300;", "-1", "99999999999999999999")]
+        wrong += [("on", "--user", user) for user in ("", "-1", "a b", "0; flush ruleset", "a\nflush ruleset")]
+        wrong += [("on", "--except", network) for network in (
+            "", "localhost", "fe80", "1.2.3", "1.2.3.256", "1.2.3.4/33", "1.2.3.4/", "1.2.3.4/8/8", "01.2.3.4", ":::", "::1::",
+            "1:2:3:4:5:6:7::8", "1:2:3:4:5:6:7:8:9", "12345::", "::/129", "::1%lo", "::1 }", "1.2.3.4\naccept", "$(id)")]
+        for arguments in wrong:
+            with self.subTest(arguments=arguments):
+                status, output, error = capture(*arguments)
+                self.assertEqual((status, output), (2, ""))
+                self.assertTrue(error.startswith("quillet-capture: "), error)
+        self.assertEqual(capture("on", "--user", "nobody-of-this-name")[0], 1)
+        self.assertEqual(tool("nft", "list", "ruleset"), "")
+
+
+if __name__ == "__main__":
+    namespace.enter()
+    for needed in (as_client("true"), ["nft", "list", "ruleset"]):
+        if run(*needed).returncode != 0:
+            print(f"skipped: {needed[0]} does not work here")
+            sys.exit(namespace.SKIPPED)
+    for server in ALL_SERVERS:
+        namespace.add_address(server)
+    main()
