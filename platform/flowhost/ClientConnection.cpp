@@ -44,8 +44,9 @@ class ClientConnection::Query final : public AnswerPath {
   bool isOver_ = false;
 };
 
-ClientConnection::ClientConnection(const DatagramPath& path, Offer offer)
-    : path_(path), offer_(std::move(offer)) {}
+ClientConnection::ClientConnection(const DatagramPath& path,
+                                   const std::optional<SocketAddress>& captured, Offer offer)
+    : path_(path), captured_(captured), offer_(std::move(offer)) {}
 
 void ClientConnection::begin(FileDescriptor socket) {
   stream_.open(std::move(socket), weak_from_this());
@@ -93,7 +94,7 @@ void ClientConnection::offerQueries() {
       return;
     }
     const auto size = query->size();
-    ClientDatagrams datagrams{path_, {}, size};
+    ClientDatagrams datagrams{path_, {}, size, captured_};
     datagrams.datagrams.push_back(*std::move(query));
     offer_(std::make_shared<Query>(shared_from_this()), std::move(datagrams));
   }

@@ -3,6 +3,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 
 #include "platform/flowhost/AnswerPath.h"
 #include "platform/flowhost/ClientDatagrams.h"
@@ -35,8 +36,10 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   /// Offers a query; the flow made of it keeps the path.
   using Offer = std::function<void(std::shared_ptr<AnswerPath>, ClientDatagrams)>;
 
-  /// `path` has the connection's two ends.
-  ClientConnection(const DatagramPath& path, Offer offer);
+  /// `path` has the connection's two ends, `captured` the address that the client has connected to
+  /// when that is another.
+  ClientConnection(const DatagramPath& path, const std::optional<SocketAddress>& captured,
+                   Offer offer);
 
   void begin(FileDescriptor socket);
   /// What waits fails with ECANCELED.
@@ -59,6 +62,7 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   void queryIsOver(std::list<Query*>::iterator place);
 
   const DatagramPath path_;
+  const std::optional<SocketAddress> captured_;
   const Offer offer_;
   MessageStream stream_;
   std::list<Query*> outstanding_;  // the oldest first

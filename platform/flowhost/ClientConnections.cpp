@@ -8,6 +8,7 @@
 
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
+#include "platform/senders/OriginalDestination.h"
 
 namespace platform {
 
@@ -67,8 +68,9 @@ void ClientConnections::accepted(FileDescriptor socket, const SocketAddress& cli
     return;
   }
   makeRoom();
-  connections_.push_back(
-      std::make_shared<ClientConnection>(DatagramPath{client, destination}, offer_));
+  const auto original = OriginalDestination::ofConnection(socket.get(), client, destination);
+  connections_.push_back(std::make_shared<ClientConnection>(DatagramPath{client, destination},
+                                                            original.destination(), offer_));
   connections_.back()->begin(std::move(socket));
   if (!idleCheck_.isValid()) {
     checkTime();

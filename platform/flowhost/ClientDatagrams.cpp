@@ -13,7 +13,7 @@ std::vector<ClientDatagrams> groupedByPath(std::span<const ReceivedDatagram> rec
       return known.path == path && known.size < ClientDatagrams::kFullSize;
     });
     if (group == groups.end()) {
-      group = groups.insert(groups.end(), ClientDatagrams{path, {}, 0});
+      group = groups.insert(groups.end(), ClientDatagrams{path, {}, 0, {}});
     }
     group->datagrams.emplace_back(bytes.begin(), bytes.end());
     group->size += bytes.size();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -16,6 +17,13 @@ struct ClientDatagrams {
   DatagramPath path;
   std::vector<Data> datagrams;
   std::size_t size = 0;
+  /// Where the client has sent them to, when they were captured on their way there.
+  std::optional<SocketAddress> captured;
+
+  /// The address that the client has asked.
+  [[nodiscard]] const SocketAddress& server() const {
+    return captured ? *captured : path.destination;
+  }
 };
 
 /// The datagrams of one read by their way here, in the order in which the ways come up first. What

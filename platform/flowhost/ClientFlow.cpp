@@ -27,7 +27,7 @@ ClientFlow::ClientFlow(std::shared_ptr<AnswerPath> answers, ClientDatagrams rece
                        std::shared_ptr<const NEFlowMetaData> metaData)
     : answers_(std::move(answers)),
       path_(received.path),
-      remoteEndpoint_(endpointFrom(path_.destination)),
+      remoteEndpoint_(endpointFrom(received.server())),
       datagrams_(std::move(received.datagrams)),
       datagramCount_(datagrams_.size()),
       metaData_(std::move(metaData)),

@@ -11,6 +11,7 @@
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
+#include "platform/senders/OriginalDestination.h"
 #include "platform/udp/OwnSockets.h"
 
 namespace platform {
@@ -88,6 +89,7 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   const std::shared_ptr<const NEFlowMetaData> metaData;
   Sockets sockets;
   SystemResolver resolver;
+  OriginalDestination originals;
   DatagramSlots slots;
 };
 
@@ -120,21 +122,25 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
     if (!socket.isOpen()) {
       return;
     }
-    if (OwnSockets::shared().hasSent(group.path.client)) {
-      NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", group.path.client);
+    const auto original = originals.ofDatagram(group.path.client, group.path.destination);
+    const auto& client = original.destination() ? original.addresses.source : group.path.client;
+    if (OwnSockets::shared().hasSent(client)) {
+      NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", client);
       continue;
     }
+    group.captured = original.destination();
     offer(socket.shared_from_this(), std::move(group));
   }
 }
 
 void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
   const auto transport = answers->transport();
+  const auto asked = received.captured;
   const auto flow = std::make_shared<ClientFlow>(std::move(answers), std::move(received), metaData);
   bool isDeclined = false;
   runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
-    resolver.serve(flow, transport);
+    resolver.serve(flow, transport, asked);
   }
 }
 

@@ -26,9 +26,10 @@ struct FlowHostOptions {
 
 /// A server for the DNS queries of local clients by UDP and TCP, which drives a provider: it makes
 /// one flow of what one client socket has sent in one read by UDP, and one of each query by TCP,
-/// and offers it. Flows that the provider declines go
-/// to the system's own DNS server. What this process's own sockets have sent is dropped, with a log
-/// line: it would come back as the next query. Inside the event loop only.
+/// and offers it. Flows that the provider declines go to the server that the client has asked,
+/// where it was captured on its way to another, else to the system's own DNS server. What this
+/// process's own sockets have sent is dropped, with a log line: it would come back as the next
+/// query. Inside the event loop only.
 class FlowHost {
  public:
   /// Binds all addresses; what comes there waits. The error names the endpoint that cannot be

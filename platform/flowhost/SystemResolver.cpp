@@ -26,8 +26,9 @@ bool isOwn(const SocketAddress& server) {
 SystemResolver::SystemResolver(std::filesystem::path resolvConf, std::uint16_t port)
     : resolvConf_(std::move(resolvConf)), port_(port) {}
 
-void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport) {
-  if (const auto address = server()) {
+void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport,
+                           const std::optional<SocketAddress>& asked) {
+  if (const auto address = asked && !isOwn(*asked) ? asked : server()) {
     if (transport == Transport::tcp) {
       serveByTCP(std::move(flow), *address);
     } else {

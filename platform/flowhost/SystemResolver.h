@@ -28,10 +28,12 @@ class SystemResolver {
   /// Passes the flow's datagrams to the server as they are, and its answers back, in the order in
   /// which they come; closes the flow after the last one, or with an error. A server that does not
   /// answer leaves it open until the bound on connections ends it; one asked by TCP, until
-  /// `StreamExchange` gives up.
-  void serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport);
+  /// `StreamExchange` gives up. The server is `asked`, the one that the client has asked, where
+  /// that is known and is not this process.
+  void serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport,
+             const std::optional<SocketAddress>& asked = std::nullopt);
 
-  /// The server in use. The configuration is read again when its file has changed.
+  /// The system's server in use. The configuration is read again when its file has changed.
   std::optional<SocketAddress> server();
 
  private:

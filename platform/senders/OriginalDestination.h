@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <system_error>
 #include <tl/expected.hpp>
 
@@ -26,6 +27,11 @@ class OriginalDestination {
     /// Of what is captured. The client's own port need not be the one that is seen here: of two
     /// exchanges of one socket, with two servers, the redirection changes the second one's.
     OriginalAddresses addresses;
+
+    /// Absent unless it is captured.
+    [[nodiscard]] std::optional<SocketAddress> destination() const {
+      return kind == Kind::captured ? std::optional(addresses.destination) : std::nullopt;
+    }
   };
 
   /// For so long nothing is asked after an error, nanoseconds. It costs a system call to learn that

@@ -3,12 +3,15 @@
 Runs in a network of its own. Clients run as another user than the proxy, so it takes root, and nft."""
 
 import os
+import socketserver
+import struct
 import sys
+import threading
 
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import run, tool
-from roadlib.processes import PATIENCE
+from roadlib.processes import PATIENCE, address_text, family_of
 
 CAPTURE = os.environ["QUILLET_CAPTURE"]
 CLIENT = "65534"  # a user id without rights
@@ -16,12 +19,35 @@ OWN_PORT = 5353
 # A usual server of the machine, and one that is excepted.
 SERVERS = {"192.0.2.9": "192.0.2.10", "2001:db8::9": "2001:db8::a"}
 ALL_SERVERS = [*SERVERS, *SERVERS.values()]
+ROADS = [(server, transport) for server in SERVERS for transport in ("+notcp", "+tcp")]
+OFFERED = "handleNewUDPFlow, hash"  # the line of a flow that is accepted
 REAL, FILTERED = "198.51.100.1", "198.51.100.2"  # what the usual servers answer, and what the filtering one does
 
 
 def answering(address):
     rdata = bytes(int(part) for part in address.split("."))
     return lambda query: [wire.answer_to(query, rdata)]
+
+
+class StreamServer(socketserver.ThreadingTCPServer):
+    """A DNS server by TCP that answers `REAL`, one query a connection."""
+
+    allow_reuse_address = daemon_threads = True
+
+    class RequestHandlerClass(socketserver.StreamRequestHandler):
+        def handle(self):
+            size, = struct.unpack("!H", self.rfile.read(2))
+            for answer in answering(REAL)(self.rfile.read(size)):
+                self.wfile.write(struct.pack("!H", len(answer)) + answer)
+
+    def __init__(self, host):
+        self.address_family = family_of(host)
+        super().__init__((host, 53), self.RequestHandlerClass)
+        threading.Thread(target=self.serve_forever, args=(0.01,), daemon=True).start()
+
+    def close(self):
+        self.shutdown()
+        self.server_close()
 
 
 def as_client(*command):
@@ -44,6 +70,7 @@ class CaptureTest(RoadTest):
         super().setUp()
         for server in ALL_SERVERS:
             self.upstream(answering(REAL), host=server, port=53)
+            self.addCleanup(StreamServer(server).close)
 
     def turn_on(self, *arguments):
         """What it says. Off again before anything else ends."""
@@ -63,16 +90,35 @@ class CaptureTest(RoadTest):
 
     def test_every_query_until_it_is_off(self):
         filtering, proxy = self.captured_road()
-        for count, (server, excepted) in enumerate(SERVERS.items(), start=1):
-            with self.subTest(server=server):
-                self.assertEqual(asked(server, "a.example"), FILTERED)
-                self.assertEqual(asked(excepted, "a.example"), REAL)
+        for count, (server, transport) in enumerate(ROADS, start=1):
+            with self.subTest(server=server, transport=transport):
+                self.assertEqual(asked(server, transport, "a.example"), FILTERED)
+                self.assertEqual(asked(SERVERS[server], transport, "a.example"), REAL)
                 # The proxy's own query has not come back to it.
                 self.assertEqual(len(filtering.wait_for_queries(count)), count)
-        self.assertEqual(len(proxy.wait_for_line("handleNewUDPFlow, hash")), len(SERVERS))
+                self.assertIn(f"remote: {address_text(server, 53)}", proxy.wait_for_line(OFFERED, count)[-1])
+        self.assertEqual(len(proxy.wait_for_line(OFFERED)), len(ROADS))
         self.assertEqual(capture("off"), (0, "", ""))
-        for server in SERVERS:
-            self.assertEqual(asked(server, "a.example"), REAL)
+        for server, transport in ROADS:
+            self.assertEqual(asked(server, transport, "a.example"), REAL)
+
+    def test_declined_flows_go_to_the_server_asked(self):
+        bypass = b'{"cmdType":"command","payload":"bypassAllOn"}'  # what the relay service says
+        self.upstream(lambda said: [bypass] if b'"started"' in said else [], port=9898)
+        with namespace.resolv_conf(self.folder, "nameserver 127.0.0.3"):  # where nobody is
+            _, proxy = self.captured_road()
+            proxy.wait_for_line("Received command: bypassAllOn")
+            for server, transport in ROADS:
+                self.assertEqual(asked(server, transport, "a.example"), REAL)
+        self.assertEqual(len(proxy.wait_for_line(OFFERED, 0)), 0)
+
+    def test_without_the_right_to_see_who_was_asked_by_udp(self):
+        without = ["setpriv", "--bounding-set", "-net_admin", "--inh-caps", "-net_admin"]
+        _, proxy = self.captured_road(prefix=without)
+        roads = (("+notcp", f"127.0.0.1:{OWN_PORT}"), ("+tcp", "192.0.2.9:53"))
+        for count, (transport, remote) in enumerate(roads, start=1):
+            self.assertEqual(asked("192.0.2.9", transport, "a.example"), FILTERED)
+            self.assertIn(f"remote: {remote}", proxy.wait_for_line(OFFERED, count)[-1])
 
     def test_ipv6_only_where_the_proxy_serves_it(self):
         self.proxy({}, port=OWN_PORT)
@@ -84,7 +130,7 @@ class CaptureTest(RoadTest):
         _, proxy = self.captured_road({"mappedDomains": "[corp:192.0.2.9:53]"}, user="1")
         run(*as_client("dig", "@192.0.2.9", "+tries=1", "+timeout=1", "a.corp"))
         proxy.wait_for_few_lines("bytes from our own socket", 100)
-        self.assertEqual(len(proxy.wait_for_line("handleNewUDPFlow, hash")), 1)
+        self.assertEqual(len(proxy.wait_for_line(OFFERED)), 1)
 
 
 class CaptureToolTest(RoadTest):

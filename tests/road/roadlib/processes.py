@@ -148,16 +148,16 @@ class DemoFilter(Process):
 
 
 class Proxy(Process):
-    """The proxy, listening on `hosts` at free ports, once it has bound them."""
+    """The proxy, listening on `hosts` at free ports, once it has bound them; `prefix` is the command that runs it."""
 
-    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(), **how):
+    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(), prefix=(), **how):
         self.defaults_folder = defaults_folder
         self.endpoints = [(host, port or free_port(host)) for host in hosts]
         self.endpoint = self.endpoints[0]
         options = [("--listen", address_text(*endpoint)) for endpoint in self.endpoints]
         options += [("--defaults-dir", defaults_folder)] if defaults_folder else []
         options += [("--vendor-data", vendor_data_file)] if vendor_data_file else []
-        super().__init__([os.environ["QUILLET_PROXY"], *sum(options, ()), *arguments], **how)
+        super().__init__([*prefix, os.environ["QUILLET_PROXY"], *sum(options, ()), *arguments], **how)
         poll(self._is_bound, "the proxy has bound its ports")
 
     def _is_bound(self):
