@@ -142,7 +142,9 @@ Data conntrackRequest(const SocketAddress& peer, const SocketAddress& local,
 tl::expected<OriginalAddresses, std::error_code> readConntrackAnswer(DataView datagram,
                                                                      std::uint32_t sequence) {
   const auto* const header = reinterpret_cast<const nlmsghdr*>(datagram.data());
-  if (datagram.size() > INT32_MAX || !mnl_nlmsg_ok(header, static_cast<int>(datagram.size()))) {
+  // mnl_nlmsg_ok takes a length beyond INT_MAX for a small one.
+  if (datagram.size() < sizeof *header || header->nlmsg_len < sizeof *header ||
+      header->nlmsg_len > datagram.size()) {
     return tl::unexpected(systemError(EBADMSG));
   }
   if (header->nlmsg_seq != sequence) {

@@ -92,6 +92,8 @@ TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
       {"another request's", changed(kAnswer, 8, 6), ENOMSG},
       {"another message of the subsystem", changed(kAnswer, 4, 2), EBADMSG},
       {"a message longer than the datagram", changed(kAnswer, 0, 0x84), EBADMSG},
+      {"a message longer than an int can tell", changed(kAnswer, 3, 0xff), EBADMSG},
+      {"a message shorter than its header", changed(kAnswer, 0, 15), EBADMSG},
       {"no original tuple", changed(kAnswer, 22, 9), EBADMSG},
       {"an attribute longer than its nest", changed(kAnswer, 24, 0xff), EBADMSG},
       {"an attribute of no length", changed(kAnswer, 28, 0), EBADMSG},
