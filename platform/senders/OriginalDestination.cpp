@@ -26,8 +26,16 @@ constexpr char kCountFile[] = "/proc/sys/net/netfilter/nf_conntrack_count";
 // Answers to requests that were given up, before the one to this request.
 constexpr int kMaxReads = 4;
 
+/// Connection tracking knows no scopes of link-local addresses.
+bool isSame(SocketAddress original, const SocketAddress& local) {
+  if (original.isIPv6() && local.isIPv6()) {
+    original.v6().sin6_scope_id = local.v6().sin6_scope_id;
+  }
+  return original == local;
+}
+
 Result resultFrom(const OriginalAddresses& addresses, const SocketAddress& local) {
-  return addresses.destination == local ? Result{} : Result{Kind::captured, addresses};
+  return isSame(addresses.destination, local) ? Result{} : Result{Kind::captured, addresses};
 }
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
