@@ -47,7 +47,7 @@ std::error_code MessageStream::connect(const SocketAddress& peer, std::weak_ptr<
       ::getsockname(socket.get(), own.data(), &size) != 0) {
     return errorOf(errno);
   }
-  own_.emplace(OwnSockets::tcp(), own, OwnSockets::Use::exchange);
+  own_.emplace(own, OwnSockets::Use::exchange, OwnSockets::tcp());
   isConnecting_ = true;
   open(std::move(socket), std::move(owner));
   watchAsNeeded();

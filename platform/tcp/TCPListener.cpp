@@ -45,7 +45,7 @@ tl::expected<std::shared_ptr<TCPListener>, std::error_code> TCPListener::bind(
   const auto listener = std::make_shared<TCPListener>();
   listener->socket_.open(std::move(socket));
   listener->address_ = address;
-  listener->own_.emplace(OwnSockets::tcp(), address, OwnSockets::Use::serving);
+  listener->own_.emplace(address, OwnSockets::Use::serving, OwnSockets::tcp());
   return listener;
 }
 

@@ -48,7 +48,7 @@ OwnSockets& OwnSockets::tcp() {
   return sockets;
 }
 
-OwnSockets::Entry::Entry(OwnSockets& sockets, const SocketAddress& address, Use use)
+OwnSockets::Entry::Entry(const SocketAddress& address, Use use, OwnSockets& sockets)
     : sockets_(sockets), address_(address.unmapped()), use_(use) {
   const std::lock_guard lock(sockets_.mutex_);
   next_ = std::exchange(sockets_.first(address_), this);

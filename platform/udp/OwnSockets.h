@@ -27,7 +27,7 @@ class OwnSockets {
   /// exchange makes one.
   class Entry {
    public:
-    Entry(OwnSockets& sockets, const SocketAddress& address, Use use);
+    Entry(const SocketAddress& address, Use use, OwnSockets& sockets = shared());
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
     ~Entry();

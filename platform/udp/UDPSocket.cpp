@@ -120,7 +120,7 @@ std::error_code UDPSocket::connect(const SocketAddress& peer) {
     error = readAddress();
   }
   if (!error) {
-    own_.emplace(OwnSockets::shared(), address_, OwnSockets::Use::exchange);
+    own_.emplace(address_, OwnSockets::Use::exchange);
   }
   return error;
 }
@@ -145,10 +145,10 @@ std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& bin
 }
 
 void UDPSocket::serve(bool takesIPv4) {
-  own_.emplace(OwnSockets::shared(), address_, OwnSockets::Use::serving);
+  own_.emplace(address_, OwnSockets::Use::serving);
   if (takesIPv4 && address_.isIPv6()) {
     const auto any = SocketAddress::parse("0.0.0.0", address_.port()).value();
-    ownIPv4_.emplace(OwnSockets::shared(), any, OwnSockets::Use::serving);
+    ownIPv4_.emplace(any, OwnSockets::Use::serving);
   }
 }
 

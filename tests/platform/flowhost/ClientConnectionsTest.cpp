@@ -236,7 +236,7 @@ TEST_F(ClientConnectionsTest, WhatIsNoQueryEndsItsOwnConnectionOnly) {
 TEST_F(ClientConnectionsTest, OurOwnConnectionIsDroppedWithALine) {
   start({"127.0.0.1"});
   const auto address = bound(0, "127.0.0.5");
-  const auto udp = OwnSockets::shared().exchange(address);  // another socket than a TCP one
+  const OwnSockets::Entry udp(address, OwnSockets::Use::exchange);  // another socket than a TCP one
   EXPECT_FALSE(OwnSockets::tcp().hasSent(address));
   const auto stream = std::make_shared<MessageStream>();
   struct Nobody final : MessageStream::Owner {
