@@ -10,6 +10,8 @@
 #include <memory>
 #include <utility>
 
+#include "platform/base/FileDescriptor.h"
+
 namespace platform {
 
 namespace {
@@ -50,6 +52,20 @@ bool isLinkLocal(const Data& address) {
                                            : address[0] == 0xFE && (address[1] & 0xC0) == 0x80;
 }
 
+/// Cheap, and true as well of addresses that are not this machine's where the system permits it to
+/// bind those (ip_nonlocal_bind).
+bool canBeBound(SocketAddress address) {
+  address.setPort(0);
+  const FileDescriptor socket(::socket(address.family(), SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  return socket.isOpen() && ::bind(socket.get(), address.data(), address.size()) == 0;
+}
+
+/// All of 127.0.0.0/8 is this machine, although an interface holds one address of it.
+bool isIPv4Loopback(const SocketAddress& address) {
+  return !address.isIPv6() &&
+         ntohl(address.v4().sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+}
+
 }  // namespace
 
 std::vector<NetworkInterface> NetworkInterface::readAll() {
@@ -81,6 +97,10 @@ std::optional<NetworkInterface> NetworkInterface::holding(const SocketAddress& a
     }
   }
   return std::nullopt;
+}
+
+bool NetworkInterface::isOfThisMachine(const SocketAddress& address) {
+  return canBeBound(address) && (isIPv4Loopback(address) || holding(address));
 }
 
 bool NetworkInterface::hasAddress(std::size_t length) const {

@@ -17,6 +17,9 @@ struct NetworkInterface {
   /// The one that has this address; absent for none.
   static std::optional<NetworkInterface> holding(const SocketAddress& address);
 
+  /// Whether what is sent to `address` stays on this machine.
+  static bool isOfThisMachine(const SocketAddress& address);
+
   /// Whether it has an address of that length (4 or 16 octets) that reaches beyond its own link.
   [[nodiscard]] bool hasAddress(std::size_t length) const;
 

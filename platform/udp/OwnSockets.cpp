@@ -1,11 +1,8 @@
 #include "platform/udp/OwnSockets.h"
 
-#include <netinet/in.h>
-
 #include <algorithm>
 #include <utility>
 
-#include "platform/base/FileDescriptor.h"
 #include "platform/udp/NetworkInterface.h"
 
 namespace platform {
@@ -15,24 +12,6 @@ namespace {
 SocketAddress withoutWildcard(const SocketAddress& address) {
   const auto loopback = address.isIPv6() ? "::1" : "127.0.0.1";
   return address.isWildcard() ? SocketAddress::parse(loopback, address.port()).value() : address;
-}
-
-/// Cheap, and true as well of addresses that are not this machine's where the system permits it to
-/// bind those (ip_nonlocal_bind).
-bool canBeBound(SocketAddress address) {
-  address.setPort(0);
-  const FileDescriptor socket(::socket(address.family(), SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  return socket.isOpen() && ::bind(socket.get(), address.data(), address.size()) == 0;
-}
-
-/// All of 127.0.0.0/8 is this machine, although an interface holds one address of it.
-bool isIPv4Loopback(const SocketAddress& address) {
-  return !address.isIPv6() &&
-         ntohl(address.v4().sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
-}
-
-bool isOfThisMachine(const SocketAddress& address) {
-  return canBeBound(address) && (isIPv4Loopback(address) || NetworkInterface::holding(address));
 }
 
 }  // namespace
@@ -81,13 +60,15 @@ OwnSockets::Match OwnSockets::find(const SocketAddress& address) const {
 bool OwnSockets::servesAt(const SocketAddress& destination) const {
   const auto address = withoutWildcard(destination.unmapped());
   const auto match = find(address);
-  return match == Match::serving || (match == Match::wildcard && isOfThisMachine(address));
+  return match == Match::serving ||
+         (match == Match::wildcard && NetworkInterface::isOfThisMachine(address));
 }
 
 bool OwnSockets::hasSent(const SocketAddress& sender) const {
   const auto address = sender.unmapped();
   const auto match = find(address);
-  return match == Match::wildcard ? isOfThisMachine(address) : match != Match::none;
+  return match == Match::wildcard ? NetworkInterface::isOfThisMachine(address)
+                                  : match != Match::none;
 }
 
 }  // namespace platform

@@ -1,0 +1,93 @@
+#include "platform/senders/SenderLookup.h"
+
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+// For a search by port, seconds; with those before it in the queue.
+constexpr double kMaxSearch = 0.1;
+
+}  // namespace
+
+std::shared_ptr<SenderLookup> SenderLookup::start(Depth depth) {
+  return std::shared_ptr<SenderLookup>(new SenderLookup(depth));
+}
+
+SenderLookup::SenderLookup(Depth depth)
+    : cgroups_(CgroupTree::start()),
+      processes_(depth == Depth::process ? ProcessSearch::create() : nullptr) {}
+
+void SenderLookup::identify(const SenderQuery& query, Completion completion) {
+  const auto owner = find(query);
+  const bool isHidden = !owner && !query.originalDestination && query.mayBeRedirected &&
+                        query.path.transport == Transport::udp;
+  if (isHidden && searches_ < kMaxSearches) {
+    searchByPort(query.path.client, std::move(completion));
+  } else {
+    nameOwner(owner, std::move(completion));
+  }
+}
+
+std::optional<SocketOwner> SenderLookup::find(const SenderQuery& query) {
+  auto owner = table_.exact(query.path);
+  if (!owner && query.originalDestination) {
+    auto path = query.path;
+    path.destination = *query.originalDestination;
+    owner = table_.exact(path);
+  }
+  return owner;
+}
+
+void SenderLookup::searchByPort(const SocketAddress& client, Completion completion) {
+  if (!queue_) {
+    queue_ = DispatchQueue::serial();
+  }
+  ++searches_;
+  const auto weak = weak_from_this();
+  const auto search =
+      Search::within(kMaxSearch, [weak, completion = std::move(completion)](const auto& owner) {
+        if (const auto self = weak.lock()) {
+          self->nameOwner(owner, completion);
+        }
+      });
+  queue_->async([weak, search, client, table = searched_] {
+    const auto owner = table->byPort(client);
+    DispatchQueue::global().async([weak, search, owner] {
+      if (const auto self = weak.lock()) {
+        --self->searches_;
+        search->complete(owner);
+      }
+    });
+  });
+}
+
+void SenderLookup::nameOwner(const std::optional<SocketOwner>& owner, Completion completion) {
+  if (!owner) {
+    completion(std::nullopt);
+  } else if (!owner->cgroup) {
+    nameProgram(*owner, nullptr, completion);
+  } else {
+    cgroups_->find(*owner->cgroup, [weak = weak_from_this(), owner = *owner,
+                                    completion = std::move(completion)](const Cgroup* cgroup) {
+      if (cgroup != nullptr && cgroup->application) {
+        completion(*cgroup->application);
+      } else if (const auto self = weak.lock()) {
+        self->nameProgram(owner, cgroup, completion);
+      }
+    });
+  }
+}
+
+void SenderLookup::nameProgram(const SocketOwner& owner, const Cgroup* cgroup,
+                               const Completion& completion) {
+  if (!processes_) {
+    completion(std::nullopt);
+    return;
+  }
+  processes_->find(owner, cgroup != nullptr ? cgroup->directory : std::filesystem::path(),
+                   [completion](const auto& executable) { completion(executable); });
+}
+
+}  // namespace platform

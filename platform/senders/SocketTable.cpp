@@ -1,0 +1,152 @@
+#include "platform/senders/SocketTable.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/log/NSLog.h"
+#include "platform/udp/NetworkInterface.h"
+#include "platform/udp/OwnSockets.h"
+
+namespace platform {
+
+namespace {
+
+// The kernel fills no more at a time.
+constexpr std::size_t kRoom = 32UL * 1024;
+// Reads for one request; a list has some 200 sockets in each, an exact answer takes one.
+constexpr int kMaxReads = 64;
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+bool isSameHost(SocketAddress one, SocketAddress other) {
+  for (auto* const address : {&one, &other}) {
+    address->setPort(0);
+    if (address->isIPv6()) {
+      address->v6().sin6_scope_id = 0;
+    }
+  }
+  return one == other;
+}
+
+bool isSameEnd(const SocketAddress& one, const SocketAddress& other) {
+  return one.port() == other.port() && isSameHost(one, other);
+}
+
+/// At once, other than `NetworkInterface::isOfThisMachine`, for what most clients send from.
+bool isLoopback(const SocketAddress& address) {
+  constexpr std::uint32_t kLoopback = INADDR_LOOPBACK >> IN_CLASSA_NSHIFT;
+  return address.isIPv6() ? IN6_IS_ADDR_LOOPBACK(&address.v6().sin6_addr) != 0
+                          : ntohl(address.v4().sin_addr.s_addr) >> IN_CLASSA_NSHIFT == kLoopback;
+}
+
+/// Whether a socket with that local address may have sent from `client`. One that is bound to no
+/// address looks as if it had sent what came from its port of another machine.
+bool canSendFrom(const DiagnosedSocket& socket, const SocketAddress& client) {
+  const auto& local = socket.local;
+  if (!local.isWildcard()) {
+    return isSameEnd(local, client);
+  }
+  const bool hasFamily =
+      local.family() == client.family() || (local.isIPv6() && !socket.isIPv6Only);
+  return local.port() == client.port() && hasFamily &&
+         (isLoopback(client) || NetworkInterface::isOfThisMachine(client));
+}
+
+// Our own listening or accepted socket has another local end than the client.
+bool isClientsEnd(const DiagnosedSocket& socket, const SocketPath& path) {
+  const bool isConnected = socket.remote.port() != 0;
+  return !socket.isListening && canSendFrom(socket, path.client) &&
+         (!isConnected || isSameEnd(socket.remote, path.destination)) &&
+         (socket.owner.inode != 0 || socket.owner.cgroup);
+}
+
+}  // namespace
+
+std::optional<SocketOwner> SocketTable::exact(const SocketPath& path) {
+  const SocketPath plain{path.transport, path.client.unmapped(), path.destination.unmapped(),
+                         path.interfaceIndex};
+  const auto& [transport, client, destination, interfaceIndex] = plain;
+  const bool isUDP = transport == Transport::udp;
+  const auto found =
+      ask(socket_diagnosis::exactRequest({transport, client.family(), isUDP ? destination : client,
+                                          isUDP ? client : destination, interfaceIndex},
+                                         ++sequence_),
+          /*isList=*/false);
+  return !found.empty() && isClientsEnd(found.front(), plain) ? std::optional(found.front().owner)
+                                                              : std::nullopt;
+}
+
+std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {
+  const auto client = sender.unmapped();
+  std::optional<SocketOwner> unbound;
+  for (const auto family : {sa_family_t{AF_INET}, sa_family_t{AF_INET6}}) {
+    const auto request = socket_diagnosis::portRequest(family, client.port(), ++sequence_);
+    for (const auto& socket : ask(request, /*isList=*/true)) {
+      if (!canSendFrom(socket, client) || OwnSockets::shared().hasSent(socket.local)) {
+        continue;
+      }
+      if (!socket.local.isWildcard()) {
+        return socket.owner;
+      }
+      unbound = unbound ? unbound : socket.owner;
+    }
+  }
+  return unbound;
+}
+
+std::vector<DiagnosedSocket> SocketTable::ask(const Data& request, bool isList) {
+  std::vector<DiagnosedSocket> found;
+  const auto error = exchange(request, isList, found);
+  logNewError(error);
+  if (error) {
+    socket_.reset();  // what is still to come there belongs to nobody
+    found.clear();
+  }
+  return found;
+}
+
+std::error_code SocketTable::exchange(const Data& request, bool isList,
+                                      std::vector<DiagnosedSocket>& found) {
+  if (const auto error = open()) {
+    return error;
+  }
+  if (mnl_socket_sendto(socket_.get(), request.data(), request.size()) < 0) {
+    return lastError();
+  }
+  for (int reads = 0; reads < kMaxReads; ++reads) {
+    const auto size = mnl_socket_recvfrom(socket_.get(), room_.data(), room_.size());
+    if (size < 0) {
+      return lastError();
+    }
+    const auto piece = DataView(room_).first(static_cast<std::size_t>(size));
+    const auto [sockets, isComplete, error] = socket_diagnosis::read(piece, sequence_);
+    found.insert(found.end(), sockets.begin(), sockets.end());
+    if (isComplete || (!isList && !found.empty())) {
+      return {error == ENOENT ? 0 : error, std::generic_category()};
+    }
+  }
+  return std::make_error_code(std::errc::message_size);
+}
+
+// The kernel has answered when it has taken the request, so nothing here waits.
+std::error_code SocketTable::open() {
+  if (socket_) {
+    return {};
+  }
+  room_.resize(kRoom);
+  socket_.reset(mnl_socket_open2(NETLINK_SOCK_DIAG, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  if (!socket_ || mnl_socket_bind(socket_.get(), 0, MNL_SOCKET_AUTOPID) < 0) {
+    const auto error = lastError();
+    socket_.reset();
+    return error;
+  }
+  return {};
+}
+
+void SocketTable::logNewError(std::error_code error) {
+  if (std::exchange(error_, error) != error && error) {
+    NSLog("SocketTable: the kernel does not tell whose sockets are: ", error.message());
+  }
+}
+
+}  // namespace platform

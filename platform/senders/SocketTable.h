@@ -1,0 +1,53 @@
+#pragma once
+
+#include <libmnl/libmnl.h>
+
+#include <memory>
+#include <system_error>
+
+#include "platform/senders/SocketDiagnosis.h"
+
+namespace platform {
+
+/// The two ends of what was sent, and where it came in.
+struct SocketPath {
+  Transport transport = Transport::udp;
+  SocketAddress client;
+  SocketAddress destination;
+  /// The interface by which it came; a socket bound to a device is not found without. 0 for none.
+  unsigned interfaceIndex = 0;
+};
+
+/// The kernel's table of this machine's sockets, over `sock_diag`, which needs no privilege. A call
+/// takes some microseconds and waits for nothing. Any thread, but one at a time.
+///
+/// When the kernel does not answer, nothing is found; that is one log line until it answers again.
+class SocketTable {
+ public:
+  /// The client's end of `path`: by UDP the socket that an answer from the destination would reach,
+  /// by TCP the connected one. Absent for one that is closed or not on this machine. Of sockets
+  /// that share the address (SO_REUSEPORT) the kernel names one.
+  std::optional<SocketOwner> exact(const SocketPath& path);
+
+  /// A UDP socket that may have sent from `client`, wherever it has sent to: one that is bound to
+  /// that address, else one bound to none. No socket of this process is one. The kernel looks at
+  /// all sockets for this: half a millisecond for 10,000.
+  std::optional<SocketOwner> byPort(const SocketAddress& client);
+
+ private:
+  struct Close {
+    void operator()(mnl_socket* socket) const { mnl_socket_close(socket); }
+  };
+
+  std::vector<DiagnosedSocket> ask(const Data& request, bool isList);
+  std::error_code exchange(const Data& request, bool isList, std::vector<DiagnosedSocket>& found);
+  std::error_code open();
+  void logNewError(std::error_code error);
+
+  std::unique_ptr<mnl_socket, Close> socket_;  // absent after an error
+  Data room_;
+  std::uint32_t sequence_ = 0;
+  std::error_code error_;  // of the last request
+};
+
+}  // namespace platform
