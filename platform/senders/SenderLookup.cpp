@@ -21,8 +21,8 @@ SenderLookup::SenderLookup(Depth depth)
 
 void SenderLookup::identify(const SenderQuery& query, Completion completion) {
   const auto owner = find(query);
-  const bool isHidden = !owner && !query.originalDestination && query.mayBeRedirected &&
-                        query.path.transport == Transport::udp;
+  const bool isHidden =
+      !owner && !query.original && query.mayBeRedirected && query.path.transport == Transport::udp;
   if (isHidden && searches_ < kMaxSearches) {
     searchByPort(query.path.client, std::move(completion));
   } else {
@@ -32,10 +32,9 @@ void SenderLookup::identify(const SenderQuery& query, Completion completion) {
 
 std::optional<SocketOwner> SenderLookup::find(const SenderQuery& query) {
   auto owner = table_.exact(query.path);
-  if (!owner && query.originalDestination) {
-    auto path = query.path;
-    path.destination = *query.originalDestination;
-    owner = table_.exact(path);
+  if (!owner && query.original) {
+    const auto& [client, destination] = *query.original;
+    owner = table_.exact({query.path.transport, client, destination, query.path.interfaceIndex});
   }
   return owner;
 }

@@ -8,16 +8,16 @@
 #include "platform/senders/CgroupTree.h"
 #include "platform/senders/ProcessSearch.h"
 #include "platform/senders/SocketTable.h"
+#include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
 
 /// Whose application is to be known.
 struct SenderQuery {
   SocketPath path;
-  /// Where the client has sent to, when that is another address and is known: what it sent was
-  /// redirected to the destination of the path.
-  std::optional<SocketAddress> originalDestination;
-  /// Whether what it sent may have been redirected, from an address that is not known.
+  /// Between which ends it was sent, when it was redirected here and that is known.
+  std::optional<DatagramPath> original;
+  /// Whether it may have been redirected without that being known.
   bool mayBeRedirected = false;
 };
 

@@ -125,7 +125,7 @@ void readMessage(const nlmsghdr* message, Answer& answer) {
 Data exactRequest(const Query& query, std::uint32_t sequence) {
   inet_diag_req_v2 body{};
   body.sdiag_family = static_cast<std::uint8_t>(query.family);
-  body.sdiag_protocol = static_cast<std::uint8_t>(query.transport);
+  body.sdiag_protocol = query.transport == Transport::udp ? IPPROTO_UDP : IPPROTO_TCP;
   body.idiag_states = kAllStates;
   body.id.idiag_sport = htons(query.source.port());
   body.id.idiag_dport = htons(query.destination.port());

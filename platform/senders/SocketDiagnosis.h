@@ -1,19 +1,17 @@
 #pragma once
 
-#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/types.h>
 
 #include <cstdint>
 #include <optional>
-#include <tl/expected.hpp>
 #include <vector>
 
 #include "platform/base/Data.h"
+#include "platform/base/Transport.h"
 #include "platform/udp/SocketAddress.h"
 
 namespace platform {
-
-enum class Transport : std::uint8_t { udp = IPPROTO_UDP, tcp = IPPROTO_TCP };
 
 /// Whose a socket is.
 struct SocketOwner {

@@ -27,8 +27,8 @@ void DatagramSlots::reset(std::size_t slot, bool withInfo) {
   }
 }
 
-DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local) {
-  const bool withInfo = local.isWildcard();
+DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local,
+                                               bool withInfo) {
   const auto changed = withInfo == hasInfo_ ? used_ : slots_.size();
   for (std::size_t slot = 0; slot < changed; ++slot) {
     reset(slot, withInfo);
@@ -49,8 +49,10 @@ DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& 
     auto& [message, size] = messages_[slot];
     const auto& [client, info, range] = slots_[slot];
     const auto* const start = static_cast<const std::uint8_t*>(range.iov_base);
-    const auto sentTo = withInfo ? PacketInfo::sentTo(message, local.port()) : std::nullopt;
-    received_.push_back({{client, sentTo.value_or(local)}, {start, size}});
+    const auto told = withInfo ? PacketInfo::received(message, local.port()) : std::nullopt;
+    received_.push_back({{client, told && local.isWildcard() ? told->destination : local},
+                         {start, size},
+                         told ? told->interfaceIndex : 0});
   }
   return received_;
 }

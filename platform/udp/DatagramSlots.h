@@ -25,9 +25,9 @@ class DatagramSlots {
 
   explicit DatagramSlots(std::size_t count = kMany);
 
-  /// What has arrived at `socket`, which is bound to `local`; the next call overwrites it. None is
-  /// no error.
-  Received receive(int socket, const SocketAddress& local);
+  /// What has arrived at `socket`, which is bound to `local` and gives packet info if `withInfo`;
+  /// the next call overwrites it. None is no error.
+  Received receive(int socket, const SocketAddress& local, bool withInfo);
 
  private:
   struct Slot {

@@ -17,28 +17,28 @@ bool isOfOneLink(const in6_addr& address) {
   return IN6_IS_ADDR_LINKLOCAL(&address) != 0 || isMulticast(address);
 }
 
-SocketAddress addressFrom(const in_pktinfo& info, std::uint16_t port) {
+PacketInfo::Received told(const in_pktinfo& info, std::uint16_t port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
   address.sin_addr = info.ipi_spec_dst;  // one of ours, also when the datagram was a broadcast
-  return SocketAddress(address);
+  return {SocketAddress(address), static_cast<unsigned>(info.ipi_ifindex)};
 }
 
-SocketAddress addressFrom(const in6_pktinfo& info, std::uint16_t port) {
+PacketInfo::Received told(const in6_pktinfo& info, std::uint16_t port) {
   sockaddr_in6 address{};
   address.sin6_family = AF_INET6;
   address.sin6_port = htons(port);
   address.sin6_addr = info.ipi6_addr;
   address.sin6_scope_id = isOfOneLink(info.ipi6_addr) ? info.ipi6_ifindex : 0;
-  return SocketAddress(address);
+  return {SocketAddress(address), info.ipi6_ifindex};
 }
 
 template <class Info>
-SocketAddress readInfo(const cmsghdr& control, std::uint16_t port) {
+PacketInfo::Received readInfo(const cmsghdr& control, std::uint16_t port) {
   Info info{};
   std::memcpy(&info, CMSG_DATA(&control), sizeof info);
-  return addressFrom(info, port);
+  return told(info, port);
 }
 
 template <class Info>
@@ -64,18 +64,18 @@ void PacketInfo::prepareToReceive(msghdr& message) {
   message.msg_controllen = sizeof bytes_;
 }
 
-std::optional<SocketAddress> PacketInfo::sentTo(msghdr& message, std::uint16_t port) {
-  std::optional<SocketAddress> address;
+std::optional<PacketInfo::Received> PacketInfo::received(msghdr& message, std::uint16_t port) {
+  std::optional<Received> received;
   for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
        control = CMSG_NXTHDR(&message, control)) {
     if (control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_PKTINFO) {
       return readInfo<in_pktinfo>(*control, port);
     }
     if (control->cmsg_level == IPPROTO_IPV6 && control->cmsg_type == IPV6_PKTINFO) {
-      address = readInfo<in6_pktinfo>(*control, port);  // one of IPv4 may follow, and says more
+      received = readInfo<in6_pktinfo>(*control, port);  // one of IPv4 may follow, and says more
     }
   }
-  return address;
+  return received;
 }
 
 void PacketInfo::sendFrom(msghdr& message, const SocketAddress& source) {

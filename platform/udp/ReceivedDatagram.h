@@ -18,6 +18,8 @@ struct DatagramPath {
 struct ReceivedDatagram {
   DatagramPath path;
   DataView bytes;
+  /// The interface by which it came, for a socket that tells (`UDPSocket::Binding`); else 0.
+  unsigned interfaceIndex = 0;
 };
 
 }  // namespace platform

@@ -37,6 +37,10 @@ std::error_code keepRefusals(int socket, bool isIPv6) {
   return error ? error : setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
 }
 
+bool needsPacketInfo(const SocketAddress& address, const UDPSocket::Binding& binding) {
+  return address.isWildcard() || binding.tellsInterface;
+}
+
 /// Everything but the address, which is to be bound next.
 std::error_code prepare(int socket, const SocketAddress& address,
                         const UDPSocket::Binding& binding) {
@@ -49,7 +53,7 @@ std::error_code prepare(int socket, const SocketAddress& address,
   if (!error && binding.keepsRefusals) {
     error = keepRefusals(socket, isIPv6);
   }
-  return !error && address.isWildcard() ? PacketInfo::request(socket, isIPv6) : error;
+  return !error && needsPacketInfo(address, binding) ? PacketInfo::request(socket, isIPv6) : error;
 }
 
 /// The error of `call` made until no signal interrupts it.
@@ -139,6 +143,7 @@ std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& bin
   if (error) {
     close();
   } else {
+    hasPacketInfo_ = needsPacketInfo(address, binding);
     serve(binding.takesIPv4);
   }
   return error;

@@ -28,6 +28,8 @@ class UDPSocket {
     bool takesIPv4 = false;
     /// Whether the kernel keeps what the network answers for `takeRefusal`.
     bool keepsRefusals = false;
+    /// Whether each datagram tells the interface by which it came.
+    bool tellsInterface = false;
   };
   /// What the network answered to an earlier send to `client` (RFC 1122, section 4.1.3.3).
   struct Refusal {
@@ -80,7 +82,9 @@ class UDPSocket {
   /// Sends all with as few system calls as it takes, in their order; those that fail are lost.
   void sendAll(std::span<const Answer> answers);
   /// What has arrived at a bound socket, as `DatagramSlots::receive`.
-  DatagramSlots::Received receive(DatagramSlots& slots) { return slots.receive(get(), address_); }
+  DatagramSlots::Received receive(DatagramSlots& slots) {
+    return slots.receive(get(), address_, hasPacketInfo_);
+  }
   /// The next refusal; absent when there is none.
   std::optional<Refusal> takeRefusal();
   /// How many datagrams the kernel had no room for since this was last asked.
@@ -94,7 +98,8 @@ class UDPSocket {
   SocketAddress address_;
   std::optional<OwnSockets::Entry> own_;
   std::optional<OwnSockets::Entry> ownIPv4_;  // of one that takes both families
-  std::uint32_t lost_ = 0;                    // all so far, modulo 2^32
+  bool hasPacketInfo_ = false;
+  std::uint32_t lost_ = 0;  // all so far, modulo 2^32
 };
 
 }  // namespace platform
