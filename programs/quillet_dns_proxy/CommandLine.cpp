@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <map>
 
 namespace quillet {
 
@@ -32,6 +33,11 @@ std::filesystem::path usualDefaultsDirectory() {
   return "/var/lib/quillet";
 }
 
+using Depth = platform::SenderLookup::Depth;
+
+const std::map<std::string, std::optional<Depth>> kDepths = {
+    {"off", std::nullopt}, {"cgroup", Depth::cgroup}, {"process", Depth::process}};
+
 std::string checkListenAddress(const std::string& text) {
   return ListenAddress::parse(text) ? "" : text + " is no ADDR:PORT";
 }
@@ -42,6 +48,7 @@ struct Texts {
   std::optional<std::string> vendorData;
   std::string defaultsDirectory = usualDefaultsDirectory();
   std::string sourceApp = "unknown";
+  std::string identify = "cgroup";
   bool safeSearch = false;
 };
 
@@ -61,6 +68,12 @@ void addOptions(CLI::App& app, Texts& texts) {
                  "Signing identifier of flows whose application is not known")
       ->type_name("ID")
       ->capture_default_str();
+  app.add_option("--identify", texts.identify,
+                 "How the application of a flow is found: by the cgroup of its socket, by the process "
+                 "that holds it where the cgroup does not tell, or not at all")
+      ->type_name("off|cgroup|process")
+      ->check(CLI::IsMember({"off", "cgroup", "process"}))
+      ->capture_default_str();
   app.add_flag("--safe-search", texts.safeSearch,
                "Send every query unchanged to the filtering service's standard DNS port");
   app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
@@ -77,6 +90,7 @@ CommandLine commandLineFrom(const Texts& texts) {
   }
   result.defaultsDirectory = texts.defaultsDirectory;
   result.sourceApp = texts.sourceApp;
+  result.identify = kDepths.at(texts.identify);
   result.safeSearch = texts.safeSearch;
   return result;
 }

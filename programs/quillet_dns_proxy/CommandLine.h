@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/senders/SenderLookup.h"
 #include "programs/ListenAddress.h"
 
 namespace quillet {
@@ -16,6 +17,8 @@ struct CommandLine {
   std::optional<std::filesystem::path> vendorData;
   std::filesystem::path defaultsDirectory;
   std::string sourceApp;
+  /// How far it is looked for whose application a flow is; absent: not at all.
+  std::optional<platform::SenderLookup::Depth> identify;
   /// Whether the provider is the one for safe search.
   bool safeSearch = false;
 };

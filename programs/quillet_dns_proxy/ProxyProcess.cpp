@@ -92,6 +92,7 @@ bool ProxyProcess::bindHost() {
     options.listen.push_back({address.host, std::to_string(address.port)});
   }
   options.sourceApp = commandLine_.sourceApp;
+  options.identify = commandLine_.identify;
   auto host = FlowHost::bind(options);
   if (!host) {
     NSLog(host.error().text());
