@@ -71,9 +71,9 @@ tl::expected<SocketAddress, std::error_code> DemoFilter::serve(const SocketAddre
 void DemoFilter::serveBatch(UDPSocket& socket, Service service) {
   const auto received = socket.receive(slots_);
   std::vector<UDPSocket::Answer> answers;
-  for (const auto& [path, datagram] : received ? *received : Datagrams()) {
-    if (auto bytes = answer(service, datagram)) {
-      answers.push_back({path, *std::move(bytes)});
+  for (const auto& datagram : received ? *received : Datagrams()) {
+    if (auto bytes = answer(service, datagram.bytes)) {
+      answers.push_back({datagram.path, *std::move(bytes)});
     }
   }
   socket.sendAll(answers);

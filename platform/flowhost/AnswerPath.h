@@ -2,12 +2,11 @@
 
 #include <memory>
 
+#include "platform/base/Transport.h"
 #include "platform/flowhost/PendingWrite.h"
 #include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
-
-enum class Transport { udp, tcp };
 
 /// Where the answers of a flow leave: the UDP socket, or the TCP connection, that its queries came
 /// by. The flow holds it until it is closed. Inside the event loop only.

@@ -44,9 +44,8 @@ class ClientConnection::Query final : public AnswerPath {
   bool isOver_ = false;
 };
 
-ClientConnection::ClientConnection(const DatagramPath& path,
-                                   const std::optional<SocketAddress>& captured, Offer offer)
-    : path_(path), captured_(captured), offer_(std::move(offer)) {}
+ClientConnection::ClientConnection(ClientDatagrams origin, Offer offer)
+    : origin_(std::move(origin)), offer_(std::move(offer)) {}
 
 void ClientConnection::begin(FileDescriptor socket) {
   stream_.open(std::move(socket), weak_from_this());
@@ -93,8 +92,8 @@ void ClientConnection::offerQueries() {
       close();
       return;
     }
-    const auto size = query->size();
-    ClientDatagrams datagrams{path_, {}, size, captured_};
+    auto datagrams = origin_;
+    datagrams.size = query->size();
     datagrams.datagrams.push_back(*std::move(query));
     offer_(std::make_shared<Query>(shared_from_this()), std::move(datagrams));
   }

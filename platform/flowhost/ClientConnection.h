@@ -3,7 +3,6 @@
 #include <functional>
 #include <list>
 #include <memory>
-#include <optional>
 
 #include "platform/flowhost/AnswerPath.h"
 #include "platform/flowhost/ClientDatagrams.h"
@@ -36,10 +35,8 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   /// Offers a query; the flow made of it keeps the path.
   using Offer = std::function<void(std::shared_ptr<AnswerPath>, ClientDatagrams)>;
 
-  /// `path` has the connection's two ends, `captured` the address that the client has connected to
-  /// when that is another.
-  ClientConnection(const DatagramPath& path, const std::optional<SocketAddress>& captured,
-                   Offer offer);
+  /// `origin` is what each query comes with, without datagrams.
+  ClientConnection(ClientDatagrams origin, Offer offer);
 
   void begin(FileDescriptor socket);
   /// What waits fails with ECANCELED.
@@ -61,8 +58,7 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   void answer(DataView message, const std::shared_ptr<PendingWrite>& write);
   void queryIsOver(std::list<Query*>::iterator place);
 
-  const DatagramPath path_;
-  const std::optional<SocketAddress> captured_;
+  const ClientDatagrams origin_;
   const Offer offer_;
   MessageStream stream_;
   std::list<Query*> outstanding_;  // the oldest first

@@ -9,6 +9,7 @@
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 #include "platform/senders/OriginalDestination.h"
+#include "platform/udp/PacketInfo.h"
 
 namespace platform {
 
@@ -68,9 +69,11 @@ void ClientConnections::accepted(FileDescriptor socket, const SocketAddress& cli
     return;
   }
   makeRoom();
-  const auto original = OriginalDestination::ofConnection(socket.get(), client, destination);
-  connections_.push_back(std::make_shared<ClientConnection>(DatagramPath{client, destination},
-                                                            original.destination(), offer_));
+  ClientDatagrams origin{{client, destination}};
+  origin.captured = OriginalDestination::ofConnection(socket.get(), client, destination).path();
+  const auto info = PacketInfo::ofConnection(socket.get(), destination);
+  origin.interfaceIndex = info ? info->interfaceIndex : 0;
+  connections_.push_back(std::make_shared<ClientConnection>(std::move(origin), offer_));
   connections_.back()->begin(std::move(socket));
   if (!idleCheck_.isValid()) {
     checkTime();

@@ -8,15 +8,17 @@ namespace platform {
 std::vector<ClientDatagrams> groupedByPath(std::span<const ReceivedDatagram> received) {
   std::vector<ClientDatagrams> groups;
   groups.reserve(received.size());
-  for (const auto& [path, bytes] : received) {
-    auto group = std::find_if(groups.begin(), groups.end(), [&path = path](const auto& known) {
-      return known.path == path && known.size < ClientDatagrams::kFullSize;
+  for (const auto& datagram : received) {
+    auto group = std::find_if(groups.begin(), groups.end(), [&datagram](const auto& known) {
+      return known.path == datagram.path && known.interfaceIndex == datagram.interfaceIndex &&
+             known.size < ClientDatagrams::kFullSize;
     });
     if (group == groups.end()) {
-      group = groups.insert(groups.end(), ClientDatagrams{path, {}, 0, {}});
+      group = groups.insert(groups.end(), ClientDatagrams{datagram.path});
+      group->interfaceIndex = datagram.interfaceIndex;
     }
-    group->datagrams.emplace_back(bytes.begin(), bytes.end());
-    group->size += bytes.size();
+    group->datagrams.emplace_back(datagram.bytes.begin(), datagram.bytes.end());
+    group->size += datagram.bytes.size();
   }
   return groups;
 }

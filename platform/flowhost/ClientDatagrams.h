@@ -15,19 +15,23 @@ struct ClientDatagrams {
   static constexpr std::size_t kFullSize = 64UL * 1024;
 
   DatagramPath path;
-  std::vector<Data> datagrams;
+  std::vector<Data> datagrams{};
   std::size_t size = 0;
-  /// Where the client has sent them to, when they were captured on their way there.
-  std::optional<SocketAddress> captured;
+  /// Between which ends they were sent, when they were captured on their way.
+  std::optional<DatagramPath> captured{};
+  /// Whether they may have been captured without that being known.
+  bool mayBeCaptured = false;
+  /// By which they came; 0 unless the socket tells.
+  unsigned interfaceIndex = 0;
 
   /// The address that the client has asked.
   [[nodiscard]] const SocketAddress& server() const {
-    return captured ? *captured : path.destination;
+    return captured ? captured->destination : path.destination;
   }
 };
 
-/// The datagrams of one read by their way here, in the order in which the ways come up first. What
-/// comes on the way of a full group makes a further one.
+/// The datagrams of one read by their path and interface, in the order in which these come up
+/// first. What comes after a full group makes a further one.
 std::vector<ClientDatagrams> groupedByPath(std::span<const ReceivedDatagram> received);
 
 }  // namespace platform

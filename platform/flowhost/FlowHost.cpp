@@ -5,6 +5,7 @@
 #include "platform/base/Description.h"
 #include "platform/base/WholeNumber.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/flowhost/ApplicationMetaData.h"
 #include "platform/flowhost/ClientConnections.h"
 #include "platform/flowhost/ClientFlow.h"
 #include "platform/flowhost/ListenSocket.h"
@@ -33,7 +34,8 @@ std::string text(std::error_code error) { return NWError::from(error).text(); }
 
 /// What serves the listen addresses.
 struct Sockets {
-  std::vector<std::shared_ptr<ListenSocket>> udp;
+  bool tellsInterface = false;  // of those that are bound
+  std::vector<std::shared_ptr<ListenSocket>> udp{};
   std::shared_ptr<ClientConnections> tcp = std::make_shared<ClientConnections>();
 
   std::optional<Error> bind(const NWHostEndpoint& endpoint);
@@ -50,7 +52,7 @@ std::optional<Error> Sockets::bind(const NWHostEndpoint& endpoint) {
 
 std::optional<Error> Sockets::bind(const NWHostEndpoint& endpoint, const SocketAddress& address,
                                    int tries) {
-  auto socket = ListenSocket::bind(address);
+  auto socket = ListenSocket::bind(address, tellsInterface);
   if (!socket) {
     return failure(endpoint, ": " + text(socket.error()));
   }
@@ -76,17 +78,21 @@ void Sockets::close() {
 
 struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_this<State> {
   State(const FlowHostOptions& options, Sockets bound)
-      : metaData(std::make_shared<NEFlowMetaData>(NEFlowMetaData{options.sourceApp})),
+      : applications(options.sourceApp),
+        senders(options.identify ? SenderLookup::start(*options.identify) : nullptr),
         sockets(std::move(bound)),
         resolver(options.resolvConf, options.resolverPort) {}
 
   std::optional<Error> listen();
   void datagramsArrived(ListenSocket& socket) override;
   void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
-  void offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received);
+  void identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received);
+  void offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
+             std::optional<std::string_view> application);
 
   NEDNSProxyProvider* provider = nullptr;  // set before anything is read
-  const std::shared_ptr<const NEFlowMetaData> metaData;
+  ApplicationMetaData applications;
+  const std::shared_ptr<SenderLookup> senders;  // absent: no application is known
   Sockets sockets;
   SystemResolver resolver;
   OriginalDestination originals;
@@ -101,7 +107,7 @@ std::optional<Error> FlowHost::State::listen() {
   }
   const auto error = sockets.tcp->listen([weak = weak_from_this()](auto answers, auto received) {
     if (const auto self = weak.lock()) {
-      self->offer(std::move(answers), std::move(received));
+      self->identify(std::move(answers), std::move(received));
     }
   });
   return error ? std::optional(Error("cannot listen by TCP: " + text(error))) : std::nullopt;
@@ -123,20 +129,41 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
       return;
     }
     const auto original = originals.ofDatagram(group.path.client, group.path.destination);
-    const auto& client = original.destination() ? original.addresses.source : group.path.client;
+    group.captured = original.path();
+    group.mayBeCaptured = original.kind == OriginalDestination::Result::Kind::cannotTell;
+    const auto& client = group.captured ? group.captured->client : group.path.client;
     if (OwnSockets::shared().hasSent(client)) {
       NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", client);
       continue;
     }
-    group.captured = original.destination();
-    offer(socket.shared_from_this(), std::move(group));
+    identify(socket.shared_from_this(), std::move(group));
   }
 }
 
-void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
+void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
+  if (!senders) {
+    offer(std::move(answers), std::move(received), std::nullopt);
+    return;
+  }
+  const auto& [client, destination] = received.path;
+  const SenderQuery query{{answers->transport(), client, destination, received.interfaceIndex},
+                          received.captured,
+                          received.mayBeCaptured};
+  const auto waiting = std::make_shared<ClientDatagrams>(std::move(received));
+  senders->identify(
+      query, [weak = weak_from_this(), answers = std::move(answers), waiting](auto application) {
+        if (const auto self = weak.lock(); self && answers->isOpen()) {
+          self->offer(answers, std::move(*waiting), application);
+        }
+      });
+}
+
+void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
+                            std::optional<std::string_view> application) {
   const auto transport = answers->transport();
-  const auto asked = received.captured;
-  const auto flow = std::make_shared<ClientFlow>(std::move(answers), std::move(received), metaData);
+  const auto asked = received.captured ? std::optional(received.server()) : std::nullopt;
+  const auto flow = std::make_shared<ClientFlow>(std::move(answers), std::move(received),
+                                                 applications.of(application));
   bool isDeclined = false;
   runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
@@ -145,7 +172,7 @@ void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams
 }
 
 tl::expected<std::unique_ptr<FlowHost>, Error> FlowHost::bind(const FlowHostOptions& options) {
-  Sockets sockets;
+  Sockets sockets{.tellsInterface = options.identify.has_value()};
   for (const auto& endpoint : options.listen) {
     if (auto error = sockets.bind(endpoint)) {
       return tl::unexpected(*std::move(error));

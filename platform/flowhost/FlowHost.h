@@ -10,6 +10,7 @@
 
 #include "platform/base/Error.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
+#include "platform/senders/SenderLookup.h"
 
 namespace platform {
 
@@ -17,8 +18,10 @@ namespace platform {
 struct FlowHostOptions {
   /// IP addresses, the wildcard ones too, and ports; port 0 leaves the choice to the system.
   std::vector<NWHostEndpoint> listen;
-  /// The signing identifier of every flow's application.
+  /// The signing identifier of an application that is not known.
   std::string sourceApp;
+  /// How far it is looked for; absent: not at all, and none is known.
+  std::optional<SenderLookup::Depth> identify{};
   /// Where the system's own DNS servers stand, and their port.
   std::filesystem::path resolvConf = "/etc/resolv.conf";
   std::uint16_t resolverPort = 53;
@@ -29,7 +32,8 @@ struct FlowHostOptions {
 /// and offers it. Flows that the provider declines go to the server that the client has asked,
 /// where it was captured on its way to another, else to the system's own DNS server. What this
 /// process's own sockets have sent is dropped, with a log line: it would come back as the next
-/// query. Inside the event loop only.
+/// query. A flow whose application takes its time to be found is offered later than others that
+/// came after it. Inside the event loop only.
 class FlowHost {
  public:
   /// Binds all addresses; what comes there waits. The error names the endpoint that cannot be

@@ -20,9 +20,11 @@ NWHostEndpoint endpointFrom(const SocketAddress& address) {
 }
 
 tl::expected<std::shared_ptr<ListenSocket>, std::error_code> ListenSocket::bind(
-    const SocketAddress& address) {
+    const SocketAddress& address, bool tellsInterface) {
   auto listen = std::make_shared<ListenSocket>();
-  if (const auto error = listen->socket_.bind(address, {.receiveBuffer = kReceiveBufferSize})) {
+  const UDPSocket::Binding binding{.receiveBuffer = kReceiveBufferSize,
+                                   .tellsInterface = tellsInterface};
+  if (const auto error = listen->socket_.bind(address, binding)) {
     return tl::unexpected(error);
   }
   return listen;

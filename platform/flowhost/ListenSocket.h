@@ -30,9 +30,9 @@ class ListenSocket final : public AnswerPath,
   /// under one) and some 200 bytes.
   static constexpr std::size_t kMaxWaiting = 256;
 
-  /// Port 0 leaves the choice to the system.
+  /// Port 0 leaves the choice to the system. What comes tells its interface if `tellsInterface`.
   static tl::expected<std::shared_ptr<ListenSocket>, std::error_code> bind(
-      const SocketAddress& address);
+      const SocketAddress& address, bool tellsInterface = false);
 
   /// Begins to tell `reader`, for as long as it lives.
   std::error_code listen(std::weak_ptr<Reader> reader);

@@ -7,6 +7,7 @@
 
 #include "platform/base/FileDescriptor.h"
 #include "platform/senders/ConntrackMessage.h"
+#include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
 
@@ -29,8 +30,10 @@ class OriginalDestination {
     OriginalAddresses addresses;
 
     /// Absent unless it is captured.
-    [[nodiscard]] std::optional<SocketAddress> destination() const {
-      return kind == Kind::captured ? std::optional(addresses.destination) : std::nullopt;
+    [[nodiscard]] std::optional<DatagramPath> path() const {
+      return kind == Kind::captured
+                 ? std::optional(DatagramPath{addresses.source, addresses.destination})
+                 : std::nullopt;
     }
   };
 

@@ -28,7 +28,8 @@ void DatagramSlots::reset(std::size_t slot, bool withInfo) {
 }
 
 DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local,
-                                               bool withInfo) {
+                                               bool tellsInterface) {
+  const bool withInfo = local.isWildcard() || tellsInterface;
   const auto changed = withInfo == hasInfo_ ? used_ : slots_.size();
   for (std::size_t slot = 0; slot < changed; ++slot) {
     reset(slot, withInfo);
@@ -52,7 +53,7 @@ DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& 
     const auto told = withInfo ? PacketInfo::received(message, local.port()) : std::nullopt;
     received_.push_back({{client, told && local.isWildcard() ? told->destination : local},
                          {start, size},
-                         told ? told->interfaceIndex : 0});
+                         told && tellsInterface ? told->interfaceIndex : 0});
   }
   return received_;
 }

@@ -25,9 +25,9 @@ class DatagramSlots {
 
   explicit DatagramSlots(std::size_t count = kMany);
 
-  /// What has arrived at `socket`, which is bound to `local` and gives packet info if `withInfo`;
-  /// the next call overwrites it. None is no error.
-  Received receive(int socket, const SocketAddress& local, bool withInfo);
+  /// What has arrived at `socket`, which is bound to `local`; the next call overwrites it. None is
+  /// no error. `tellsInterface` is that of its `UDPSocket::Binding`.
+  Received receive(int socket, const SocketAddress& local, bool tellsInterface);
 
  private:
   struct Slot {

@@ -64,6 +64,23 @@ void PacketInfo::prepareToReceive(msghdr& message) {
   message.msg_controllen = sizeof bytes_;
 }
 
+std::optional<PacketInfo::Received> PacketInfo::ofConnection(int socket,
+                                                             const SocketAddress& local) {
+  constexpr int kIPv6PacketOptions = 6;  // IPV6_2292PKTOPTIONS (RFC 2292, section 4.1)
+  const bool isIPv6 = local.isIPv6();
+  PacketInfo info;
+  msghdr message{};
+  info.prepareToReceive(message);
+  auto size = static_cast<socklen_t>(message.msg_controllen);
+  if (!request(socket, isIPv6) ||
+      ::getsockopt(socket, isIPv6 ? IPPROTO_IPV6 : IPPROTO_IP,
+                   isIPv6 ? kIPv6PacketOptions : IP_PKTOPTIONS, message.msg_control, &size) != 0) {
+    return std::nullopt;
+  }
+  message.msg_controllen = size;
+  return received(message, local.port());
+}
+
 std::optional<PacketInfo::Received> PacketInfo::received(msghdr& message, std::uint16_t port) {
   std::optional<Received> received;
   for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;

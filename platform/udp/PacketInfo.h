@@ -32,6 +32,10 @@ class PacketInfo {
 
   /// Lets `message` receive it here.
   void prepareToReceive(msghdr& message);
+  /// What it tells of the accepted TCP connection `socket`: by which interface the client's first
+  /// packet came.
+  static std::optional<Received> ofConnection(int socket, const SocketAddress& local);
+
   /// What it tells of the datagram received with `message`, which was sent to `port`.
   static std::optional<Received> received(msghdr& message, std::uint16_t port);
 

@@ -37,10 +37,6 @@ std::error_code keepRefusals(int socket, bool isIPv6) {
   return error ? error : setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
 }
 
-bool needsPacketInfo(const SocketAddress& address, const UDPSocket::Binding& binding) {
-  return address.isWildcard() || binding.tellsInterface;
-}
-
 /// Everything but the address, which is to be bound next.
 std::error_code prepare(int socket, const SocketAddress& address,
                         const UDPSocket::Binding& binding) {
@@ -53,7 +49,9 @@ std::error_code prepare(int socket, const SocketAddress& address,
   if (!error && binding.keepsRefusals) {
     error = keepRefusals(socket, isIPv6);
   }
-  return !error && needsPacketInfo(address, binding) ? PacketInfo::request(socket, isIPv6) : error;
+  return !error && (address.isWildcard() || binding.tellsInterface)
+             ? PacketInfo::request(socket, isIPv6)
+             : error;
 }
 
 /// The error of `call` made until no signal interrupts it.
@@ -143,7 +141,7 @@ std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& bin
   if (error) {
     close();
   } else {
-    hasPacketInfo_ = needsPacketInfo(address, binding);
+    tellsInterface_ = binding.tellsInterface;
     serve(binding.takesIPv4);
   }
   return error;

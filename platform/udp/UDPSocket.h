@@ -83,7 +83,7 @@ class UDPSocket {
   void sendAll(std::span<const Answer> answers);
   /// What has arrived at a bound socket, as `DatagramSlots::receive`.
   DatagramSlots::Received receive(DatagramSlots& slots) {
-    return slots.receive(get(), address_, hasPacketInfo_);
+    return slots.receive(get(), address_, tellsInterface_);
   }
   /// The next refusal; absent when there is none.
   std::optional<Refusal> takeRefusal();
@@ -98,7 +98,7 @@ class UDPSocket {
   SocketAddress address_;
   std::optional<OwnSockets::Entry> own_;
   std::optional<OwnSockets::Entry> ownIPv4_;  // of one that takes both families
-  bool hasPacketInfo_ = false;
+  bool tellsInterface_ = false;
   std::uint32_t lost_ = 0;  // all so far, modulo 2^32
 };
 

@@ -42,6 +42,10 @@ std::string checkListenAddress(const std::string& text) {
   return ListenAddress::parse(text) ? "" : text + " is no ADDR:PORT";
 }
 
+std::string checkDepth(const std::string& text) {
+  return kDepths.contains(text) ? "" : text + " is none of off, cgroup, process";
+}
+
 /// The options as they were given.
 struct Texts {
   std::vector<std::string> listen{kDefaultListen};
@@ -68,11 +72,12 @@ void addOptions(CLI::App& app, Texts& texts) {
                  "Signing identifier of flows whose application is not known")
       ->type_name("ID")
       ->capture_default_str();
-  app.add_option("--identify", texts.identify,
-                 "How the application of a flow is found: by the cgroup of its socket, by the process "
-                 "that holds it where the cgroup does not tell, or not at all")
+  app.add_option(
+         "--identify", texts.identify,
+         "How the application of a flow is found: by the cgroup of its socket, by the process "
+         "that holds it where the cgroup does not tell, or not at all")
       ->type_name("off|cgroup|process")
-      ->check(CLI::IsMember({"off", "cgroup", "process"}))
+      ->check(checkDepth)
       ->capture_default_str();
   app.add_flag("--safe-search", texts.safeSearch,
                "Send every query unchanged to the filtering service's standard DNS port");

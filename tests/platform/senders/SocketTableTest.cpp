@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "platform/senders/SocketTable.h"
+#include "platform/udp/PacketInfo.h"
 #include "platform/udp/UDPSocket.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/NetworkNamespace.h"
@@ -209,18 +210,32 @@ TEST_F(SocketTableTest, FindsByItsPortWhoHasSentElsewhere) {
 }
 
 TEST_F(SocketTableTest, FindsTheClientsEndOfAConnection) {
-  for (const bool isMapped : {false, true}) {
-    const Client listener(AF_INET, SOCK_STREAM);
-    listener.bind(address("127.0.0.1", 0));
+  struct Row {
+    const char* served;
+    bool isMapped;
+    bool isBoundToDevice;
+  };
+  const Row rows[] = {
+      {"127.0.0.1", false, false}, {"127.0.0.1", true, false}, {"127.0.0.1", false, true},
+      {"::1", false, false},       {"::1", false, true},
+  };
+  for (const auto& [host, isMapped, isBoundToDevice] : rows) {
+    const auto family = address(host, 0).family();
+    const Client listener(family, SOCK_STREAM);
+    listener.bind(address(host, 0));
     ASSERT_EQ(::listen(listener.socket.get(), 1), 0);
     const auto served = listener.local();
-    Client client(isMapped ? AF_INET6 : AF_INET, SOCK_STREAM);
-    client.connect(isMapped ? mapped("127.0.0.1", served.port()) : served);
+    Client client(isMapped ? sa_family_t{AF_INET6} : family, SOCK_STREAM);
+    if (isBoundToDevice) {
+      client.bindToDevice("lo");
+    }
+    client.connect(isMapped ? mapped(host, served.port()) : served);
     const FileDescriptor accepted(::accept(listener.socket.get(), nullptr, nullptr));
     const auto own = client.local();
-    const SocketPath path{Transport::tcp, own, served, 1};
-    EXPECT_EQ(inode(table_.exact(path)), inodeOf(client.socket.get()));
-    EXPECT_FALSE(table_.exact({Transport::tcp, served, address("127.0.0.1", 9), 1})) << "listens";
+    const auto interfaceIndex = PacketInfo::ofConnection(accepted.get(), served)->interfaceIndex;
+    const SocketPath path{Transport::tcp, own, served, interfaceIndex};
+    EXPECT_EQ(inode(table_.exact(path)), inodeOf(client.socket.get())) << host << isBoundToDevice;
+    EXPECT_FALSE(table_.exact({Transport::tcp, served, address(host, 9), 1})) << "listens";
     client.socket = FileDescriptor();
     EXPECT_EQ(inode(table_.exact(path)), 0U) << "closed, and still known to the kernel";
   }

@@ -157,6 +157,8 @@ class Proxy(Process):
         options = [("--listen", address_text(*endpoint)) for endpoint in self.endpoints]
         options += [("--defaults-dir", defaults_folder)] if defaults_folder else []
         options += [("--vendor-data", vendor_data_file)] if vendor_data_file else []
+        if "--source-app" in arguments and "--identify" not in arguments:
+            arguments = ("--identify", "off", *arguments)  # the test's own application may be known
         super().__init__([*prefix, os.environ["QUILLET_PROXY"], *sum(options, ()), *arguments], **how)
         poll(self._is_bound, "the proxy has bound its ports")
 
