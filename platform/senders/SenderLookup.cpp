@@ -4,13 +4,6 @@
 
 namespace platform {
 
-namespace {
-
-// For a search by port, seconds; with those before it in the queue.
-constexpr double kMaxSearch = 0.1;
-
-}  // namespace
-
 std::shared_ptr<SenderLookup> SenderLookup::start(Depth depth) {
   return std::shared_ptr<SenderLookup>(new SenderLookup(depth));
 }
@@ -30,13 +23,14 @@ void SenderLookup::identify(const SenderQuery& query, Completion completion) {
   }
 }
 
+// A redirection may change the client's port, and another socket may have the one that is seen.
 std::optional<SocketOwner> SenderLookup::find(const SenderQuery& query) {
-  auto owner = table_.exact(query.path);
-  if (!owner && query.original) {
-    const auto& [client, destination] = *query.original;
-    owner = table_.exact({query.path.transport, client, destination, query.path.interfaceIndex});
+  auto path = query.path;
+  if (query.original) {
+    path.client = query.original->client;
+    path.destination = query.original->destination;
   }
-  return owner;
+  return table_.exact(path);
 }
 
 void SenderLookup::searchByPort(const SocketAddress& client, Completion completion) {
@@ -46,7 +40,7 @@ void SenderLookup::searchByPort(const SocketAddress& client, Completion completi
   ++searches_;
   const auto weak = weak_from_this();
   const auto search =
-      Search::within(kMaxSearch, [weak, completion = std::move(completion)](const auto& owner) {
+      Search::within(kMaxWait, [weak, completion = std::move(completion)](const auto& owner) {
         if (const auto self = weak.lock()) {
           self->nameOwner(owner, completion);
         }

@@ -24,7 +24,7 @@ struct SenderQuery {
 /// The system's knowledge of who sent something: the client's socket, the cgroup in which that was
 /// made, and the application that the cgroup stands for. Inside the event loop only, on which
 /// nothing waits: what takes its time is done on other threads, and who asks for it waits a tenth
-/// of a second at most.
+/// of a second at most for each.
 class SenderLookup : public std::enable_shared_from_this<SenderLookup> {
  public:
   /// How far it looks.
@@ -35,6 +35,8 @@ class SenderLookup : public std::enable_shared_from_this<SenderLookup> {
   };
   /// Those whose socket is looked for by its port at a time. One holds a flow with its datagrams.
   static constexpr std::size_t kMaxSearches = 256;
+  /// For such a search with those before it, seconds.
+  static constexpr double kMaxWait = 0.1;
 
   /// The signing identifier, valid during the call only; absent when it is not known.
   using Completion = std::function<void(std::optional<std::string_view> application)>;
