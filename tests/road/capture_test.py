@@ -3,6 +3,8 @@
 Runs in a network of its own. Clients run as another user than the proxy, so it takes root, and nft."""
 
 import os
+import re
+import socket
 import socketserver
 import struct
 import sys
@@ -10,11 +12,13 @@ import threading
 
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.cgroup import Cgroup
 from roadlib.client import run, tool
 from roadlib.processes import PATIENCE, address_text, family_of
 
 CAPTURE = os.environ["QUILLET_CAPTURE"]
-CLIENT = "65534"  # a user id without rights
+CLIENT = 65534  # a user id without rights
+APPLICATION = "org.example.Browser"
 OWN_PORT = 5353
 # A usual server of the machine, and one that is excepted.
 SERVERS = {"192.0.2.9": "192.0.2.10", "2001:db8::9": "2001:db8::a"}
@@ -51,12 +55,24 @@ class StreamServer(socketserver.ThreadingTCPServer):
 
 
 def as_client(*command):
-    return ["setpriv", "--reuid", CLIENT, "--clear-groups", *command]
+    return ["setpriv", "--reuid", str(CLIENT), "--clear-groups", *command]
 
 
 def asked(server, *arguments):
     """What `dig`, run by the client's user, gets; it takes an answer only from the address that it asked."""
     return tool(*as_client("dig", f"@{server}", "+tries=1", f"+timeout={PATIENCE:.0f}", "+short", *arguments)).strip()
+
+
+def client_socket(address):
+    """One of the client's user, which sends from `address`."""
+    os.seteuid(CLIENT)
+    try:
+        made = socket.socket(family_of(address), socket.SOCK_DGRAM)
+    finally:
+        os.seteuid(0)
+    made.settimeout(PATIENCE)
+    made.bind((address, 0))
+    return made
 
 
 def capture(*arguments, by=()):
@@ -68,6 +84,8 @@ def capture(*arguments, by=()):
 class CaptureTest(RoadTest):
     def setUp(self):
         super().setUp()
+        self.browser = Cgroup(f"app.slice/app-{APPLICATION}-1.scope")
+        self.addCleanup(self.browser.remove)
         for server in ALL_SERVERS:
             self.upstream(answering(REAL), host=server, port=53)
             self.addCleanup(StreamServer(server).close)
@@ -82,22 +100,28 @@ class CaptureTest(RoadTest):
     def captured_road(self, settings=None, user="0", **how):
         """A filtering server on port 53 too, a proxy that uses it, and capture."""
         filtering = self.upstream(answering(FILTERED), host="127.0.0.2", port=53)
-        proxy = self.proxy({"filteringDNS": filtering.address, **IDENTITY, **(settings or {})},
+        proxy = self.proxy({"filteringDNS": filtering.address, "addAppSenderId": "yes", **IDENTITY, **(settings or {})},
                            hosts=("127.0.0.1", "::1"), port=OWN_PORT, **how)
         excepted = [x for server in SERVERS.values() for x in ("--except", server)]
         self.assertEqual(self.turn_on("--user", user, *excepted), "")
         return filtering, proxy
 
+    def assert_all_of_application(self, queries):
+        found = [dict(wire.injected_options(query))[65005].decode() for query in queries]
+        self.assertEqual(found, [APPLICATION] * len(queries))
+
     def test_every_query_until_it_is_off(self):
         filtering, proxy = self.captured_road()
         for count, (server, transport) in enumerate(ROADS, start=1):
             with self.subTest(server=server, transport=transport):
-                self.assertEqual(asked(server, transport, "a.example"), FILTERED)
+                with self.browser.inside():
+                    self.assertEqual(asked(server, transport, "a.example"), FILTERED)
                 self.assertEqual(asked(SERVERS[server], transport, "a.example"), REAL)
                 # The proxy's own query has not come back to it.
                 self.assertEqual(len(filtering.wait_for_queries(count)), count)
                 self.assertIn(f"remote: {address_text(server, 53)}", proxy.wait_for_line(OFFERED, count)[-1])
         self.assertEqual(len(proxy.wait_for_line(OFFERED)), len(ROADS))
+        self.assert_all_of_application(filtering.queries)
         self.assertEqual(capture("off"), (0, "", ""))
         for server, transport in ROADS:
             self.assertEqual(asked(server, transport, "a.example"), REAL)
@@ -114,11 +138,25 @@ class CaptureTest(RoadTest):
 
     def test_without_the_right_to_see_who_was_asked_by_udp(self):
         without = ["setpriv", "--bounding-set", "-net_admin", "--inh-caps", "-net_admin"]
-        _, proxy = self.captured_road(prefix=without)
+        filtering, proxy = self.captured_road(prefix=without)
         roads = (("+notcp", f"127.0.0.1:{OWN_PORT}"), ("+tcp", "192.0.2.9:53"))
         for count, (transport, remote) in enumerate(roads, start=1):
-            self.assertEqual(asked("192.0.2.9", transport, "a.example"), FILTERED)
+            with self.browser.inside():
+                self.assertEqual(asked("192.0.2.9", transport, "a.example"), FILTERED)
             self.assertIn(f"remote: {remote}", proxy.wait_for_line(OFFERED, count)[-1])
+        self.assert_all_of_application(filtering.queries)
+
+    def test_one_socket_asks_two_servers(self):
+        """Both exchanges end at the proxy's one address, so the kernel changes the client's port in the second."""
+        filtering, proxy = self.captured_road()
+        with self.browser.inside(), client_socket("192.0.2.1") as client:
+            for server in ("192.0.2.9", "192.0.2.1"):
+                query = wire.query("a.example")
+                client.sendto(query, (server, 53))
+                self.assertEqual(client.recvfrom(512), (answering(FILTERED)(query)[0], (server, 53)))
+        self.assert_all_of_application(filtering.queries)
+        ports = [re.search(r"192\.0\.2\.1:(\d+) ->", line).group(1) for line in proxy.wait_for_line(OFFERED, 2)]
+        self.assertEqual(len(set(ports)), 2)
 
     def test_ipv6_only_where_the_proxy_serves_it(self):
         self.proxy({}, port=OWN_PORT)
@@ -184,6 +222,11 @@ if __name__ == "__main__":
         if run(*needed).returncode != 0:
             print(f"skipped: {needed[0]} does not work here")
             sys.exit(namespace.SKIPPED)
+    try:
+        Cgroup("probe").remove()
+    except OSError as error:
+        print(f"skipped: {error}")
+        sys.exit(namespace.SKIPPED)
     for server in ALL_SERVERS:
         namespace.add_address(server)
     main()
