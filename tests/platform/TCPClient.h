@@ -28,12 +28,8 @@ class TCPClient {
     require(socket_.isOpen());
   }
 
-  [[nodiscard]] SocketAddress address() const {
-    SocketAddress own;
-    socklen_t size = SocketAddress::kMaxSize;
-    require(::getsockname(socket_.get(), own.data(), &size) == 0);
-    return own;
-  }
+  [[nodiscard]] SocketAddress address() const { return side(::getsockname); }
+  [[nodiscard]] SocketAddress peer() const { return side(::getpeername); }
 
   void send(const std::string& octets) const {
     const auto size = ::sendto(socket_.get(), octets.data(), octets.size(), MSG_NOSIGNAL, {}, 0);
@@ -63,6 +59,13 @@ class TCPClient {
     if (!isDone) {
       throw std::runtime_error("a test socket cannot be used");
     }
+  }
+  template <class Call>
+  [[nodiscard]] SocketAddress side(const Call& call) const {
+    SocketAddress address;
+    socklen_t size = SocketAddress::kMaxSize;
+    require(call(socket_.get(), address.data(), &size) == 0);
+    return address;
   }
 
   FileDescriptor socket_;

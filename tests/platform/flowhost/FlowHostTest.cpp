@@ -134,6 +134,9 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   const auto address = bound();
   const UDPSocket client;
   const auto flow = flowOf(client);
+  test::TCPClient byTCP(address);
+  byTCP.query("q");
+  offered(1);
   std::string outcome;
   const SocketFailures failures({EAGAIN});
   flow->writeDatagrams({bytes("a")}, {endpoint()},
@@ -144,7 +147,10 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   runReady();
   EXPECT_EQ(outcome, "POSIXErrorCode(rawValue: 125): Operation canceled");
   EXPECT_EQ(answer(0, "b"), "the flow is closed");
-  EXPECT_THAT(provider_.offers, SizeIs(1));
+  EXPECT_EQ(answer(1, "b"), "the flow is closed");
+  EXPECT_TRUE(byTCP.isClosed());
+  EXPECT_THROW(test::TCPClient{address}, std::runtime_error);
+  EXPECT_THAT(provider_.offers, SizeIs(2));
   EXPECT_THAT(host_->boundEndpoints(), IsEmpty());
   const UDPSocket successor("127.0.0.1", address.port());  // the port is free
 }
