@@ -5,7 +5,8 @@ namespace quillet {
 namespace {
 
 using platform::description;
-using testing::ElementsAre;
+using platform::NEProviderStopReason;
+using test::linesOf;
 using testing::StartsWith;
 
 class DnsProxyExtTest : public test::ProviderTest {};
@@ -22,81 +23,87 @@ TEST_F(DnsProxyExtTest, AStartWithoutVendorDataShowsWhatIsStored) {
            "retrieved options: Optional([\"k\": \"v\"])",
            "users email from Content Filter:  u@x.example",
            "userEmail is nil -> using userEmail from local store", "capportal ips is empty"}));
-  EXPECT_THAT(provider_->allowedApps, ElementsAre("x")) << "and does not apply it";
+  EXPECT_THAT(provider_->allowedApps, testing::ElementsAre("x")) << "and does not apply it";
   EXPECT_EQ(description(provider_->vendorData), R"(Optional(["allowPackages": "x"]))");
 }
+
+constexpr char kStart[] =
+    R"(startProxy,options:Optional(["VendorData": ["--allowAll": "true", "n": 1, "userEmail": "e"]])
+startProxy,options - ttt:Optional(["VendorData": ["--allowAll": "true", "n": 1, "userEmail": "e"]])
+----vendor data----
+key:--allowAll: Optional("true")
+key:n: Optional(1)
+key:userEmail: Optional("e")
+opts: ["--allowAll": "true", "n": 1, "userEmail": "e"]
+initLocalDomainsMap - got map: [:]
+users email from Content Filter:  u
+userEmail is not nil -> using userEmail from vendor
+initConfigurationForMacOs, confData = ["allowAll": "true", "userEmail": "e"]
+init edns values confData = Optional(["allowAll": "true", "userEmail": "e"])
+userAuthEnabled = true
+conf key = allowAll is not found
+systemDNSSettings: Optional([])
+useQuilletDNS: false
+initVendorSettings, vendorData: Optional(["--allowAll": "true", "n": 1, "userEmail": "e"]), macosConfig: ["allowAll": "true", "userEmail": "e"]
+initVendorSettings1
+shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []
+initVendorSettings  - done
+capportal ips is empty
+initLocalUdp
+initLocalUdp - macos
+)";
 
 TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
   defaults_.write(R"({"userEmail": "u"})");
   provider_->setSystemDNSSettings(std::vector<platform::NEDNSSettings>{});
   log_.clear();
   start(R"({"--allowAll": "true", "userEmail": "e", "n": 1})"_json);
-  const std::string vendor = R"(["--allowAll": "true", "n": 1, "userEmail": "e"])";
-  const std::string config = R"(["allowAll": "true", "userEmail": "e"])";
-  const auto options = "Optional([\"VendorData\": " + vendor + "])";
-  EXPECT_THAT(
-      log_.records(),
-      ElementsAre(
-          StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxyExt: "),
-          "startProxy,options:" + options, "startProxy,options - ttt:" + options,
-          "----vendor data----", "key:--allowAll: Optional(\"true\")", "key:n: Optional(1)",
-          "key:userEmail: Optional(\"e\")", "opts: " + vendor, "initLocalDomainsMap - got map: [:]",
-          "users email from Content Filter:  u",
-          "userEmail is not nil -> using userEmail from vendor",
-          "initConfigurationForMacOs, confData = " + config,
-          "init edns values confData = Optional(" + config + ")", "userAuthEnabled = true",
-          "conf key = allowAll is not found", "systemDNSSettings: Optional([])",
-          "useQuilletDNS: false",
-          "initVendorSettings, vendorData: Optional(" + vendor + "), macosConfig: " + config,
-          "initVendorSettings1",
-          "shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []",
-          "initVendorSettings  - done", "capportal ips is empty", "initLocalUdp",
-          "initLocalUdp - macos"));
+  auto logged = log_.records();
+  EXPECT_THAT(logged.at(0), StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxy"));
+  logged.erase(logged.begin());
+  EXPECT_EQ(linesOf(logged), kStart);
   EXPECT_TRUE(provider_->shouldAllowAll);
   EXPECT_EQ(provider_->defaults()->dictionaryForKey("mdmConf"), provider_->vendorData);
 }
 
-TEST_F(DnsProxyExtTest, PrintsTheSettings) {
-  start(R"({"allowPackages": "a,b", "localNetworkDNS": "10.0.0.3"})"_json);
-  const auto before = relayed(5).size();
-  log_.clear();
-  provider_->printExtensionSettings();
-  const std::string vendor = R"(["allowPackages": "a,b", "localNetworkDNS": "10.0.0.3"])";
-  const auto atRelay = relayed(before + 6);
-  const std::vector<std::string> lines{
-      "vendorData: Optional(" + vendor + ")", "options: Optional([\"VendorData\": " + vendor + "])",
-      "macosConfig options: " + vendor, R"(whitelistedApps: ["a", "b"])"};
-  std::vector<std::string> expected = lines;
-  expected.emplace_back("systemDnsSettings: nil");
-  EXPECT_EQ(std::vector(log_.records().begin(), log_.records().begin() + 5), expected);
-  expected = lines;
-  expected.insert(expected.begin(), "systemDnsSettings: nil");
-  expected.emplace_back(
-      "localNetworkDNS: Optional(10.0.0.3:53), filteringDNS: 127.0.0.2:81, "
-      "secondDNS:127.0.0.3:53");
-  EXPECT_EQ(std::vector(atRelay.end() - 6, atRelay.end()), expected);
-}
+constexpr char kRelayed[] = R"(started
+startProxy,options - ttt:Optional(["VendorData": ["allowPackages": "a,b"]])
+opts:["allowPackages": "a,b"]
+starting proxy - macos config:["allowPackages": "a,b"]
+started
+systemDnsSettings: nil
+vendorData: Optional(["allowPackages": "a,b"])
+options: Optional(["VendorData": ["allowPackages": "a,b"]])
+macosConfig options: ["allowPackages": "a,b"]
+whitelistedApps: ["a", "b"]
+localNetworkDNS: nil, filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53
+sleep proxy
+wake proxy
+stopProxy, reason: NEProviderStopReason(rawValue: 1)
+stopped
+)";
 
-TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartAndStop) {
-  start(R"({"allowAll": "true"})"_json);
+TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartItsSettingsAndItsStop) {
+  start(R"({"allowPackages": "a,b"})"_json);
   relayed(5);
   log_.clear();
   int completions = 0;
+  provider_->printExtensionSettings();
   provider_->sleep([&] { ++completions; });
   provider_->wake();
-  provider_->stopProxy(platform::NEProviderStopReason::kUserInitiated, [&] { ++completions; });
+  provider_->stopProxy(NEProviderStopReason::kUserInitiated, [&] { ++completions; });
   EXPECT_EQ(completions, 2);
-  EXPECT_THAT(log_.records(),
-              ElementsAre("sleep proxy", "wake proxy",
-                          StartsWith("stopProxy, reason: NEProviderStopReason("
-                                     "rawValue: 1), instance id - <DnsProxyExt: ")));
-  EXPECT_THAT(
-      relayed(9),
-      ElementsAre("started",
-                  R"(startProxy,options - ttt:Optional(["VendorData": ["allowAll": "true"]]))",
-                  R"(opts:["allowAll": "true"])",
-                  R"(starting proxy - macos config:["allowAll": "true"])", "started", "sleep proxy",
-                  "wake proxy", "stopProxy, reason: NEProviderStopReason(rawValue: 1)", "stopped"));
+  auto logged = records();
+  logged.resize(8);
+  EXPECT_THAT(logged.back(), StartsWith("stopProxy, reason: NEProviderStopReason(rawValue: 1), "
+                                        "instance id - <DnsProxy"));
+  EXPECT_THAT(logged, testing::IsSupersetOf(
+                          {"systemDnsSettings: nil", "sleep proxy", "wake proxy",
+                           R"(vendorData: Optional(["allowPackages": "a,b"]))",
+                           R"(options: Optional(["VendorData": ["allowPackages": "a,b"]]))",
+                           R"(macosConfig options: ["allowPackages": "a,b"])",
+                           R"(whitelistedApps: ["a", "b"])"}));
+  EXPECT_EQ(linesOf(relayed(15)), kRelayed);
   EXPECT_EQ(platform::textOf(relay_.received().back()),
             R"({"cmdType":"notification","payload":"stopped"})");
   EXPECT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));

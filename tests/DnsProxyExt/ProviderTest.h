@@ -18,15 +18,11 @@
 
 namespace quillet::test {
 
-/// A started provider with a clock that stands still, and with user defaults and a relay service of
-/// its own.
-class ProviderTest : public testing::Test {
+/// A started provider with user defaults and a relay service of its own.
+class ProviderTest : public StageTest {
  protected:
-  using Data = platform::Data;
-
   ProviderTest() {
     ::setenv("TZ", "Europe/Ljubljana", 1);
-    platform::Clock::setShared(&clock_);
     MDMConfigurationManager::shared() = MDMConfigurationManager();
     provider_->xpcUdpHelper->relayPort = static_cast<std::uint16_t>(relay_.port());
     startWith(std::nullopt);
@@ -38,7 +34,6 @@ class ProviderTest : public testing::Test {
     }
     runReady();
     runReady();
-    platform::Clock::setShared(nullptr);
     ::unsetenv("TZ");
   }
 
@@ -107,9 +102,7 @@ class ProviderTest : public testing::Test {
     return std::make_shared<Utils::DNSHost>(server.text());
   }
 
-  LogCapture log_;
   DefaultsFolder defaults_;
-  platform::ManualClock clock_{1'700'000'000'123'000};
   FakeServer relay_{stayQuiet};
   std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
 };

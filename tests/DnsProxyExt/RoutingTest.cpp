@@ -37,24 +37,19 @@ class RoutingTest : public test::ProviderTest {
 TEST_F(RoutingTest, SendsTheBatchWhereTheTableSays) {
   provider_->localDomainsMap = {{"a.corp", std::make_shared<Utils::DNSHost>("10.0.0.4")}};
   provider_->allowedApps = {"browser"};
-  const struct {
-    const char* app;
-    const char* name;
-    const char* server;
-    bool isUnchanged;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, bool> rows[] = {
       {"com.apple.nsupdate", "a", "127.0.0.4:53", true},
       {"browser", "a", "127.0.0.3:53", true},
       {"app", "www.a.corp", "10.0.0.4:53", true},
       {"app", "a", "127.0.0.2:81", false},
   };
-  for (const auto& row : rows) {
-    const auto flow = makeFlow({query(row.name), Data{1}}, row.app);
+  for (const auto& [app, name, server, isUnchanged] : rows) {
+    const auto flow = makeFlow({query(name), Data{1}}, app);
     offer(flow);
     runReady();
     ASSERT_FALSE(sent_.empty());
-    EXPECT_EQ(sent_.back().server, row.server);
-    EXPECT_EQ(sent_.back().batch.datagrams == flow->toRead, row.isUnchanged) << row.server;
+    EXPECT_EQ(sent_.back().server, server);
+    EXPECT_EQ(sent_.back().batch.datagrams == flow->toRead, isUnchanged) << server;
     EXPECT_EQ(sent_.back().batch.endpoints, flow->readEndpoints);
   }
   EXPECT_EQ(count("dnshost address = 10.0.0.4"), 1);
@@ -83,12 +78,12 @@ TEST_F(RoutingTest, OpensANewFlowAndReadsItEvenWhenThatFailed) {
 
 TEST_F(RoutingTest, SendsNothingForAnIncompleteBatch) {
   const auto flow = makeFlow({query("a")});
+  const std::vector<Data> none;
   for (const auto& provider : {provider_, safeSearch_}) {
-    provider->connectToDNS(flow, std::nullopt, flow->readEndpoints, std::nullopt);
-    provider->connectToDNS(flow, std::vector<Data>(), flow->readEndpoints, std::nullopt);
-    provider->connectToDNS(flow, flow->toRead, std::nullopt, std::nullopt);
-    provider->connectToDNS(flow, flow->toRead, std::vector<platform::NWHostEndpoint>(),
-                           std::nullopt);
+    provider->connectToDNS(flow, std::nullopt, flow->readEndpoints, {});
+    provider->connectToDNS(flow, none, flow->readEndpoints, {});
+    provider->connectToDNS(flow, flow->toRead, std::nullopt, {});
+    provider->connectToDNS(flow, flow->toRead, std::vector<platform::NWHostEndpoint>(), {});
   }
   EXPECT_THAT(sent_, IsEmpty());
   EXPECT_EQ(count("datagram count = 1"), 2) << "what leads to the server is told";

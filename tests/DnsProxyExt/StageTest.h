@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "DnsProxyExt/registry/FlowManager.h"
@@ -38,7 +39,7 @@ class StageTest : public testing::Test {
   }
 
   LogCapture log_;
-  platform::ManualClock clock_{1'000'000'000'000};
+  platform::ManualClock clock_{1'700'000'000'123'000};
   FlowManager registry_;
   const RelayLog relayLog_{std::make_shared<XpcUdpHelper>()};
 };
@@ -48,6 +49,15 @@ inline platform::Data answerForA() {
   return hex(
       "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
       "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
+}
+
+/// The records, a line each.
+inline std::string linesOf(const std::vector<std::string>& records) {
+  std::string lines;
+  for (const auto& record : records) {
+    lines.append(record).append("\n");
+  }
+  return lines;
 }
 
 }  // namespace quillet::test

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "demo/DemoAnswer.h"
+#include "demo/DemoPolicy.h"
 #include "tests/support/Wire.h"
 
 namespace quillet {
@@ -45,6 +46,16 @@ TEST(DemoAnswerTest, AnswersDatagramsThatCannotBeDecoded) {
             hex("ff34 8081 0000 0000 0000 0000"));
   for (const char* query : {"1234 8180 0001 0000 0000 0000", "1234 0100 0001 0000 0000 00", ""}) {
     EXPECT_EQ(answerToUndecodable(hex(query)), std::nullopt);
+  }
+}
+
+TEST(DemoPolicyTest, ReadsTheOrganizationOfARequest) {
+  const std::pair<std::string, std::optional<std::string_view>> rows[] = {
+      {R"(a"}b"})", R"(a"}b)"}, {R"("})", ""}, {R"(})", std::nullopt}, {R"(org42")", std::nullopt}};
+  for (const auto& [rest, organization] : rows) {
+    const auto request = R"({"function": "localDNSMap","companyId": ")" + rest;
+    EXPECT_EQ(organizationOf(platform::bytesOf(request)), organization) << rest;
+    EXPECT_EQ(organizationOf(platform::bytesOf("x" + request)), std::nullopt);
   }
 }
 

@@ -15,6 +15,35 @@ std::optional<DNSMessage> decoded(DataView bytes) {
   return std::move(decoder.message);
 }
 
+TEST(DNSHeaderTest, ReadsAndWritesEachField) {
+  const std::pair<const char*, DNSHeader> rows[] = {
+      {"abcd 0000", {.id = 0xABCD}},
+      {"0000 8000", {.isQuery = false}},
+      {"0000 7800", {.opCode = 15}},
+      {"0000 0400", {.authoritativeAnswer = true}},
+      {"0000 0200", {.truncated = true}},
+      {"0000 0100", {.recursionDesired = true}},
+      {"0000 0080", {.recursionAvailable = true}},
+      {"0000 0020", {.authenticatedData = true}},
+      {"0000 0010", {.checkingDisabled = true}},
+      {"0000 000f", {.responseCode = 15}},
+  };
+  for (auto [bytes, header] : rows) {
+    header.questionCount = 0x0102;
+    header.answerRecordCount = 0x0304;
+    header.authorityRecordCount = 0x0506;
+    header.additionalRecordCount = 0x0708;
+    const auto wire = test::hex(std::string(bytes) + "0102 0304 0506 0708");
+    std::uint32_t offset = 0;
+    DNSHeaderDecoder decoder;
+    decoder.decodeHeaderInBuffer(wire, offset);
+    EXPECT_EQ(decoder.header, header) << bytes;
+    EXPECT_EQ(DNSHeaderEncoder::encode(header), wire) << bytes;
+  }
+  EXPECT_EQ(DNSHeaderEncoder::encode({.opCode = 0xFFF5, .responseCode = 0xF3}),
+            test::hex("0000 2803 0000000000000000"));
+}
+
 TEST(DNSMessageTest, ItsElementsDecodeOnTheirOwnToo) {
   const auto bytes = hex("ff 01 61 00 001c 0003 00 0001 0002 00000003 0000 ff");
   std::uint32_t offset = 1;
@@ -94,6 +123,57 @@ TEST(DNSMessageTest, LetsEachRecordWriteItself) {
   const auto bytes = DNSMessageEncoder::encode(message);
   EXPECT_EQ(bytes.size(), 12U + 5U * 0x10001);
   EXPECT_TRUE(bytes[4] == 0 && bytes[5] == 1);
+}
+
+TEST(DNSResourceRecordTest, LeavesOutDataThatHasNoLength) {
+  DNSResourceRecord record;
+  record.name = ".";
+  record.data.resize(0xFFFF);
+  EXPECT_EQ(record.encode().size(), 11U + 0xFFFF);
+  EXPECT_EQ(record.encode()[9], 0xFF);
+  EXPECT_EQ(record.copy()->encode(), record.encode());
+  record.data.resize(0x10000);
+  EXPECT_EQ(record.encode(), hex("00 0000 0000 00000000 0000"));
+}
+
+TEST(DNSResourceRecordTest, OfACnameReadsAndWritesItsTarget) {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"01 61 00 ffff", "a", "01 61 00"},
+      {"01 61 c005 ff 01 62 00", "a.b", "01 61 01 62 00"},  // a pointer into the data itself
+      {"03 776562 c010", "web", "03 776562 00"},            // and one into the message
+      {"03 77", "", "00 00"},
+  };
+  for (const auto& [data, name, written] : rows) {
+    DNSResourceRecord record;
+    record.name = "w";
+    record.ttl = 1;
+    record.data = hex(data);
+    const auto cname = DNSCNAMEResourceRecord::fromResource(record);
+    EXPECT_TRUE(cname->name == "w" && cname->ttl == 1);
+    EXPECT_EQ(cname->canonicalName, name);
+    EXPECT_EQ(cname->copy()->encodeData(), hex(written)) << data;
+  }
+}
+
+TEST(DNSResourceRecordTest, OfAnOptHoldsItsFieldsInClassAndTtl) {
+  DNSResourceRecord record;
+  record.name = ".";
+  record.type = 41;
+  record.resourceClass = 4096;
+  record.ttl = 0x1234FFFF;
+  const auto opt = DNSOPTResourceRecord::fromResource(record);
+  EXPECT_EQ(std::tuple(opt->udpPayloadSize, opt->extendedRCode, opt->version, opt->dnssecOK),
+            std::tuple(4096, 0x12, 0x34, true));
+  opt->data = hex("000a 0001 ff");
+  EXPECT_EQ(opt->encode(), hex("00 0029 1000 12348000 0005 000a0001ff"));
+  record.ttl = 0xFFFF7FFF;
+  EXPECT_FALSE(DNSOPTResourceRecord::fromResource(record)->dnssecOK);
+  // Only its own fields are written.
+  DNSOPTResourceRecord fresh;
+  fresh.name = ".";
+  fresh.resourceClass = 0xFFFF;
+  fresh.ttl = 0xFFFFFFFF;
+  EXPECT_EQ(fresh.encode(), hex("00 0000 0000 00000000 0000"));
 }
 
 }  // namespace

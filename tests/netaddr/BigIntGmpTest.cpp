@@ -167,16 +167,44 @@ TEST_F(BigIntGmpTest, ModularPowersAndLucasSequencesAgree) {
   }
 }
 
-TEST_F(BigIntGmpTest, TextsAgreeInEveryRadix) {
-  for (int i = 0; i < 700; ++i) {
-    const BigInt value = i < 35 ? lowest() : i < 70 ? highest() : operands_.next();
-    const int radix = 2 + i % 35;
-    std::string expected(BigInt::kBits + 3, '\0');
-    mpz_get_str(expected.data(), -radix, Mpz(value).get());
-    expected.resize(expected.find('\0'));
-    ASSERT_EQ(value.toStringWithRadix(radix), expected);
-    ASSERT_EQ(BigInt(expected, radix), value);
+void expectPrimality(const BigInt& value) {
+  const bool isPrime = mpz_probab_prime_p(Mpz(value).get(), 30) != 0;
+  ASSERT_EQ(value.isProbablePrime(), isPrime) << testing::PrintToString(value);
+  ASSERT_EQ(value.isProbablePrimeWithConfidence(3), isPrime) << testing::PrintToString(value);
+  ASSERT_EQ(value.negate().rabinMillerTestWithConfidence(20), isPrime);
+  ASSERT_TRUE(!isPrime || BigInt::lucasStrongTest(value));
+}
+
+TEST(BigIntPrimalityTest, OfSmallNumbersAgrees) {
+  constexpr int kLucasPseudoprimes[] = {5459, 5777, 10877, 16109, 18971};
+  for (int n = 0; n < 20000 && !testing::Test::HasFailure(); ++n) {
+    const BigInt value(n);
+    expectPrimality(value);
+    ASSERT_EQ(BigInt::lucasStrongTest(value),
+              value.isProbablePrime() || std::ranges::count(kLucasPseudoprimes, n) != 0);
   }
+}
+
+TEST(BigIntPrimalityTest, OfLargePrimesAndPseudoprimesAgrees) {
+  const char* const rows[] = {
+      // Primes: one whose discriminant is 41, 2^127 - 1.
+      "78439", "170141183460469231731687303715884105727",
+      // Strong Lucas pseudoprimes without a small factor, and strong ones to base 2.
+      "8518127", "8817899", "9713027", "12327121", "3215031751", "3317044064679887385961981",
+      // A Carmichael number, F5, M67, the squares of 2003 and 2^61 - 1.
+      "9746347772161", "4294967297", "147573952589676412927", "4012009",
+      "5316911983139663487003542222693990401"};
+  for (const char* const row : rows) {
+    expectPrimality(BigInt(row, 10));
+  }
+  EXPECT_FALSE(BigInt::lucasStrongTest(BigInt(std::end(rows)[-1], 10)));
+  EXPECT_FALSE(lowest().isProbablePrime());
+  EXPECT_FALSE(BigInt(9).rabinMillerTestWithConfidence(0)) << "one round at least";
+  expectPrimality(BigInt(1).shiftLeft(1279).subtract(BigInt(1)));
+  const BigInt prime = BigInt::generatePseudoPrimeWithBits(100, 10);
+  EXPECT_TRUE(mpz_probab_prime_p(Mpz(prime).get(), 30) != 0 && prime.bitCount() == 100);
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(2, 1), BigInt(3));
+  EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(1, 1), BigInt());
 }
 
 }  // namespace

@@ -41,14 +41,12 @@ TEST(IPv6Test, ReadsTexts) {
     for (const std::string& text : texts) {
       const IPv6 ip(text);
       EXPECT_EQ(ip.error(), error) << text;
-      EXPECT_EQ(ip.valid(), !error) << text;
-      EXPECT_EQ(ip.parsedAddress().empty(), !ip.valid()) << text;
-      EXPECT_EQ(ip.isInSubnet(IPv6("::/0")), ip.valid());
       EXPECT_EQ(ip.correctForm().has_value(), ip.valid());
       if (error) {
         EXPECT_EQ(ip.canonicalForm() + ip.decimal() + ip.v4inv6() + ip.reversedForm(), "");
         EXPECT_TRUE(ip.bigInteger() == BigInt() && ip.data() == Data(16));
         EXPECT_FALSE(ip.correct() || ip.canonical() || IPv6("::").isInSubnet(ip));
+        EXPECT_FALSE(ip.valid() || ip.isInSubnet(IPv6("::/0")) || !ip.parsedAddress().empty());
       }
     }
   }

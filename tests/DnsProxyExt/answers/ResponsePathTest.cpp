@@ -9,8 +9,8 @@ using test::answerForA;
 using test::hex;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 class ResponsePathTest : public test::StageTest {
@@ -19,6 +19,7 @@ class ResponsePathTest : public test::StageTest {
 
   void answer(std::optional<Data> datagram, bool isFinished = true,
               std::optional<Error> error = std::nullopt) {
+    log_.clear();
     path_.take({flow_, std::move(datagram), isFinished, asked_, std::move(error)}, nullptr);
     platform::MainLoop::shared().runReady();
   }
@@ -32,12 +33,9 @@ class ResponsePathTest : public test::StageTest {
 TEST_F(ResponsePathTest, TheFirstAnswerIsTimedAndTheLastOneCloses) {
   clock_.advanceSeconds(0.0125);
   answer(answerForA(), false);
-  EXPECT_THAT(log_.records(),
-              Contains("[DNS REQ FLOW] - took: 12.5msec, domain:Optional(\"a.\"), "
-                       "dnsServer:Optional(\"127.0.0.9\"), hash - 12, additional: Optional([])"));
-  EXPECT_THAT(flow_->closed, IsEmpty());
+  EXPECT_THAT(log_.records(), Contains(StartsWith("[DNS REQ FLOW] - took: 12.5msec, ")));
   EXPECT_THAT(log_.records(), Not(Contains("handleInBoundDatagram, closing read/write,hash = 12")));
-  log_.clear();
+  EXPECT_THAT(flow_->closed, IsEmpty());
   answer(answerForA());
   EXPECT_THAT(log_.records(), Not(Contains(StartsWith("[DNS REQ FLOW]"))));
   EXPECT_THAT(log_.records(), Contains("flow reports: []"));
@@ -51,53 +49,44 @@ TEST_F(ResponsePathTest, TheFirstAnswerIsTimedAndTheLastOneCloses) {
 TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
   flow_->writeError = Error("unwritten");
   answer(answerForA(), true, Error("upstream"));
-  EXPECT_THAT(recordOf(flow_).errors,
-              ElementsAre(testing::EndsWith("breakboint: 1"), testing::EndsWith("breakboint: 0"),
-                          "Optional(upstream)"));
-  EXPECT_EQ(log_.records().back(),
-            "handleInBoundDatagram -> write datagrams, hash  = 12, hasError = true");
+  EXPECT_THAT(recordOf(flow_).errors, ElementsAre(EndsWith("breakboint: 1"),
+                                                  EndsWith("breakboint: 0"), "Optional(upstream)"));
+  EXPECT_THAT(log_.records().back(), EndsWith("hash  = 12, hasError = true"));
   EXPECT_THAT(flow_->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
 TEST_F(ResponsePathTest, WithoutBytesNothingIsWritten) {
   answer(std::nullopt, true, Error("refused"));
-  EXPECT_THAT(
-      log_.records(),
-      ElementsAre("handleInBoundDatagram,hash = 12, isFinish = true, error = Optional(refused)",
-                  "flow reports: [\"12\"]", "handleInBoundDatagram, data == nil,hash = 12",
-                  "handleInBoundDatagram, closing read/write,hash = 12"));
-  EXPECT_THAT(flow_->written, IsEmpty());
-  EXPECT_THAT(flow_->closed, IsEmpty());
-  EXPECT_EQ(reports_.count("12"), 1U);
-}
-
-TEST_F(ResponsePathTest, WhatItCannotDecodePassesUnchanged) {
-  const auto garbage = hex("12 34 81");
-  answer(garbage);
-  EXPECT_THAT(log_.records(), testing::IsSupersetOf(
-                                  {"decodeDNSResponse error",
-                                   "handleInBoundDatagram,hash = 12, decode response returned nil",
-                                   "modified msg = nil",
-                                   "[DNS REQ FLOW] - took: 0.0msec, domain:nil, dnsServer:"
-                                   "Optional(\"127.0.0.9\"), hash - 12, additional: nil"}));
-  EXPECT_THAT(flow_->written, ElementsAre(std::pair(garbage, asked_)));
+  EXPECT_EQ(test::linesOf(log_.records()),
+            R"(handleInBoundDatagram,hash = 12, isFinish = true, error = Optional(refused)
+flow reports: ["12"]
+handleInBoundDatagram, data == nil,hash = 12
+handleInBoundDatagram, closing read/write,hash = 12
+)");
+  EXPECT_TRUE(flow_->written.empty() && flow_->closed.empty() && reports_.contains("12"));
 }
 
 TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
   const std::string url = "handleInBoundDatagram,hash = 12, url = ";
   const std::pair<Data, std::vector<std::string>> rows[] = {
+      {hex("12 34 81"),
+       {"decodeDNSResponse error", "handleInBoundDatagram,hash = 12, decode response returned nil",
+        "modified msg = nil",
+        "[DNS REQ FLOW] - took: 0.0msec, domain:nil, dnsServer:Optional(\"127.0.0.9\"), hash - 12, "
+        "additional: nil"}},
       {hex("12 34 81 83 00 01 00 00 00 00 00 00 01 61 00 00 01 00 01"),
        {url + "<answers arr is empty>"}},
       {hex("12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 41 00 01"
            "c0 0c 00 41 00 01 00 00 00 3c 00 03 00 01 00"),
        {"=== ignore HTTPSSVC ===", url + "Optional(\"a.\")"}},
-      {hex("12 34 81 80 00 00 00 01 00 00 00 00 01 62 00 00 10 00 01 00 00 00 3c 00 02 01 78"),
+      {hex("12 34 81 80 00 00 00 01 00 00 00 00 01 62 00 00 10 00 01 00 00 00 3c 00 04 03 78 3d "
+           "79"),
        {url + "Optional(\"b.\")"}},
   };
   for (const auto& [bytes, lines] : rows) {
-    log_.clear();
     answer(bytes);
     EXPECT_THAT(log_.records(), testing::IsSupersetOf(lines));
+    EXPECT_EQ(flow_->written.back(), std::pair(bytes, asked_));
   }
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 
 #include "DnsProxyExt/settings/IdentityOption.h"
 #include "DnsProxyExt/settings/VendorSettings.h"
@@ -12,7 +13,6 @@ namespace quillet {
 namespace {
 
 using platform::description;
-using testing::ElementsAre;
 using Step = VendorSetting::Step;
 
 class VendorSettingsTest : public testing::Test {
@@ -22,9 +22,15 @@ class VendorSettingsTest : public testing::Test {
       applyVendorSettings(step, conf, {routing_, policyServer_, captivePortalIps_});
     }
   }
-  [[nodiscard]] std::vector<std::string> servers() const {
-    return {description(routing_.secondDNS), description(routing_.filteringDNS),
-            description(routing_.localNetworkDNS), description(policyServer_)};
+  /// All that settings decide, between blanks.
+  [[nodiscard]] std::string inForce() const {
+    std::string text;
+    for (const auto& server :
+         {routing_.secondDNS, routing_.filteringDNS, routing_.localNetworkDNS, policyServer_}) {
+      text.append(description(server)).append(" ");
+    }
+    return text + description(captivePortalIps_) + " " + description(routing_.allowedApps) + " " +
+           description(routing_.shouldAllowAll) + " " + description(routing_.localDomainsMap);
   }
 
   test::LogCapture log_;
@@ -34,7 +40,7 @@ class VendorSettingsTest : public testing::Test {
 };
 
 TEST_F(VendorSettingsTest, KeepsWhatNewSettingsDoNotName) {
-  EXPECT_THAT(servers(), ElementsAre("127.0.0.3:53", "127.0.0.2:81", "127.0.0.4:53", "nil"));
+  EXPECT_EQ(inForce(), "127.0.0.3:53 127.0.0.2:81 127.0.0.4:53 nil [] [] false [:]");
   apply({{"secondDNS", "10.0.0.1:54"},
          {"filteringDNS", "10.0.0.2"},
          {"localNetworkDNS", "10.0.0.3"},
@@ -43,23 +49,17 @@ TEST_F(VendorSettingsTest, KeepsWhatNewSettingsDoNotName) {
          {"allowPackages", "a,b"},
          {"allowAll", "true"},
          {"mappedDomains", "[corp:10.1.1.1]"}});
-  EXPECT_TRUE(routing_.shouldAllowAll);
-  EXPECT_EQ(description(routing_.localDomainsMap), R"(["corp": 10.1.1.1:53])");
-  EXPECT_THAT(servers(), ElementsAre("10.0.0.1:54", "10.0.0.2:53", "10.0.0.3:53", "10.0.0.4:2801"));
+  const std::string servers = "10.0.0.1:54 10.0.0.2:53 ";
+  const std::string portals = R"(["10.0.0.5", "10.0.0.6"] )";
+  EXPECT_EQ(inForce(), servers + "10.0.0.3:53 10.0.0.4:2801 " + portals +
+                           R"(["a", "b"] true ["corp": 10.1.1.1:53])");
+  // Only the exact word allows all.
   apply({{"captivePortalIp", ""}, {"allowAll", "True"}});
-  EXPECT_FALSE(routing_.shouldAllowAll) << "only the exact word does";
-  EXPECT_THAT(servers(), ElementsAre("10.0.0.1:54", "10.0.0.2:53", "nil", "127.0.0.5:2800"));
-  EXPECT_THAT(captivePortalIps_, ElementsAre("10.0.0.5", "10.0.0.6"));
-  EXPECT_THAT(routing_.allowedApps, testing::IsEmpty());
-  EXPECT_TRUE(routing_.localDomainsMap.empty());
+  EXPECT_EQ(inForce(), servers + "nil 127.0.0.5:2800 " + portals + "[] false [:]");
 }
 
 TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
-  const struct {
-    const char* jsonVars;
-    const char* allowPackages;
-    std::vector<std::string> allowed;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::vector<std::string>> rows[] = {
       {"", "x,y", {"x", "y"}},
       {"no JSON", "x,y", {"x", "y"}},
       {"[1]", "x", {"before"}},
@@ -70,10 +70,10 @@ TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
       {R"({"allowPackages": ["a", 1e999]})", "x", {"before"}},
       {"[1e999]", "x", {"before"}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [jsonVars, allowPackages, allowed] : rows) {
     routing_.allowedApps = {"before"};
-    apply({{"jsonVars", row.jsonVars}, {"allowPackages", row.allowPackages}});
-    EXPECT_EQ(routing_.allowedApps, row.allowed) << row.jsonVars;
+    apply({{"jsonVars", jsonVars}, {"allowPackages", allowPackages}});
+    EXPECT_EQ(routing_.allowedApps, allowed) << jsonVars;
   }
   EXPECT_THAT(
       log_.records(),
@@ -81,36 +81,32 @@ TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
                              R"(initVendorSettings3, jsonDict = ["allowPackages": ["a", 3]])"}));
 }
 
-/// The first two cells of each row of the table whose first heading is `heading`.
-std::vector<std::pair<std::string, std::string>> documentedRows(const std::string& heading) {
-  std::ifstream document(QUILLET_SETTINGS_DOCUMENT);
-  std::vector<std::pair<std::string, std::string>> rows;
-  bool isWithin = false;
-  for (std::string line; std::getline(document, line);) {
-    const auto first = line.find(" | ");
-    if (!line.starts_with("| ") || first == std::string::npos) {
-      isWithin = isWithin && line.starts_with("|");
-    } else if (isWithin) {
-      rows.emplace_back(line.substr(2, first - 2),
-                        line.substr(first + 3, line.find(" | ", first + 3) - first - 3));
-    } else {
-      isWithin = line.starts_with("| " + heading + " |");
-    }
+/// The rows of the document's table with these headings, from the line after its rule on: their
+/// first two cells.
+std::string documentedRows(const std::string& headings) {
+  std::ifstream file(QUILLET_SETTINGS_DOCUMENT);
+  std::string line;
+  while (std::getline(file, line) && !line.starts_with(headings)) {
+  }
+  std::getline(file, line);
+  std::string rows;
+  while (std::getline(file, line) && line.starts_with("| ")) {
+    rows.append(line, 0, line.find(" | ", line.find(" | ") + 1)).append("\n");
   }
   return rows;
 }
 
 TEST(SettingsDocument, ListsTheVendorSettingsAndTheIdentityOptions) {
-  std::vector<std::pair<std::string, std::string>> settings;
+  std::string settings;
   for (const auto& setting : vendorSettings()) {
-    settings.emplace_back("`" + std::string(setting.key) + "`", setting.form);
+    settings.append("| `").append(setting.key).append("` | ").append(setting.form).append("\n");
   }
-  EXPECT_EQ(documentedRows("key"), settings);
-  std::vector<std::pair<std::string, std::string>> options;
+  EXPECT_EQ(documentedRows("| key | form |"), settings);
+  std::string options;
   for (const auto& option : kIdentityOptions) {
-    options.emplace_back(option.code, option.holds);
+    options.append("| ").append(option.code).append(" | ").append(option.holds).append("\n");
   }
-  EXPECT_EQ(documentedRows("option"), options);
+  EXPECT_EQ(documentedRows("| option | holds |"), options);
 }
 
 }  // namespace
