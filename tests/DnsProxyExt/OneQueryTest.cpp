@@ -22,7 +22,7 @@ values for inject = ["65001": "org42", "65004": "127.0.0.1", "65006": "Europe/Lj
 )";
 
 constexpr char kLog[] =
-    R"(bypassAll = false
+    R"log(bypassAll = false
 handleNewUDPFlow, hash = 7,  flow = <FakeFlow>, isBound: false, localEndpoint: Optional(127.0.0.1:40000),ledb: Optional(127.0.0.1:40000), remote: 127.0.0.1:5300
 flows count = 0
 handleNewUDPFlow, opened flow, hash = 7 
@@ -91,7 +91,7 @@ handleInBoundDatagram -> write datagrams, hash  = 7, hasError = false
 DNSSocketClient stateUpdateHandler:, flowHash = 7, state = cancelled
 State: Cancelled, flowHash = 7
 
-)";
+)log";
 
 TEST_F(OneQueryTest, LogsItsWholeRoad) {
   const test::FakeServer server(test::answerA);
@@ -124,7 +124,8 @@ TEST_F(OneQueryTest, TheErrorOfARefusedOneIsLogged) {
   EXPECT_TRUE(
       runUntilLogged("handleInBoundDatagram,hash = 7, isFinish = false, error = "
                      "Optional(POSIXErrorCode(rawValue: 111): Connection refused)"));
-  EXPECT_TRUE(runUntil([this] { return provider_.use_count() == 1; })) << "it holds nothing";
+  const auto& report = provider_->dnsFlowsReports.at("7");
+  EXPECT_TRUE(runUntil([&] { return report.keeper == nullptr; })) << "the exchange is over";
 }
 
 }  // namespace

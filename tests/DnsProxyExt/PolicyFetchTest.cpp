@@ -17,35 +17,32 @@ class PolicyFetchTest : public test::ProviderTest {
   }
 
   [[nodiscard]] auto fetches() const { return count("fetchPolicy"); }
-  void offerNew() { offer(makeFlow({query("a")})); }
 
   const FakeServer policy_{test::stayQuiet};
 };
 
 TEST_F(PolicyFetchTest, FetchesAtTheFirstFlowsAndThenBySchedule) {
-  EXPECT_EQ(fetches(), 0) << "a start fetches nothing";
-  provider_->bypassAll = true;
-  offerNew();
-  EXPECT_EQ(fetches(), 1) << "declined flows count";
+  provider_->bypassAll = true;  // declined flows count
+  const std::tuple<const char*, double, bool, int> rows[] = {
+      {"a start fetches nothing", 0, false, 0},
+      {"the first flow", 0, true, 1},
+      {"the second one always fetches again", 0, true, 2},
+      {"too soon", 599.9, true, 2},
+      {"once more, 600 seconds after the first, without a flow", 0.1, false, 3},
+      {"not more than 600 seconds", 0, true, 3},
+      {"more", 1, true, 4},
+      {"without flows nothing more", 100'000, false, 4},
+  };
+  for (const auto& [what, seconds, isOffered, expected] : rows) {
+    clock_.advanceSeconds(seconds);
+    runReady();
+    if (isOffered) {
+      offer(makeFlow({query("a")}));
+    }
+    EXPECT_EQ(fetches(), expected) << what;
+  }
   EXPECT_EQ(count("startFetchingPolicy"), 1);
-  offerNew();
-  EXPECT_EQ(fetches(), 2) << "the second flow always fetches again";
-  clock_.advanceSeconds(599.9);
-  offerNew();
-  runReady();
-  EXPECT_EQ(fetches(), 2);
-  clock_.advanceSeconds(0.1);
-  runReady();
-  EXPECT_EQ(fetches(), 3) << "once more, 600 seconds after the first, without a flow";
-  offerNew();
-  EXPECT_EQ(fetches(), 3) << "not more than 600 seconds";
-  clock_.advanceSeconds(1);
-  offerNew();
-  EXPECT_EQ(fetches(), 4);
   EXPECT_EQ(provider_->lastPolicyFetchTime, 1'700'000'601);
-  clock_.advanceSeconds(100'000);
-  runReady();
-  EXPECT_EQ(fetches(), 4) << "without flows nothing more";
 }
 
 TEST_F(PolicyFetchTest, TheDelayedFetchDoesNotKeepTheProvider) {

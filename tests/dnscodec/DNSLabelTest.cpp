@@ -58,20 +58,15 @@ TEST(DNSLabelTest, PointersHaveFourteenBits) {
   }
 }
 
-/// `pointers` pointers, each to the next, and then a name.
-Data chain(int pointers) {
-  Data buffer;
-  for (int next = 2; next <= 2 * pointers; next += 2) {
-    buffer.push_back(static_cast<std::uint8_t>(0xC0 | next >> 8));
-    buffer.push_back(static_cast<std::uint8_t>(next));
-  }
-  buffer.insert(buffer.end(), {1, 'a', 0});
-  return buffer;
-}
-
 TEST(DNSLabelTest, FollowsSoManyPointersAndNoMore) {
-  EXPECT_EQ(nameAt(chain(DNSLabelDecoder::kMaxPointers)), "a 2");
-  EXPECT_EQ(nameAt(chain(DNSLabelDecoder::kMaxPointers + 1)), "");
+  Data chain;  // each points to the next, and the last to a name
+  for (int next = 2; next <= 2 * (DNSLabelDecoder::kMaxPointers + 1); next += 2) {
+    chain.push_back(static_cast<std::uint8_t>(0xC0 | next >> 8));
+    chain.push_back(static_cast<std::uint8_t>(next));
+  }
+  chain.insert(chain.end(), {1, 'a', 0});
+  EXPECT_EQ(nameAt(chain), "");
+  EXPECT_EQ(nameAt(chain, 2), "a 4");
 }
 
 TEST(DNSLabelTest, WritesEachPieceAsALabel) {

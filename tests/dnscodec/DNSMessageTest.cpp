@@ -99,10 +99,7 @@ TEST(DNSMessageTest, BoundsTheTextOfAllNames) {
     auto bytes = test::pointingQuestions(pointers - 1);
     bytes[11] = 1;
     bytes.insert(bytes.end(), {0xC0, 12, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0});
-    const auto message = decoded(bytes);
-    ASSERT_EQ(message.has_value(), pointers == kMost);
-    EXPECT_TRUE(!message ||
-                message->additionalRecords.at(0)->name == message->questions.at(0)->name);
+    EXPECT_EQ(decoded(bytes).has_value(), pointers == kMost);
   }
 }
 

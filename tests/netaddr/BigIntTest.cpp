@@ -129,13 +129,12 @@ TEST(BigIntTest, RandomBitsAreExactlyAsMany) {
 TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
   const BigInt n = hex("FEDCBA9876543210FEDCBA987");
   const BigInt constant = BigInt(1).shiftLeft(256).divide(n);
-  for (const BigInt& x :
-       {BigInt(5), n, n.multiply(n), n.multiply(n).shiftLeft(60), highest(), lowest()}) {
+  for (const BigInt& x : {BigInt(5), n, n.multiply(n), n.multiply(n).shiftLeft(60), lowest()}) {
     for (const BigInt& c : {constant, BigInt(99), highest()}) {
       EXPECT_EQ(BigInt::barrettReduction(x, n, c), x.mod(n));
+      EXPECT_EQ(BigInt::barrettReduction(x, n.negate(), c), x.mod(n));
+      EXPECT_EQ(BigInt::barrettReduction(x, highest(), c), x.mod(highest()));
     }
-    EXPECT_EQ(BigInt::barrettReduction(x, n.negate(), constant), x.mod(n));
-    EXPECT_EQ(BigInt::barrettReduction(x, highest(), BigInt()), x.mod(highest()));
   }
   // Here the estimated quotient is too small by two.
   EXPECT_EQ(BigInt::barrettReduction(hex(std::string(48, 'F')), hex("100000000FFFFFFFF"), BigInt()),

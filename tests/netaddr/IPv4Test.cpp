@@ -18,10 +18,8 @@ TEST(IPv4Test, ReadsTexts) {
     for (const std::string& text : texts) {
       const IPv4 ip(text);
       EXPECT_EQ(ip.error(), error) << text.substr(0, 40);
-      EXPECT_EQ(ip.valid(), !error);
       EXPECT_EQ(IPv4("0.0.0.0").isInSubnet(ip), text == "1.2.3.4/00");
       EXPECT_TRUE(!error || (ip.bigInteger() == BigInt() && !ip.isInSubnet(IPv4("0.0.0.0/0"))));
-      EXPECT_EQ(ip.data().size(), 4U);
     }
   }
 }

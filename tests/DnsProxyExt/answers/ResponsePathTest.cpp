@@ -11,6 +11,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 class ResponsePathTest : public test::StageTest {
