@@ -72,16 +72,6 @@ TEST_F(DNSSocketClientTest, MatchesAnswersInTheOrderOfArrival) {
       << "equal datagrams share the first endpoint";
 }
 
-TEST_F(DNSSocketClientTest, ARefusedPortIsOneCallbackAndTheEnd) {
-  connect({"a", "b"}, quillet::test::closedPort());
-  ASSERT_TRUE(runUntilReleased());
-  EXPECT_THAT(told_, ElementsAre("nothing@0 more Optional(POSIXErrorCode(rawValue: 111): "
-                                 "Connection refused)"));
-  EXPECT_THAT(log_.records(),
-              testing::Contains("udp socket error: POSIXErrorCode(rawValue: 111): Connection "
-                                "refused, flowHash = 5"));
-}
-
 TEST_F(DNSSocketClientTest, AnEmptyAnswerIsNoneAndTheConnectionStays) {
   const FakeServer server([](const Data& received) {
     return received == Data{'a'} ? std::vector<Data>{Data()} : std::vector<Data>{received};
