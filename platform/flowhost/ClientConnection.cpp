@@ -22,6 +22,8 @@ class ClientConnection::Query final : public AnswerPath {
       : connection_(std::move(connection)),
         place_(connection_->outstanding_.insert(connection_->outstanding_.end(), this)) {}
   ~Query() override { end(); }
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
 
   [[nodiscard]] Transport transport() const override { return Transport::tcp; }
   [[nodiscard]] bool isOpen() const override { return connection_->isOpen(); }

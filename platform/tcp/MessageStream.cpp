@@ -100,7 +100,7 @@ void MessageStream::finishConnecting() {
 }
 
 void MessageStream::read() {
-  std::array<std::uint8_t, kReadSize> room;  // NOLINT: filled by the call
+  std::array<std::uint8_t, kReadSize> room;
   const auto size = ::recv(socket_.get(), room.data(), room.size(), MSG_DONTWAIT);
   if (size > 0) {
     framing_.append({room.data(), static_cast<std::size_t>(size)});
