@@ -72,7 +72,7 @@ std::optional<PacketInfo::Received> PacketInfo::ofConnection(int socket,
   msghdr message{};
   info.prepareToReceive(message);
   auto size = static_cast<socklen_t>(message.msg_controllen);
-  if (!request(socket, isIPv6) ||
+  if (request(socket, isIPv6) ||
       ::getsockopt(socket, isIPv6 ? IPPROTO_IPV6 : IPPROTO_IP,
                    isIPv6 ? kIPv6PacketOptions : IP_PKTOPTIONS, message.msg_control, &size) != 0) {
     return std::nullopt;
