@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <functional>
+#include <cerrno>
+#include <cstring>
 
 #include "platform/senders/SocketTable.h"
 #include "platform/udp/PacketInfo.h"
