@@ -110,7 +110,7 @@ std::optional<CgroupMount> CgroupMount::from(std::string_view mountInfo) {
   while (!mountInfo.empty()) {
     const auto line = mountInfo.substr(0, mountInfo.find('\n'));
     mountInfo.remove_prefix(std::min(line.size() + 1, mountInfo.size()));
-    const auto mount = mountOf(std::string(line.substr(0, kMaxLine)));
+    auto mount = mountOf(std::string(line.substr(0, kMaxLine)));
     if (mount && mount->root == "/") {
       return mount;
     }

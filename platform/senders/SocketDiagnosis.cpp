@@ -111,9 +111,10 @@ void readMessage(const nlmsghdr* message, Answer& answer) {
     answer.error = errorFrom(message);
     return;
   }
-  auto socket = message->nlmsg_type == SOCK_DIAG_BY_FAMILY ? socketFrom(message) : std::nullopt;
+  const auto socket =
+      message->nlmsg_type == SOCK_DIAG_BY_FAMILY ? socketFrom(message) : std::nullopt;
   if (socket) {
-    answer.sockets.push_back(*std::move(socket));
+    answer.sockets.push_back(*socket);
   } else {
     answer.isComplete = true;
     answer.error = EBADMSG;

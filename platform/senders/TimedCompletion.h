@@ -16,7 +16,7 @@ class TimedCompletion {
   using Completion = std::function<void(const Result& result)>;
 
   static std::shared_ptr<TimedCompletion> within(double seconds, Completion completion) {
-    const std::shared_ptr<TimedCompletion> timed(new TimedCompletion(std::move(completion)));
+    std::shared_ptr<TimedCompletion> timed(new TimedCompletion(std::move(completion)));
     DispatchQueue::global().asyncAfter(seconds, [timed] { timed->complete(Result()); });
     return timed;
   }

@@ -123,9 +123,9 @@ TEST_F(SenderLookupTest, OnlyWhoAsksForAnIdNotSeenWaitsForAWalkOfWhichThereAreFe
     gone->remove();
   }
   const auto unseenAndGone = [&] {
-    const auto* const short_ = cgroup("system.slice/short.service");
-    auto socket = socketIn(*short_);
-    short_->remove();
+    const auto* const brief = cgroup("system.slice/short.service");
+    auto socket = socketIn(*brief);
+    brief->remove();
     return socket;
   }();
   clock.advanceSeconds(2);
