@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
 
+#include "platform/base/Clock.h"
 #include "platform/senders/SocketTable.h"
 #include "platform/udp/PacketInfo.h"
 #include "platform/udp/UDPSocket.h"
@@ -75,7 +77,22 @@ class SocketTableTest : public testing::Test {
   [[nodiscard]] SocketAddress at(const std::string& host) const {
     return address(host, server_.address().port());
   }
+  /// The kernel makes an IPv6 address usable in its own time.
+  void waitUntilReached(const std::string& host) {
+    serve("::");
+    const Client probe(AF_INET6);
+    probe.bindToDevice("quillet0");
+    const auto to = at(host);
+    const auto givenUp = Clock::system().uptimeNanoseconds() + 10'000'000'000;
+    while (server_.receive(slots_).value().empty()) {
+      ASSERT_LT(Clock::system().uptimeNanoseconds(), givenUp);
+      ::sendto(probe.socket.get(), "q", 1, 0, to.data(), to.size());
+    }
+    server_.close();
+  }
   SocketPath received() {
+    pollfd arrival{server_.get(), POLLIN, 0};
+    EXPECT_EQ(::poll(&arrival, 1, 10'000), 1);
     const auto datagrams = server_.receive(slots_).value();
     EXPECT_EQ(datagrams.size(), 1U);
     const auto& [path, bytes, interfaceIndex] = datagrams.front();
@@ -101,6 +118,7 @@ TEST_F(SocketTableTest, FindsTheSocketThatHasSent) {
       !NetworkNamespace::ip("link set quillet1 up")) {
     GTEST_SKIP() << "no network namespace";
   }
+  waitUntilReached("2001:db8::9");
   struct Row {
     const char* served;
     const char* asked;
