@@ -52,7 +52,7 @@ class Search {
     std::ifstream list(cgroup / "cgroup.procs");
     return !cgroup.empty() && list ? amongListed(list) : amongTheUsers();
   }
-  [[nodiscard]] bool isLate() const { return Clock::system().uptimeNanoseconds() > deadline_; }
+  [[nodiscard]] bool isLate() const { return Clock::shared().uptimeNanoseconds() > deadline_; }
 
  private:
   Executable amongListed(std::istream& list) const {
@@ -116,7 +116,7 @@ void ProcessSearch::find(const SocketOwner& socket, const std::filesystem::path&
 }
 
 void ProcessSearch::search(const SocketOwner& socket, const std::filesystem::path& directory) {
-  const auto deadline = Clock::system().uptimeNanoseconds() + kMaxNanoseconds;
+  const auto deadline = Clock::shared().uptimeNanoseconds() + kMaxNanoseconds;
   queue_.async([weak = weak_from_this(), socket, directory, search = Search(socket, deadline)] {
     const auto executable = search.run(directory);
     DispatchQueue::global().async(

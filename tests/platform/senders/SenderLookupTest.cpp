@@ -25,7 +25,11 @@ const std::string kUUID = "0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0";
 /// Asks who sends from sockets made in cgroups.
 class SenderLookupTest : public testing::Test {
  protected:
-  ~SenderLookupTest() override { Clock::setShared(nullptr); }
+  SenderLookupTest() { Clock::setShared(&clock_); }
+  ~SenderLookupTest() override {
+    lookup_.reset();  // with its threads
+    Clock::setShared(nullptr);
+  }
 
   /// `path` in a cgroup of the test's own. Skips the test where there can be none.
   const TestCgroup* cgroup(const std::string& path) {
@@ -53,6 +57,7 @@ class SenderLookupTest : public testing::Test {
     lookup_ = SenderLookup::start(depth);
   }
 
+  ManualClock clock_;  // nothing is late before it is told to move
   const SocketAddress served_ = SocketAddress::parse("127.0.0.1", 53).value();
   std::vector<std::unique_ptr<TestCgroup>> cgroups_;
   std::shared_ptr<SenderLookup> lookup_;
@@ -87,8 +92,6 @@ TEST_F(SenderLookupTest, NamesTheApplicationByTheCgroupOfTheSocket) {
 }
 
 TEST_F(SenderLookupTest, OnlyWhoAsksForAnIdNotSeenWaitsForAWalkOfWhichThereAreFew) {
-  ManualClock clock;
-  Clock::setShared(&clock);
   const auto* const first = cgroup("system.slice/first.service");
   if (first == nullptr) {
     GTEST_SKIP() << "no cgroups of version 2 to be made here";
@@ -108,10 +111,10 @@ TEST_F(SenderLookupTest, OnlyWhoAsksForAnIdNotSeenWaitsForAWalkOfWhichThereAreFe
   identify(*late);
   EXPECT_EQ(applications_.back(), "unknown") << "two walks have begun within the second";
   applications_.clear();
-  clock.advanceSeconds(1 - CgroupTree::kMaxWait / 2);
+  clock_.advanceSeconds(1 - CgroupTree::kMaxWait / 2);
   identify(*late);
   EXPECT_THAT(applications_, IsEmpty()) << "the next one is near";
-  clock.advanceSeconds(CgroupTree::kMaxWait);
+  clock_.advanceSeconds(CgroupTree::kMaxWait);
   EXPECT_TRUE(MainLoop::shared().runUntil([&] { return !applications_.empty(); }));
   EXPECT_THAT(applications_, ElementsAre("unknown")) << "it is not waited for longer";
   EXPECT_TRUE(MainLoop::shared().runUntil([&] {
@@ -128,13 +131,13 @@ TEST_F(SenderLookupTest, OnlyWhoAsksForAnIdNotSeenWaitsForAWalkOfWhichThereAreFe
     brief->remove();
     return socket;
   }();
-  clock.advanceSeconds(2);
+  clock_.advanceSeconds(2);
   EXPECT_EQ(application(*unseenAndGone), "unknown");
   identify(*unseenAndGone);
   EXPECT_THAT(std::vector(applications_.end() - 2, applications_.end()),
               ElementsAre("unknown", "unknown"));
   EXPECT_EQ(application(*known), "first.service");
-  clock.advanceSeconds(301);
+  clock_.advanceSeconds(301);
   EXPECT_EQ(application(*socketIn(*cgroup("system.slice/fourth.service"))), "fourth.service");
   EXPECT_EQ(application(*known), "unknown") << "its name was kept for five minutes";
 }
