@@ -10,6 +10,7 @@ from roadlib.case import RoadTest, main
 from roadlib.cgroup import Cgroup
 from roadlib.client import Client, TCPClient, dig
 from roadlib.namespace import SKIPPED
+from roadlib.processes import poll
 
 USER = "user.slice/user-7.slice/user@7.service/app.slice"
 BROWSER = "app-gnome-org.example.Browser-1.scope"
@@ -42,10 +43,18 @@ class IdentifyTest(RoadTest):
             query = wire.query("example.com")
             self.assertEqual(made.ask(query), wire.answer_to(query))
 
-    def assert_application(self, server, application):
+    def application(self, server):
+        """Of the last query that the filtering service got."""
         query = server.wait_for_queries(1)[-1]
-        self.assertEqual(dict(wire.injected_options(query))[65005].decode(), application)
         server.queries.clear()
+        return dict(wire.injected_options(query))[65005].decode()
+
+    def assert_application(self, server, application):
+        self.assertEqual(self.application(server), application)
+
+    def wait_for_application(self, ask, server, application):
+        """Asks until it is known. The first time, unless the machine is busy: the proxy waits for so long only."""
+        poll(lambda: (ask(), self.application(server))[1] == application, f"the application {application} is known")
 
     def test_rules_and_option_by_the_application(self):
         browser = self.cgroup(f"{USER}/{BROWSER}")
@@ -55,6 +64,7 @@ class IdentifyTest(RoadTest):
         second, network = self.upstream(), self.upstream()
         filtering, proxy = self.proxy_of("--identify", "cgroup", secondDNS=second.address,
                                          localNetworkDNS=network.address, allowPackages="example.allowed")
+        self.wait_for_application(lambda: self.ask(proxy, browser, Client), filtering, "org.example.Browser")
         for client in Client, TCPClient:
             for cgroup, server in (allowed, second), (local, network):
                 self.ask(proxy, cgroup, client)
@@ -64,14 +74,12 @@ class IdentifyTest(RoadTest):
                 self.ask(proxy, cgroup, client)
                 self.assert_application(filtering, application)
         late = self.cgroup("system.slice/late.service")  # the proxy has not seen it
-        self.ask(proxy, late, Client)
-        self.assert_application(filtering, "late.service")
+        self.wait_for_application(lambda: self.ask(proxy, late, Client), filtering, "late.service")
 
     def test_client_that_has_gone(self):
         browser = self.cgroup(f"{USER}/{BROWSER}")
         filtering, proxy = self.road(settings={"addAppSenderId": "yes"})  # without any option
-        self.ask(proxy, browser, Client)
-        self.assert_application(filtering, "org.example.Browser")
+        self.wait_for_application(lambda: self.ask(proxy, browser, Client), filtering, "org.example.Browser")
         proxy.send_signal(signal.SIGSTOP)
         with browser.inside(), Client(proxy.endpoint) as client:
             client.send(wire.query("example.com"))
@@ -89,8 +97,8 @@ class IdentifyTest(RoadTest):
         session = self.cgroup("user.slice/user-7.slice/session-4.scope")
         filtering, proxy = self.proxy_of("--identify", "process")
         with session.inside():
-            dig(proxy.endpoint, "example.com")
-        self.assert_application(filtering, os.path.realpath(shutil.which("dig")))
+            self.wait_for_application(lambda: dig(proxy.endpoint, "example.com"), filtering,
+                                      os.path.realpath(shutil.which("dig")))
         self.assertTrue(has_diagnosis_socket(proxy))
 
 
