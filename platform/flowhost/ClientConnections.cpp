@@ -1,7 +1,6 @@
 #include "platform/flowhost/ClientConnections.h"
 
 #include <sys/resource.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <utility>
@@ -64,8 +63,7 @@ void ClientConnections::accepted(FileDescriptor socket, const SocketAddress& cli
     return;
   }
   SocketAddress destination;
-  socklen_t size = SocketAddress::kMaxSize;
-  if (::getsockname(socket.get(), destination.data(), &size) != 0) {
+  if (destination.readOwnSideOf(socket.get())) {
     return;
   }
   makeRoom();

@@ -8,26 +8,16 @@
 #include <utility>
 
 #include "platform/base/Clock.h"
+#include "platform/udp/SocketOption.h"
 
 namespace platform {
 
 namespace {
 
-std::error_code errorOf(int code) { return {code, std::generic_category()}; }
-
 bool isTransient(int code) { return code == EAGAIN || code == EINTR; }
 
 /// An answer does not wait for the acknowledgement of the one before it.
-void sendAtOnce(int socket) {
-  const int yes = 1;
-  ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-}
-
-std::error_code takeError(int socket) {
-  int code = 0;
-  socklen_t size = sizeof code;
-  return errorOf(::getsockopt(socket, SOL_SOCKET, SO_ERROR, &code, &size) == 0 ? code : errno);
-}
+void sendAtOnce(int socket) { setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1); }
 
 }  // namespace
 
@@ -41,11 +31,10 @@ void MessageStream::open(FileDescriptor socket, std::weak_ptr<Owner> owner) {
 std::error_code MessageStream::connect(const SocketAddress& peer, std::weak_ptr<Owner> owner) {
   FileDescriptor socket(::socket(peer.family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   SocketAddress own;
-  socklen_t size = SocketAddress::kMaxSize;
   if (!socket.isOpen() ||
       (::connect(socket.get(), peer.data(), peer.size()) != 0 && errno != EINPROGRESS) ||
-      ::getsockname(socket.get(), own.data(), &size) != 0) {
-    return errorOf(errno);
+      own.readOwnSideOf(socket.get())) {
+    return lastError();
   }
   own_.emplace(own, OwnSockets::Use::exchange, OwnSockets::tcp());
   isConnecting_ = true;
@@ -107,7 +96,7 @@ void MessageStream::read() {
   } else if (size == 0) {
     hasEnded_ = true;
   } else if (!isTransient(errno)) {
-    fail(errorOf(errno));
+    fail(lastError());
   }
 }
 
@@ -152,7 +141,7 @@ bool MessageStream::sendWhole(Outgoing& message) {
   const auto size = ::send(socket_.get(), rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
   if (size < 0) {
     if (!isTransient(errno)) {
-      fail(errorOf(errno));  // with it the message is gone
+      fail(lastError());  // with it the message is gone
     }
     return false;
   }

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/udp/SocketOption.h"
+
 namespace platform {
 
 namespace {
@@ -13,18 +15,11 @@ namespace {
 // How long nobody is accepted when the system has no room for a further connection.
 constexpr double kPauseSeconds = 1;
 
-std::error_code lastError() { return {errno, std::generic_category()}; }
-
-bool setOption(int socket, int level, int name) {
-  const int yes = 1;
-  return ::setsockopt(socket, level, name, &yes, sizeof yes) == 0;
-}
-
 /// The address can be bound again at once after a server that was there; the IPv6 wildcard address
 /// leaves IPv4's to others.
-bool prepare(int socket, const SocketAddress& address) {
-  return setOption(socket, SOL_SOCKET, SO_REUSEADDR) &&
-         (!address.isIPv6() || setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY));
+std::error_code prepare(int socket, const SocketAddress& address) {
+  const auto error = setOption(socket, SOL_SOCKET, SO_REUSEADDR, 1);
+  return !error && address.isIPv6() ? setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 1) : error;
 }
 
 /// Others concern one connection that was gone before it was accepted (accept(2)).
@@ -37,10 +32,10 @@ bool isLackOfRoom(int code) {
 tl::expected<std::shared_ptr<TCPListener>, std::error_code> TCPListener::bind(
     const SocketAddress& address) {
   FileDescriptor socket(::socket(address.family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  if (!socket.isOpen() || !prepare(socket.get(), address) ||
+  if (!socket.isOpen() || prepare(socket.get(), address) ||
       ::bind(socket.get(), address.data(), address.size()) != 0 ||
       ::listen(socket.get(), SOMAXCONN) != 0) {
-    return tl::make_unexpected(lastError());
+    return tl::unexpected(lastError());
   }
   const auto listener = std::make_shared<TCPListener>();
   listener->socket_.open(std::move(socket));

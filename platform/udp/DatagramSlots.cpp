@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "platform/udp/SystemError.h"
+#include "platform/base/SystemError.h"
 
 namespace platform {
 
@@ -43,7 +43,7 @@ DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& 
     if (errno == EAGAIN || errno == EINTR) {
       return received_;
     }
-    return tl::make_unexpected(errorOf(count));
+    return tl::make_unexpected(lastError());
   }
   used_ = static_cast<std::size_t>(count);
   for (std::size_t slot = 0; slot < used_; ++slot) {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/udp/SystemError.h"
+#include "platform/udp/SocketOption.h"
 
 namespace platform {
 

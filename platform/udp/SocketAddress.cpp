@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 
+#include "platform/base/SystemError.h"
 #include "platform/base/WholeNumber.h"
 
 namespace platform {
@@ -61,6 +62,11 @@ std::optional<SocketAddress> SocketAddress::parse(const std::string& host, std::
     return std::nullopt;
   }
   return host.find(':') == std::string::npos ? parseIPv4(host, port) : parseIPv6(host, port);
+}
+
+std::error_code SocketAddress::readOwnSideOf(int socket) {
+  socklen_t size = kMaxSize;
+  return errorOf(::getsockname(socket, data(), &size));
 }
 
 bool SocketAddress::isWildcard() const {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace platform {
 
@@ -21,6 +22,9 @@ class SocketAddress {
   /// `%scope` (the name or number of a network interface). An IPv4 address written as an IPv6 one
   /// (RFC 4291, section 2.5.5.2) is the IPv4 address. Names are not looked up.
   static std::optional<SocketAddress> parse(const std::string& host, std::uint16_t port);
+
+  /// Becomes the address that `socket` has on its own side.
+  std::error_code readOwnSideOf(int socket);
 
   [[nodiscard]] bool isIPv6() const { return family() == AF_INET6; }
   /// The address that stands for all addresses of the machine.

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "platform/udp/PacketInfo.h"
-#include "platform/udp/SystemError.h"
+#include "platform/udp/SocketOption.h"
 
 namespace platform {
 
@@ -94,7 +94,7 @@ std::error_code errorIn(msghdr& message) {
     if (isIPv4 || isIPv6) {
       sock_extended_err error{};
       std::memcpy(&error, CMSG_DATA(control), sizeof error);
-      return {static_cast<int>(error.ee_errno), std::generic_category()};
+      return systemError(static_cast<int>(error.ee_errno));
     }
   }
   return std::make_error_code(std::errc::io_error);
@@ -105,21 +105,16 @@ std::error_code errorIn(msghdr& message) {
 std::error_code UDPSocket::open(sa_family_t family) {
   FileDescriptor socket(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) {
-    return errorOf(socket.get());
+    return lastError();
   }
   socket_.open(std::move(socket));
   return {};
 }
 
-std::error_code UDPSocket::readAddress() {
-  socklen_t size = SocketAddress::kMaxSize;
-  return errorOf(::getsockname(get(), address_.data(), &size));
-}
-
 std::error_code UDPSocket::connect(const SocketAddress& peer) {
   auto error = errorOf(::connect(get(), peer.data(), peer.size()));
   if (!error) {
-    error = readAddress();
+    error = address_.readOwnSideOf(get());
   }
   if (!error) {
     own_.emplace(address_, OwnSockets::Use::exchange);
@@ -136,7 +131,7 @@ std::error_code UDPSocket::bind(const SocketAddress& address, const Binding& bin
     error = errorOf(::bind(get(), address.data(), address.size()));
   }
   if (!error) {
-    error = readAddress();
+    error = address_.readOwnSideOf(get());
   }
   if (error) {
     close();
@@ -176,11 +171,7 @@ tl::expected<std::size_t, std::error_code> UDPSocket::receive(std::span<std::uin
   return static_cast<std::size_t>(size);
 }
 
-void UDPSocket::dropRefusal() {
-  int error = 0;
-  socklen_t size = sizeof error;
-  ::getsockopt(get(), SOL_SOCKET, SO_ERROR, &error, &size);
-}
+void UDPSocket::dropRefusal() { takeError(get()); }
 
 std::error_code UDPSocket::send(const DatagramPath& path, DataView datagram) {
   Outgoing outgoing(path, datagram);

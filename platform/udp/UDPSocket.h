@@ -91,7 +91,6 @@ class UDPSocket {
   std::uint32_t takeLost();
 
  private:
-  std::error_code readAddress();
   void serve(bool takesIPv4);
 
   WatchedSocket socket_;
