@@ -12,8 +12,6 @@ inline std::error_code systemError(int code) { return {code, std::generic_catego
 inline std::error_code lastError() { return systemError(errno); }
 
 /// The error of the system call that has just given `result`; none unless that is negative.
-inline std::error_code errorOf(long result) {
-  return result < 0 ? lastError() : std::error_code();
-}
+inline std::error_code errorOf(long result) { return result < 0 ? lastError() : std::error_code(); }
 
 }  // namespace platform

@@ -44,7 +44,7 @@ AcceptedConnection::AcceptedConnection(std::shared_ptr<Associations> association
 
 AcceptedConnection::~AcceptedConnection() {
   forget();
-  for (const auto& received : held_) {
+  for (const auto& received : receives_.held()) {
     if (received.content) {
       NSLog("NWListener: ", *this, " is let go of, dropped ", *received.content);
     }
@@ -94,7 +94,7 @@ void AcceptedConnection::cancel() {
   if (queue_) {
     onQueue(&AcceptedConnection::reportCancelled);
   }
-  const auto receives = std::exchange(receives_, {});  // let go of last
+  const auto receives = receives_.disarm();  // let go of last
 }
 
 void AcceptedConnection::reportCancelled() { report(Kind::cancelled); }
@@ -109,7 +109,7 @@ std::optional<NWError> AcceptedConnection::sendNow(DataView content) {
   if (error && !UDPSocket::wouldBlock(error)) {
     error = socket.send(path_, content);
   }
-  return error ? std::optional(NWError::from(error)) : std::nullopt;
+  return NWError::ifAny(error);
 }
 
 void AcceptedConnection::send(Data content, SendCompletion completion) {
@@ -126,8 +126,8 @@ void AcceptedConnection::receiveMessage(ReceiveCompletion completion) {
   if (isCancelled_) {
     return;
   }
-  receives_.push_back(std::move(completion));
-  if (!held_.empty() && !isDelivering_ && state_.kind == Kind::ready) {
+  receives_.arm(std::move(completion));
+  if (receives_.canComplete() && !isDelivering_ && state_.kind == Kind::ready) {
     onQueue(&AcceptedConnection::deliver);
   }
 }
@@ -135,17 +135,17 @@ void AcceptedConnection::receiveMessage(ReceiveCompletion completion) {
 void AcceptedConnection::arrived(const ReceivedDatagram& datagram) {
   const auto& bytes = datagram.bytes;
   path_ = datagram.path;
-  if (held_.size() >= kMaxHeld) {
+  if (receives_.held().size() >= kMaxHeld) {
     NSLog("NWListener: ", *this, " is not read, dropped ", bytes);
     return;
   }
-  held_.push_back({Data(bytes.begin(), bytes.end()), std::nullopt});
+  receives_.hold({Data(bytes.begin(), bytes.end()), std::nullopt});
   deliver();
 }
 
 void AcceptedConnection::refused(std::error_code error) {
-  if (held_.size() < kMaxHeld) {
-    held_.push_back({std::nullopt, NWError::from(error)});
+  if (receives_.held().size() < kMaxHeld) {
+    receives_.hold({std::nullopt, NWError::from(error)});
     deliver();
   }
 }
@@ -157,13 +157,8 @@ void AcceptedConnection::deliver() {
   }
   const auto alive = shared_from_this();
   isDelivering_ = true;
-  while (!held_.empty() && !receives_.empty()) {
-    const auto completion = std::move(receives_.front());
-    receives_.pop_front();
-    std::list<Received> taken;
-    taken.splice(taken.begin(), held_, held_.begin());
-    auto& received = taken.front();
-    runGuarded([&] { completion(std::move(received.content), !received.error, received.error); });
+  while (receives_.canComplete()) {
+    receives_.completeWithHeld();
   }
   isDelivering_ = false;
 }

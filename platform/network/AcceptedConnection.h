@@ -2,11 +2,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <memory>
 #include <vector>
 
 #include "platform/network/NWConnection.h"
+#include "platform/network/ReceiveQueue.h"
 #include "platform/udp/UDPSocket.h"
 
 namespace platform {
@@ -62,11 +62,6 @@ class AcceptedConnection final : public NWConnection {
   void refused(std::error_code error);
 
  private:
-  struct Received {
-    std::optional<Data> content;
-    std::optional<NWError> error;
-  };
-
   std::optional<NWError> sendNow(DataView content);
   void forget();
   void onQueue(void (AcceptedConnection::*work)());
@@ -82,8 +77,7 @@ class AcceptedConnection final : public NWConnection {
   State state_;
   bool isCancelled_ = false;
   bool isDelivering_ = false;
-  std::list<ReceiveCompletion> receives_;  // the oldest first
-  std::list<Received> held_;               // the oldest first
+  ReceiveQueue receives_;
 };
 
 }  // namespace platform

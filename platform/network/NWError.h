@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -13,9 +14,13 @@ class NWError {
   /// `code` is an errno value.
   static NWError posix(int code) { return NWError(Domain::posix, code); }
   static NWError from(std::error_code error) { return posix(error.value()); }
+  /// None where `error` is none.
+  static std::optional<NWError> ifAny(std::error_code error) {
+    return error ? std::optional(from(error)) : std::nullopt;
+  }
   /// The host text is no IP address; names are never looked up.
   static NWError noSuchRecord() { return NWError(Domain::dns, kNoSuchRecord); }
-  /// The address asked is one that this process itself serves.
+  /// The destination is an address that this process itself serves.
   static NWError ownAddress();
 
   [[nodiscard]] int code() const { return code_; }

@@ -1,0 +1,74 @@
+#include "platform/network/SendQueue.h"
+
+#include <utility>
+
+#include "platform/dispatch/RunGuarded.h"
+
+namespace platform {
+
+namespace {
+
+// Refusals held for receives to come; more of them tell nothing new.
+constexpr std::size_t kMaxHeldRefusals = 64;
+
+bool isRefusal(std::error_code error) { return error == std::errc::connection_refused; }
+
+}  // namespace
+
+void SendQueue::send(Data content, Completion completion) {
+  waiting_.send([this, content = std::move(content)] { return attempt(content); },
+                [this, completion = std::move(completion)](std::error_code error) mutable {
+                  end(std::move(completion), NWError::ifAny(error));
+                });
+}
+
+void SendQueue::end(Completion completion, std::optional<NWError> error) {
+  ended_.push_back({std::move(completion), error});
+}
+
+void SendQueue::report() {
+  isPeerGone_ = false;
+  if (isLink && socket_.isOpen()) {
+    socket_.dropRefusal();
+  }
+  for (const auto& [completion, error] : std::exchange(ended_, {})) {
+    if (completion) {
+      runGuarded([&send = completion, &outcome = error] { send(outcome); });
+    }
+  }
+}
+
+/// The error of a send may be of an earlier datagram: the kernel hands out what the network has
+/// answered with the next call, which then has sent nothing. A refusal is always of an earlier one;
+/// another error is, unless a second attempt fails in the same way. What is of an earlier one is
+/// held for a receive, and the second attempt decides about this datagram. When that is refused
+/// too, some more of the earlier ones were, and this one is lost as they are.
+///
+/// On a link, a refusal that comes while sends are unreported is of one of those. Their like would
+/// be refused as well, so the rest of them is counted as lost without an attempt.
+std::error_code SendQueue::attempt(DataView content) {
+  if (isPeerGone_) {
+    return {};
+  }
+  const auto error = socket_.send(content);
+  if (!error || UDPSocket::wouldBlock(error)) {
+    return error;
+  }
+  isPeerGone_ = isLink && isRefusal(error) && hasEnded();
+  if (isPeerGone_) {
+    return {};
+  }
+  const auto again = socket_.send(content);
+  if (isRefusal(error) || error != again) {
+    holdForReceive(error);
+  }
+  return isRefusal(again) ? std::error_code() : again;
+}
+
+void SendQueue::holdForReceive(std::error_code error) {
+  if (!isLink && receives_.held().size() < kMaxHeldRefusals) {
+    receives_.hold({std::nullopt, NWError::from(error)});
+  }
+}
+
+}  // namespace platform
