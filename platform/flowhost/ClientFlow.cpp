@@ -5,7 +5,7 @@
 
 #include "platform/base/Description.h"
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/flowhost/ListenSocket.h"
+#include "platform/flowhost/HostEndpoint.h"
 #include "platform/flowhost/PendingWrite.h"
 
 namespace platform {

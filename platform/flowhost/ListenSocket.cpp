@@ -15,10 +15,6 @@ constexpr int kReceiveBufferSize = 4 * 1024 * 1024;
 
 }  // namespace
 
-NWHostEndpoint endpointFrom(const SocketAddress& address) {
-  return {address.host(), std::to_string(address.port())};
-}
-
 tl::expected<std::shared_ptr<ListenSocket>, std::error_code> ListenSocket::bind(
     const SocketAddress& address, bool tellsInterface) {
   auto listen = std::make_shared<ListenSocket>();
@@ -37,19 +33,18 @@ std::error_code ListenSocket::listen(std::weak_ptr<Reader> reader) {
 
 void ListenSocket::close() {
   socket_.close();
-  for (const auto& answer : std::exchange(waiting_, {})) {
-    answer.write->datagramDone(std::make_error_code(std::errc::operation_canceled));
-  }
+  waiting_.fail(std::make_error_code(std::errc::operation_canceled));
 }
 
 std::error_code ListenSocket::watchAsNeeded() {
-  return socket_.watch(*this, {true, !waiting_.empty()});
+  return socket_.watch(*this, {true, !waiting_.isEmpty()});
 }
 
 void ListenSocket::socketIsReady(bool canRead, bool canWrite) {
   const auto alive = shared_from_this();
-  if (canWrite && !waiting_.empty()) {
-    sendWaiting();
+  if (canWrite && !waiting_.isEmpty()) {
+    waiting_.flush();
+    watchAsNeeded();
   }
   if (const auto reader = reader_.lock(); reader && canRead && isOpen()) {
     reader->datagramsArrived(*this);
@@ -70,37 +65,17 @@ void ListenSocket::logNewError(std::error_code error) {
 
 void ListenSocket::send(const DatagramPath& path, Data datagram,
                         const std::shared_ptr<PendingWrite>& write) {
-  const auto error = waiting_.empty() ? socket_.send(path, datagram) : std::error_code();
-  if (waiting_.empty() && !UDPSocket::wouldBlock(error)) {
-    write->datagramDone(error);
-  } else if (!wait({path, std::move(datagram), write})) {
-    write->datagramDone(std::make_error_code(std::errc::no_buffer_space));
+  const auto noRoom = std::make_error_code(std::errc::no_buffer_space);
+  if (waiting_.size() >= kMaxWaiting) {
+    write->datagramDone(noRoom);
+    return;
   }
-}
-
-bool ListenSocket::wait(Waiting answer) {
-  if (!isOpen() || waiting_.size() >= kMaxWaiting) {
-    return false;
+  waiting_.send(
+      [this, path, datagram = std::move(datagram)] { return socket_.send(path, datagram); },
+      [write](std::error_code error) { write->datagramDone(error); });
+  if (!waiting_.isEmpty() && watchAsNeeded()) {
+    waiting_.fail(noRoom);
   }
-  waiting_.push_back(std::move(answer));
-  if (watchAsNeeded()) {
-    waiting_.pop_back();
-    return false;
-  }
-  return true;
-}
-
-void ListenSocket::sendWaiting() {
-  while (!waiting_.empty()) {
-    const auto error = socket_.send(waiting_.front().path, waiting_.front().datagram);
-    if (UDPSocket::wouldBlock(error)) {
-      return;
-    }
-    const auto write = std::move(waiting_.front().write);
-    waiting_.pop_front();
-    write->datagramDone(error);
-  }
-  watchAsNeeded();
 }
 
 }  // namespace platform

@@ -1,18 +1,17 @@
 #pragma once
 
-#include <list>
 #include <memory>
 #include <tl/expected.hpp>
 
 #include "platform/flowhost/AnswerPath.h"
-#include "platform/networkextension/NWHostEndpoint.h"
+#include "platform/udp/SendBacklog.h"
 #include "platform/udp/UDPSocket.h"
 
 namespace platform {
 
-/// A UDP socket that clients ask at one address, or at any address of the machine when it is bound
-/// to the wildcard address; answers leave from the address that was asked. Inside the event loop
-/// only.
+/// A UDP socket that serves one address, or any address of the machine when it is bound
+/// to the wildcard address; answers leave from the destination of their query. Inside the event
+/// loop only.
 class ListenSocket final : public AnswerPath,
                            public std::enable_shared_from_this<ListenSocket>,
                            private SocketWatcher {
@@ -52,25 +51,14 @@ class ListenSocket final : public AnswerPath,
             const std::shared_ptr<PendingWrite>& write) override;
 
  private:
-  struct Waiting {
-    DatagramPath path;
-    Data datagram;
-    std::shared_ptr<PendingWrite> write;
-  };
-
   void socketIsReady(bool canRead, bool canWrite) override;
   void logNewError(std::error_code error);
-  bool wait(Waiting answer);
-  void sendWaiting();
   std::error_code watchAsNeeded();
 
   UDPSocket socket_;
   std::error_code readError_;  // of the last read
   std::weak_ptr<Reader> reader_;
-  std::list<Waiting> waiting_;
+  SendBacklog waiting_;
 };
-
-/// The endpoint as texts.
-NWHostEndpoint endpointFrom(const SocketAddress& address);
 
 }  // namespace platform
