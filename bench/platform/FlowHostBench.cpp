@@ -1,5 +1,5 @@
 // What one query costs between the client's socket and the provider and back: received, offered as
-// a flow, opened, read, answered, closed. The argument is how many clients ask at once; their
+// a flow, opened, read, answered, closed. The argument is how many clients send at once; their
 // sockets' share is counted in.
 
 #include <benchmark/benchmark.h>
@@ -24,7 +24,7 @@ using platform::NWHostEndpoint;
 using platform::SocketAddress;
 using platform::test::UDPSocket;
 
-/// Answers every flow with what it has asked.
+/// Answers every flow with its own query.
 class EchoProvider final : public NEDNSProxyProvider {
  public:
   void startProxy(std::optional<NEProviderOptions> /*options*/,
@@ -62,12 +62,12 @@ void BM_Answer(benchmark::State& state, const char* listen) {
   const auto host = FlowHost::bind(options).value();
   host->serve(provider);
   const auto port = static_cast<std::uint16_t>(std::stoi(host->boundEndpoints().at(0).port));
-  const auto asked = SocketAddress::parse("127.0.0.1", port).value();
+  const auto destination = SocketAddress::parse("127.0.0.1", port).value();
   const std::vector<UDPSocket> clients(atOnce);
   for (auto _ : state) {
     provider.answered = 0;
     for (const auto& client : clients) {
-      client.send(std::string(60, 'q'), asked);
+      client.send(std::string(60, 'q'), destination);
     }
     const auto isDone = [&] { return provider.answered == static_cast<int>(atOnce); };
     if (!MainLoop::shared().runUntil(isDone)) {

@@ -24,7 +24,10 @@ struct ClientDatagrams {
   /// By which they came; 0 unless the socket tells.
   unsigned interfaceIndex = 0;
 
-  /// The address that the client has asked.
+  /// The ends between which the client has sent them, captured or not.
+  [[nodiscard]] const SocketAddress& client() const {
+    return captured ? captured->client : path.client;
+  }
   [[nodiscard]] const SocketAddress& server() const {
     return captured ? captured->destination : path.destination;
   }

@@ -17,7 +17,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
                              OpenCompletion completion) override;
   /// The datagrams at the first call, none later; an error after closing.
   void readDatagrams(ReadCompletion completion) override;
-  /// An error too, and nothing is sent, unless each endpoint is the one that the client has asked.
+  /// An error too, and nothing is sent, unless each endpoint is the destination of the queries.
   /// The completion runs when the kernel has taken all datagrams; it carries the first error.
   void writeDatagrams(std::vector<Data> datagrams, std::vector<NWHostEndpoint> sentByEndpoints,
                       WriteCompletion completion) override;
@@ -35,7 +35,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
   /// `<NEAppProxyUDPFlow: 12, 127.0.0.1:40000 -> 127.0.0.1:5300, 1 datagrams>`
   [[nodiscard]] std::string debugDescription() const override;
 
-  /// The address that the client has asked.
+  /// The destination of the queries.
   [[nodiscard]] const NWHostEndpoint& remoteEndpoint() const { return remoteEndpoint_; }
 
  private:

@@ -19,6 +19,13 @@ namespace {
 // their answers.
 constexpr int kMaxReadsPerIteration = 2;
 
+SenderQuery senderQuery(Transport transport, const ClientDatagrams& received) {
+  const auto& [client, destination] = received.path;
+  return {{transport, client, destination, received.interfaceIndex},
+          received.captured,
+          received.mayBeCaptured};
+}
+
 }  // namespace
 
 struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_this<State> {
@@ -31,6 +38,7 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   std::optional<Error> listen();
   void datagramsArrived(ListenSocket& socket) override;
   void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
+  void findOriginal(ClientDatagrams& group);
   void identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received);
   void offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
              std::optional<std::string_view> application);
@@ -67,16 +75,19 @@ void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDat
     if (!socket.isOpen()) {
       return;
     }
-    const auto original = originals.ofDatagram(group.path.client, group.path.destination);
-    group.captured = original.path();
-    group.mayBeCaptured = original.kind == OriginalDestination::Result::Kind::cannotTell;
-    const auto& client = group.captured ? group.captured->client : group.path.client;
-    if (OwnSockets::shared().hasSent(client)) {
-      NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", client);
-      continue;
+    findOriginal(group);
+    if (OwnSockets::shared().hasSent(group.client())) {
+      NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", group.client());
+    } else {
+      identify(socket.shared_from_this(), std::move(group));
     }
-    identify(socket.shared_from_this(), std::move(group));
   }
+}
+
+void FlowHost::State::findOriginal(ClientDatagrams& group) {
+  const auto original = originals.ofDatagram(group.path.client, group.path.destination);
+  group.captured = original.path();
+  group.mayBeCaptured = original.kind == OriginalDestination::Result::Kind::cannotTell;
 }
 
 void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
@@ -84,10 +95,7 @@ void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagr
     offer(std::move(answers), std::move(received), std::nullopt);
     return;
   }
-  const auto& [client, destination] = received.path;
-  const SenderQuery query{{answers->transport(), client, destination, received.interfaceIndex},
-                          received.captured,
-                          received.mayBeCaptured};
+  const auto query = senderQuery(answers->transport(), received);
   const auto waiting = std::make_shared<ClientDatagrams>(std::move(received));
   senders->identify(
       query, [weak = weak_from_this(), answers = std::move(answers), waiting](auto application) {

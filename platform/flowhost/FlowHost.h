@@ -29,8 +29,8 @@ struct FlowHostOptions {
 
 /// A server for the DNS queries of local clients by UDP and TCP, which drives a provider: it makes
 /// one flow of what one client socket has sent in one read by UDP, and one of each query by TCP,
-/// and offers it. Flows that the provider declines go to the server that the client has asked,
-/// where it was captured on its way to another, else to the system's own DNS server. What this
+/// and offers it. Flows that the provider declines go to the destination of their queries,
+/// where these were captured on their way there, else to the system's own DNS server. What this
 /// process's own sockets have sent is dropped, with a log line: it would come back as the next
 /// query. A flow whose application takes its time to be found is offered later than others that
 /// came after it. Inside the event loop only.

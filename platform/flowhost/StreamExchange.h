@@ -1,40 +1,31 @@
 #pragma once
 
-#include <memory>
-#include <optional>
-#include <vector>
-
 #include "platform/dispatch/Timer.h"
-#include "platform/networkextension/NEAppProxyUDPFlow.h"
+#include "platform/flowhost/ResolverExchange.h"
 #include "platform/tcp/MessageStream.h"
 
 namespace platform {
 
-/// One flow answered from one server, over a TCP connection of its own. Its timer keeps it alive.
-/// Answers are matched in the order in which they come. Ends, with both sides of the flow closed,
-/// when there are as many answers as datagrams, at the first error, and when time is up.
-class StreamExchange final : public std::enable_shared_from_this<StreamExchange>,
-                             public MessageStream::Owner {
+/// An exchange by TCP. Its timer keeps it alive, and ends it when time is up.
+class StreamExchange final : public ResolverExchange, public MessageStream::Owner {
  public:
   /// How long a server may take for all of it.
   static constexpr double kSeconds = 10;
 
-  explicit StreamExchange(std::shared_ptr<NEAppProxyUDPFlow> flow) : flow_(std::move(flow)) {}
+  StreamExchange(std::shared_ptr<NEAppProxyUDPFlow> flow, const SocketAddress& server)
+      : ResolverExchange(std::move(flow)), server_(server) {}
 
-  void begin(const SocketAddress& server);
-  void end(const std::optional<Error>& error);
+  void begin() override;
 
  private:
-  void ask(const SocketAddress& server, const std::vector<Data>& queries,
-           std::vector<NWHostEndpoint> endpoints);
+  void send(std::vector<Data> queries) override;
+  void disconnect() override;
   void streamChanged() override;
   void received(Data answer);
+  std::shared_ptr<StreamExchange> self();
 
-  const std::shared_ptr<NEAppProxyUDPFlow> flow_;
+  const SocketAddress server_;
   MessageStream stream_;
-  std::vector<NWHostEndpoint> endpoints_;
-  std::size_t answers_ = 0;
-  bool isOver_ = false;
   Timer timer_;
 };
 

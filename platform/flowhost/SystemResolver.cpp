@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "platform/flowhost/DatagramExchange.h"
 #include "platform/flowhost/ResolvConf.h"
-#include "platform/flowhost/ResolverExchange.h"
 #include "platform/log/NSLog.h"
 #include "platform/udp/OwnSockets.h"
 
@@ -27,12 +27,12 @@ SystemResolver::SystemResolver(std::filesystem::path resolvConf, std::uint16_t p
     : resolvConf_(std::move(resolvConf)), port_(port) {}
 
 void SystemResolver::serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport,
-                           const std::optional<SocketAddress>& asked) {
-  if (const auto address = asked && !isOwn(*asked) ? asked : server()) {
+                           const std::optional<SocketAddress>& destination) {
+  if (const auto address = destination && !isOwn(*destination) ? destination : server()) {
     if (transport == Transport::tcp) {
       serveByTCP(std::move(flow), *address);
     } else {
-      ResolverExchange::begin(std::move(flow), *address);
+      std::make_shared<DatagramExchange>(std::move(flow), *address)->begin();
     }
     return;
   }
@@ -50,9 +50,9 @@ void SystemResolver::serveByTCP(std::shared_ptr<NEAppProxyUDPFlow> flow,
     }
     streams_.pop_front();
   }
-  const auto stream = std::make_shared<StreamExchange>(std::move(flow));
+  const auto stream = std::make_shared<StreamExchange>(std::move(flow), server);
   streams_.push_back(stream);
-  stream->begin(server);
+  stream->begin();
 }
 
 std::optional<SocketAddress> SystemResolver::server() {

@@ -19,7 +19,7 @@ namespace platform {
 /// configuration that this process does not serve itself. Inside the event loop only.
 class SystemResolver {
  public:
-  /// Flows that are asked by TCP at once. One costs a descriptor and what a query and its answer
+  /// Flows that are answered by TCP at once. One costs a descriptor and what a query and its answer
   /// hold; with one more the oldest is given up.
   static constexpr std::size_t kMaxStreams = 32;
 
@@ -27,11 +27,11 @@ class SystemResolver {
 
   /// Passes the flow's datagrams to the server as they are, and its answers back, in the order in
   /// which they come; closes the flow after the last one, or with an error. A server that does not
-  /// answer leaves it open until the bound on connections ends it; one asked by TCP, until
-  /// `StreamExchange` gives up. The server is `asked`, the one that the client has asked, where
+  /// answer leaves it open until the bound on connections ends it; one by TCP, until
+  /// `StreamExchange` gives up. The server is `destination`, which the client has sent to, where
   /// that is known and is not this process.
   void serve(std::shared_ptr<NEAppProxyUDPFlow> flow, Transport transport,
-             const std::optional<SocketAddress>& asked = std::nullopt);
+             const std::optional<SocketAddress>& destination = std::nullopt);
 
   /// The system's server in use. The configuration is read again when its file has changed.
   std::optional<SocketAddress> server();

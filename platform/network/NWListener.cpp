@@ -19,8 +19,8 @@ constexpr int kReceiveBufferSize = 256 * 1024;
 // Refusals that one read may find before it: one for each earlier datagram.
 constexpr int kMaxAttempts = 64;
 
-// Datagrams read before other work of the queue has its turn.
-constexpr int kMaxReadsPerTurn = 64;
+// Datagrams read in one iteration, so that other work of the queue runs too.
+constexpr int kMaxReadsPerIteration = 64;
 
 /// Binds a port of every local address; of every IPv4 address on a machine without IPv6.
 std::error_code bindEveryAddress(UDPSocket& socket, std::uint16_t port) {
@@ -101,15 +101,15 @@ void NWListener::cancel() {
 
 void NWListener::reportCancelled() { report({Kind::cancelled, std::nullopt}); }
 
-/// Work that is due comes first, and what it gives in turn; what has come is told of again.
+/// Work that is due comes first, and what that gives to the queue; what has come is told of again.
 void NWListener::socketIsReady(bool /*canRead*/, bool /*canWrite*/) {
   const auto alive = shared_from_this();
   const auto& workDue = associations_->workDue;
   if (workDue > 0) {
     return;
   }
-  for (int count = 0; count < kMaxReadsPerTurn && workDue == 0 && associations_->socket.isOpen();
-       ++count) {
+  for (int count = 0;
+       count < kMaxReadsPerIteration && workDue == 0 && associations_->socket.isOpen(); ++count) {
     if (!readOne()) {
       break;
     }

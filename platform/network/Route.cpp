@@ -27,8 +27,8 @@ std::optional<T> front(DataView bytes) {
   return value;
 }
 
-/// What follows a piece of `length` octets, which the next one begins behind at a multiple of four.
-DataView behind(DataView bytes, std::size_t length) {
+/// What follows a piece of `length` octets, after which the next one begins at a multiple of four.
+DataView after(DataView bytes, std::size_t length) {
   constexpr std::size_t kAlignment = 4;
   const std::size_t padded = (length + kAlignment - 1) / kAlignment * kAlignment;
   return bytes.subspan(std::min(padded, bytes.size()));
@@ -42,7 +42,7 @@ void appendHops(std::vector<Route>& routes, Route route, DataView hops) {
     }
     route.interfaceIndex = static_cast<unsigned>(hop->rtnh_ifindex);
     routes.push_back(route);
-    hops = behind(hops, hop->rtnh_len);
+    hops = after(hops, hop->rtnh_len);
   }
 }
 
@@ -64,7 +64,7 @@ void appendRoute(std::vector<Route>& routes, const rtmsg& header, DataView attri
     } else if (attribute->rta_type == RTA_MULTIPATH) {
       hops = value;
     }
-    attributes = behind(attributes, attribute->rta_len);
+    attributes = after(attributes, attribute->rta_len);
   }
   if (route.interfaceIndex != 0) {
     routes.push_back(route);
@@ -99,14 +99,14 @@ bool Route::append(std::vector<Route>& routes, DataView messages) {
     const auto body = messages.first(message->nlmsg_len).subspan(sizeof(nlmsghdr));
     const auto route = front<rtmsg>(body);
     if (route && counts(*route)) {
-      appendRoute(routes, *route, behind(body, sizeof(rtmsg)));
+      appendRoute(routes, *route, after(body, sizeof(rtmsg)));
     }
-    messages = behind(messages, message->nlmsg_len);
+    messages = after(messages, message->nlmsg_len);
   }
   return true;
 }
 
-// The kernel makes each piece of its answer while it is asked for it, so nothing here waits.
+// The kernel makes each piece of its answer while it is read, so nothing here waits.
 std::vector<Route> Route::readAll() {
   std::vector<Route> routes;
   const FileDescriptor socket(

@@ -27,9 +27,9 @@ void DatagramSlots::reset(std::size_t slot, bool withInfo) {
   }
 }
 
-DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local,
-                                               bool tellsInterface) {
-  const bool withInfo = local.isWildcard() || tellsInterface;
+/// Resets the slots that the last call has changed; all when they held info and now do not, or the
+/// other way round.
+void DatagramSlots::prepare(bool withInfo) {
   const auto changed = withInfo == hasInfo_ ? used_ : slots_.size();
   for (std::size_t slot = 0; slot < changed; ++slot) {
     reset(slot, withInfo);
@@ -37,25 +37,33 @@ DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& 
   hasInfo_ = withInfo;
   used_ = 0;
   received_.clear();
+}
+
+DatagramSlots::Received DatagramSlots::receive(int socket, const SocketAddress& local,
+                                               bool tellsInterface) {
+  prepare(local.isWildcard() || tellsInterface);
   const auto room = static_cast<unsigned>(messages_.size());
   const int count = ::recvmmsg(socket, messages_.data(), room, MSG_DONTWAIT, nullptr);
   if (count < 0) {
-    if (errno == EAGAIN || errno == EINTR) {
-      return received_;
-    }
-    return tl::make_unexpected(lastError());
+    const bool isNone = errno == EAGAIN || errno == EINTR;
+    return isNone ? Received(received_) : tl::make_unexpected(lastError());
   }
   used_ = static_cast<std::size_t>(count);
   for (std::size_t slot = 0; slot < used_; ++slot) {
-    auto& [message, size] = messages_[slot];
-    const auto& [client, info, range] = slots_[slot];
-    const auto* const start = static_cast<const std::uint8_t*>(range.iov_base);
-    const auto told = withInfo ? PacketInfo::received(message, local.port()) : std::nullopt;
-    received_.push_back({{client, told && local.isWildcard() ? told->destination : local},
-                         {start, size},
-                         told && tellsInterface ? told->interfaceIndex : 0});
+    received_.push_back(datagram(slot, local, tellsInterface));
   }
   return received_;
+}
+
+ReceivedDatagram DatagramSlots::datagram(std::size_t slot, const SocketAddress& local,
+                                         bool tellsInterface) {
+  auto& [message, size] = messages_[slot];
+  const auto& [client, info, range] = slots_[slot];
+  const auto* const start = static_cast<const std::uint8_t*>(range.iov_base);
+  const auto told = hasInfo_ ? PacketInfo::received(message, local.port()) : std::nullopt;
+  return {{client, told && local.isWildcard() ? told->destination : local},
+          {start, size},
+          told && tellsInterface ? told->interfaceIndex : 0};
 }
 
 }  // namespace platform

@@ -36,7 +36,10 @@ class DatagramSlots {
     iovec range{};
   };
 
+  void prepare(bool withInfo);
   void reset(std::size_t slot, bool withInfo);
+  [[nodiscard]] ReceivedDatagram datagram(std::size_t slot, const SocketAddress& local,
+                                          bool tellsInterface);
 
   std::unique_ptr<std::uint8_t[]> bytes_;
   std::vector<Slot> slots_;

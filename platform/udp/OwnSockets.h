@@ -7,9 +7,9 @@
 
 namespace platform {
 
-/// The addresses of this process's sockets of one protocol, so that it neither asks itself nor
-/// answers itself: such a query would go round in a circle for ever. A UDP and a TCP port of one
-/// number have nothing to do with each other.
+/// The addresses of this process's sockets of one protocol, so that it neither sends queries
+/// to itself nor answers itself: such a query would go round in a circle for ever. A UDP and a TCP
+/// port of one number have nothing to do with each other.
 ///
 /// An IPv4 address in its IPv6 form (RFC 4291, section 2.5.5.2) is the IPv4 address. From any
 /// thread.

@@ -1,16 +1,10 @@
 #include "platform/udp/UDPSocket.h"
 
+#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <time.h>
-
-// The first needs the two above.
-#include <linux/errqueue.h>
-#include <linux/sock_diag.h>
 
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -21,20 +15,11 @@ namespace platform {
 
 namespace {
 
-// Room for all that the kernel says of a refusal.
-constexpr std::size_t kControlSize = 512;
-
 void enlargeReceiveBuffer(int socket, int size) {
   // The first is for privileged processes and goes beyond the system's limit.
   if (setOption(socket, SOL_SOCKET, SO_RCVBUFFORCE, size)) {
     setOption(socket, SOL_SOCKET, SO_RCVBUF, size);
   }
-}
-
-/// The IPv4 option goes for IPv4 clients of an IPv6 socket too.
-std::error_code keepRefusals(int socket, bool isIPv6) {
-  const auto error = isIPv6 ? setOption(socket, IPPROTO_IPV6, IPV6_RECVERR, 1) : std::error_code();
-  return error ? error : setOption(socket, IPPROTO_IP, IP_RECVERR, 1);
 }
 
 /// Everything but the address, which is to be bound next.
@@ -47,7 +32,7 @@ std::error_code prepare(int socket, const SocketAddress& address,
     error = setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, binding.takesIPv4 ? 0 : 1);
   }
   if (!error && binding.keepsRefusals) {
-    error = keepRefusals(socket, isIPv6);
+    error = ErrorQueue::request(socket, isIPv6);
   }
   return !error && (address.isWildcard() || binding.tellsInterface)
              ? PacketInfo::request(socket, isIPv6)
@@ -85,20 +70,6 @@ class Outgoing {
   iovec range_;
   PacketInfo source_;
 };
-
-std::error_code errorIn(msghdr& message) {
-  for (auto* control = CMSG_FIRSTHDR(&message); control != nullptr;
-       control = CMSG_NXTHDR(&message, control)) {
-    const bool isIPv4 = control->cmsg_level == IPPROTO_IP && control->cmsg_type == IP_RECVERR;
-    const bool isIPv6 = control->cmsg_level == IPPROTO_IPV6 && control->cmsg_type == IPV6_RECVERR;
-    if (isIPv4 || isIPv6) {
-      sock_extended_err error{};
-      std::memcpy(&error, CMSG_DATA(control), sizeof error);
-      return systemError(static_cast<int>(error.ee_errno));
-    }
-  }
-  return std::make_error_code(std::errc::io_error);
-}
 
 }  // namespace
 
@@ -194,20 +165,9 @@ void UDPSocket::sendAll(std::span<const Answer> answers) {
       const auto size = static_cast<unsigned>(left.size());
       return count = ::sendmmsg(get(), left.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
     });
-    // An error belongs to the first datagram that is left; the others still get their turn.
+    // An error belongs to the first datagram that is left; the others are sent all the same.
     left = left.subspan(error ? 1 : static_cast<std::size_t>(count));
   }
-}
-
-std::optional<UDPSocket::Refusal> UDPSocket::takeRefusal() {
-  SocketAddress client;
-  alignas(cmsghdr) std::array<unsigned char, kControlSize> control{};
-  msghdr message{client.data(),  SocketAddress::kMaxSize, nullptr, 0,
-                 control.data(), control.size(),          0};
-  if (::recvmsg(get(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) {
-    return std::nullopt;
-  }
-  return Refusal{client, errorIn(message)};
 }
 
 std::uint32_t UDPSocket::takeLost() {

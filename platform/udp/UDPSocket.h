@@ -9,6 +9,7 @@
 #include "platform/base/Data.h"
 #include "platform/dispatch/WatchedSocket.h"
 #include "platform/udp/DatagramSlots.h"
+#include "platform/udp/ErrorQueue.h"
 #include "platform/udp/OwnSockets.h"
 #include "platform/udp/SocketAddress.h"
 
@@ -30,11 +31,6 @@ class UDPSocket {
     bool keepsRefusals = false;
     /// Whether each datagram tells the interface by which it came.
     bool tellsInterface = false;
-  };
-  /// What the network answered to an earlier send to `client` (RFC 1122, section 4.1.3.3).
-  struct Refusal {
-    SocketAddress client;
-    std::error_code error;
   };
   struct Answer {
     DatagramPath path;
@@ -86,8 +82,8 @@ class UDPSocket {
     return slots.receive(get(), address_, tellsInterface_);
   }
   /// The next refusal; absent when there is none.
-  std::optional<Refusal> takeRefusal();
-  /// How many datagrams the kernel had no room for since this was last asked.
+  std::optional<Refusal> takeRefusal() { return ErrorQueue::take(get()); }
+  /// How many datagrams the kernel had no room for since the last call.
   std::uint32_t takeLost();
 
  private:
