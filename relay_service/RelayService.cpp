@@ -1,6 +1,11 @@
 #include "relay_service/RelayService.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <csignal>
+#include <system_error>
+#include <utility>
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/log/NSLog.h"
@@ -19,12 +24,14 @@ constexpr char kGroupId[] = "group.com.quillet.filteringosx";
 
 }  // namespace
 
-RelayService::RelayService()
-    : signals_({SIGTERM, SIGINT, SIGHUP}, [](int signal) {
-        if (signal != SIGHUP) {
-          MainLoop::shared().stop();
-        }
-      }) {}
+RelayService::RelayService(RelaySettings settings)
+    : signals_({SIGTERM, SIGINT, SIGHUP},
+               [](int signal) {
+                 if (signal != SIGHUP) {
+                   MainLoop::shared().stop();
+                 }
+               }),
+      settings_(std::move(settings)) {}
 
 int RelayService::run() {
   start();
@@ -34,6 +41,7 @@ int RelayService::run() {
 }
 
 void RelayService::start() {
+  tellMissingShell();
   listenerA_->start(kPortA);
   listenerB_->start(kPortB);
   NSLog("*** XPC and UDP started_ ***");
@@ -41,6 +49,14 @@ void RelayService::start() {
   xpcListener_->delegate = delegate_;
   xpcListener_->resume();
   NSLog("*** XPC listener resumed ***");
+}
+
+void RelayService::tellMissingShell() const {
+  const auto& [shell, command] = settings_.flush;
+  if (!command.empty() && ::access(shell.c_str(), X_OK) != 0) {
+    NSLog("the DNS cache will not be flushed: ", shell, ": ",
+          std::generic_category().message(errno));
+  }
 }
 
 void RelayService::stop() {

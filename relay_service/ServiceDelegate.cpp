@@ -11,7 +11,7 @@ bool ServiceDelegate::listener(platform::NSXPCListener& /*listener*/,
                                platform::NSXPCConnection& shouldAcceptNewConnection) {
   platform::NSLog("attempt to do new connection");
   shouldAcceptNewConnection.exportedInterface = ServiceProviderXPCProtocol::interface();
-  shouldAcceptNewConnection.exportedObject = std::make_shared<ServiceProviderXPC>();
+  shouldAcceptNewConnection.exportedObject = std::make_shared<ServiceProviderXPC>(lookup_);
   shouldAcceptNewConnection.resume();
   return true;
 }

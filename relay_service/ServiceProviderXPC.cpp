@@ -1,7 +1,5 @@
 #include "relay_service/ServiceProviderXPC.h"
 
-#include <DeploymentValues.h>
-
 #include <atomic>
 #include <memory>
 #include <string_view>
@@ -16,8 +14,6 @@ namespace QuilletXPCservice {
 using platform::NSLog;
 
 namespace {
-
-namespace deployment = quillet::deployment;
 
 /// `text` without white space and line breaks at both ends.
 std::string_view trimmed(std::string_view text) {
@@ -54,12 +50,11 @@ class LookupPlace {
 
 /// What the lookup prints, empty when it cannot be started. Its output is read before its end is
 /// waited for: a program whose output nobody takes would not end.
-std::string lookUpPublicIp() {
+std::string lookUpPublicIp(const PublicIpLookup& lookup) {
   platform::NSTask task;
   task.executablePath = "/usr/bin/env";
   // dig takes the option shortened.
-  task.arguments = {"dig", "+shor", deployment::kPublicIpName,
-                    std::string("@") + deployment::kPublicIpResolver};
+  task.arguments = {"dig", "+shor", lookup.name, "@" + lookup.resolver};
   task.standardOutput = std::make_shared<platform::NSPipe>();
   if (task.run()) {
     return "";
@@ -78,7 +73,7 @@ void ServiceProviderXPC::getPublicIp(const platform::NSXPCReply& reply) {
     reply("");
     return;
   }
-  const auto output = lookUpPublicIp();
+  const auto output = lookUpPublicIp(lookup_);
   reply(platform::isValidUtf8(output) ? std::string(trimmed(output)) : "");
 }
 

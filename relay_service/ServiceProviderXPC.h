@@ -1,17 +1,22 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/base/NSObject.h"
+#include "relay_service/RelaySettings.h"
 #include "relay_service/ServiceProviderXPCProtocol.h"
 #include "relay_service/XPCServiceDNSProxyProtocol.h"
 
 namespace QuilletXPCservice {
 
-/// The object that serves one client's connection. It has no state; its methods write to the log
-/// but for the public-IP lookup.
+/// The object that serves one client's connection. Its methods write to the log but for the
+/// public-IP lookup.
 class ServiceProviderXPC final : public platform::NSObject,
                                  public ServiceProviderXPCProtocol,
                                  public XPCServiceDNSProxyProtocol {
  public:
+  explicit ServiceProviderXPC(PublicIpLookup lookup) : lookup_(std::move(lookup)) {}
+
   void getPublicIp(const platform::NSXPCReply& reply) override;
   void sendDNSProxyCommand(const std::string& command) override;
   void printAppLogToFile(const std::string& log) override;
@@ -20,6 +25,9 @@ class ServiceProviderXPC final : public platform::NSObject,
   void proxyStateWasUpdated(const std::string& state) override;
   /// The block is neither kept nor called.
   void setAgentCommandListener(std::function<void(std::string)> listener) override;
+
+ private:
+  const PublicIpLookup lookup_;
 };
 
 }  // namespace QuilletXPCservice

@@ -1,7 +1,5 @@
 #include "relay_service/UDPListener.h"
 
-#include <DeploymentValues.h>
-
 #include <utility>
 
 #include "platform/base/RemoveOccurrences.h"
@@ -199,12 +197,14 @@ void UDPListener::handleCommand(const quillet::XpcUdpCommand& cmd) {
 }
 
 void UDPListener::clearDNSCache() {
-  NSLog("clearDNSCacheCmd result - ", runShellCommand(quillet::deployment::kFlushCommand));
+  if (!flush_.command.empty()) {
+    NSLog("clearDNSCacheCmd result - ", runShellCommand(flush_.command));
+  }
 }
 
 std::string UDPListener::runShellCommand(const std::string& command) {
   platform::NSTask task;
-  task.executablePath = quillet::deployment::kShell;
+  task.executablePath = flush_.shell;
   task.arguments = {"-c", command};
   task.standardOutput = std::make_shared<platform::NSPipe>();
   task.standardError = task.standardOutput;

@@ -5,12 +5,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "DnsProxyExt/relay/XpcUdpCommandParser.h"
 #include "platform/base/Data.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/network/NWListener.h"
 #include "relay_service/Published.h"
+#include "relay_service/RelaySettings.h"
 
 namespace QuilletXPCservice {
 
@@ -25,7 +27,7 @@ namespace QuilletXPCservice {
 /// lock. A flush that hangs holds up this port only.
 class UDPListener : public std::enable_shared_from_this<UDPListener> {
  public:
-  UDPListener() = default;
+  explicit UDPListener(CacheFlush flush) : flush_(std::move(flush)) {}
   UDPListener(const UDPListener&) = delete;
   UDPListener& operator=(const UDPListener&) = delete;
   virtual ~UDPListener() = default;
@@ -42,7 +44,7 @@ class UDPListener : public std::enable_shared_from_this<UDPListener> {
   void receive();
   /// Logs a command; a notification's payload becomes `proxyStatus`.
   void handleCommand(const quillet::XpcUdpCommand& cmd);
-  /// Runs the flush command and logs what it printed. Blocks until it ends.
+  /// Runs the flush command, if there is one, and logs what it printed. Blocks until it ends.
   void clearDNSCache();
   /// What the shell prints for the command line, both its streams, as valid UTF-8: what is not is
   /// replaced. A shell that cannot be started prints why. Blocks until all output is closed.
@@ -78,6 +80,8 @@ class UDPListener : public std::enable_shared_from_this<UDPListener> {
   void act(platform::DataView datagram);
   void sendUser();
   void updateUser(std::string_view text);
+
+  const CacheFlush flush_;
 };
 
 }  // namespace QuilletXPCservice

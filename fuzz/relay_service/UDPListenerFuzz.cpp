@@ -26,6 +26,8 @@ using Lines = std::vector<std::string>;
 
 class Listener final : public UDPListener {
  public:
+  Listener() : UDPListener({"", "flush"}) {}
+
   std::string runShellCommand(const std::string& /*command*/) override { return ""; }
 };
 

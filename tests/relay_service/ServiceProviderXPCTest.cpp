@@ -9,7 +9,7 @@ namespace {
 
 TEST(ServiceProviderXPCTest, LogsWhatCannotBeCalledFromOutside) {
   const quillet::test::LogCapture log;
-  ServiceProviderXPC service;
+  ServiceProviderXPC service({});
   service.printLogToFile("line");
   service.proxyStateWasUpdated("started");
   service.setAgentCommandListener([](const std::string&) { FAIL(); });

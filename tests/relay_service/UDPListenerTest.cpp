@@ -25,6 +25,8 @@ using Lines = std::vector<std::string>;
 /// Its flush runs nothing, but keeps whose turn it was.
 class Listener final : public UDPListener {
  public:
+  Listener() : UDPListener({"", "flush"}) {}
+
   std::string runShellCommand(const std::string& /*command*/) override {
     clientAtFlush = connection.get();
     return "";

@@ -28,7 +28,8 @@ class OptionsTest(RoadTest):
                 done = run(program, option)
                 self.assertEqual((done.returncode, done.stderr), (0, ""))
                 self.assertRegex(done.stdout, shown)
-            for row in (("--nonsense",), ("stray",), ("--identify", "all"), ("--listen",), ("--listen", "localhost:5300")):
+            for row in (("--nonsense",), ("stray",), ("--identify", "all"), ("--listen",), ("--listen", "localhost:5300"),
+                        ("--shell", "")):
                 with self.subTest(program=program, row=row):
                     done = run(program, *row)
                     self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True))

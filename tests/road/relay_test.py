@@ -20,7 +20,6 @@ LOCAL = ("127.0.0.1", "127.0.0.2", "::1", "192.0.2.1", "2001:db8::1")
 MOST = 65_507  # octets of a datagram
 LOG = "printAppLogToFileWithLog:"
 LOOKUP = "getPublicIpWithReply:"
-needs_zsh = unittest.skipUnless(os.path.exists("/bin/zsh"), "no /bin/zsh here")
 
 
 class RelayTest(RoadTest):
@@ -54,8 +53,9 @@ class RelayTest(RoadTest):
         with open(path, encoding="utf-8") as file:
             return file.read().splitlines()
 
-    def relay(self):
-        return self.started(Relay(self.folder, self.programs))
+    def relay(self, *arguments):
+        """Its shell is one that every machine has."""
+        return self.started(Relay(self.folder, self.programs, arguments or ("--shell", "/bin/sh")))
 
     def client(self, port=9898, host="127.0.0.1"):
         client = Client((host, port))
@@ -78,6 +78,24 @@ class StartTest(RelayTest):
             relay.send_signal(number)
             self.assertEqual(relay.wait(), 0)
             self.assertFalse(os.path.exists(relay.socket_path))
+
+    def test_what_it_runs_is_settled_at_the_start(self):
+        self.program("dig", "echo 192.0.2.9")
+        lookup = ("--public-ip-name", "ip.example", "--public-ip-resolver", "192.0.2.53")
+        missing = "the DNS cache will not be flushed: /no/shell: No such file or directory"
+        cannot = "clearDNSCacheCmd result - cannot start /no/shell: No such file or directory"
+        for arguments, lines in ((("--shell", "/bin/sh", "--flush-command", "echo flushed"),
+                                  ["clearDNSCacheCmd result - flushed\\n"]),
+                                 (("--shell", "/no/shell"), [missing, cannot]),
+                                 (("--shell", "/no/shell", "--flush-command", ""), []), (("--flush-command=",), [])):
+            relay = self.relay(*arguments, *lookup)
+            self.client().send(b"&*ALx")
+            relay.wait_for_line("Agent log: x")
+            with self.subTest(arguments=arguments), XpcClient(relay) as client:
+                self.assertEqual([line for line in relay.said() if "flushed" in line or "clear" in line], lines)
+                self.assertEqual(client.call(LOOKUP), "192.0.2.9")
+            relay.stop()
+        self.assertEqual(self.calls("dig"), ["+shor ip.example @192.0.2.53"] * 4)
 
     def test_a_port_that_is_taken_stays_closed_silently(self):
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
@@ -155,7 +173,6 @@ class DatagramTest(RelayTest):
         self.assertFalse(any("request CU received" in line for line in relay.said()))
 
 
-@needs_zsh
 class FlushTest(RelayTest):
     def test_an_error_ends_the_loop_until_the_next_association(self):
         relay = self.relay()

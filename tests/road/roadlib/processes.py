@@ -171,10 +171,10 @@ class Relay(Process):
     """The relay service, once it is there. It takes its ports and finds its programs where they always are, so it
     runs in a network of its own, with `programs` as the folder that is searched first."""
 
-    def __init__(self, folder, programs, **how):
+    def __init__(self, folder, programs, arguments=(), **how):
         self.socket_path = os.path.join(folder, "group.com.quillet.filteringosx")
         environment = {"RUNTIME_DIRECTORY": folder, "PATH": f"{programs}:{os.environ['PATH']}"}
-        super().__init__([os.environ["QUILLET_RELAY"]], environment=environment, **how)
+        super().__init__([os.environ["QUILLET_RELAY"], *arguments], environment=environment, **how)
         if self._reader:
             self.wait_for_line("*** XPC listener resumed ***")
             self.wait_for_line(" port 989", 4)
