@@ -1,18 +1,12 @@
 // A start takes vendor data and keeps it; what it decides is in settings/VendorSettings.
 
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "DnsProxyExt/settings/GroupDefaults.h"
 #include "platform/log/NSLog.h"
 
 namespace quillet {
 
 using platform::NSLog;
-
-namespace {
-
-constexpr char kStoredVendorDataKey[] = "mdmConf";
-constexpr char kUserEmailKey[] = "userEmail";
-
-}  // namespace
 
 /// False when the options hold no vendor settings, or hold something else than an object under
 /// their name.
@@ -28,7 +22,7 @@ bool DnsProxyExt::takeVendorData() {
   NSLog("----vendor data----");
   macOSconfig = MDMConfigurationManager::buildConfDictionary(*vendorData);
   if (auto* store = defaults()) {
-    store->setObject(*vendorData, kStoredVendorDataKey);
+    store->setObject(*vendorData, GroupDefault::kStoredVendorData);
   }
   NSLog("opts: ", *vendorData);
   relayLog_.alone("opts:", *vendorData);
@@ -41,18 +35,19 @@ void DnsProxyExt::logStoredVendorData() const {
   NSLog("options(vendor data) are nil --> retrieving previous params from local storage");
   const auto* store = defaults();
   const auto stored =
-      store != nullptr ? store->dictionaryForKey(kStoredVendorDataKey) : std::nullopt;
+      store != nullptr ? store->dictionaryForKey(GroupDefault::kStoredVendorData) : std::nullopt;
   NSLog("retrieved options: ", stored);
 }
 
 void DnsProxyExt::logUserEmail() const {
   const auto* store = defaults();
-  const auto email = store != nullptr ? store->stringForKey(kUserEmailKey) : std::nullopt;
+  const auto email =
+      store != nullptr ? store->stringForKey(GroupDefault::kUserEmail) : std::nullopt;
   NSLog("users email from Content Filter:  ", email.value_or(""));
   if (!email || email->empty()) {
     return;
   }
-  if (settingIn(macOSconfig, kUserEmailKey) != nullptr) {
+  if (settingIn(macOSconfig, GroupDefault::kUserEmail) != nullptr) {
     NSLog("userEmail is not nil -> using userEmail from vendor");
   } else {
     NSLog("userEmail is nil -> using userEmail from local store");

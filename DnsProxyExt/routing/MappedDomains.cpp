@@ -1,6 +1,7 @@
 #include "DnsProxyExt/routing/MappedDomains.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/base/CommaDelimited.h"
 #include "platform/base/Utf8.h"
@@ -44,14 +45,24 @@ std::string_view serverText(std::string_view rest) {
 
 }  // namespace
 
+std::vector<MappedDomain> mappedDomainsIn(std::string_view text) {
+  std::vector<MappedDomain> entries;
+  for (auto& entry : platform::parseCommaDelimitedArr(enclosed(text))) {
+    const auto colon = entry.find(':');
+    if (colon == std::string::npos) {
+      entries.push_back({std::move(entry), std::nullopt});
+    } else {
+      entries.push_back({entry.substr(0, colon), entry.substr(colon + 1)});
+    }
+  }
+  return entries;
+}
+
 DomainMap parseMappedDomains(std::string_view text) {
   DomainMap map;
-  for (const auto& entry : platform::parseCommaDelimitedArr(enclosed(text))) {
-    const std::string_view view = entry;
-    const auto colon = view.find(':');
-    if (colon != std::string_view::npos) {
-      const auto server = serverText(view.substr(colon + 1));
-      map.set(entry.substr(0, colon), std::make_shared<Utils::DNSHost>(server));
+  for (auto& [fragment, server] : mappedDomainsIn(text)) {
+    if (server) {
+      map.set(std::move(fragment), std::make_shared<Utils::DNSHost>(serverText(*server)));
     }
   }
   return map;

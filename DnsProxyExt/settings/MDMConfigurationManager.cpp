@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "DnsProxyExt/settings/GroupDefaults.h"
 #include "DnsProxyExt/settings/IdentityOption.h"
 #include "platform/base/Clock.h"
 #include "platform/base/LetterCase.h"
@@ -37,8 +38,8 @@ GroupSettings readGroupSettings() {
   if (defaults == nullptr) {
     return {};
   }
-  return {defaults->boolForKey("send_ip"), defaults->stringForKey("ip"),
-          defaults->integerForKey("send_timezone")};
+  return {defaults->boolForKey(GroupDefault::kSendIp), defaults->stringForKey(GroupDefault::kIp),
+          defaults->integerForKey(GroupDefault::kSendTimeZone)};
 }
 
 const ConfiguredIdentity* identityNamed(std::string_view key) {
@@ -68,10 +69,14 @@ ConfigurationMap MDMConfigurationManager::buildConfDictionary(const platform::JS
     const auto present = value.is_null() ? std::nullopt : std::optional(value);
     NSLog("key:", key, ": ", present);
     if (value.is_string()) {
-      result.insert_or_assign(platform::removingOccurrences(key, "--"), value.get<std::string>());
+      result.insert_or_assign(keyFrom(key), value.get<std::string>());
     }
   }
   return result;
+}
+
+std::string MDMConfigurationManager::keyFrom(std::string_view vendorKey) {
+  return platform::removingOccurrences(vendorKey, "--");
 }
 
 void MDMConfigurationManager::initConfigurationForMacOs(const ConfigurationMap& confData) {
@@ -130,7 +135,7 @@ std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
   if (!configuration_) {
     return getHardcodedMDMConf();
   }
-  const auto* addAppSenderId = configured("addAppSenderId");
+  const auto* addAppSenderId = configured(kAddAppSenderId);
   if (addAppSenderId != nullptr && platform::equalsIgnoringCase(*addAppSenderId, "yes")) {
     valuesForInject_[IdentityOption::kApplication] = appSenderId;
   }
@@ -179,12 +184,12 @@ std::optional<std::string> MDMConfigurationManager::checkMDMValues() const {
 }
 
 std::optional<std::string> MDMConfigurationManager::getAdminPassword() const {
-  const auto* password = configured("adminPassword");
+  const auto* password = configured(kAdminPassword);
   return password != nullptr ? std::optional(*password) : std::nullopt;
 }
 
 bool MDMConfigurationManager::isTestMode() const {
-  const auto* testMode = configured("testModeEnabled");
+  const auto* testMode = configured(kTestModeEnabled);
   return testMode != nullptr && platform::equalsIgnoringCase(*testMode, "yes");
 }
 
@@ -202,7 +207,7 @@ void MDMConfigurationManager::didChange() const {
 }
 
 bool MDMConfigurationManager::isUserAuthEnabled(const ConfigurationMap& conf) {
-  const auto* enabled = settingIn(conf, "userAuthEnabled");
+  const auto* enabled = settingIn(conf, kUserAuthEnabled);
   return enabled == nullptr || !platform::equalsIgnoringCase(*enabled, "false");
 }
 

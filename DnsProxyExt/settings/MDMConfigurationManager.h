@@ -30,6 +30,14 @@ class MDMConfigurationManager {
   static constexpr char kFeedbackKey[] = "com.apple.feedback.managed";
   static constexpr char kConfigurationKey[] = "com.apple.configuration.managed";
 
+  /// The keys of the configuration that it reads beside those of `kConfiguredIdentity`.
+  static constexpr char kAddAppSenderId[] = "addAppSenderId";
+  static constexpr char kUserAuthEnabled[] = "userAuthEnabled";
+  static constexpr char kAdminPassword[] = "adminPassword";
+  static constexpr char kTestModeEnabled[] = "testModeEnabled";
+  static constexpr std::string_view kOtherKeys[] = {kAddAppSenderId, kUserAuthEnabled,
+                                                    kAdminPassword, kTestModeEnabled};
+
   /// The single instance, created on first use.
   static MDMConfigurationManager& shared();
 
@@ -38,6 +46,9 @@ class MDMConfigurationManager {
   /// The text values of the vendor settings, each under its key without any "--". When two keys
   /// become one, the one later in the order of the keys wins.
   static ConfigurationMap buildConfDictionary(const platform::JSONObject& from);
+
+  /// The key of the configuration that a key of the vendor settings becomes.
+  static std::string keyFrom(std::string_view vendorKey);
 
   /// Keeps a configuration and takes the identity from it.
   void initConfigurationForMacOs(const ConfigurationMap& confData);

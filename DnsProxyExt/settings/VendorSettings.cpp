@@ -113,16 +113,17 @@ void takeCaptivePortalIp(const Conf& conf, const Target& target) {
 }
 
 constexpr VendorSetting kSettings[] = {
-    {"filteringDNS", "server", Step::servers, takeFilteringDNS},
-    {"secondDNS", "server", Step::servers, takeSecondDNS},
-    {"localNetworkDNS", "server", Step::servers, takeLocalNetworkDNS},
-    {"policyServer", "server", Step::servers, takePolicyServer},
+    {"filteringDNS", "server", Step::servers, takeFilteringDNS, faultsOfServer},
+    {"secondDNS", "server", Step::servers, takeSecondDNS, faultsOfServer},
+    {"localNetworkDNS", "server", Step::servers, takeLocalNetworkDNS, faultsOfServer},
+    {"policyServer", "server", Step::servers, takePolicyServer, faultsOfServer},
     {"mappedDomains", "`[FRAGMENT:ADDRESS,FRAGMENT:ADDRESS:PORT]`", Step::domains,
-     takeMappedDomains},
-    {"allowPackages", "texts between commas", Step::lists, takeAllowPackages},
-    {"jsonVars", "a JSON object as text", Step::lists, takeJsonVars},
-    {"allowAll", "`\"true\"`, as a text", Step::always, takeAllowAll},
-    {"captivePortalIp", "addresses between commas", Step::lists, takeCaptivePortalIp},
+     takeMappedDomains, faultsOfMappedDomains},
+    {"allowPackages", "texts between commas", Step::lists, takeAllowPackages, faultsOfText},
+    {"jsonVars", "a JSON object as text", Step::lists, takeJsonVars, faultsOfText},
+    {"allowAll", "`\"true\"`, as a text", Step::always, takeAllowAll, faultsOfSwitch},
+    {"captivePortalIp", "addresses between commas", Step::lists, takeCaptivePortalIp,
+     faultsOfAddresses},
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "DnsProxyExt/routing/RoutingTable.h"
 #include "DnsProxyExt/settings/ConfigurationMap.h"
+#include "DnsProxyExt/settings/SettingFaults.h"
 
 namespace quillet {
 
@@ -35,6 +36,7 @@ struct VendorSetting {
   std::string_view form;
   Step step;
   void (*apply)(const ConfigurationMap& conf, const VendorSettingsTarget& target);
+  SettingFaults (*faults)(std::string_view text, const IsOwnAddress& isOwn);
 };
 
 /// All of them, in the order of the documentation.

@@ -22,10 +22,6 @@ bool canNameFile(std::string_view name) {
          name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
 }
 
-std::filesystem::path fileOf(const std::filesystem::path& directory, std::string_view name) {
-  return directory / (std::string(name) + ".json");
-}
-
 // Why a JSON text is not taken whole, if so.
 std::optional<std::string> lossOf(const tl::expected<JSONDocument, JSONFault>& document) {
   if (!document) {
@@ -73,6 +69,11 @@ void UserDefaults::setDirectory(const std::filesystem::path& directory) {
   for (const auto& [name, suite] : suites().byName) {
     suite->moveTo(fileOf(directory, name));
   }
+}
+
+std::filesystem::path UserDefaults::fileOf(const std::filesystem::path& directory,
+                                           std::string_view name) {
+  return directory / (std::string(name) + ".json");
 }
 
 UserDefaults* UserDefaults::suite(std::string_view name) {

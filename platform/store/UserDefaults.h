@@ -23,6 +23,10 @@ class UserDefaults {
   /// opened. Suites that are open already go over to the new directory.
   static void setDirectory(const std::filesystem::path& directory);
 
+  /// The file of a suite.
+  static std::filesystem::path fileOf(const std::filesystem::path& directory,
+                                      std::string_view name);
+
   /// The suite of that name, the same object at every call, lasting as long as the process; its
   /// file is read again when it changed, which costs one system call to find out. Absent when there
   /// is no defaults directory, when the name cannot be a file's, or when the file is there but

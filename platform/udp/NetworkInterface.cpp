@@ -100,7 +100,11 @@ std::optional<NetworkInterface> NetworkInterface::holding(const SocketAddress& a
 }
 
 bool NetworkInterface::isOfThisMachine(const SocketAddress& address) {
-  return canBeBound(address) && (isIPv4Loopback(address) || holding(address));
+  return canBeBound(address) && isListed(address);
+}
+
+bool NetworkInterface::isListed(const SocketAddress& address) {
+  return isIPv4Loopback(address) || holding(address);
 }
 
 bool NetworkInterface::hasAddress(std::size_t length) const {

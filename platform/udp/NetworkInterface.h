@@ -19,6 +19,9 @@ struct NetworkInterface {
 
   /// Whether what is sent to `address` stays on this machine.
   static bool isOfThisMachine(const SocketAddress& address);
+  /// The same, always at the cost of the kernel's list of addresses, but no socket is bound to find
+  /// out.
+  static bool isListed(const SocketAddress& address);
 
   /// Whether it has an address of that length (4 or 16 octets) that reaches beyond its own link.
   [[nodiscard]] bool hasAddress(std::size_t length) const;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/udp/NetworkInterface.h"
-
 namespace platform {
 
 namespace {
@@ -57,11 +55,11 @@ OwnSockets::Match OwnSockets::find(const SocketAddress& address) const {
   return best;
 }
 
-bool OwnSockets::servesAt(const SocketAddress& destination) const {
+bool OwnSockets::servesAt(const SocketAddress& destination,
+                          bool (*isOfThisMachine)(const SocketAddress&)) const {
   const auto address = withoutWildcard(destination.unmapped());
   const auto match = find(address);
-  return match == Match::serving ||
-         (match == Match::wildcard && NetworkInterface::isOfThisMachine(address));
+  return match == Match::serving || (match == Match::wildcard && isOfThisMachine(address));
 }
 
 bool OwnSockets::hasSent(const SocketAddress& sender) const {

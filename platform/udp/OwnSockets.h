@@ -3,6 +3,7 @@
 #include <array>
 #include <mutex>
 
+#include "platform/udp/NetworkInterface.h"
 #include "platform/udp/SocketAddress.h"
 
 namespace platform {
@@ -46,8 +47,10 @@ class OwnSockets {
   static OwnSockets& tcp();
 
   /// Whether what is sent to `destination` comes to a socket that serves. The wildcard address is
-  /// the loopback one there.
-  [[nodiscard]] bool servesAt(const SocketAddress& destination) const;
+  /// the loopback one there. `isOfThisMachine` is asked only where a socket serves all addresses.
+  [[nodiscard]] bool servesAt(
+      const SocketAddress& destination,
+      bool (*isOfThisMachine)(const SocketAddress&) = NetworkInterface::isOfThisMachine) const;
   /// Whether `sender` is one of these sockets.
   [[nodiscard]] bool hasSent(const SocketAddress& sender) const;
 

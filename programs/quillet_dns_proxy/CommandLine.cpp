@@ -54,6 +54,7 @@ struct Texts {
   std::string sourceApp = "unknown";
   std::string identify = "cgroup";
   bool safeSearch = false;
+  bool check = false;
 };
 
 void addOptions(CLI::App& app, Texts& texts) {
@@ -81,6 +82,8 @@ void addOptions(CLI::App& app, Texts& texts) {
       ->capture_default_str();
   app.add_flag("--safe-search", texts.safeSearch,
                "Send every query unchanged to the filtering service's standard DNS port");
+  app.add_flag("--check", texts.check,
+               "Check the settings, print what is wrong with them, and end; nothing is served");
   app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);
 }
 
@@ -97,6 +100,7 @@ CommandLine commandLineFrom(const Texts& texts) {
   result.sourceApp = texts.sourceApp;
   result.identify = kDepths.at(texts.identify);
   result.safeSearch = texts.safeSearch;
+  result.check = texts.check;
   return result;
 }
 

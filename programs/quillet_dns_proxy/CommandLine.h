@@ -21,6 +21,8 @@ struct CommandLine {
   std::optional<platform::SenderLookup::Depth> identify;
   /// Whether the provider is the one for safe search.
   bool safeSearch = false;
+  /// Whether the settings are to be checked, and nothing served.
+  bool check = false;
 };
 
 /// The command line read, or the status that the program ends with because help or the version was

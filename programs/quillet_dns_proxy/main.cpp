@@ -1,12 +1,20 @@
+#include <utility>
+#include <variant>
+
 #include "platform/log/StartLogging.h"
+#include "programs/quillet_dns_proxy/Check.h"
 #include "programs/quillet_dns_proxy/CommandLine.h"
 #include "programs/quillet_dns_proxy/ProxyProcess.h"
 
 int main(int argc, char** argv) {
-  auto commandLine = quillet::parseCommandLine(argc, argv);
-  if (const int* status = std::get_if<int>(&commandLine)) {
+  auto parsed = quillet::parseCommandLine(argc, argv);
+  if (const int* status = std::get_if<int>(&parsed)) {
     return *status;
   }
+  auto& commandLine = std::get<quillet::CommandLine>(parsed);
+  if (commandLine.check) {
+    return quillet::checkSettings(commandLine);
+  }
   platform::startLogging("quillet-dns-proxy");
-  return quillet::ProxyProcess(std::get<quillet::CommandLine>(std::move(commandLine))).run();
+  return quillet::ProxyProcess(std::move(commandLine)).run();
 }

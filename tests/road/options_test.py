@@ -3,6 +3,7 @@
 import os
 import socket
 import subprocess
+import tempfile
 
 from roadlib import wire
 from roadlib.case import READ, RoadTest, main
@@ -55,6 +56,32 @@ class OptionsTest(RoadTest):
             with self.subTest(path=path):
                 self.assert_one_line(run(PROXY, "--listen", f"127.0.0.1:{free_port()}", "--defaults-dir", self.folder,
                                          "--vendor-data", path), path)
+
+    def test_check_tells_what_is_wrong_and_leaves_no_trace(self):
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:
+            taken.bind(("127.0.0.1", 0))
+            port = taken.getsockname()[1]
+            fine = {"filteringDNS": f"127.0.0.2:{port}", "secondDNS": f"192.0.2.1:{port}"}
+            own = '"127.0.0.2:%d" is the proxy\'s own address' % port
+            for settings, defaults, host, lines in (
+                    (fine, None, "127.0.0.1", []), (fine, None, "[::]", []), (fine, '{"ip": "192.0.2.1"}', "127.0.0.1", []),
+                    (fine, "[]", "0.0.0.0", [("v", f"filteringDNS: {own}"), ("d", "not a JSON object")]),
+                    ("{", '{"ip": 4}', "127.0.0.1", [("v", "not valid JSON"), ("d", "ip: not text but of type number")]),
+                    (None, None, "127.0.0.1", [("v", "No such file or directory")]),
+                    ({"a\n\x1b": "x"}, None, "127.0.0.1", [("v", "a\\n\\x1B: unknown key")])):
+                with self.subTest(settings=settings, defaults=defaults, host=host):
+                    folder = tempfile.mkdtemp(dir=self.folder)
+                    v, d = os.path.join(folder, "v.json"), os.path.join(folder, "state", SUITE)
+                    if settings is not None:
+                        self.vendor_file(settings, v)
+                    if defaults is not None:
+                        os.mkdir(os.path.dirname(d))
+                        self.vendor_file(defaults, d)
+                    before = [*os.walk(folder)]
+                    done = run(PROXY, "--check", "--listen", f"{host}:{port}", "--vendor-data", v, "--defaults-dir",
+                               os.path.dirname(d))
+                    self.assertEqual(done.stdout.splitlines(), [f"{v if file == 'v' else d}: {what}" for file, what in lines])
+                    self.assertEqual((done.returncode, done.stderr, [*os.walk(folder)]), (1 if lines else 0, "", before))
 
 
 class DefaultsTest(RoadTest):
