@@ -1,10 +1,12 @@
 // The map is the one that a reader of its own makes of the same text, and finds a server for each
-// fragment.
+// fragment; where no server is any good, the check finds one fault with each entry.
 
+#include <algorithm>
 #include <map>
 #include <string>
 
 #include "DnsProxyExt/routing/MappedDomains.h"
+#include "DnsProxyExt/settings/SettingFaults.h"
 #include "fuzz/Target.h"
 #include "platform/base/Description.h"
 
@@ -36,9 +38,13 @@ std::map<std::string, std::string> readEntries(std::string_view text) {
 void quillet::fuzz::run(platform::DataView input) {
   const auto text = platform::textOf(input);
   parseMappedDomains(text);
-  const auto map = parseMappedDomains("[" + std::string(text) + "]");
+  const auto setting = "[" + std::string(text) + "]";
+  const auto map = parseMappedDomains(setting);
   const auto entries = readEntries(text);
   require(map.size() == entries.size());
+  const auto faults = faultsOfMappedDomains(setting, [](const auto&) { return true; });
+  const auto commas = std::count(text.begin(), text.end(), ',');
+  require(faults.size() == (text.empty() ? 0 : static_cast<std::size_t>(commas) + 1));
   for (const auto& [fragment, server] : entries) {
     const auto found = map.server(fragment);
     const bool isSearched = !fragment.empty() && fragment.size() <= DomainMap::kMaxSearched;
