@@ -50,7 +50,7 @@ bool print(std::string_view line) {
 
 bool print(const std::filesystem::path& file, const std::vector<SettingsFinding>& findings) {
   for (const auto& [key, what] : findings) {
-    print(file.string() + ": " + key + ": " + what);
+    print(file.string().append(": ").append(key).append(": ").append(what));
   }
   return findings.empty();
 }
