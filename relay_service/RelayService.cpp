@@ -49,6 +49,7 @@ void RelayService::start() {
   xpcListener_->delegate = delegate_;
   xpcListener_->resume();
   NSLog("*** XPC listener resumed ***");
+  serviceManager_.ready("Serving UDP ports 9898 and 9899");
 }
 
 void RelayService::tellMissingShell() const {
@@ -60,6 +61,7 @@ void RelayService::tellMissingShell() const {
 }
 
 void RelayService::stop() {
+  serviceManager_.stopping();
   platform::ChildProcesses::shared().end();
   listenerA_->stop();
   listenerB_->stop();

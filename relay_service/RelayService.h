@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/dispatch/SignalSource.h"
+#include "platform/service/ServiceManager.h"
 #include "platform/xpc/NSXPCListener.h"
 #include "relay_service/RelaySettings.h"
 #include "relay_service/ServiceDelegate.h"
@@ -33,6 +34,7 @@ class RelayService {
   const std::shared_ptr<ServiceDelegate> delegate_ =
       std::make_shared<ServiceDelegate>(settings_.lookup);
   std::optional<platform::NSXPCListener> xpcListener_;
+  platform::ServiceManager serviceManager_;
 };
 
 }  // namespace QuilletXPCservice

@@ -118,20 +118,40 @@ bool ProxyProcess::serve(Options options) {
 
 void ProxyProcess::startProvider(Options options) {
   provider_->setSystemDNSSettings(systemSettings());
-  provider_->startProxy(std::move(options), [](const std::optional<platform::Error>&) {});
+  provider_->startProxy(std::move(options), [this](const std::optional<platform::Error>& error) {
+    if (!error) {
+      serviceManager_.ready(status());
+    }
+  });
 }
 
 void ProxyProcess::handleSignal(int signal) {
   if (signal == SIGHUP) {
-    if (auto options = vendorOptions()) {  // else the settings stay as they are
-      startProvider(*std::move(options));
-    }
-    return;
+    reload();
+  } else {
+    stop();
   }
-  stop();
+}
+
+void ProxyProcess::reload() {
+  serviceManager_.reloading();
+  if (auto options = vendorOptions()) {
+    startProvider(*std::move(options));
+  } else {
+    serviceManager_.ready(status() + "; settings of before, the vendor data cannot be used");
+  }
+}
+
+std::string ProxyProcess::status() const {
+  std::string text = "Serving";
+  for (const auto& endpoint : host_->boundEndpoints()) {
+    platform::describe(text += ' ', endpoint);
+  }
+  return text;
 }
 
 void ProxyProcess::stop() {
+  serviceManager_.stopping();
   host_->stop();
   provider_->stopProxy(NEProviderStopReason::kUserInitiated, [] {
     DispatchQueue::global().async([] { platform::MainLoop::shared().stop(); });

@@ -2,14 +2,16 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/flowhost/FlowHost.h"
+#include "platform/service/ServiceManager.h"
 #include "programs/quillet_dns_proxy/CommandLine.h"
 
 namespace quillet {
 
-/// The wiring of the process: flow host, provider and signals.
+/// The wiring of the process: flow host, provider, signals and service manager.
 class ProxyProcess {
  public:
   explicit ProxyProcess(CommandLine commandLine);
@@ -26,13 +28,18 @@ class ProxyProcess {
   bool bindHost();
   bool serve(Options options);
   void startProvider(Options options);
+  /// The settings stay as they are when the file cannot be used.
+  void reload();
   void handleSignal(int signal);
+  /// For people who look at the service.
+  [[nodiscard]] std::string status() const;
   /// Ends the loop after what is queued already: the provider's last sends and states are told.
   void stop();
 
   const CommandLine commandLine_;
   std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
+  platform::ServiceManager serviceManager_;
 };
 
 }  // namespace quillet
