@@ -12,7 +12,7 @@ foreach(source IN LISTS sources)
   string(REGEX REPLACE ".*\\." "" section "${name}")
   set(page "${CMAKE_CURRENT_BINARY_DIR}/man/${name}.gz")
   add_custom_command(OUTPUT "${page}"
-    COMMAND bash -o pipefail -c "SOURCE_DATE_EPOCH=0 \"$1\" <\"$2\" | gzip -9n >\"$3\"" manual "${SCDOC}" "${source}" "${page}"
+    COMMAND bash -o pipefail -c "\"$1\" <\"$2\" | gzip -9n >\"$3\"" manual "${SCDOC}" "${source}" "${page}"
     DEPENDS "${source}"
     VERBATIM)
   list(APPEND pages "${page}")
