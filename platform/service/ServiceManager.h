@@ -12,6 +12,7 @@ namespace platform {
 class ServiceManager {
  public:
   ServiceManager() = default;
+  ~ServiceManager() = default;
   ServiceManager(const ServiceManager&) = delete;
   ServiceManager& operator=(const ServiceManager&) = delete;
 
