@@ -20,7 +20,9 @@ class ClientConnection::Query final : public AnswerPath {
  public:
   explicit Query(std::shared_ptr<ClientConnection> connection)
       : connection_(std::move(connection)),
-        place_(connection_->outstanding_.insert(connection_->outstanding_.end(), this)) {}
+        place_(connection_->outstanding_.insert(connection_->outstanding_.end(), this)) {
+    ++connection_->all_->count;
+  }
   ~Query() override { end(); }
   Query(const Query&) = delete;
   Query& operator=(const Query&) = delete;
@@ -46,8 +48,9 @@ class ClientConnection::Query final : public AnswerPath {
   bool isOver_ = false;
 };
 
-ClientConnection::ClientConnection(ClientDatagrams origin, Offer offer)
-    : origin_(std::move(origin)), offer_(std::move(offer)) {}
+ClientConnection::ClientConnection(ClientDatagrams origin, Offer offer,
+                                   std::shared_ptr<OutstandingQueries> all)
+    : origin_(std::move(origin)), offer_(std::move(offer)), all_(std::move(all)) {}
 
 void ClientConnection::begin(FileDescriptor socket) {
   stream_.open(std::move(socket), weak_from_this());
@@ -80,8 +83,10 @@ void ClientConnection::streamChanged() {
   }
 }
 
+// One that has none outstanding would not be told when others have fewer.
 bool ClientConnection::hasRoom() const {
-  return outstanding_.size() < kMaxOutstanding && stream_.waiting() == 0;
+  const bool mayHaveMore = outstanding_.size() < kMaxOutstanding && all_->count < all_->limit;
+  return (outstanding_.empty() || mayHaveMore) && stream_.waiting() == 0;
 }
 
 void ClientConnection::offerQueries() {
@@ -114,6 +119,7 @@ void ClientConnection::answer(DataView message, const std::shared_ptr<PendingWri
 // whatever comes next.
 void ClientConnection::queryIsOver(std::list<Query*>::iterator place) {
   outstanding_.erase(place);
+  --all_->count;
   if (isOpen() && !stream_.isReading()) {
     DispatchQueue::global().async([weak = weak_from_this()] {
       if (const auto self = weak.lock()) {

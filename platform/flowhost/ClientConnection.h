@@ -10,13 +10,21 @@
 
 namespace platform {
 
+/// Queries by TCP that are outstanding, of all clients. Each has an exchange upstream, of which
+/// there may be so many that others are given up for them.
+struct OutstandingQueries {
+  const std::size_t limit;
+  std::size_t count = 0;
+};
+
 /// One client by TCP: its queries, each a flow of its own, and their answers, in the order in which
 /// they come (RFC 7766, section 6.2.1). Inside the event loop only.
 ///
 /// A query is outstanding until it has an answer, its flow is closed or let go of without one, or
 /// nobody can expect one any more.
 /// While as many as may be are outstanding, or answers wait for a slow reader, nothing is read: the
-/// kernel makes the client wait. A client that has ended its side is still sent what it waits for.
+/// kernel makes the client wait. When all clients together have reached their limit, each may have
+/// one at a time. A client that has ended its side is still sent what it waits for.
 /// A message of no octets ends the connection.
 class ClientConnection final : public std::enable_shared_from_this<ClientConnection>,
                                public MessageStream::Owner {
@@ -35,8 +43,8 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
   /// Offers a query; the flow made of it keeps the path.
   using Offer = std::function<void(std::shared_ptr<AnswerPath>, ClientDatagrams)>;
 
-  /// `origin` is what each query comes with, without datagrams.
-  ClientConnection(ClientDatagrams origin, Offer offer);
+  /// `origin` is what each query comes with, without datagrams; `all` belongs to all clients.
+  ClientConnection(ClientDatagrams origin, Offer offer, std::shared_ptr<OutstandingQueries> all);
 
   void begin(FileDescriptor socket);
   /// What waits fails with ECANCELED.
@@ -60,6 +68,7 @@ class ClientConnection final : public std::enable_shared_from_this<ClientConnect
 
   const ClientDatagrams origin_;
   const Offer offer_;
+  const std::shared_ptr<OutstandingQueries> all_;
   MessageStream stream_;
   std::list<Query*> outstanding_;  // the oldest first
 };

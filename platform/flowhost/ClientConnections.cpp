@@ -71,7 +71,8 @@ void ClientConnections::accepted(FileDescriptor socket, const SocketAddress& cli
   origin.captured = OriginalDestination::ofConnection(socket.get(), client, destination).path();
   const auto info = PacketInfo::ofConnection(socket.get(), destination);
   origin.interfaceIndex = info ? info->interfaceIndex : 0;
-  connections_.push_back(std::make_shared<ClientConnection>(std::move(origin), offer_));
+  connections_.push_back(
+      std::make_shared<ClientConnection>(std::move(origin), offer_, outstanding_));
   connections_.back()->begin(std::move(socket));
   if (!idleCheck_.isValid()) {
     checkTime();

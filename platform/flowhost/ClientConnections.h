@@ -19,6 +19,9 @@ class ClientConnections final : public std::enable_shared_from_this<ClientConnec
   /// what `ClientConnection` lets its queries and answers cost. One more closes the one that has
   /// been idle longest.
   static constexpr std::size_t kMaxConnections = 128;
+  /// Queries of all connections that are outstanding, for each of the connections that there may
+  /// be. One costs what `ClientConnection::kMaxOutstanding` says, and a descriptor.
+  static constexpr std::size_t kOutstandingShare = 4;
 
   /// A further address to serve; what connects there waits.
   std::error_code bind(const SocketAddress& address);
@@ -38,6 +41,8 @@ class ClientConnections final : public std::enable_shared_from_this<ClientConnec
   void dropClosed();
 
   const std::size_t limit_ = usualLimit();
+  const std::shared_ptr<OutstandingQueries> outstanding_ =
+      std::make_shared<OutstandingQueries>(OutstandingQueries{limit_ * kOutstandingShare});
   ClientConnection::Offer offer_;
   std::vector<std::shared_ptr<TCPListener>> listeners_;
   std::vector<std::shared_ptr<ClientConnection>> connections_;

@@ -97,6 +97,26 @@ TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
   EXPECT_TRUE(client.isClosed());
 }
 
+TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATime) {
+  start({"127.0.0.1"});
+  constexpr auto kMany = ClientConnections::kMaxConnections * ClientConnections::kOutstandingShare;
+  std::deque<TCPClient> clients;
+  for (std::size_t i = 0; i < kMany; ++i) {
+    if (i % kMaxOutstanding == 0) {
+      clients.emplace_back(bound());
+    }
+    clients.back().query("q");
+  }
+  offered(kMany - 1);
+  TCPClient late(bound());
+  late.send(framed("first") + framed("second"));
+  offered(kMany);
+  runReady();
+  ASSERT_THAT(provider_.offers, SizeIs(kMany + 1));
+  EXPECT_EQ(answer(kMany, "a"), "");
+  EXPECT_THAT(read(offered(kMany + 1)), ElementsAre(testing::StartsWith("second ")));
+}
+
 TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
   start({"127.0.0.1"});
   TCPClient client(bound());
