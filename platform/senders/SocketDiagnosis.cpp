@@ -16,6 +16,10 @@ namespace {
 constexpr std::uint32_t kAllStates = ~0U;
 constexpr unsigned kCookieHalfBits = 32;
 
+std::uint8_t protocolOf(Transport transport) {
+  return transport == Transport::udp ? IPPROTO_UDP : IPPROTO_TCP;
+}
+
 // The kernel has room for an IPv6 address wherever it speaks of one.
 template <class Words>
 void putAddress(Words& words, const SocketAddress& address) {
@@ -126,7 +130,7 @@ void readMessage(const nlmsghdr* message, Answer& answer) {
 Data exactRequest(const Query& query, std::uint32_t sequence) {
   inet_diag_req_v2 body{};
   body.sdiag_family = static_cast<std::uint8_t>(query.family);
-  body.sdiag_protocol = query.transport == Transport::udp ? IPPROTO_UDP : IPPROTO_TCP;
+  body.sdiag_protocol = protocolOf(query.transport);
   body.idiag_states = kAllStates;
   body.id.idiag_sport = htons(query.source.port());
   body.id.idiag_dport = htons(query.destination.port());
@@ -137,10 +141,11 @@ Data exactRequest(const Query& query, std::uint32_t sequence) {
   return request(body, 0, sequence);
 }
 
-Data portRequest(sa_family_t family, std::uint16_t port, std::uint32_t sequence) {
+Data portRequest(Transport transport, sa_family_t family, std::uint16_t port,
+                 std::uint32_t sequence) {
   inet_diag_req_v2 body{};
   body.sdiag_family = static_cast<std::uint8_t>(family);
-  body.sdiag_protocol = IPPROTO_UDP;
+  body.sdiag_protocol = protocolOf(transport);
   body.idiag_states = kAllStates;
   body.id.idiag_sport = htons(port);
   return request(body, NLM_F_DUMP, sequence);

@@ -49,8 +49,9 @@ struct Query {
 
 /// Asks for the one socket that fits.
 Data exactRequest(const Query& query, std::uint32_t sequence);
-/// Asks for all UDP sockets of `family` with that local port.
-Data portRequest(sa_family_t family, std::uint16_t port, std::uint32_t sequence);
+/// Asks for all sockets of `family` with that local port.
+Data portRequest(Transport transport, sa_family_t family, std::uint16_t port,
+                 std::uint32_t sequence);
 
 /// One piece of an answer.
 struct Answer {

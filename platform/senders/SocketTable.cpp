@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/base/Clock.h"
 #include "platform/log/NSLog.h"
 #include "platform/udp/NetworkInterface.h"
 #include "platform/udp/OwnSockets.h"
@@ -15,6 +16,8 @@ namespace {
 constexpr std::size_t kRoom = 32UL * 1024;
 // Reads for one request; a list has some 200 sockets in each, an exact answer takes one.
 constexpr int kMaxReads = 64;
+
+bool isAbsence(std::error_code error) { return error == std::errc::no_such_file_or_directory; }
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
 
@@ -66,6 +69,9 @@ std::optional<SocketOwner> SocketTable::exact(const SocketPath& path) {
   const SocketPath plain{path.transport, path.client.unmapped(), path.destination.unmapped(),
                          path.interfaceIndex};
   const auto& [transport, client, destination, interfaceIndex] = plain;
+  if (!isThere(transport)) {
+    return std::nullopt;
+  }
   const bool isUDP = transport == Transport::udp;
   const auto found =
       ask(socket_diagnosis::exactRequest({transport, client.family(), isUDP ? destination : client,
@@ -79,8 +85,12 @@ std::optional<SocketOwner> SocketTable::exact(const SocketPath& path) {
 std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {
   const auto client = sender.unmapped();
   std::optional<SocketOwner> unbound;
+  if (!isThere(Transport::udp)) {
+    return unbound;
+  }
   for (const auto family : {sa_family_t{AF_INET}, sa_family_t{AF_INET6}}) {
-    const auto request = socket_diagnosis::portRequest(family, client.port(), ++sequence_);
+    const auto request =
+        socket_diagnosis::portRequest(Transport::udp, family, client.port(), ++sequence_);
     for (const auto& socket : ask(request, /*isList=*/true)) {
       if (!canSendFrom(socket, client) || OwnSockets::shared().hasSent(socket.local)) {
         continue;
@@ -94,9 +104,32 @@ std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {
   return unbound;
 }
 
+// A list that is empty is no error. Any other error will come again, with what is to be asked.
+bool SocketTable::isThere(Transport transport) {
+  auto& interface = transport == Transport::udp ? udp_ : tcp_;
+  const auto now = Clock::shared().uptimeNanoseconds();
+  if (interface.isThere || now < interface.pausedUntil) {
+    return interface.isThere;
+  }
+  constexpr std::uint16_t kDiscard = 9;  // nearly always nobody's
+  std::vector<DiagnosedSocket> ignored;
+  const auto request = socket_diagnosis::portRequest(transport, AF_INET, kDiscard, ++sequence_);
+  const auto error = exchange(request, /*isList=*/true, ignored);
+  interface.isThere = !isAbsence(error);
+  if (error) {
+    socket_.reset();
+  }
+  if (!interface.isThere) {
+    interface.pausedUntil = now + kPause;
+    logNewError(error);
+  }
+  return interface.isThere;
+}
+
 std::vector<DiagnosedSocket> SocketTable::ask(const Data& request, bool isList) {
   std::vector<DiagnosedSocket> found;
-  const auto error = exchange(request, isList, found);
+  auto error = exchange(request, isList, found);
+  error = isAbsence(error) ? std::error_code() : error;
   logNewError(error);
   if (error) {
     socket_.reset();  // what is still to come there belongs to nobody
@@ -122,7 +155,7 @@ std::error_code SocketTable::exchange(const Data& request, bool isList,
     const auto [sockets, isComplete, error] = socket_diagnosis::read(piece, sequence_);
     found.insert(found.end(), sockets.begin(), sockets.end());
     if (isComplete || (!isList && !found.empty())) {
-      return {error == ENOENT ? 0 : error, std::generic_category()};
+      return {error, std::generic_category()};
     }
   }
   return std::make_error_code(std::errc::message_size);

@@ -22,8 +22,14 @@ struct SocketPath {
 /// takes some microseconds and waits for nothing. Any thread, but one at a time.
 ///
 /// When the kernel does not answer, nothing is found; that is one log line until it answers again.
+/// A kernel without the interface looks for its module, which takes milliseconds, with each
+/// request, and says the same as where there is no such socket. So a list is asked for first, which
+/// may be empty; where even that is not there, nothing is asked for `kPause`.
 class SocketTable {
  public:
+  /// Nanoseconds.
+  static constexpr std::uint64_t kPause = 60'000'000'000;
+
   /// The client's end of `path`: by UDP the socket that an answer from the destination would reach,
   /// by TCP the connected one. Absent for one that is closed or not on this machine. Of sockets
   /// that share the address (SO_REUSEPORT) the kernel names one.
@@ -39,6 +45,13 @@ class SocketTable {
     void operator()(mnl_socket* socket) const { mnl_socket_close(socket); }
   };
 
+  /// What is known of the interface for one protocol.
+  struct Interface {
+    bool isThere = false;
+    std::uint64_t pausedUntil = 0;
+  };
+
+  bool isThere(Transport transport);
   std::vector<DiagnosedSocket> ask(const Data& request, bool isList);
   std::error_code exchange(const Data& request, bool isList, std::vector<DiagnosedSocket>& found);
   std::error_code open();
@@ -47,6 +60,8 @@ class SocketTable {
   std::unique_ptr<mnl_socket, Close> socket_;  // absent after an error
   Data room_;
   std::uint32_t sequence_ = 0;
+  Interface udp_;
+  Interface tcp_;
   std::error_code error_;  // of the last request
 };
 

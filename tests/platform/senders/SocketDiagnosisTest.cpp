@@ -1,10 +1,14 @@
 #include <gmock/gmock.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
+#include <vector>
 
+#include "platform/base/Clock.h"
 #include "platform/base/Description.h"
 #include "platform/senders/SocketDiagnosis.h"
 #include "platform/senders/SocketTable.h"
@@ -15,6 +19,9 @@ namespace {
 
 /// What the next requests to the kernel fail with; 0 for none.
 int refusal = 0;
+/// Whether requests name a protocol that the kernel has no such interface for, and how many have.
+bool isWithoutModule = false;
+int requests = 0;
 
 }  // namespace
 
@@ -25,7 +32,13 @@ extern "C" ssize_t sendto(int socket, const void* bytes, size_t size, int flags,
     errno = refusal;
     return -1;
   }
-  return ::syscall(SYS_sendto, socket, bytes, size, flags, address, addressSize);
+  std::vector<std::uint8_t> request(size);
+  std::memcpy(request.data(), bytes, size);
+  if (isWithoutModule && size > 17) {
+    ++requests;
+    request[17] = IPPROTO_IGMP;
+  }
+  return ::syscall(SYS_sendto, socket, request.data(), size, flags, address, addressSize);
 }
 
 namespace platform::socket_diagnosis {
@@ -125,6 +138,27 @@ TEST(SocketTable, WhatTheSystemRefusesIsOneLineUntilItWorksAgain) {
                     std::error_code(error, std::generic_category()).message());
     EXPECT_EQ(log.records(), lines);
   }
+}
+
+TEST(SocketTable, WhereTheKernelHasNoSuchInterfaceItIsRarelyAsked) {
+  const quillet::test::LogCapture log;
+  ManualClock clock;
+  clock.advanceSeconds(1);
+  Clock::setShared(&clock);
+  const auto client = SocketAddress::parse("127.0.0.1", 9).value();
+  SocketTable table;
+  isWithoutModule = true;
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_FALSE(table.exact({Transport::udp, client, client, 1}));
+    EXPECT_FALSE(table.byPort(client));
+  }
+  EXPECT_EQ(requests, 1);
+  clock.advanceSeconds(60);
+  EXPECT_FALSE(table.byPort(client));
+  EXPECT_EQ(requests, 2);
+  EXPECT_THAT(log.records(), testing::SizeIs(1));
+  isWithoutModule = false;
+  Clock::setShared(nullptr);
 }
 
 }  // namespace
