@@ -71,6 +71,9 @@ class Walk {
  private:
   /// `path` is that below the mount. A directory without directories in it has two links.
   void add(const struct stat& state, const std::string& path) {
+    if (path.size() > CgroupNames::kMaxPath) {
+      return;
+    }
     if (names_.byId.size() >= CgroupNames::kMaxCount) {
       names_.isComplete = false;
       return;

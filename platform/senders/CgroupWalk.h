@@ -36,8 +36,10 @@ struct Cgroup {
 
 /// What is known of the tree.
 struct CgroupNames {
-  /// Further cgroups have no name. One costs some 300 octets.
+  /// Further cgroups have no name. One costs some 300 octets, 1 KiB with the longest path.
   static constexpr std::size_t kMaxCount = 32'768;
+  /// What is deeper is nobody's application, octets below the mount; three times what is usual.
+  static constexpr std::size_t kMaxPath = 512;
   /// How long the name of a cgroup that has gone is kept: its sockets may live on.
   static constexpr std::uint64_t kKeptNanoseconds = 300'000'000'000;
 
@@ -48,7 +50,7 @@ struct CgroupNames {
 
   /// By the inode number of the directory, which is the id of the cgroup.
   std::unordered_map<std::uint64_t, Cgroup> byId;
-  /// Whether nothing that is there is left out.
+  /// Whether nothing that is there is left out but what is too deep.
   bool isComplete = false;
 };
 
