@@ -18,8 +18,7 @@ class MachineTest(RoadTest):
     def test_programs_of_the_machine(self):
         """`getent` asks as every program on the machine does."""
         self.proxy({"filteringDNS": self.demo_filter().address, **IDENTITY}, hosts=("127.0.0.1", "::1"), port=53)
-        for lines in (("nameserver ::1",), ("nameserver 127.0.0.1", "options edns0 trust-ad"),
-                      ("nameserver 127.0.0.1", "options single-request-reopen timeout:5")):
+        for lines in (("nameserver ::1",), ("nameserver 127.0.0.1", "options edns0 trust-ad")):
             with self.subTest(lines=lines), namespace.resolv_conf(self.folder, *lines):
                 for name, addresses in ADDRESSES.items():
                     found = {line.split()[0] for line in tool("getent", "ahosts", name).splitlines()}
