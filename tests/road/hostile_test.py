@@ -7,7 +7,6 @@ import resource
 from roadlib import wire
 from roadlib.case import RoadTest, main
 from roadlib.client import Client, ask
-from roadlib.processes import free_port
 from roadlib.upstream import by_name
 
 GOOD = wire.query("good.example", additional=wire.opt(wire.option(10, b"12345678"), size=1232))
@@ -76,29 +75,6 @@ class HostileUpstreamTest(RoadTest):
                 self.query(proxy, f"good{number}.example")
         self.assertLess(proxy.descriptors(), 4096)
         self.assertGreater(len(upstream.queries), 4096)
-
-    def test_a_port_that_refuses(self):
-        port = free_port()
-        proxy = self.proxy({"filteringDNS": f"127.0.0.1:{port}"})
-        with Client(proxy.endpoint) as client:
-            for number in range(200):
-                client.send(wire.query(f"h{number}.example"))
-        proxy.wait_for_line("udp socket error: ")
-        self.upstream(port=port)
-        self.query(proxy)
-
-    def test_a_server_that_is_the_proxy_itself(self):
-        for host, address in (("127.0.0.1", "127.0.0.1"), ("0.0.0.0", "127.0.0.9")):
-            with self.subTest(host=host):
-                port = free_port(host)
-                proxy = self.proxy({"filteringDNS": f"{address}:{port}"}, hosts=(host,), port=port)
-                proxy.endpoint = ("127.0.0.1", port)
-                with Client(proxy.endpoint) as client:
-                    client.send(wire.query("a.example"))
-                    proxy.wait_for_line("State: Failed,flowHash")
-                self.reconfigure(proxy, {"filteringDNS": self.upstream().address})
-                self.query(proxy)
-                self.assertEqual(sum("is served by this program itself" in line for line in proxy.lines), 2)
 
 
 if __name__ == "__main__":

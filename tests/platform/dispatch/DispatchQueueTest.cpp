@@ -1,16 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/dispatch/MainLoop.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(DispatchQueueTest, TakesWorkFromManyThreadsEachInItsOrderOneAtATime) {
@@ -45,19 +39,18 @@ TEST(DispatchQueueTest, TakesWorkFromManyThreadsEachInItsOrderOneAtATime) {
 
 TEST(DispatchQueueTest, GoesOnWhenItsWorkThrows) {
   for (const auto& queue : {DispatchQueue::global(), DispatchQueue::serial()}) {
-    const quillet::test::LogCapture log;
+    const LogCapture log;
     queue.async([] { throw std::runtime_error("first"); });
     queue.async([] { throw 2; });
     queue.async(nullptr);
     queue.async([] { MainLoop::shared().stop(); });
     MainLoop::shared().run();
-    EXPECT_THAT(
-        log.records(),
-        testing::ElementsAre("MainLoop: a handler has thrown: first",
-                             "MainLoop: a handler has thrown: something that is no std::exception",
-                             "MainLoop: a handler has thrown: bad_function_call"));
+    EXPECT_THAT(log.records(),
+                ElementsAre("MainLoop: a handler has thrown: first",
+                            "MainLoop: a handler has thrown: something that is no std::exception",
+                            "MainLoop: a handler has thrown: bad_function_call"));
   }
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

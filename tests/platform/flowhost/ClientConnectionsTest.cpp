@@ -1,37 +1,26 @@
 #include <cerrno>
 #include <deque>
 
-#include "platform/base/Clock.h"
 #include "platform/flowhost/ClientConnections.h"
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/TCPClient.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using namespace std::string_literals;
 
-using test::framed;
-using test::SocketFailures;
-using test::TCPClient;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 constexpr auto kMaxOutstanding = ClientConnection::kMaxOutstanding;
 
-class ClientConnectionsTest : public test::HostedTest {
+class ClientConnectionsTest : public HostedTest {
  protected:
-  ClientConnectionsTest() { Clock::setShared(&clock_); }
-  ~ClientConnectionsTest() override { Clock::setShared(nullptr); }
-
   /// Whether the client is answered; what it costs everybody else is that it is not.
   void expectService() {
     TCPClient client(bound());
     client.query("good");
-    const auto index = provider_.offers.size();
+    const auto index = provider_.flows.size();
     EXPECT_THAT(read(offered(index)), ElementsAre("good to " + description(endpoint())));
     EXPECT_EQ(answer(index, "answer"), "");
     EXPECT_EQ(client.received(), framed("answer"));
@@ -42,7 +31,7 @@ class ClientConnectionsTest : public test::HostedTest {
     runReady();
   }
 
-  ManualClock clock_;
+  SharedClock clock_;
 };
 
 TEST_F(ClientConnectionsTest, EachQueryIsAFlowWhoseAnswerGoesBackWhereItCameFrom) {
@@ -52,15 +41,15 @@ TEST_F(ClientConnectionsTest, EachQueryIsAFlowWhoseAnswerGoesBackWhereItCameFrom
   for (const auto& address : asked) {
     auto& client = clients.emplace_back(address);
     client.send(framed("first") + framed("second").substr(0, 3));
-    offered(provider_.offers.size());
+    offered(provider_.flows.size());
     client.send(framed("second").substr(3));
-    offered(provider_.offers.size());
+    offered(provider_.flows.size());
   }
   for (std::size_t i = 0; i < 4; ++i) {
     const auto to = " to " + description(asked[i / 2]);
-    const auto& [flow, endpoint] = provider_.offers.at(i);
+    const auto& flow = provider_.flows.at(i);
     EXPECT_THAT(read(flow), ElementsAre((i % 2 == 0 ? "first" : "second") + to));
-    EXPECT_EQ(" to " + description(endpoint), to);
+    EXPECT_EQ(" to " + description(provider_.destinations.at(i)), to);
     EXPECT_EQ(description(flow->localEndpoint()),
               "Optional(" + description(clients[i / 2].address()) + ")");
   }
@@ -79,13 +68,13 @@ TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
   }
   client.endSending();
   runReady();
-  ASSERT_THAT(provider_.offers, SizeIs(kMaxOutstanding));
+  ASSERT_THAT(provider_.flows, SizeIs(kMaxOutstanding));
   EXPECT_EQ(answer(0, "a"), "");  // is over with the answer, with its flow, with nobody who has it
   EXPECT_THAT(read(offered(kMaxOutstanding)), ElementsAre(testing::StartsWith("128 ")));
-  provider_.offers[1].flow->closeReadWithError(std::nullopt);
-  provider_.offers[1].flow->closeWriteWithError(std::nullopt);
+  provider_.flows[1]->closeReadWithError(std::nullopt);
+  provider_.flows[1]->closeWriteWithError(std::nullopt);
   offered(kMaxOutstanding + 1);
-  provider_.offers[2].flow.reset();
+  provider_.flows[2].reset();
   offered(kMaxOutstanding + 2);
   expectService();
   for (std::size_t i = 3; i < kMaxOutstanding + 3; ++i) {
@@ -112,9 +101,9 @@ TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
   EXPECT_EQ(client.received(), framed(large) + framed(large));
   std::size_t failed = 0;
   for (std::size_t i = 2; i < kMaxOutstanding; ++i) {
-    const auto& [flow, asked] = provider_.offers.at(i);
-    flow->writeDatagrams({test::bytes(large)}, {asked},
-                         [&failed](const auto& error) { failed += error ? 1U : 0U; });
+    provider_.flows[i]->writeDatagrams(
+        {bytes(large)}, {provider_.destinations[i]},
+        [&failed](const auto& error) { failed += error ? 1U : 0U; });
   }
   runReady();
   EXPECT_GT(failed, ClientConnection::kMaxWaiting / large.size());
@@ -159,10 +148,10 @@ TEST_F(ClientConnectionsTest, AnAnswerThatNeverComesIsWaitedForSoLong) {
   offered(kMaxOutstanding);
   pass(119);
   EXPECT_FALSE(half.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(1 + kMaxOutstanding));
+  EXPECT_THAT(provider_.flows, SizeIs(1 + kMaxOutstanding));
   pass(1);
   EXPECT_TRUE(half.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(2 + kMaxOutstanding));
+  EXPECT_THAT(provider_.flows, SizeIs(2 + kMaxOutstanding));
   EXPECT_EQ(answer(1, "late"), "");
   EXPECT_EQ(whole.received(), framed("late"));
 }
@@ -192,7 +181,7 @@ TEST_F(ClientConnectionsTest, WhatIsNoQueryEndsItsOwnConnectionOnly) {
   offered(0);
   runReady();
   EXPECT_TRUE(empty.isClosed() && cut.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(1));
+  EXPECT_THAT(provider_.flows, SizeIs(1));
   expectService();
 }
 
@@ -219,9 +208,9 @@ TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
     client.query("q");
     runReady();
     pass(1);
-    EXPECT_THAT(provider_.offers, IsEmpty());
+    EXPECT_THAT(provider_.flows, IsEmpty());
     pass(1);
-    EXPECT_THAT(provider_.offers, SizeIs(1));
+    EXPECT_THAT(provider_.flows, SizeIs(1));
   }
   EXPECT_THAT(log_.records(), ElementsAre("FlowHost: cannot accept on " + description(endpoint()) +
                                           ": POSIXErrorCode(rawValue: 24): Too many open files"));
@@ -229,4 +218,4 @@ TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,19 +1,15 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <future>
-#include <memory>
-#include <string>
 #include <thread>
 
-#include "platform/base/Description.h"
-#include "platform/dispatch/MainLoop.h"
 #include "platform/process/ChildProcesses.h"
 #include "platform/process/NSTask.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 /// What a shell prints to standard output and error, or why it cannot be started.
@@ -29,7 +25,7 @@ std::string run(const std::string& commandLine, const char* shell = "/bin/sh") {
 }
 
 bool runUntilReaped() {
-  return MainLoop::shared().runUntil([] { return ChildProcesses::shared().count() == 0; });
+  return runUntil([] { return ChildProcesses::shared().count() == 0; });
 }
 
 TEST(NSTaskTest, GivesWhatTheProgramPrints) {
@@ -69,7 +65,7 @@ TEST(NSTaskTest, ReapsAChildThatLivesOnWhenItEnds) {
     EXPECT_TRUE(task.standardOutput->readDataToEndOfFile().empty());
   }
   EXPECT_EQ(children.count(), 1U);
-  MainLoop::shared().runReady();
+  runReady();
   children.end();
   EXPECT_TRUE(runUntilReaped());
   children.beginAgain();
@@ -98,4 +94,4 @@ TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/udp/SocketAddress.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
@@ -43,4 +40,4 @@ TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test
