@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,17 +43,23 @@ bool runUntilSize(const List& list, std::size_t count) {
   return runUntil([&] { return list.size() >= count; });
 }
 
-/// The shared clock while it lives; it moves when it is told to.
-class SharedClock {
+/// The shared clock while it lives; it moves when it is told to. Any thread may read it.
+class SharedClock final : public Clock {
  public:
-  explicit SharedClock(std::int64_t microsecondsSince1970 = 0) : clock_(microsecondsSince1970) {
-    Clock::setShared(&clock_);
+  explicit SharedClock(std::int64_t microseconds = 0) : microseconds_(microseconds) {
+    setShared(this);
   }
-  ~SharedClock() { Clock::setShared(nullptr); }
-  void advanceSeconds(double seconds) { clock_.advanceSeconds(seconds); }
+  ~SharedClock() override { setShared(nullptr); }
+  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return microseconds_; }
+  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override { return uptime_; }
+  void advanceSeconds(double seconds) {
+    microseconds_ += std::llround(seconds * 1e6);
+    uptime_ += static_cast<std::uint64_t>(std::llround(std::max(seconds, 0.0) * 1e9));
+  }
 
  private:
-  ManualClock clock_;
+  std::atomic<std::int64_t> microseconds_;
+  std::atomic<std::uint64_t> uptime_{1};
 };
 
 }  // namespace platform::test

@@ -1,7 +1,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <atomic>
 #include <future>
 #include <stdexcept>
 
@@ -53,15 +52,6 @@ class Delegate : public NSXPCListenerDelegate {
   bool fails = false;
 };
 
-/// A clock for many threads that stands still until it is moved.
-struct TestClock final : Clock {
-  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return 0; }
-  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override { return uptime; }
-  void advanceSeconds(double seconds) { uptime += static_cast<std::uint64_t>(seconds * 1e9); }
-
-  std::atomic<std::uint64_t> uptime{1};
-};
-
 /// A blocking client of the service.
 class Client {
  public:
@@ -106,13 +96,8 @@ const std::string kTwo = R"({"id":1,"jsonrpc":"2.0","result":"2"})";
 class NSXPCListenerTest : public testing::Test {
  protected:
   NSXPCListenerTest() {
-    Clock::setShared(&clock_);
     listener_->delegate = delegate_;
     listener_->resume();
-  }
-  ~NSXPCListenerTest() override {
-    listener_.reset();
-    Clock::setShared(nullptr);
   }
 
   std::unique_ptr<Client> connect() {
@@ -129,7 +114,7 @@ class NSXPCListenerTest : public testing::Test {
     return clients;
   }
 
-  TestClock clock_;
+  SharedClock clock_;
   const LogCapture log_;
   const TemporaryDirectory folder_;
   const std::string path_ = folder_.path() / "service";
