@@ -184,27 +184,5 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
   }
 }
 
-TEST_F(NWConnectionTest, KeepsItselfAndItsHandlersUntilItIsCancelled) {
-  const UDPSocket server;
-  const auto owned = std::make_shared<int>();
-  // Each handler owns the connection: a cycle until it is cancelled.
-  auto connection = make("127.0.0.1", server.port());
-  const std::weak_ptr<NWConnection> weak = connection;
-  connection->stateUpdateHandler = [connection, owned](const auto&) {};
-  connection->start(DispatchQueue::global());
-  runReady();
-  connection->send({}, [connection, owned](const auto&) {});
-  connection->receiveMessage([connection, owned](auto&&...) {});
-  connection.reset();
-  EXPECT_EQ(owned.use_count(), 1 + 3);
-  runReady();
-  EXPECT_EQ(owned.use_count(), 1 + 2);  // the send is over
-  weak.lock()->cancel();
-  EXPECT_EQ(owned.use_count(), 1 + 1);
-  runReady();
-  EXPECT_EQ(owned.use_count(), 1);
-  EXPECT_TRUE(weak.expired());
-}
-
 }  // namespace
 }  // namespace platform::test

@@ -158,24 +158,5 @@ TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
   EXPECT_EQ(answer(), "POSIXErrorCode(rawValue: 1): Operation not permitted");
 }
 
-TEST_F(NWListenerTest, ReportsItsStatesAndClosesThePort) {
-  std::vector<NWListener::State::Kind> states;
-  const auto port = listener_->port();
-  auto second = NWListener::create(NWParameters::udp(), port);
-  EXPECT_EQ(second.error(), NWError::posix(EADDRINUSE));
-  listener_->cancel();
-  listener_->cancel();
-  second = NWListener::create(NWParameters::udp(), port);
-  ASSERT_TRUE(second.has_value());
-  (*second)->stateUpdateHandler = [&](const auto& state) { states.push_back(state.kind); };
-  (*second)->start(DispatchQueue::global());
-  EXPECT_THAT(states, IsEmpty());
-  runReady();
-  (*second)->cancel();
-  runReady();
-  using Kind = NWListener::State::Kind;
-  EXPECT_THAT(states, ElementsAre(Kind::setup, Kind::ready, Kind::cancelled));
-}
-
 }  // namespace
 }  // namespace platform::test

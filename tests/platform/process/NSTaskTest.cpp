@@ -54,23 +54,6 @@ TEST(NSTaskTest, LetsNothingOfOursReachTheChild) {
   ::signal(SIGPIPE, former);
 }
 
-TEST(NSTaskTest, ReapsAChildThatLivesOnWhenItEnds) {
-  auto& children = ChildProcesses::shared();
-  {
-    NSTask task;
-    task.executablePath = "/bin/sh";
-    task.arguments = {"-c", "exec 1>&- 2>&-; kill -STOP $$"};
-    task.standardOutput = std::make_shared<NSPipe>();
-    ASSERT_FALSE(task.run());
-    EXPECT_TRUE(task.standardOutput->readDataToEndOfFile().empty());
-  }
-  EXPECT_EQ(children.count(), 1U);
-  runReady();
-  children.end();
-  EXPECT_TRUE(runUntilReaped());
-  children.beginAgain();
-}
-
 TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   auto& children = ChildProcesses::shared();
   auto reader = std::async(std::launch::async, [] { return run("sleep 1000"); });
