@@ -118,24 +118,6 @@ TEST_F(NWConnectionTest, AnAddressThatThisProcessServesFailsAndLeavesNothing) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(NWConnectionTest, AHostThatIsNoAddressWaitsAndFailsWhatIsAskedOfIt) {
-  const auto connection = make("example.com", 53);
-  send(connection, "too early");
-  connection->start(DispatchQueue::global());
-  receive(connection);
-  runReady();
-  send(connection, "q");
-  runReady();
-  EXPECT_EQ(NWConnection::openCount(), 1U);
-  connection->cancel();
-  runReady();
-  const std::string early = " POSIXErrorCode(rawValue: 107): Transport endpoint is not connected";
-  const std::string error = "-65554: NoSuchRecord";
-  EXPECT_THAT(lines_,
-              ElementsAre("sent too early" + early, "setup", "preparing", "waiting(" + error + ")",
-                          "got " + error, "sent q " + error, "cancelled"));
-}
-
 TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
   const UDPSocket server;
   const auto connection = readyTo(server.port());
