@@ -26,7 +26,7 @@ class OptionsTest(RoadTest):
                 self.assertRegex(done.stdout, shown)
             for row in (("--nonsense",), ("stray",), ("--identify", "all"), ("--listen",), ("--listen", "localhost:5300")):
                 done = run(program, *row)
-                self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True), (program, row))
+                self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True), done)
 
     def test_address_that_cannot_be_had(self):
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:

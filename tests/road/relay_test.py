@@ -172,6 +172,9 @@ class XpcTest(RelayTest):
 
     def test_lookups_that_hang_delay_nobody_else_and_leave_room(self):
         relay = self.relay()
+        self.program("dig", "echo 192.0.2.8")
+        with XpcClient(relay) as client:
+            self.assertEqual(client.call(LOOKUP), "192.0.2.8")
         self.program("dig", "exec sleep 1000")
         for _ in range(70):
             with XpcClient(relay) as client:
