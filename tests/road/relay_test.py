@@ -179,15 +179,15 @@ class XpcTest(RelayTest):
         for _ in range(70):
             with XpcClient(relay) as client:
                 client.request(LOOKUP)
+        poll(lambda: len(relay.children()) == 32, "as many lookups as may run")
+        children = relay.children()
         for port in PORTS:
             self.client(port).send(b"&*AL%d" % port)
             relay.wait_for_line(f"Agent log: {port}")
-        poll(lambda: len(relay.children()) == 32, "as many lookups as may run")
         with XpcClient(relay) as client:
             self.assertEqual(client.call(LOOKUP), "")
             self.assertIsNone(client.call(LOG, "x"))
-        children = relay.children()
-        self.assertEqual((len(children), relay.stop()), (32, 0))
+        self.assertEqual(relay.stop(), 0)
         poll(lambda: not any(os.path.exists(f"/proc/{child}") for child in children), "the lookups are ended")
 
 
