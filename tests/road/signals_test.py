@@ -12,7 +12,7 @@ class StopTest(RoadTest):
     def test_under_load_that_is_answered_and_that_is_not(self):
         names = self.vendor_file("example.com A\n", "names")
         for respond, number in ((None, signal.SIGTERM), (lambda query: [], signal.SIGINT)):
-            upstream, proxy = self.road(respond)
+            upstream, proxy = self.road(respond, discard=True)
             host, port = proxy.endpoint
             load = Process(["dnsperf", "-s", host, "-p", str(port), "-d", names, "-c", "50", "-q", "500", "-l", "60"],
                            discard=True)
@@ -21,7 +21,6 @@ class StopTest(RoadTest):
             for _ in range(2):  # the second one comes while it stops
                 proxy.send_signal(number)
             self.assertEqual(proxy.wait(1 * SLOWNESS), 0)
-            self.assertTrue(any("stopProxy, reason: " in line for line in proxy.output()))
 
 
 class ReloadTest(RoadTest):
