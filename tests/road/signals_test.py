@@ -9,6 +9,17 @@ from roadlib.processes import SLOWNESS, Process
 
 
 class StopTest(RoadTest):
+    def assert_stops(self, proxy, number):
+        proxy.send_signal(number)
+        self.assertEqual(proxy.wait(1 * SLOWNESS), 0)  # so soon the provider is stopped, also under load
+
+    def test_idle_and_twice(self):
+        _, proxy = self.road()
+        proxy.wait_for_line(READ)
+        proxy.send_signal(signal.SIGINT)
+        self.assert_stops(proxy, signal.SIGINT)
+        self.assertTrue(any("stopProxy, reason: " in line for line in proxy.output()))
+
     def test_under_load_that_is_answered_and_that_is_not(self):
         names = self.vendor_file("example.com A\n", "names")
         for respond, number in ((None, signal.SIGTERM), (lambda query: [], signal.SIGINT)):
@@ -18,9 +29,7 @@ class StopTest(RoadTest):
                            discard=True)
             self.addCleanup(load.stop)
             upstream.wait_for_queries(500)
-            for _ in range(2):  # the second one comes while it stops
-                proxy.send_signal(number)
-            self.assertEqual(proxy.wait(1 * SLOWNESS), 0)
+            self.assert_stops(proxy, number)
 
 
 class ReloadTest(RoadTest):
