@@ -12,7 +12,7 @@ from roadlib.upstream import by_name
 GOOD = wire.query("good.example", additional=wire.opt(wire.option(10, b"12345678"), size=1232))
 FUZZ = pathlib.Path(__file__).parents[2] / "fuzz"
 # What the decoders are fuzzed with: pointers to themselves, counts and lengths that lie, labels that are none.
-CORPUS = [file.read_bytes() for folder in ("dns_tools/corpus/MessageFuzz", "dnscodec/corpus/DNSMessageDecoderFuzz")
+CORPUS = [file.read_bytes() for folder in ("dns_tools/corpus/MessageFuzz", "dnscodec/corpus/DNSParserFuzz")
           for file in sorted((FUZZ / folder).iterdir())]
 NOISE = [random.Random(1).randbytes(size) for size in (0, 1, 11, 12, 13, 512, 4096, 65_507)]
 
