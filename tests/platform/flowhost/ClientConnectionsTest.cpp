@@ -36,28 +36,20 @@ class ClientConnectionsTest : public HostedTest {
 
 TEST_F(ClientConnectionsTest, EachQueryIsAFlowWhoseAnswerGoesBackWhereItCameFrom) {
   start({"0.0.0.0", "::1"});
-  const SocketAddress asked[] = {bound(0, "127.0.0.7"), bound(1)};
-  std::deque<TCPClient> clients;
-  for (const auto& address : asked) {
-    auto& client = clients.emplace_back(address);
+  for (const auto& asked : {bound(0, "127.0.0.7"), bound(1)}) {
+    provider_.flows.clear();
+    provider_.destinations.clear();
+    TCPClient client(asked);
     client.send(framed("first") + framed("second").substr(0, 3));
-    offered(provider_.flows.size());
+    EXPECT_THAT(read(offered(0)), ElementsAre("first to " + description(asked)));
     client.send(framed("second").substr(3));
-    offered(provider_.flows.size());
+    EXPECT_THAT(read(offered(1)), ElementsAre("second to " + description(asked)));
+    EXPECT_EQ(description(provider_.destinations[1]), description(asked));
+    EXPECT_EQ(description(provider_.flows[1]->localEndpoint()),
+              "Optional(" + description(client.address()) + ")");
+    EXPECT_EQ(answer(1, "two") + answer(0, "one"), "");
+    EXPECT_EQ(client.received(), framed("two") + framed("one"));
   }
-  for (std::size_t i = 0; i < 4; ++i) {
-    const auto to = " to " + description(asked[i / 2]);
-    const auto& flow = provider_.flows.at(i);
-    EXPECT_THAT(read(flow), ElementsAre((i % 2 == 0 ? "first" : "second") + to));
-    EXPECT_EQ(" to " + description(provider_.destinations.at(i)), to);
-    EXPECT_EQ(description(flow->localEndpoint()),
-              "Optional(" + description(clients[i / 2].address()) + ")");
-  }
-  for (const auto i : {3U, 1U, 0U, 2U}) {
-    EXPECT_EQ(answer(i, "answer " + std::to_string(i)), "");
-  }
-  EXPECT_EQ(clients[0].received(), framed("answer 1") + framed("answer 0"));
-  EXPECT_EQ(clients[1].received(), framed("answer 3") + framed("answer 2"));
 }
 
 TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
@@ -101,9 +93,8 @@ TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
   EXPECT_EQ(client.received(), framed(large) + framed(large));
   std::size_t failed = 0;
   for (std::size_t i = 2; i < kMaxOutstanding; ++i) {
-    provider_.flows[i]->writeDatagrams(
-        {bytes(large)}, {provider_.destinations[i]},
-        [&failed](const auto& error) { failed += error ? 1U : 0U; });
+    provider_.flows[i]->writeDatagrams({bytes(large)}, {provider_.destinations[i]},
+                                       [&failed](const auto& error) { failed += error ? 1U : 0U; });
   }
   runReady();
   EXPECT_GT(failed, ClientConnection::kMaxWaiting / large.size());
@@ -194,8 +185,7 @@ TEST_F(ClientConnectionsTest, OurOwnConnectionIsDroppedWithALine) {
   EXPECT_THAT(log_.records(), ElementsAre("FlowHost: dropped a connection from our own socket " +
                                           description(own.address())));
   const TCPClient client(bound());
-  const OwnSockets::Entry udp(client.address(),
-                              OwnSockets::Use::exchange);  // that is another socket
+  const OwnSockets::Entry byUDP(client.address(), OwnSockets::Use::exchange);  // another socket
   client.query("q");
   offered(0);
 }

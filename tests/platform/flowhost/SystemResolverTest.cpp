@@ -149,13 +149,8 @@ TEST_F(SystemResolverByTCPTest, PassesQueryAndAnswerUnchangedAndLetsGoOfTheFlow)
 
 TEST_F(SystemResolverByTCPTest, ClosesTheFlowWhateverTheServerDoes) {
   const std::string closing = "the server has closed the connection";
-  const struct {
-    std::string sent;
-    bool closes;
-    std::string error;
-  } rows[] = {
+  const std::tuple<std::string, bool, std::string> rows[] = {
       {"", true, closing},
-      {framed("answer").substr(0, 4), true, closing},
       {"\xff\xff" + std::string(60'000, 'x'), true, closing},
       {framed("") + framed("answer"), false, "an answer of no octets"},
       {framed("answer").substr(0, 4), false, "no answer in time"},
@@ -187,7 +182,7 @@ TEST_F(SystemResolverByTCPTest, OneFlowMoreThanMayBeAskedGivesUpTheOldest) {
   EXPECT_THAT(flows[1]->closed, IsEmpty());
   pass(10);
   EXPECT_EQ(flows.back()->closed.at(0), "read Optional(no answer in time)");
-  server_.close();
+  server_.socket = FileDescriptor();
   EXPECT_EQ(served()->closed.at(0),
             "read Optional(POSIXErrorCode(rawValue: 111): Connection refused)");
 }
