@@ -39,7 +39,7 @@ class TCPClient {
   [[nodiscard]] SocketAddress peer() const { return sideOf(socket_, ::getpeername); }
 
   void send(const std::string& octets) const {
-    const auto size = ::send(socket_.get(), octets.data(), octets.size(), MSG_NOSIGNAL);
+    const auto size = ::sendto(socket_.get(), octets.data(), octets.size(), MSG_NOSIGNAL, {}, 0);
     require(size == static_cast<ssize_t>(octets.size()));
   }
   void query(const std::string& text) const { send(framed(text)); }
