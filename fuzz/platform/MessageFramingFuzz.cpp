@@ -10,6 +10,7 @@ void quillet::fuzz::run(platform::DataView input) {
   if (input.empty()) {
     return;
   }
+  require(!platform::MessageFraming::framed(platform::Data(65'536)));  // 65,535 is in the corpus
   platform::MessageFraming framing;
   platform::Data again;
   for (auto rest = input.subspan(1); !rest.empty();) {

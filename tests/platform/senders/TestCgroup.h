@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -35,6 +36,12 @@ class TestCgroup {
     for (auto path = mount_ / path_; path != mount_ && ::rmdir(path.c_str()) == 0;) {
       path = path.parent_path();
     }
+  }
+
+  [[nodiscard]] std::uint64_t id() const {
+    struct stat state {};
+    ::stat((mount_ / path_).c_str(), &state);
+    return state.st_ino;
   }
 
   /// What `make` gives, which this process calls while it is in the cgroup.
