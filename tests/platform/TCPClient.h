@@ -17,6 +17,15 @@ inline std::string framed(const std::string& message) {
          message;
 }
 
+/// The address of a socket's one side.
+template <class Call>
+SocketAddress sideOf(const FileDescriptor& socket, const Call& call) {
+  SocketAddress address;
+  socklen_t size = SocketAddress::kMaxSize;
+  call(socket.get(), address.data(), &size);
+  return address;
+}
+
 /// A TCP connection driven by hand, from either side.
 class TCPClient {
  public:
@@ -24,12 +33,10 @@ class TCPClient {
       : socket_(::socket(to.family(), SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     require(::connect(socket_.get(), to.data(), to.size()) == 0);
   }
-  explicit TCPClient(FileDescriptor accepted) : socket_(std::move(accepted)) {
-    require(socket_.isOpen());
-  }
+  explicit TCPClient(FileDescriptor accepted) : socket_(std::move(accepted)) {}
 
-  [[nodiscard]] SocketAddress address() const { return side(::getsockname); }
-  [[nodiscard]] SocketAddress peer() const { return side(::getpeername); }
+  [[nodiscard]] SocketAddress address() const { return sideOf(socket_, ::getsockname); }
+  [[nodiscard]] SocketAddress peer() const { return sideOf(socket_, ::getpeername); }
 
   void send(const std::string& octets) const {
     const auto size = ::sendto(socket_.get(), octets.data(), octets.size(), MSG_NOSIGNAL, {}, 0);
@@ -60,37 +67,23 @@ class TCPClient {
       throw std::runtime_error("a test socket cannot be used");
     }
   }
-  template <class Call>
-  [[nodiscard]] SocketAddress side(const Call& call) const {
-    SocketAddress address;
-    socklen_t size = SocketAddress::kMaxSize;
-    require(call(socket_.get(), address.data(), &size) == 0);
-    return address;
-  }
 
   FileDescriptor socket_;
   std::string received_;
   bool isClosed_ = false;
 };
 
-/// A TCP socket on loopback that clients connect to.
-class TCPServer {
- public:
-  TCPServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-    ::listen(socket_.get(), SOMAXCONN);  // at a port of the system's choice
-    socklen_t size = SocketAddress::kMaxSize;
-    ::getsockname(socket_.get(), address_.data(), &size);
+/// A TCP socket on loopback, at a port of the system's choice, that clients connect to.
+struct TCPServer {
+  TCPServer() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+    ::listen(socket.get(), SOMAXCONN);
   }
-
-  void close() { socket_ = FileDescriptor(); }
-  [[nodiscard]] std::uint16_t port() const { return address_.port(); }
+  [[nodiscard]] std::uint16_t port() const { return sideOf(socket, ::getsockname).port(); }
   [[nodiscard]] TCPClient accept() const {
-    return TCPClient(FileDescriptor(::accept(socket_.get(), nullptr, nullptr)));
+    return TCPClient(FileDescriptor(::accept(socket.get(), nullptr, nullptr)));
   }
 
- private:
-  FileDescriptor socket_;
-  SocketAddress address_;
+  FileDescriptor socket;
 };
 
 }  // namespace platform::test

@@ -31,6 +31,8 @@ class UDPSocket {
       : address_(SocketAddress::parse(host, port).value()),
         socket_(::socket(address_.family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
     socklen_t size = SocketAddress::kMaxSize;
+    const int on = 1;
+    require(::setsockopt(socket_.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0);
     require(::bind(socket_.get(), address_.data(), address_.size()) == 0);
     require(::getsockname(socket_.get(), address_.data(), &size) == 0);
   }

@@ -45,19 +45,5 @@ class InjectionTest(RoadTest):
             self.assertEqual(received, injected(received, wire.injected_options(received)))
 
 
-class OtherServersTest(RoadTest):
-    def test_queries_that_are_not_for_the_filtering_service_go_out_as_they_came(self):
-        server = self.upstream()
-        for app, settings in (  # An application of the local network goes before all else.
-                ("com.apple.OpenDirectoryD", {"localNetworkDNS": server.address, "allowAll": "true"}),
-                (SENDER, {"secondDNS": server.address, "jsonVars": '{"allowPackages": ["browser"]}'}),
-                (SENDER, {"secondDNS": server.address, "--allowAll": "true"})):
-            with self.subTest(settings=settings):
-                filtering, proxy = self.road(settings=settings, arguments=("--source-app", app))
-                query = self.query(proxy, flags=wire.RD | wire.Z,
-                                   additional=wire.opt(wire.option(10, b"12345678"), size=4096, ttl=0x8000))
-                self.assertEqual((server.queries.pop(), server.queries, filtering.queries), (query, [], []))
-
-
 if __name__ == "__main__":
     main()

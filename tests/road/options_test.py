@@ -2,25 +2,21 @@
 
 import os
 import socket
-import subprocess
 import tempfile
 
 from roadlib import wire
 from roadlib.case import READ, RoadTest, main
-from roadlib.processes import PATIENCE, Process, free_port
+from roadlib.client import run
+from roadlib.processes import PATIENCE, Process
 
 PROXY, DEMO_FILTER, RELAY = (os.environ[f"QUILLET_{name}"] for name in ("PROXY", "DEMO_FILTER", "RELAY"))
 SUITE = "group.com.quillet.filteringosx.json"
 
 
-def run(*command):
-    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE,
-                          check=False)
-
-
 class OptionsTest(RoadTest):
-    def assert_one_line(self, done, thing):
+    def assert_one_line(self, thing, program, *options):
         """Status 1 and one line that names the thing."""
+        done = run(program, *options)
         self.assertEqual((done.returncode, [thing in line for line in done.stderr.splitlines()]), (1, [True]), done)
 
     def test_help_version_and_what_is_none(self):
@@ -31,16 +27,15 @@ class OptionsTest(RoadTest):
                 self.assertRegex(done.stdout, shown)
             for row in (("--nonsense",), ("stray",), ("--identify", "all"), ("--listen",), ("--listen", "localhost:5300"),
                         ("--shell", "")):
-                with self.subTest(program=program, row=row):
-                    done = run(program, *row)
-                    self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True))
+                done = run(program, *row)
+                self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True), done)
 
     def test_address_that_cannot_be_had(self):
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:
             taken.bind(("127.0.0.1", 0))
             for program in (PROXY, DEMO_FILTER):
                 for address in (f"127.0.0.1:{taken.getsockname()[1]}", "192.0.2.1:5300"):
-                    self.assert_one_line(run(program, "--listen", address), address)
+                    self.assert_one_line(address, program, "--listen", address)
 
     def test_ports_of_the_systems_choice_are_told(self):
         proxy = self.started(Process([PROXY, "--listen", "127.0.0.1:0", "--listen", "127.0.0.2:0", "--defaults-dir",
@@ -53,9 +48,8 @@ class OptionsTest(RoadTest):
     def test_vendor_data_that_cannot_be_used(self):
         files = [self.vendor_file(text, f"{number}.json") for number, text in enumerate(("[]", '{"a": "b"} x'))]
         for path in (os.path.join(self.folder, "missing.json"), self.folder, *files):
-            with self.subTest(path=path):
-                self.assert_one_line(run(PROXY, "--listen", f"127.0.0.1:{free_port()}", "--defaults-dir", self.folder,
-                                         "--vendor-data", path), path)
+            self.assert_one_line(path, PROXY, "--listen", "127.0.0.1:0", "--defaults-dir", self.folder,
+                                 "--vendor-data", path)
 
     def test_check_tells_what_is_wrong_and_leaves_no_trace(self):
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:

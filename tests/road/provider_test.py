@@ -66,24 +66,6 @@ class CaptivePortalTest(ProviderTest):
 
 class LinkTest(ProviderTest):
     def test_bypass_on_and_off(self):
-        system = self.upstream(host=SYSTEM, port=53)
-        replies = [command("bypassAllOn")]  # of the relay service, one for each association
-        self.upstream(lambda datagram: [replies.pop(0)] if b'"started"' in datagram else [],
-                      host=RELAY[0], port=RELAY[1])
-        with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM}"):
-            proxy = self.proxy(IDENTITY)
-            proxy.wait_for_line("Received command: bypassAllOn")
-            query = self.query(proxy)
-        self.assertEqual((system.queries, self.filtering.queries), ([query], []))
-        for number, reply in enumerate((b"{" * 60_000, command("bypassAllOff")), 2):
-            replies.append(reply)
-            self.reconfigure(proxy, IDENTITY)
-            proxy.wait_for_line("*Xpc Udp Receive is complete*", number)
-        proxy.wait_for_line("Received command: bypassAllOff")
-        query = self.query(proxy)
-        self.assertEqual((len(system.queries), self.filtering.queries[0][:2]), (1, query[:2]))
-
-    def test_declined_flows_leave_the_link_alone(self):
         system = self.upstream(lambda _: [], host=SYSTEM, port=53)
         relay = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.addCleanup(relay.close)
@@ -91,16 +73,19 @@ class LinkTest(ProviderTest):
         relay.bind(RELAY)
         with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM}"):
             proxy = self.proxy(IDENTITY, preparation=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (96, 96)))
-            relay.sendto(command("bypassAllOn"), relay.recvfrom(65535)[1])
+            for number, reply in enumerate((b"{" * 60_000, command("bypassAllOn")), 1):
+                relay.sendto(reply, relay.recvfrom(65535)[1])
+                proxy.wait_for_line("*Xpc Udp Receive is complete*", number)
+                self.reconfigure(proxy, IDENTITY)
             proxy.wait_for_line("Received command: bypassAllOn")
-            self.reconfigure(proxy, IDENTITY)
             _, link = relay.recvfrom(65535)
-            for number in range(1, 101):  # of which 32 may wait for an answer
+            for number in range(1, 101):  # of which 32 may wait for an answer; none costs the link its place
                 with Client(proxy.endpoint) as client:
-                    client.send(wire.query("a.example"))
-                system.wait_for_queries(number)
+                    client.send(query := wire.query("a.example"))
+                self.assertEqual(system.wait_for_queries(number)[-1], query)
             relay.sendto(command("bypassAllOff"), link)
             proxy.wait_for_line("Received command: bypassAllOff")
+        self.assertEqual(self.filtering.queries, [])
         self.query(proxy)
 
     def test_nobody_reads_standard_output(self):

@@ -18,12 +18,11 @@ class FakeFlow final : public platform::NEAppProxyUDPFlow {
   explicit FakeFlow(std::int64_t key, std::vector<platform::Data> datagrams = {},
                     std::string app = "com.example.app")
       : key_(key), metaData_{std::move(app)} {
-    std::vector<platform::NWHostEndpoint> asked;
+    readEndpoints.emplace();
     for (std::size_t i = 0; i < datagrams.size(); ++i) {
-      asked.push_back({"127.0.0.1", std::to_string(5300 + i)});
+      readEndpoints->push_back({"127.0.0.1", std::to_string(5300 + i)});
     }
     toRead = std::move(datagrams);
-    readEndpoints = std::move(asked);
   }
 
   // What the flow does.

@@ -1,53 +1,57 @@
 #pragma once
 
-#include <atomic>
-#include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/dispatch/SocketEvents.h"
 #include "tests/platform/UDPSocket.h"
 
 namespace quillet::test {
 
-/// A UDP server on a loopback address, on a thread of its own. It keeps what it
-/// receives, wakes the main loop, and sends back what `answer` makes of it.
-class FakeServer {
+/// A UDP server on 127.0.0.1 that the main loop runs. It keeps what it receives, and sends back
+/// what `answer` makes of it.
+class FakeServer final : platform::SocketWatcher {
  public:
   /// Gives the datagrams that go back for one that came.
   using Answer = std::function<std::vector<platform::Data>(const platform::Data&)>;
 
-  /// Port 0 is one of the system's choice.
-  explicit FakeServer(Answer answer, const char* address = "127.0.0.1", std::int64_t port = 0);
-  ~FakeServer();
-  FakeServer(const FakeServer&) = delete;
-  FakeServer& operator=(const FakeServer&) = delete;
+  explicit FakeServer(Answer answer) : answer_(std::move(answer)) {
+    events().watch(socket_.descriptor(), *this, {true, false}, false);
+  }
+  ~FakeServer() { events().stopWatching(socket_.descriptor()); }
 
   [[nodiscard]] std::int64_t port() const { return socket_.port(); }
   /// `127.0.0.1:40123`.
-  [[nodiscard]] std::string text() const { return address_ + ":" + std::to_string(port()); }
-  [[nodiscard]] std::vector<platform::Data> received() const;
+  [[nodiscard]] std::string text() const { return "127.0.0.1:" + std::to_string(port()); }
+  [[nodiscard]] const std::vector<platform::Data>& received() const { return received_; }
   /// What the server answers from now on.
-  void setAnswer(Answer answer);
+  void setAnswer(Answer answer) { answer_ = std::move(answer); }
 
  private:
-  void serve();
+  static platform::SocketEvents& events() {
+    return platform::DispatchQueue::global().socketEvents();
+  }
+  void socketIsReady(bool /*canRead*/, bool /*canWrite*/) override {
+    while (const auto datagram = socket_.receive()) {
+      received_.push_back(platform::test::bytes(datagram->text));
+      for (const auto& reply : answer_(received_.back())) {
+        socket_.send(std::string(platform::textOf(reply)), datagram->from);
+      }
+    }
+  }
 
-  const std::string address_;
   const platform::test::UDPSocket socket_;
-  std::atomic<bool> isStopping_{false};
-  mutable std::mutex mutex_;
-  Answer answer_;                         // guarded by mutex_
-  std::vector<platform::Data> received_;  // guarded by mutex_
-  std::thread thread_;
+  Answer answer_;
+  std::vector<platform::Data> received_;
 };
 
 /// Answers nothing.
-std::vector<platform::Data> stayQuiet(const platform::Data& received);
+inline std::vector<platform::Data> stayQuiet(const platform::Data& /*received*/) { return {}; }
 
 /// A port on 127.0.0.1 that nobody listens on.
-std::int64_t closedPort();
+inline std::int64_t closedPort() { return platform::test::unusedPort(); }
 
 }  // namespace quillet::test

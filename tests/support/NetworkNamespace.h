@@ -1,7 +1,12 @@
 #pragma once
 
+#include <fcntl.h>
+#include <sched.h>
+
+#include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/base/FileDescriptor.h"
 
@@ -12,19 +17,27 @@ namespace quillet::test {
 class NetworkNamespace {
  public:
   /// Absent when the system does not let this process have one (it takes CAP_SYS_ADMIN).
-  static std::unique_ptr<NetworkNamespace> enter();
-
-  ~NetworkNamespace();
+  static std::unique_ptr<NetworkNamespace> enter() {
+    platform::FileDescriptor before(::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC));
+    if (!before.isOpen() || ::unshare(CLONE_NEWNET) != 0) {
+      return nullptr;
+    }
+    std::unique_ptr<NetworkNamespace> entered(new NetworkNamespace(std::move(before)));
+    return ip("link set lo up") ? std::move(entered) : nullptr;
+  }
+  ~NetworkNamespace() { ::setns(before_.get(), CLONE_NEWNET); }
   NetworkNamespace(const NetworkNamespace&) = delete;
   NetworkNamespace& operator=(const NetworkNamespace&) = delete;
 
   /// Runs `ip ARGUMENTS` in it. False when that fails.
-  static bool ip(const std::string& arguments);
+  static bool ip(const std::string& arguments) {
+    return std::system(("ip " + arguments + " >/dev/null 2>&1").c_str()) == 0;
+  }
 
  private:
   explicit NetworkNamespace(platform::FileDescriptor before) : before_(std::move(before)) {}
 
-  platform::FileDescriptor before_;
+  const platform::FileDescriptor before_;
 };
 
 }  // namespace quillet::test

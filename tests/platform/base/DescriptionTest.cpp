@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "platform/base/Data.h"
-#include "platform/base/Description.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using namespace std::string_literals;
@@ -44,4 +37,4 @@ TEST(DescriptionTest, PrintsWhatMayBeAbsentAndContainers) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "platform/base/LetterCase.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(LetterCaseTest, FoldsEachCharacterByItself) {
@@ -20,4 +19,4 @@ TEST(LetterCaseTest, FoldsEachCharacterByItself) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

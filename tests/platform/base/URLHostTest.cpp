@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "platform/base/URLHost.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(URLHostTest, IsThePartBetweenSchemeAndPathIfThereIsOne) {
@@ -27,4 +26,4 @@ TEST(URLHostTest, IsThePartBetweenSchemeAndPathIfThereIsOne) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

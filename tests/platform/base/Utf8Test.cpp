@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "platform/base/Utf8.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 // The bounds of each row of the table of RFC 3629 section 4.
@@ -37,4 +33,4 @@ TEST(Utf8Test, ReplacesWhatIsIllFormed) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,19 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
 #include "platform/dispatch/DispatchQueue.h"
-#include "platform/dispatch/MainLoop.h"
 #include "platform/log/NSLog.h"
 #include "platform/log/StreamLogSink.h"
 #include "tests/platform/Pipe.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
-
-using testing::ElementsAre;
 
 void later(std::function<void()> work) { DispatchQueue::global().async(std::move(work)); }
 
@@ -34,7 +26,7 @@ TEST(MainLoopTest, RunsWorkLaterInItsOrderAndStopsAfterTheHandlerThatIsRunning) 
 }
 
 TEST(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
-  const test::Pipe pipe;
+  const Pipe pipe;
   LogSink::setShared(std::make_unique<StreamLogSink>(pipe.writer.get(), "test"));
   later([&] {
     NSLog("a");
@@ -53,4 +45,4 @@ TEST(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,12 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <future>
-#include <memory>
 #include <thread>
 
 #include "platform/dispatch/DispatchQueue.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
@@ -46,4 +44,4 @@ TEST(SerialQueueTest, MayBeLetGoOfByItsOwnWork) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

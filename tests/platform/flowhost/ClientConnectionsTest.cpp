@@ -1,37 +1,28 @@
 #include <cerrno>
 #include <deque>
 
-#include "platform/base/Clock.h"
 #include "platform/flowhost/ClientConnections.h"
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/TCPClient.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using namespace std::string_literals;
 
-using test::framed;
-using test::SocketFailures;
-using test::TCPClient;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 constexpr auto kMaxOutstanding = ClientConnection::kMaxOutstanding;
 
-class ClientConnectionsTest : public test::HostedTest {
+class ClientConnectionsTest : public HostedTest {
  protected:
-  ClientConnectionsTest() { Clock::setShared(&clock_); }
-  ~ClientConnectionsTest() override { Clock::setShared(nullptr); }
+  ClientConnectionsTest() { start({"127.0.0.1", "::1", "0.0.0.0"}); }
 
   /// Whether the client is answered; what it costs everybody else is that it is not.
   void expectService() {
     TCPClient client(bound());
     client.query("good");
-    const auto index = provider_.offers.size();
+    const auto index = provider_.flows.size();
     EXPECT_THAT(read(offered(index)), ElementsAre("good to " + description(endpoint())));
     EXPECT_EQ(answer(index, "answer"), "");
     EXPECT_EQ(client.received(), framed("answer"));
@@ -42,50 +33,41 @@ class ClientConnectionsTest : public test::HostedTest {
     runReady();
   }
 
-  ManualClock clock_;
+  SharedClock clock_;
 };
 
 TEST_F(ClientConnectionsTest, EachQueryIsAFlowWhoseAnswerGoesBackWhereItCameFrom) {
-  start({"0.0.0.0", "::1"});
-  const SocketAddress asked[] = {bound(0, "127.0.0.7"), bound(1)};
-  std::deque<TCPClient> clients;
-  for (const auto& address : asked) {
-    auto& client = clients.emplace_back(address);
+  for (const auto& asked : {bound(1), bound(2, "127.0.0.7")}) {
+    provider_.flows.clear();
+    provider_.destinations.clear();
+    TCPClient client(asked);
     client.send(framed("first") + framed("second").substr(0, 3));
-    offered(provider_.offers.size());
+    EXPECT_THAT(read(offered(0)), ElementsAre("first to " + description(asked)));
     client.send(framed("second").substr(3));
-    offered(provider_.offers.size());
+    EXPECT_THAT(read(offered(1)), ElementsAre("second to " + description(asked)));
+    EXPECT_EQ(description(provider_.destinations[1]), description(asked));
+    EXPECT_EQ(description(provider_.flows[1]->localEndpoint()),
+              "Optional(" + description(client.address()) + ")");
+    EXPECT_EQ(answer(1, "two"), "");
+    EXPECT_EQ(answer(0, "one"), "");
+    EXPECT_EQ(client.received(), framed("two") + framed("one"));
   }
-  for (std::size_t i = 0; i < 4; ++i) {
-    const auto to = " to " + description(asked[i / 2]);
-    const auto& [flow, endpoint] = provider_.offers.at(i);
-    EXPECT_THAT(read(flow), ElementsAre((i % 2 == 0 ? "first" : "second") + to));
-    EXPECT_EQ(" to " + description(endpoint), to);
-    EXPECT_EQ(description(flow->localEndpoint()),
-              "Optional(" + description(clients[i / 2].address()) + ")");
-  }
-  for (const auto i : {3U, 1U, 0U, 2U}) {
-    EXPECT_EQ(answer(i, "answer " + std::to_string(i)), "");
-  }
-  EXPECT_EQ(clients[0].received(), framed("answer 1") + framed("answer 0"));
-  EXPECT_EQ(clients[1].received(), framed("answer 3") + framed("answer 2"));
 }
 
 TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
-  start({"127.0.0.1"});
   TCPClient client(bound());
   for (std::size_t i = 0; i < kMaxOutstanding + 3; ++i) {
     client.query(std::to_string(i));
   }
   client.endSending();
   runReady();
-  ASSERT_THAT(provider_.offers, SizeIs(kMaxOutstanding));
+  ASSERT_THAT(provider_.flows, SizeIs(kMaxOutstanding));
   EXPECT_EQ(answer(0, "a"), "");  // is over with the answer, with its flow, with nobody who has it
   EXPECT_THAT(read(offered(kMaxOutstanding)), ElementsAre(testing::StartsWith("128 ")));
-  provider_.offers[1].flow->closeReadWithError(std::nullopt);
-  provider_.offers[1].flow->closeWriteWithError(std::nullopt);
+  provider_.flows[1]->closeReadWithError(std::nullopt);
+  provider_.flows[1]->closeWriteWithError(std::nullopt);
   offered(kMaxOutstanding + 1);
-  provider_.offers[2].flow.reset();
+  provider_.flows[2].reset();
   offered(kMaxOutstanding + 2);
   expectService();
   for (std::size_t i = 3; i < kMaxOutstanding + 3; ++i) {
@@ -118,7 +100,6 @@ TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATim
 }
 
 TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
-  start({"127.0.0.1"});
   TCPClient client(bound());
   for (std::size_t i = 0; i < kMaxOutstanding; ++i) {
     client.query("q");
@@ -132,9 +113,8 @@ TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
   EXPECT_EQ(client.received(), framed(large) + framed(large));
   std::size_t failed = 0;
   for (std::size_t i = 2; i < kMaxOutstanding; ++i) {
-    const auto& [flow, asked] = provider_.offers.at(i);
-    flow->writeDatagrams({test::bytes(large)}, {asked},
-                         [&failed](const auto& error) { failed += error ? 1U : 0U; });
+    provider_.flows[i]->writeDatagrams({bytes(large)}, {provider_.destinations[i]},
+                                       [&failed](const auto& error) { failed += error ? 1U : 0U; });
   }
   runReady();
   EXPECT_GT(failed, ClientConnection::kMaxWaiting / large.size());
@@ -144,7 +124,6 @@ TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
 }
 
 TEST_F(ClientConnectionsTest, WhoSendsNoWholeQueryIsClosedUnlessItWaitsForAnAnswer) {
-  start({"127.0.0.1"});
   std::deque<TCPClient> idle;
   for (const auto& piece : {""s, "\0"s, "\0\7que"s}) {
     idle.emplace_back(bound()).send(piece);
@@ -168,7 +147,6 @@ TEST_F(ClientConnectionsTest, WhoSendsNoWholeQueryIsClosedUnlessItWaitsForAnAnsw
 }
 
 TEST_F(ClientConnectionsTest, AnAnswerThatNeverComesIsWaitedForSoLong) {
-  start({"127.0.0.1"});
   TCPClient half(bound());
   half.query("q");
   half.endSending();
@@ -179,16 +157,15 @@ TEST_F(ClientConnectionsTest, AnAnswerThatNeverComesIsWaitedForSoLong) {
   offered(kMaxOutstanding);
   pass(119);
   EXPECT_FALSE(half.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(1 + kMaxOutstanding));
+  EXPECT_THAT(provider_.flows, SizeIs(1 + kMaxOutstanding));
   pass(1);
   EXPECT_TRUE(half.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(2 + kMaxOutstanding));
+  EXPECT_THAT(provider_.flows, SizeIs(2 + kMaxOutstanding));
   EXPECT_EQ(answer(1, "late"), "");
   EXPECT_EQ(whole.received(), framed("late"));
 }
 
 TEST_F(ClientConnectionsTest, OneConnectionMoreClosesTheIdlest) {
-  start({"127.0.0.1"});
   std::deque<TCPClient> clients;
   for (std::size_t i = 0; i < ClientConnections::kMaxConnections; ++i) {
     clients.emplace_back(bound());
@@ -202,7 +179,6 @@ TEST_F(ClientConnectionsTest, OneConnectionMoreClosesTheIdlest) {
 }
 
 TEST_F(ClientConnectionsTest, WhatIsNoQueryEndsItsOwnConnectionOnly) {
-  start({"127.0.0.1"});
   { const TCPClient gone(bound()); }
   TCPClient empty(bound());
   empty.send(framed("q") + framed("") + framed("not read"));
@@ -212,12 +188,11 @@ TEST_F(ClientConnectionsTest, WhatIsNoQueryEndsItsOwnConnectionOnly) {
   offered(0);
   runReady();
   EXPECT_TRUE(empty.isClosed() && cut.isClosed());
-  EXPECT_THAT(provider_.offers, SizeIs(1));
+  EXPECT_THAT(provider_.flows, SizeIs(1));
   expectService();
 }
 
 TEST_F(ClientConnectionsTest, OurOwnConnectionIsDroppedWithALine) {
-  start({"127.0.0.1"});
   TCPClient own(bound());
   const OwnSockets::Entry entry(own.address(), OwnSockets::Use::exchange, OwnSockets::tcp());
   runReady();
@@ -225,23 +200,21 @@ TEST_F(ClientConnectionsTest, OurOwnConnectionIsDroppedWithALine) {
   EXPECT_THAT(log_.records(), ElementsAre("FlowHost: dropped a connection from our own socket " +
                                           description(own.address())));
   const TCPClient client(bound());
-  const OwnSockets::Entry udp(client.address(),
-                              OwnSockets::Use::exchange);  // that is another socket
+  const OwnSockets::Entry byUDP(client.address(), OwnSockets::Use::exchange);  // another socket
   client.query("q");
   offered(0);
 }
 
 TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
-  start({"127.0.0.1"});
   {
     const SocketFailures failures({ECONNABORTED, EMFILE, EMFILE});
     TCPClient client(bound());
     client.query("q");
     runReady();
     pass(1);
-    EXPECT_THAT(provider_.offers, IsEmpty());
+    EXPECT_THAT(provider_.flows, IsEmpty());
     pass(1);
-    EXPECT_THAT(provider_.offers, SizeIs(1));
+    EXPECT_THAT(provider_.flows, SizeIs(1));
   }
   EXPECT_THAT(log_.records(), ElementsAre("FlowHost: cannot accept on " + description(endpoint()) +
                                           ": POSIXErrorCode(rawValue: 24): Too many open files"));
@@ -249,4 +222,4 @@ TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -6,19 +6,12 @@
 #include "tests/platform/HostedTest.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/TCPClient.h"
+#include "tests/support/NetworkNamespace.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
-using test::bytes;
-using test::SocketFailures;
-using test::UDPSocket;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::SizeIs;
-
-class FlowHostTest : public test::HostedTest {};
+class FlowHostTest : public HostedTest {};
 
 TEST_F(FlowHostTest, OffersWhatOneClientHasSentToOneAddressAsOneFlow) {
   start({"0.0.0.0"});
@@ -28,21 +21,19 @@ TEST_F(FlowHostTest, OffersWhatOneClientHasSentToOneAddressAsOneFlow) {
   second.send("b", bound(0, "127.0.0.1"));
   first.send("", bound(0, "127.0.0.1"));
   first.send("c", bound(0, "127.0.0.2"));
-  offered(2);
-  ASSERT_THAT(provider_.offers, SizeIs(3));
-  const auto to1 = " to 127.0.0.1:" + endpoint().port;
-  EXPECT_THAT(read(provider_.offers[0].flow), ElementsAre("a" + to1, to1));
-  EXPECT_THAT(read(provider_.offers[0].flow), IsEmpty());
-  EXPECT_THAT(read(provider_.offers[1].flow), ElementsAre("b" + to1));
-  EXPECT_THAT(read(provider_.offers[2].flow), ElementsAre("c to 127.0.0.2:" + endpoint().port));
-  EXPECT_EQ(write(provider_.offers[2].flow, {"d"}, {{"127.0.0.2", endpoint().port}}), "");
-  EXPECT_TRUE(first.receive().value().from == bound(0, "127.0.0.2"));
   for (int i = 0; i < 3; ++i) {
-    first.send(std::string(40'000, 'x'), bound(0, "127.0.0.1"));  // the second fills a flow
+    first.send(std::string(40'000, 'x'), bound(0, "127.0.0.3"));  // the second fills a flow
   }
   offered(4);
-  EXPECT_THAT(read(provider_.offers[3].flow), SizeIs(2));
-  EXPECT_THAT(read(provider_.offers[4].flow), SizeIs(1));
+  const auto to1 = " to 127.0.0.1:" + endpoint().port;
+  EXPECT_THAT(read(provider_.flows[0]), ElementsAre("a" + to1, to1));
+  EXPECT_THAT(read(provider_.flows[0]), IsEmpty());
+  EXPECT_THAT(read(provider_.flows[1]), ElementsAre("b" + to1));
+  EXPECT_THAT(read(provider_.flows[2]), ElementsAre("c to 127.0.0.2:" + endpoint().port));
+  EXPECT_EQ(answer(2, "d"), "");
+  EXPECT_TRUE(first.receive().value().from == bound(0, "127.0.0.2"));
+  EXPECT_THAT(read(provider_.flows[3]), SizeIs(2));
+  EXPECT_THAT(read(provider_.flows[4]), SizeIs(1));
 }
 
 TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
@@ -53,7 +44,7 @@ TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
   exchange.emplace(address, OwnSockets::Use::exchange);
   client.send("round", bound(0, "127.0.0.1"));
   runReady();
-  EXPECT_THAT(provider_.offers, IsEmpty());
+  EXPECT_THAT(provider_.flows, IsEmpty());
   EXPECT_THAT(log_.records(),
               ElementsAre("FlowHost: dropped 5 bytes from our own socket " + description(address)));
   exchange.reset();
@@ -61,14 +52,33 @@ TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
   offered(0);
 }
 
+TEST_F(FlowHostTest, ABroadcastIsAnsweredFromAUnicastAddress) {
+  const auto network = quillet::test::NetworkNamespace::enter();
+  if (!network || !network->ip("-6 route replace local ff00::/8 dev lo table local")) {
+    GTEST_SKIP() << "needs a network of its own";
+  }
+  start({"0.0.0.0", "::"});
+  FlowHostOptions beside;
+  beside.listen = {{"::", endpoint(0).port}};
+  EXPECT_TRUE(FlowHost::bind(beside)) << "IPv4's wildcard address leaves IPv6's";
+  const std::pair<const char*, const char*> rows[] = {{"127.255.255.255", "127.0.0.1"},
+                                                      {"ff02::1%lo", "::1"}};
+  for (std::size_t i = 0; i < 2; ++i) {
+    const auto& [group, unicast] = rows[i];
+    const UDPSocket client(unicast);
+    client.send("q", bound(i, group));
+    EXPECT_EQ(answer(i, "a"), "");
+    EXPECT_EQ(client.receive().value().from.host(), unicast);
+  }
+}
+
 TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAnEpisodeAndServiceGoesOn) {
   start({"127.0.0.1", "::1"});
-  std::vector<std::string> lines;
+  Texts lines;
   for (const std::size_t index : {0U, 0U, 1U}) {
     const UDPSocket client(endpoint(index).hostname);
     const SocketFailures failures({EINTR, ENOMEM, ENOMEM, ENOMEM, 0});
     client.send("q", bound(index));
-    offered(lines.size());
     EXPECT_EQ(answer(lines.size(), "a"), "");
     EXPECT_THAT(client.receiveAll(), ElementsAre("a"));
     lines.push_back("FlowHost: cannot receive on " + description(endpoint(index)) +
@@ -77,71 +87,70 @@ TEST_F(FlowHostTest, AnErrorOfTheSocketIsOneLineAnEpisodeAndServiceGoesOn) {
   EXPECT_EQ(log_.records(), lines);
 }
 
-TEST_F(FlowHostTest, WritesOnlyWhatComesFromTheAddressAskedUntilTheFlowIsClosed) {
-  start({"127.0.0.1", "127.0.0.2"});
-  const UDPSocket client;
-  const auto flow = flowOf(client);
-  const auto asked = endpoint(0);
+/// With one flow, whose client is this.
+class OneFlowTest : public FlowHostTest {
+ protected:
+  OneFlowTest() {
+    start({"127.0.0.1", "127.0.0.2"});
+    client_.send("q", bound());
+    flow_ = offered(0);
+  }
+
+  const UDPSocket client_;
+  Flow flow_;
+};
+
+TEST_F(OneFlowTest, WritesOnlyWhatComesFromItsDestinationUntilItIsClosed) {
+  const auto own = endpoint(0);
   const auto other = endpoint(1);
-  EXPECT_EQ(write(flow, {"a", "b"}, {asked, other}),
+  EXPECT_EQ(write(flow_, {"a", "b"}, {own, other}),
             "the client has not asked " + description(other));
-  EXPECT_EQ(write(flow, {"a", "b"}, {asked}), "as many endpoints as datagrams are needed");
-  EXPECT_THAT(client.receiveAll(), IsEmpty());
-  EXPECT_EQ(write(flow, {"a", "", "b"}, {asked, asked, asked}), "");
-  EXPECT_EQ(write(flow, {}, {}), "");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "", "b"));
-  flow->closeReadWithError(std::nullopt);
-  EXPECT_THAT(read(flow), ElementsAre("the flow is closed"));
+  EXPECT_EQ(write(flow_, {"a", "b"}, {own}), "as many endpoints as datagrams are needed");
+  EXPECT_THAT(client_.receiveAll(), IsEmpty());
+  EXPECT_EQ(write(flow_, {"a", "", "b"}, {own, own, own}), "");
+  EXPECT_EQ(write(flow_, {}, {}), "");
+  flow_->closeReadWithError(std::nullopt);
+  EXPECT_THAT(read(flow_), ElementsAre("the flow is closed"));
   EXPECT_EQ(answer(0, "c"), "");
-  flow->closeWriteWithError(Error("upstream"));
+  flow_->closeWriteWithError(Error("upstream"));
   EXPECT_EQ(answer(0, "d"), "the flow is closed");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("c"));
+  EXPECT_THAT(client_.receiveAll(), ElementsAre("a", "", "b", "c"));
 }
 
-TEST_F(FlowHostTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  const auto flow = flowOf(client);
+TEST_F(OneFlowTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
   const SocketFailures failures({EINTR, 0, EAGAIN, 0, EAGAIN, EPERM, 0});
-  EXPECT_EQ(write(flow, {"a", "b", "c", "d"}, {4, endpoint()}),
+  EXPECT_EQ(write(flow_, {"a", "b", "c", "d"}, {4, endpoint()}),
             "POSIXErrorCode(rawValue: 1): Operation not permitted");
   EXPECT_EQ(answer(0, "e"), "");
-  EXPECT_THAT(client.receiveAll(), ElementsAre("a", "b", "d", "e"));
+  EXPECT_THAT(client_.receiveAll(), ElementsAre("a", "b", "d", "e"));
   runReady();  // nobody waits for room any more
 }
 
-TEST_F(FlowHostTest, SoManyAnswersWaitOnlyAndGoAfterTheFlowIsClosed) {
-  start({"127.0.0.1"});
-  const UDPSocket client;
-  const auto flow = flowOf(client);
+TEST_F(OneFlowTest, SoManyAnswersWaitOnlyAndGoAfterTheFlowIsClosed) {
   const SocketFailures failures({EAGAIN});
   std::map<std::string, int> outcomes;
   for (std::size_t i = 0; i < ListenSocket::kMaxWaiting + 10; ++i) {
-    flow->writeDatagrams({bytes("a")}, {endpoint()},
-                         [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
+    flow_->writeDatagrams({bytes("a")}, {endpoint()},
+                          [&](const auto& error) { ++outcomes[error ? error->text() : ""]; });
   }
-  flow->closeReadWithError(std::nullopt);
-  flow->closeWriteWithError(std::nullopt);
+  flow_->closeReadWithError(std::nullopt);
+  flow_->closeWriteWithError(std::nullopt);
   runReady();
-  EXPECT_THAT(outcomes,
-              ElementsAre(Pair("", ListenSocket::kMaxWaiting),
-                          Pair("POSIXErrorCode(rawValue: 105): No buffer space available", 10)));
-  EXPECT_THAT(client.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
+  EXPECT_EQ(outcomes[""], ListenSocket::kMaxWaiting);
+  EXPECT_EQ(outcomes["POSIXErrorCode(rawValue: 105): No buffer space available"], 10);
+  EXPECT_THAT(client_.receiveAll(), SizeIs(ListenSocket::kMaxWaiting));
 }
 
-TEST_F(FlowHostTest, StopEndsEverything) {
-  start({"127.0.0.1", "::1"});
+TEST_F(OneFlowTest, StopEndsEverything) {
   const auto address = bound();
-  const UDPSocket client;
-  const auto flow = flowOf(client);
-  test::TCPClient byTCP(address);
+  TCPClient byTCP(address);
   byTCP.query("q");
   offered(1);
   std::string outcome;
   const SocketFailures failures({EAGAIN});
-  flow->writeDatagrams({bytes("a")}, {endpoint()},
-                       [&](const auto& error) { outcome = error.value().text(); });
-  client.send("not read any more", address);
+  flow_->writeDatagrams({bytes("a")}, {endpoint()},
+                        [&](const auto& error) { outcome = error.value().text(); });
+  client_.send("not read any more", address);
   host_->stop();
   host_->stop();
   runReady();
@@ -149,8 +158,8 @@ TEST_F(FlowHostTest, StopEndsEverything) {
   EXPECT_EQ(answer(0, "b"), "the flow is closed");
   EXPECT_EQ(answer(1, "b"), "the flow is closed");
   EXPECT_TRUE(byTCP.isClosed());
-  EXPECT_THROW(test::TCPClient{address}, std::runtime_error);
-  EXPECT_THAT(provider_.offers, SizeIs(2));
+  EXPECT_THROW(TCPClient{address}, std::runtime_error);
+  EXPECT_THAT(provider_.flows, SizeIs(2));
   EXPECT_THAT(host_->boundEndpoints(), IsEmpty());
   const UDPSocket successor("127.0.0.1", address.port());  // the port is free
 }
@@ -158,18 +167,16 @@ TEST_F(FlowHostTest, StopEndsEverything) {
 TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
   const UDPSocket taken("::1");
   const auto port = std::to_string(taken.port());
-  const test::TCPServer takenByTCP;
+  const TCPServer takenByTCP;
   const auto tcpPort = std::to_string(takenByTCP.port());
-  const std::string noAddress = "not an IP address and a port";
   const std::tuple<std::string, std::string, std::string> rows[] = {
       {"::1", port, "[::1]:" + port + ": Address already in use"},
       {"127.0.0.1", tcpPort, "127.0.0.1:" + tcpPort + " by TCP: Address already in use"},
       {"192.0.2.1", "0", "192.0.2.1:0: Cannot assign requested address"},
-      {"127.0.0.1", "65536", "127.0.0.1:65536: " + noAddress},
-      {"127.0.0.1", "5x", "127.0.0.1:5x: " + noAddress},
+      {"127.0.0.1", "65536", "127.0.0.1:65536: not an IP address and a port"},
   };
   for (const auto& [hostname, text, error] : rows) {
-    const auto good = test::unusedPort("127.0.0.5");
+    const auto good = unusedPort("127.0.0.5");
     FlowHostOptions options;
     options.listen = {{"127.0.0.5", std::to_string(good)}, {hostname, text}};
     const auto host = FlowHost::bind(options);
@@ -180,4 +187,4 @@ TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

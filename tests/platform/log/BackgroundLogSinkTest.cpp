@@ -1,15 +1,13 @@
-#include <gtest/gtest.h>
 #include <pthread.h>
 
 #include <csignal>
 #include <future>
 #include <latch>
-#include <string>
-#include <vector>
 
 #include "platform/log/BackgroundLogSink.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using Records = std::vector<std::string>;
@@ -49,4 +47,4 @@ TEST(BackgroundLogSinkTest, GivesUpWaitingForAReaderThatGetsWhatFitsInOrder) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,18 +1,17 @@
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <memory>
 
 #include "platform/log/CrashHandler.h"
 #include "platform/log/NSLog.h"
 #include "platform/log/StreamLogSink.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 int overflowStack(int depth) {
@@ -43,4 +42,4 @@ TEST(CrashHandlerTest, WritesRecordsHeldBackOnceHoweverTheProcessEnds) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

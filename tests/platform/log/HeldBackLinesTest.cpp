@@ -1,19 +1,18 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>
-#include <string>
 
 #include "platform/base/FileDescriptor.h"
 #include "platform/log/HeldBackLines.h"
 #include "tests/platform/TemporaryDirectory.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(HeldBackLinesTest, EndsALineThatTheDiskHasCutBeforeTheNext) {
-  const test::TemporaryDirectory directory;
+  const TemporaryDirectory directory;
   const auto path = directory.path() / "log";
   const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   HeldBackLines lines(file.get());
@@ -32,8 +31,8 @@ TEST(HeldBackLinesTest, EndsALineThatTheDiskHasCutBeforeTheNext) {
   lines.append("last\n");
   lines.writeFromSignalHandler();
   lines.write();
-  EXPECT_EQ(test::readFile(path), "first\nse\nthird\nlast\n");
+  EXPECT_EQ(readFile(path), "first\nse\nthird\nlast\n");
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

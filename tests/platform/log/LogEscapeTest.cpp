@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/log/LogEscape.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using namespace std::string_literals;
@@ -35,4 +32,4 @@ TEST(LogEscapeTest, EscapesControlsAndWhatIsNoUtf8WhereverTheyStand) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,13 +1,7 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "platform/log/NSLog.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 struct Talkative {
@@ -18,16 +12,15 @@ struct Talkative {
 };
 
 TEST(NSLogTest, WritesPiecesOneAfterAnotherVerbatimAlsoWhenOneItselfLogs) {
-  const quillet::test::LogCapture log;
+  const LogCapture log;
   NSLog("100% \n", 5, ", ", std::vector{"a"}, "%s");
   NSLog("outer ", Talkative(), " end");
   NSLog();
-  EXPECT_THAT(log.records(),
-              testing::ElementsAre("100% \n5, [\"a\"]%s", "inner", "outer value end", ""));
+  EXPECT_THAT(log.records(), ElementsAre("100% \n5, [\"a\"]%s", "inner", "outer value end", ""));
 }
 
 TEST(NSLogTest, CutsARecord) {
-  const quillet::test::LogCapture log;
+  const LogCapture log;
   const std::string most(262144, 'x');
   NSLog(most);
   NSLog("a", most);
@@ -36,4 +29,4 @@ TEST(NSLogTest, CutsARecord) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,27 +1,20 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <string>
-
-#include "platform/base/Clock.h"
 #include "platform/log/StreamLogSink.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/Pipe.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 const std::string kName = "proxy[" + std::to_string(::getpid()) + "] ";
 
 class StreamLogSinkTest : public testing::Test {
  protected:
-  void SetUp() override { Clock::setShared(&clock_); }
-  void TearDown() override { Clock::setShared(nullptr); }
-
-  const test::EnvironmentVariable tz_{"TZ", "UTC"};
-  ManualClock clock_{1'795'385'994'123'999};  // 2026-11-22 22:19:54.123999
-  const test::Pipe pipe_;
+  const EnvironmentVariable tz_{"TZ", "UTC"};
+  SharedClock clock_{1'795'385'994'123'999};  // 2026-11-22 22:19:54.123999
+  const Pipe pipe_;
   StreamLogSink sink_{pipe_.writer.get(), "proxy"};
 };
 
@@ -37,17 +30,6 @@ TEST_F(StreamLogSinkTest, WritesARecordAsOneLineWithItsTime) {
     sink_.write("");
     EXPECT_EQ(pipe_.read(), time + kName + "\n");
   }
-}
-
-TEST_F(StreamLogSinkTest, WritesABatchAtItsEnd) {
-  {
-    const LogBatch outer;
-    { const LogBatch inner; }
-    sink_.write("a");
-    EXPECT_EQ(pipe_.read(), "");
-  }
-  sink_.write("b");
-  EXPECT_THAT(pipe_.read(), testing::MatchesRegex(".*\\] a\n.*\\] b\n"));
 }
 
 TEST_F(StreamLogSinkTest, WritesWhatPipeAndBufferHoldWholeAndARecordForTheRest) {
@@ -69,4 +51,4 @@ TEST_F(StreamLogSinkTest, WritesWhatPipeAndBufferHoldWholeAndARecordForTheRest) 
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

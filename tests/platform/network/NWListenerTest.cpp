@@ -1,34 +1,32 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "platform/base/Description.h"
-#include "platform/dispatch/MainLoop.h"
 #include "platform/network/AcceptedConnection.h"
 #include "platform/network/NWListener.h"
 #include "platform/udp/SocketAddress.h"
 #include "tests/platform/SocketFailures.h"
+#include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
-#include "tests/support/LogCapture.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
-
-using test::UDPSocket;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 /// A listener whose connections start at once and are received from for as long as they are held.
 class NWListenerTest : public testing::Test {
  protected:
   NWListenerTest() {
-    listener_->newConnectionHandler = [this](std::shared_ptr<NWConnection> connection) {
+    listener_->newConnectionHandler = [this](const std::shared_ptr<NWConnection>& connection) {
       lines_.emplace_back("new");
-      adopt(std::move(connection));
+      connection->stateUpdateHandler =
+          [this, weak = std::weak_ptr(connection)](const NWConnection::State& state) {
+            if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
+              receive(weak);
+            }
+          };
+      connection->start(DispatchQueue::global());
+      held_.push_back(connection);
+      if (held_.size() > keep_) {
+        held_.erase(held_.begin());
+      }
     };
     listener_->start(DispatchQueue::global());
     runReady();
@@ -39,19 +37,6 @@ class NWListenerTest : public testing::Test {
     runReady();
   }
 
-  void adopt(std::shared_ptr<NWConnection> connection) {
-    connection->stateUpdateHandler =
-        [this, weak = std::weak_ptr(connection)](const NWConnection::State& state) {
-          if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
-            receive(weak);
-          }
-        };
-    connection->start(DispatchQueue::global());
-    held_.push_back(std::move(connection));
-    if (held_.size() > keep_) {
-      held_.erase(held_.begin());
-    }
-  }
   void receive(const std::weak_ptr<NWConnection>& weak) {
     if (const auto connection = weak.lock()) {
       connection->receiveMessage([this, weak](const std::optional<Data>& content, bool isComplete,
@@ -78,21 +63,14 @@ class NWListenerTest : public testing::Test {
   [[nodiscard]] SocketAddress at(const char* host) const {
     return SocketAddress::parse(host, listener_->port().rawValue).value();
   }
-  static void runReady() { MainLoop::shared().runReady(); }
-  bool runUntilLines(std::size_t count) {
-    return MainLoop::shared().runUntil([&] { return lines_.size() >= count; });
-  }
-  bool runUntilLogged() {
-    return MainLoop::shared().runUntil([&] { return !log_.records().empty(); });
-  }
 
-  const quillet::test::LogCapture log_;
+  const LogCapture log_;
   std::shared_ptr<NWListener> listener_ =
       NWListener::create(NWParameters::udp(), NWEndpoint::Port(0)).value();
   std::vector<std::shared_ptr<NWConnection>> held_;
   std::size_t keep_ = 1;
   bool isReceiving_ = true;
-  std::vector<std::string> lines_;
+  Texts lines_;
 };
 
 TEST_F(NWListenerTest, WhatNobodyReceivesWaitsAndItsLossIsALine) {
@@ -101,7 +79,7 @@ TEST_F(NWListenerTest, WhatNobodyReceivesWaitsAndItsLossIsALine) {
   for (std::size_t i = 0; i < AcceptedConnection::kMaxHeld + 1; ++i) {
     client.send(std::to_string(i), at("127.0.0.1"));
   }
-  ASSERT_TRUE(runUntilLogged());
+  ASSERT_TRUE(runUntilSize(log_.records(), 1));
   EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("is not read, dropped 2 bytes")));
   receive(held_.back());
   runReady();
@@ -114,7 +92,7 @@ TEST_F(NWListenerTest, UnreadDatagramsOfWhomItLetsGoAreLines) {
   isReceiving_ = false;
   const UDPSocket client;
   client.send("one", at("127.0.0.1"));
-  ASSERT_TRUE(runUntilLines(1));
+  ASSERT_TRUE(runUntilSize(lines_, 1));
   runReady();
   held_.clear();
   EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("is let go of, dropped 3 bytes")));
@@ -125,7 +103,7 @@ TEST_F(NWListenerTest, WhatTheKernelHadNoRoomForIsALine) {
   for (int i = 0; i < 100; ++i) {  // some 6 MB
     client.send(std::string(65'507, 'x'), at("127.0.0.1"));
   }
-  ASSERT_TRUE(runUntilLogged());
+  ASSERT_TRUE(runUntilSize(log_.records(), 1));
   runReady();
   const auto lost = std::to_string(100 - (lines_.size() - 1));  // without "new"
   EXPECT_THAT(log_.records(),
@@ -138,12 +116,12 @@ TEST_F(NWListenerTest, HasRoomForABoundedNumberOfClients) {
   for (const auto& client : clients) {
     client.send("x", at("127.0.0.1"));
   }
-  ASSERT_TRUE(runUntilLogged());
+  ASSERT_TRUE(runUntilSize(log_.records(), 1));
   EXPECT_THAT(log_.records(), ElementsAre(HasSubstr("no room for [C")));
   EXPECT_EQ(held_.size(), NWListener::kMaxConnections);
   held_.erase(held_.begin());
   clients.back().send("y", at("127.0.0.1"));
-  ASSERT_TRUE(runUntilLines(2 * NWListener::kMaxConnections + 2));
+  ASSERT_TRUE(runUntilSize(lines_, 2 * NWListener::kMaxConnections + 2));
   EXPECT_EQ(lines_.back(), "got y");
 }
 
@@ -158,21 +136,21 @@ TEST_F(NWListenerTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
                                           description(address)));
   own.reset();
   client.send("again", at("127.0.0.1"));
-  ASSERT_TRUE(runUntilLines(2));
+  ASSERT_TRUE(runUntilSize(lines_, 2));
   EXPECT_THAT(lines_, ElementsAre("new", "got again"));
 }
 
 TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
   auto client = std::make_unique<UDPSocket>("::1");
   client->send("a", at("::1"));
-  ASSERT_TRUE(runUntilLines(2));
+  ASSERT_TRUE(runUntilSize(lines_, 2));
   const auto port = client->port();
   client.reset();
   EXPECT_EQ(answer(), "sent");
-  ASSERT_TRUE(runUntilLines(3));
+  ASSERT_TRUE(runUntilSize(lines_, 3));
   EXPECT_EQ(lines_.back(), "POSIXErrorCode(rawValue: 111): Connection refused");
   const UDPSocket successor("::1", port);  // nothing arrives at the listener meanwhile
-  const test::SocketFailures failures(
+  const SocketFailures failures(
       {ECONNREFUSED, EINTR, 0, ENETUNREACH, 0, EPROTO, 0, EMSGSIZE, 0, EPERM, EPERM});
   for (int earlier = 0; earlier < 4; ++earlier) {
     EXPECT_EQ(answer(), "sent");
@@ -180,24 +158,5 @@ TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
   EXPECT_EQ(answer(), "POSIXErrorCode(rawValue: 1): Operation not permitted");
 }
 
-TEST_F(NWListenerTest, ReportsItsStatesAndClosesThePort) {
-  std::vector<NWListener::State::Kind> states;
-  const auto port = listener_->port();
-  auto second = NWListener::create(NWParameters::udp(), port);
-  EXPECT_EQ(second.error(), NWError::posix(EADDRINUSE));
-  listener_->cancel();
-  listener_->cancel();
-  second = NWListener::create(NWParameters::udp(), port);
-  ASSERT_TRUE(second.has_value());
-  (*second)->stateUpdateHandler = [&](const auto& state) { states.push_back(state.kind); };
-  (*second)->start(DispatchQueue::global());
-  EXPECT_THAT(states, testing::IsEmpty());
-  runReady();
-  (*second)->cancel();
-  runReady();
-  using Kind = NWListener::State::Kind;
-  EXPECT_THAT(states, ElementsAre(Kind::setup, Kind::ready, Kind::cancelled));
-}
-
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,16 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "platform/base/Description.h"
-#include "platform/dispatch/MainLoop.h"
 #include "platform/network/NWPathMonitor.h"
+#include "tests/platform/Test.h"
 #include "tests/support/NetworkNamespace.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using quillet::test::NetworkNamespace;
-using testing::ElementsAre;
 
 // In a network of the test's own, with two interfaces that are each other's cable.
 TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled) {
@@ -24,7 +19,7 @@ TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled)
   NWPathMonitor monitor;
   std::vector<std::string> paths;
   const auto runUntilReported = [&](std::size_t count) {
-    return MainLoop::shared().runUntil([&] { return paths.size() >= count; });
+    return runUntil([&] { return paths.size() >= count; });
   };
   monitor.pathUpdateHandler = [&](const NWPath& path) { paths.push_back(description(path)); };
   ip("link set v1 up");
@@ -47,9 +42,9 @@ TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled)
   ip("link set v0 up");
   monitor.cancel();
   monitor.start(DispatchQueue::global());
-  MainLoop::shared().runReady();
+  runReady();
   EXPECT_THAT(paths, expected);
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

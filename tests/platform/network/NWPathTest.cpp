@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
-
-#include "platform/base/Description.h"
 #include "platform/network/NWPath.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 constexpr char kNone[] = "unsatisfied (No network route)";
@@ -49,4 +47,4 @@ TEST(NWPath, FollowsASocketToItsInterface) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

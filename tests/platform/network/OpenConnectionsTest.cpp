@@ -3,14 +3,12 @@
 
 #include "platform/base/FileDescriptor.h"
 #include "tests/platform/ConnectionTest.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
-using test::UDPSocket;
-using testing::ElementsAre;
-
-class OpenConnectionsTest : public test::ConnectionTest {};
+class OpenConnectionsTest : public ConnectionTest {};
 
 TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
   OpenConnections::shared().setLimit(3);
@@ -23,7 +21,7 @@ TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
   send(b, "q");
   receive(a);
   server.send("answer", clientOfA);
-  ASSERT_TRUE(runUntilLines(3));  // idle longest first: c, b, a
+  ASSERT_TRUE(runUntilSize(lines_, 3));  // idle longest first: c, b, a
   lines_.clear();
   const auto d = started("127.0.0.1", server.port(), "d ");
   OpenConnections::shared().setLimit(2);
@@ -48,7 +46,7 @@ TEST_F(OpenConnectionsTest, ALinkThatLastsIsNoneOfThem) {
 }
 
 /// Starts it while there is no descriptor to be had.
-void startWithoutDescriptors(const test::Connection& connection) {
+void startWithoutDescriptors(const Connection& connection) {
   rlimit former{};
   ::getrlimit(RLIMIT_NOFILE, &former);
   const auto next = static_cast<rlim_t>(FileDescriptor(::dup(STDIN_FILENO)).get());
@@ -79,4 +77,4 @@ TEST_F(OpenConnectionsTest, WithoutADescriptorTheOneIdleLongestGivesItsOwnOrItFa
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

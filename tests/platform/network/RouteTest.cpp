@@ -1,10 +1,8 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "platform/network/Route.h"
+#include "tests/platform/Test.h"
 #include "tests/support/Wire.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using quillet::test::hex;
@@ -40,8 +38,8 @@ TEST(Route, ReadsTheKernelsAnswer) {
   EXPECT_TRUE(Route::append(routes, hex(kDefault4 + kLocal + kPrefix6)));
   EXPECT_TRUE(Route::append(routes, hex(kTwoHops)));
   EXPECT_FALSE(Route::append(routes, hex(kDone + kDefault4)));
-  EXPECT_THAT(routes, testing::ElementsAre(Route{4, 2, true, 100}, Route{16, 3, false, 0},
-                                           Route{4, 4, true, 0}, Route{4, 5, true, 0}));
+  EXPECT_THAT(routes, ElementsAre(Route{4, 2, true, 100}, Route{16, 3, false, 0},
+                                  Route{4, 4, true, 0}, Route{4, 5, true, 0}));
 }
 
 TEST(Route, BearsAnAnswerCutAnywhereAndLengthsThatLie) {
@@ -59,4 +57,4 @@ TEST(Route, BearsAnAnswerCutAnywhereAndLengthsThatLie) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,19 +1,15 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <future>
-#include <memory>
-#include <string>
 #include <thread>
 
-#include "platform/base/Description.h"
-#include "platform/dispatch/MainLoop.h"
 #include "platform/process/ChildProcesses.h"
 #include "platform/process/NSTask.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 /// What a shell prints to standard output and error, or why it cannot be started.
@@ -29,7 +25,7 @@ std::string run(const std::string& commandLine, const char* shell = "/bin/sh") {
 }
 
 bool runUntilReaped() {
-  return MainLoop::shared().runUntil([] { return ChildProcesses::shared().count() == 0; });
+  return runUntil([] { return ChildProcesses::shared().count() == 0; });
 }
 
 TEST(NSTaskTest, GivesWhatTheProgramPrints) {
@@ -58,23 +54,6 @@ TEST(NSTaskTest, LetsNothingOfOursReachTheChild) {
   ::signal(SIGPIPE, former);
 }
 
-TEST(NSTaskTest, ReapsAChildThatLivesOnWhenItEnds) {
-  auto& children = ChildProcesses::shared();
-  {
-    NSTask task;
-    task.executablePath = "/bin/sh";
-    task.arguments = {"-c", "exec 1>&- 2>&-; kill -STOP $$"};
-    task.standardOutput = std::make_shared<NSPipe>();
-    ASSERT_FALSE(task.run());
-    EXPECT_TRUE(task.standardOutput->readDataToEndOfFile().empty());
-  }
-  EXPECT_EQ(children.count(), 1U);
-  MainLoop::shared().runReady();
-  children.end();
-  EXPECT_TRUE(runUntilReaped());
-  children.beginAgain();
-}
-
 TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   auto& children = ChildProcesses::shared();
   auto reader = std::async(std::launch::async, [] { return run("sleep 1000"); });
@@ -98,4 +77,4 @@ TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -30,15 +30,6 @@ const Data kAnswer = {
     0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x14, 0xb4, 0, 0,
     6, 0, 3, 0, 0xce, 0x64, 0, 0,
     4, 0, 3, 0};
-const Data kAnswerIPv6 = {
-    0x60, 0, 0, 0, 0x00, 1, 0x02, 0, 7, 0, 0, 0, 0, 0, 0, 0,
-    10, 0, 0, 0,
-    0x4c, 0, 1, 0x80,
-    0x2c, 0, 1, 0x80,
-    0x14, 0, 3, 0, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1,
-    0x14, 0, 4, 0, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9,
-    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x9c, 0x40, 0, 0,
-    6, 0, 3, 0, 0, 53, 0, 0};
 const Data kNotFound = {
     0x24, 0, 0, 0, 2, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0,        // NLMSG_ERROR
     0xfe, 0xff, 0xff, 0xff,                                   // -ENOENT
@@ -54,28 +45,15 @@ Data changed(Data bytes, std::size_t at, std::uint8_t value) {
   return bytes;
 }
 
-int errorOf(const Data& answer) {
-  const auto read = readConntrackAnswer(answer, 7);
-  return read ? 0 : read.error().value();
-}
-
 TEST(ConntrackMessageTest, AsksForTheExchangeWhoseRepliesGoToTheClient) {
   EXPECT_EQ(conntrackRequest(address("192.0.2.9", 52836), address("127.0.0.1", 5300), 7), kRequest);
 }
 
 TEST(ConntrackMessageTest, ReadsTheAddressesBeforeTranslation) {
-  struct Row {
-    Data answer;
-    const char* source;
-    const char* destination;
-  };
-  for (const auto& [answer, source, destination] :
-       {Row{kAnswer, "192.0.2.9", "8.8.4.4"}, Row{kAnswerIPv6, "2001:db8::1", "2001:db8::9"}}) {
-    const auto read = readConntrackAnswer(answer, 7);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->source, address(source, 40000));
-    EXPECT_EQ(read->destination, address(destination, 53));
-  }
+  const auto read = readConntrackAnswer(kAnswer, 7);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->source, address("192.0.2.9", 40000));
+  EXPECT_EQ(read->destination, address("8.8.4.4", 53));
 }
 
 TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
@@ -85,23 +63,18 @@ TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
     int error;
   } rows[] = {
       {"not found", kNotFound, ENOENT},
-      {"not permitted", changed(kNotFound, 16, 0xff), EPERM},
-      {"a receipt", changed(changed(changed(changed(kNotFound, 16, 0), 17, 0), 18, 0), 19, 0),
-       EBADMSG},
+      {"a positive number", changed(kNotFound, 19, 0), EBADMSG},
       {"an error that no errno value is", changed(kNotFound, 19, 0x80), EBADMSG},
       {"another request's", changed(kAnswer, 8, 6), ENOMSG},
       {"another message of the subsystem", changed(kAnswer, 4, 2), EBADMSG},
       {"a message longer than the datagram", changed(kAnswer, 0, 0x84), EBADMSG},
-      {"a message longer than an int can tell", changed(kAnswer, 3, 0xff), EBADMSG},
       {"a message shorter than its header", changed(kAnswer, 0, 15), EBADMSG},
       {"no original tuple", changed(kAnswer, 22, 9), EBADMSG},
       {"an attribute longer than its nest", changed(kAnswer, 24, 0xff), EBADMSG},
-      {"an attribute of no length", changed(kAnswer, 28, 0), EBADMSG},
       {"half an address", changed(kAnswer, 28, 6), EBADMSG},
-      {"no destination port", changed(kAnswer, 66, 9), EBADMSG},
   };
   for (const auto& [what, answer, error] : rows) {
-    EXPECT_EQ(errorOf(answer), error) << what;
+    EXPECT_EQ(readConntrackAnswer(answer, 7).error().value(), error) << what;
   }
 }
 

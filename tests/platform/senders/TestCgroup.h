@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "platform/senders/CgroupWalk.h"
@@ -19,13 +20,12 @@ class TestCgroup {
   /// cgroup that no other test has.
   static std::unique_ptr<TestCgroup> create(const std::string& path) {
     const auto mount = CgroupMount::find();
-    if (!mount) {
+    const auto top = "quillet-test-" + std::to_string(::getpid());
+    std::error_code error;
+    if (!mount || !std::filesystem::create_directories(mount->directory / top / path, error)) {
       return nullptr;
     }
-    const auto top = mount->directory / ("quillet-test-" + std::to_string(::getpid()));
-    std::error_code error;
-    std::filesystem::create_directories(top / path, error);
-    return error ? nullptr : std::unique_ptr<TestCgroup>(new TestCgroup(top / path, top));
+    return std::unique_ptr<TestCgroup>(new TestCgroup(mount->directory, top + "/" + path));
   }
   ~TestCgroup() { remove(); }
   TestCgroup(const TestCgroup&) = delete;
@@ -33,54 +33,38 @@ class TestCgroup {
 
   /// Takes it away, and what is empty above it.
   void remove() const {
-    for (auto path = path_; ::rmdir(path.c_str()) == 0 && path != top_; path = path.parent_path()) {
+    for (auto path = mount_ / path_; path != mount_ && ::rmdir(path.c_str()) == 0;) {
+      path = path.parent_path();
     }
   }
 
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
   [[nodiscard]] std::uint64_t id() const {
     struct stat state {};
-    ::stat(path_.c_str(), &state);
+    ::stat((mount_ / path_).c_str(), &state);
     return state.st_ino;
   }
 
   /// What `make` gives, which this process calls while it is in the cgroup.
   template <class Make>
   [[nodiscard]] auto inside(const Make& make) const {
-    const Stay stay(path_);
+    std::stringstream own;
+    own << std::ifstream("/proc/self/cgroup").rdbuf();
+    const auto home = own.str().substr(own.str().find("0::/") + 4);
+    const std::shared_ptr<void> back(nullptr,
+                                     [&](void*) { enter(home.substr(0, home.find('\n'))); });
+    enter(path_);
     return make();
   }
 
  private:
-  class Stay {
-   public:
-    explicit Stay(const std::filesystem::path& path) : home_(own()) { enter(path); }
-    ~Stay() { enter(home_); }
-    Stay(const Stay&) = delete;
-    Stay& operator=(const Stay&) = delete;
+  TestCgroup(std::filesystem::path mount, std::string path)
+      : mount_(std::move(mount)), path_(std::move(path)) {}
+  void enter(const std::string& path) const {
+    std::ofstream(mount_ / path / "cgroup.procs") << ::getpid();
+  }
 
-   private:
-    static void enter(const std::filesystem::path& path) {
-      std::ofstream(path / "cgroup.procs") << ::getpid();
-    }
-    static std::filesystem::path own() {
-      std::ifstream file("/proc/self/cgroup");
-      for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("0::")) {
-          return CgroupMount::find()->directory.native() + line.substr(3);
-        }
-      }
-      return {};
-    }
-
-    const std::filesystem::path home_;
-  };
-
-  TestCgroup(std::filesystem::path path, std::filesystem::path top)
-      : path_(std::move(path)), top_(std::move(top)) {}
-
-  const std::filesystem::path path_;
-  const std::filesystem::path top_;
+  const std::filesystem::path mount_;
+  const std::string path_;  // below the mount
 };
 
 }  // namespace platform::test

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/store/JSONDocument.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 using namespace std::string_literals;
@@ -72,4 +69,4 @@ TEST(JSONDocumentTest, TellsWhichObjectLacksAMember) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-
 #include "platform/store/JSONDocument.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(JSONValueTest, PrintsEachKind) {
@@ -24,4 +20,4 @@ TEST(JSONValueTest, PrintsEachKind) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

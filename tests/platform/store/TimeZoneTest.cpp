@@ -1,19 +1,16 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <string>
-
-#include "platform/base/Clock.h"
 #include "platform/store/TimeZone.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/TemporaryDirectory.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 class TimeZoneTest : public testing::Test {
  protected:
-  const test::TemporaryDirectory directory_;
+  const TemporaryDirectory directory_;
   const TimeZonePaths paths_{directory_.path() / "localtime", directory_.path() / "timezone"};
 };
 
@@ -33,31 +30,29 @@ TEST_F(TimeZoneTest, TakesTheFirstSourceThatNamesAZone) {
       {nullptr, "/nowhere", std::string(5000, 'A'), "UTC"},
   };
   for (const auto& [variable, target, text, expected] : rows) {
-    const test::EnvironmentVariable tz("TZ", variable);
+    const EnvironmentVariable tz("TZ", variable);
     std::filesystem::remove(paths_.localtime);
     std::filesystem::create_symlink(target, paths_.localtime);
-    test::writeFile(paths_.timezone, text);
+    writeFile(paths_.timezone, text);
     EXPECT_EQ(SystemTimeZone(paths_).identifier(), expected) << target << ' ' << text;
   }
-  const test::EnvironmentVariable tz("TZ", nullptr);
+  const EnvironmentVariable tz("TZ", nullptr);
   std::filesystem::remove(paths_.timezone);
   ASSERT_EQ(::mkfifo(paths_.timezone.c_str(), 0600), 0);
   EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
 }
 
 TEST_F(TimeZoneTest, LooksAgainAfterASecond) {
-  const test::EnvironmentVariable tz("TZ", nullptr);
-  ManualClock clock;
-  Clock::setShared(&clock);
+  const EnvironmentVariable tz("TZ", nullptr);
+  SharedClock clock;
   SystemTimeZone zone(paths_);
   EXPECT_EQ(zone.identifier(), "UTC");
-  test::writeFile(paths_.timezone, "Asia/Tokyo");
+  writeFile(paths_.timezone, "Asia/Tokyo");
   clock.advanceSeconds(0.999);
   EXPECT_EQ(zone.identifier(), "UTC");
   clock.advanceSeconds(0.001);
   EXPECT_EQ(zone.identifier(), "Asia/Tokyo");
-  Clock::setShared(nullptr);
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

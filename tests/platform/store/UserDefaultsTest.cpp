@@ -1,24 +1,15 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <fstream>
-#include <functional>
-#include <string>
 
 #include "platform/store/UserDefaults.h"
 #include "tests/platform/TemporaryDirectory.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 namespace fs = std::filesystem;
-using quillet::test::LogCapture;
-using test::readFile;
-using test::writeFile;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 class UserDefaultsTest : public testing::Test {
  protected:
@@ -27,7 +18,7 @@ class UserDefaultsTest : public testing::Test {
 
   static UserDefaults* suite() { return UserDefaults::suite("group"); }
 
-  const test::TemporaryDirectory directory_;
+  const TemporaryDirectory directory_;
   const fs::path file_ = directory_.path() / "group.json";
   LogCapture log_;
 };
@@ -129,4 +120,4 @@ TEST_F(UserDefaultsTest, LeavesAFileThatItCannotReadWhole) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

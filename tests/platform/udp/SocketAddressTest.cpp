@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/udp/SocketAddress.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
+
+using namespace std::string_literals;
 
 TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
   const std::pair<const char*, std::string> rows[] = {
@@ -23,24 +22,13 @@ TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
     EXPECT_EQ(address->isIPv6(), written.find(':') != std::string::npos) << text;
     EXPECT_EQ(address->port(), 5300) << text;
   }
-  const std::string wrong[] = {"",
-                               "127.1",
-                               "1.2.3.4%lo",
-                               "1.2.3.4:53",
-                               "::1%",
-                               "::1%0",
-                               "::1%nosuch",
-                               "::1%lo%lo",
-                               "::1%-1",
-                               "::1%4294967296",
-                               std::string("127.0.0.1\0x", 11),
-                               std::string("::1\0", 4),
-                               std::string(100'000, ':'),
-                               "::1%" + std::string(100'000, 'x')};
-  for (const std::string& text : wrong) {
+  const std::string longText(100'000, ':');
+  for (const std::string& text :
+       {"127.1"s, "::1%"s, "::1%0"s, "::1%nosuch"s, "::1%lo%lo"s, "::1%-1"s, "::1%4294967296"s,
+        "127.0.0.1\0x"s, "::1\0"s, longText, "::1%" + longText}) {
     EXPECT_FALSE(SocketAddress::parse(text, 1)) << text.substr(0, 40);
   }
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/xpc/JSONRPC.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 /// Method, id and params, or the error's code and id.
@@ -35,4 +32,4 @@ TEST(JSONRPCTest, ReadsOneRequest) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

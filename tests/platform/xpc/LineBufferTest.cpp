@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "platform/xpc/LineBuffer.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 TEST(LineBufferTest, PutsLinesTogetherHoweverTheyComeButForThoseTooLong) {
@@ -27,4 +23,4 @@ TEST(LineBufferTest, PutsLinesTogetherHoweverTheyComeButForThoseTooLong) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -1,44 +1,34 @@
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <atomic>
 #include <future>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "platform/base/Clock.h"
-#include "platform/dispatch/MainLoop.h"
+#include "platform/xpc/LineBuffer.h"
 #include "platform/xpc/NSXPCListener.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/TemporaryDirectory.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
-
-/// What a call that waits tells, and what it waits for.
-struct Gate {
-  std::promise<void> reached;
-  std::promise<void> opened;
-};
 
 /// What the service does, one object for each client.
 class Service : public NSObject {
  public:
-  explicit Service(Gate& gate) : gate_(gate) {}
   void wait(const NSXPCReply& reply) {
-    gate_.reached.set_value();
-    gate_.opened.get_future().wait();
+    reached.set_value();
+    opened.get_future().wait();
     count(reply);
   }
   void count(const NSXPCReply& reply) { reply(std::to_string(++calls_)); }
   void stayMute(const NSXPCReply& /*reply*/) {}
   void fail(const std::string& text) { throw std::runtime_error(text); }
 
+  std::promise<void> reached;  // the call that waits
+  std::promise<void> opened;   // it may go on
+
  private:
-  Gate& gate_;
   int calls_ = 0;
 };
 
@@ -52,24 +42,14 @@ class Delegate : public NSXPCListenerDelegate {
         .add("count:", &Service::count)
         .add("mute:", &Service::stayMute)
         .add("fail:", &Service::fail);
-    connection.exportedObject = std::make_shared<Service>(gate);
+    accepted.push_back(std::make_shared<Service>());
+    connection.exportedObject = accepted.back();
     connection.resume();
-    ++accepted;
     return true;
   }
 
-  Gate gate;
-  std::size_t accepted = 0;
+  std::vector<std::shared_ptr<Service>> accepted;
   bool fails = false;
-};
-
-/// A clock for many threads that stands still until it is moved.
-struct TestClock final : Clock {
-  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return 0; }
-  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override { return uptime; }
-  void advanceSeconds(double seconds) { uptime += static_cast<std::uint64_t>(seconds * 1e9); }
-
-  std::atomic<std::uint64_t> uptime{1};
 };
 
 /// A blocking client of the service.
@@ -93,10 +73,12 @@ class Client {
   /// The next line; empty at the end.
   [[nodiscard]] std::string line() const {
     std::string line;
-    for (char c = 0; ::recv(socket_.get(), &c, 1, 0) == 1 && c != '\n';) {
+    char c = 0;
+    ssize_t size = 0;
+    while ((size = ::recv(socket_.get(), &c, 1, 0)) == 1 && c != '\n') {
       line.push_back(c);
     }
-    return line;
+    return size < 0 ? "nothing" : line;
   }
   [[nodiscard]] std::string ask(const std::string& method, const std::string& params = "") const {
     send(method, params);
@@ -114,19 +96,14 @@ const std::string kTwo = R"({"id":1,"jsonrpc":"2.0","result":"2"})";
 class NSXPCListenerTest : public testing::Test {
  protected:
   NSXPCListenerTest() {
-    Clock::setShared(&clock_);
     listener_->delegate = delegate_;
     listener_->resume();
   }
-  ~NSXPCListenerTest() override {
-    listener_.reset();
-    Clock::setShared(nullptr);
-  }
 
   std::unique_ptr<Client> connect() {
-    const auto count = delegate_->accepted;
+    const auto count = delegate_->accepted.size();
     auto client = std::make_unique<Client>(path_);
-    EXPECT_TRUE(MainLoop::shared().runUntil([&] { return delegate_->accepted > count; }));
+    EXPECT_TRUE(runUntilSize(delegate_->accepted, count + 1));
     return client;
   }
   std::vector<std::unique_ptr<Client>> connectAsManyAsThereIsRoomFor() {
@@ -137,11 +114,11 @@ class NSXPCListenerTest : public testing::Test {
     return clients;
   }
 
-  TestClock clock_;
-  const quillet::test::LogCapture log_;
-  const test::TemporaryDirectory folder_;
+  SharedClock clock_;
+  const LogCapture log_;
+  const TemporaryDirectory folder_;
   const std::string path_ = folder_.path() / "service";
-  const test::EnvironmentVariable runtime_{"RUNTIME_DIRECTORY", folder_.path().c_str()};
+  const EnvironmentVariable runtime_{"RUNTIME_DIRECTORY", folder_.path().c_str()};
   const std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
   std::unique_ptr<NSXPCListener> listener_ = std::make_unique<NSXPCListener>("service");
 };
@@ -160,13 +137,15 @@ TEST_F(NSXPCListenerTest, AnswersACallWithoutAResultWithAnErrorAndTheNextAsUsual
   for (const auto& [method, params, error] : rows) {
     EXPECT_EQ(client->ask(method, params), R"({"error":{"code":)" + error + R"(,"jsonrpc":"2.0"})");
   }
+  client->write(std::string(LineBuffer::kMaxLine + 1, 'x') + "\n");
+  EXPECT_THAT(client->line(), HasSubstr("-32700"));
   EXPECT_EQ(client->ask("count:"), kOne);
 }
 
 TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServed) {
   delegate_->fails = true;
   const Client client(path_);
-  ASSERT_TRUE(MainLoop::shared().runUntil([&] { return !log_.records().empty(); }));
+  ASSERT_TRUE(runUntilSize(log_.records(), 1));
   EXPECT_EQ(client.line(), "") << "the end";
   delegate_->fails = false;
   EXPECT_EQ(connect()->ask("count:"), kOne);
@@ -175,7 +154,7 @@ TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServed) {
 TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHasBeenServed) {
   const auto clients = connectAsManyAsThereIsRoomFor();
   clients[0]->send("wait:");  // the longest, but it has no answer yet
-  delegate_->gate.reached.get_future().wait();
+  delegate_->accepted[0]->reached.get_future().wait();
   clients[1]->write(kRequest + kRequest.substr(0, 9));  // has begun a line
   EXPECT_EQ(clients[1]->line(), kOne);
   for (std::size_t i = 2; i < clients.size(); ++i) {
@@ -188,17 +167,17 @@ TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHa
   EXPECT_EQ(clients[3]->ask("count:"), kTwo);
   clients[1]->write(kRequest.substr(9));
   EXPECT_EQ(clients[1]->line(), kTwo);
-  delegate_->gate.opened.set_value();
+  delegate_->accepted[0]->opened.set_value();
   EXPECT_EQ(clients[0]->line(), kOne);
 }
 
 TEST_F(NSXPCListenerTest, LetsWhoSendsNothingGoInTheEnd) {
   const auto clients = connectAsManyAsThereIsRoomFor();
   const Client further(path_);
-  MainLoop::shared().runReady();
-  EXPECT_EQ(delegate_->accepted, clients.size()) << "all places are taken";
+  runReady();
+  EXPECT_EQ(delegate_->accepted.size(), clients.size()) << "all places are taken";
   clock_.advanceSeconds(NSXPCListener::kPatienceSeconds + 1);
-  EXPECT_TRUE(MainLoop::shared().runUntil([&] { return delegate_->accepted > clients.size(); }));
+  EXPECT_TRUE(runUntilSize(delegate_->accepted, clients.size() + 1));
   EXPECT_EQ(further.ask("count:"), kOne);
   EXPECT_EQ(clients[0]->line(), "");
   EXPECT_EQ(clients[1]->ask("count:"), kOne);
@@ -212,4 +191,4 @@ TEST_F(NSXPCListenerTest, EndsItsConnections) {
 }
 
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

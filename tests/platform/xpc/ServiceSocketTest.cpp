@@ -1,52 +1,53 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <future>
 #include <latch>
-#include <vector>
 
-#include "platform/base/Description.h"
 #include "platform/xpc/ServiceSocket.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/TemporaryDirectory.h"
+#include "tests/platform/Test.h"
 
-namespace platform {
+namespace platform::test {
 namespace {
 
 class ServiceSocketTest : public testing::Test {
  protected:
-  const test::TemporaryDirectory folder_;
+  const TemporaryDirectory folder_;
   const std::filesystem::path path_ = folder_.path() / "name";
 };
 
 TEST_F(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
-  const auto& ours = folder_;
-  const auto link = ours.path() / "link";
-  std::filesystem::create_directory_symlink(ours.path(), link);
-  const test::TemporaryDirectory others;
+  const auto& ours = folder_.path();
+  const auto link = ours / "link";
+  std::filesystem::create_directory_symlink(ours, link);
+  const TemporaryDirectory others;
   const bool isGivenAway = ::chown(others.path().c_str(), ::geteuid() + 1, gid_t(-1)) == 0;
   const std::tuple<const char*, const char*, std::filesystem::path> cases[] = {
-      {"/a:/c", ours.path().c_str(), "/a/name"},
-      {nullptr, ours.path().c_str(), ours.path() / "name"},
+      {"/a:/c", ours.c_str(), "/a/name"},
+      {nullptr, ours.c_str(), ours / "name"},
       {"", "", "/run/quillet/name"},
       {"", "/no/folder", "/run/quillet/name"},
       {"", link.c_str(), "/run/quillet/name"},
       {"", isGivenAway ? others.path().c_str() : "/", "/run/quillet/name"}};
   for (const auto& [runtime, user, expected] : cases) {
-    const test::EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
-    const test::EnvironmentVariable second("XDG_RUNTIME_DIR", user);
+    const EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
+    const EnvironmentVariable second("XDG_RUNTIME_DIR", user);
     EXPECT_EQ(ServiceSocket::pathOf("name"), expected);
   }
 }
 
 TEST_F(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOne) {
   const auto inUse = "cannot listen at " + path_.string() + ": it is in use";
-  test::writeFile(path_, "precious");
+  writeFile(path_, "precious");
   EXPECT_EQ(description(ServiceSocket::listen(path_).error()), inUse);
-  EXPECT_EQ(test::readFile(path_), "precious");
+  EXPECT_EQ(readFile(path_), "precious");
   std::filesystem::remove(path_);
+  const std::string longPath = "/tmp/" + std::string(200, 'x');
+  EXPECT_EQ(description(ServiceSocket::listen(longPath).error()),
+            "cannot listen at " + longPath + ": the path is too long");
   {
     auto dead = ServiceSocket::listen(path_).value();
     EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0666));
@@ -102,11 +103,5 @@ TEST_F(ServiceSocketTest, ReplacesAStaleFileForOneOfThoseThatStartTogether) {
   }
 }
 
-TEST_F(ServiceSocketTest, SaysWhatIsWrong) {
-  const std::string longPath = "/tmp/" + std::string(200, 'x');
-  EXPECT_EQ(description(ServiceSocket::listen(longPath).error()),
-            "cannot listen at " + longPath + ": the path is too long");
-}
-
 }  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -70,16 +70,6 @@ def ask(endpoint, query):
         return client.ask(query)
 
 
-def ask_all(host, port, query):
-    """One query to a broadcast or multicast address of the loopback interface; its answer, and who sent it."""
-    with socket.socket(family_of(host), socket.SOCK_DGRAM) as s:
-        s.settimeout(PATIENCE)
-        s.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
-        s.sendto(query, (host, port, 0, socket.if_nametoindex("lo"))[:4 if ":" in host else 2])
-        answer, peer = s.recvfrom(65535)
-        return answer, peer[0]
-
-
 def run(*command):
     """Runs a command-line tool to its end."""
     return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=2 * PATIENCE,

@@ -45,11 +45,6 @@ def add_address(address):
         fcntl.ioctl(s, _SET_ADDRESS, request)
 
 
-def let_multicast_through():
-    """What is sent over IPv6 to a multicast address of the loopback interface comes in there."""
-    tool("ip", "-6", "route", "replace", "local", "ff00::/8", "dev", "lo", "table", "local")
-
-
 @contextlib.contextmanager
 def resolv_conf(folder, *lines):
     """Within it `lines` are the /etc/resolv.conf, a file in `folder`."""

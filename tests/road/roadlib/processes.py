@@ -84,11 +84,6 @@ class Process:
                 f"no line with {text!r} ({count} times) in:\n" + "\n".join(self.lines[-20:])
         return found
 
-    def wait_for_few_lines(self, text, most):
-        """The same for one line, among `most` so far: more of them, as of a circle, fail at once."""
-        poll(lambda: len(self.lines) > most or any(text in line for line in list(self.lines)), text)
-        assert len(self.lines) <= most, f"{text!r} in more than {most} lines:\n" + "\n".join(self.lines[-20:])
-
     def output(self):
         """All lines; for a process that has ended."""
         if self._reader:

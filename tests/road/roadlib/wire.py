@@ -3,9 +3,9 @@
 import random
 import struct
 
-A, CNAME, AAAA, OPT, HTTPS = 1, 5, 28, 41, 65
+A, AAAA, OPT = 1, 28, 41
 
-QR, RD, RA, Z, AD = 0x8000, 0x0100, 0x0080, 0x0040, 0x0020
+QR, RD, RA, AD = 0x8000, 0x0100, 0x0080, 0x0020
 
 
 def name_bytes(name):
