@@ -5,7 +5,6 @@ Runs in a network of its own, where ports 9898 and 9899 are free; skipped where 
 import os
 import signal
 import socket
-import unittest
 
 from roadlib import namespace
 from roadlib.case import IDENTITY, RoadTest, main

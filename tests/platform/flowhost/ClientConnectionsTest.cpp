@@ -80,7 +80,6 @@ TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
 }
 
 TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATime) {
-  start({"127.0.0.1"});
   constexpr auto kMany = ClientConnections::kMaxConnections * ClientConnections::kOutstandingShare;
   std::deque<TCPClient> clients;
   for (std::size_t i = 0; i < kMany; ++i) {
@@ -94,7 +93,7 @@ TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATim
   late.send(framed("first") + framed("second"));
   offered(kMany);
   runReady();
-  ASSERT_THAT(provider_.offers, SizeIs(kMany + 1));
+  ASSERT_THAT(provider_.flows, SizeIs(kMany + 1));
   EXPECT_EQ(answer(kMany, "a"), "");
   EXPECT_THAT(read(offered(kMany + 1)), ElementsAre(testing::StartsWith("second ")));
 }
