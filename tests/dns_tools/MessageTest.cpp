@@ -72,8 +72,8 @@ TEST(Message, ReadsAllSectionsAsAnotherLibraryWritesThem) {
       "type: 15, data: 9 bytes), DnsToolsSocket.HostRecord<DnsToolsSocket.IPv6>(",
       R"(ip: 2001:db8::1)], authorities: [DnsToolsSocket.NameServerRecord()",
       R"(], additional: [DnsToolsSocket.ServiceRecord()",
-      R"("1.2.0.192.in-addr.arpa.", unique: false, internetClass: 1, ttl: 60, )"
-      R"(destination: "host.example.com.")]))",
+      (R"("1.2.0.192.in-addr.arpa.", unique: false, internetClass: 1, ttl: 60, )"
+       R"(destination: "host.example.com.")]))"),
   };
   std::size_t at = 0;
   for (const char* const field : fields) {
