@@ -1,3 +1,5 @@
+#include <cstdio>
+#include <exception>
 #include <utility>
 #include <variant>
 
@@ -6,7 +8,9 @@
 #include "programs/quillet_dns_proxy/CommandLine.h"
 #include "programs/quillet_dns_proxy/ProxyProcess.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
   auto parsed = quillet::parseCommandLine(argc, argv);
   if (const int* status = std::get_if<int>(&parsed)) {
     return *status;
@@ -17,4 +21,15 @@ int main(int argc, char** argv) {
   }
   platform::startLogging("quillet-dns-proxy");
   return quillet::ProxyProcess(std::move(commandLine)).run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quillet-dns-proxy: %s\n", error.what());
+    return 1;
+  }
 }

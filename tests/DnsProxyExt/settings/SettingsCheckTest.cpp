@@ -17,7 +17,7 @@ bool isOwn(const platform::SocketAddress& address) {
 Lines linesOf(const std::vector<SettingsFinding>& findings) {
   Lines lines;
   for (const auto& [key, what] : findings) {
-    lines.push_back(key + ": " + what);
+    lines.emplace_back(key).append(": ").append(what);
   }
   return lines;
 }

@@ -13,6 +13,7 @@ TEST(DispatchQueueTest, TakesWorkFromManyThreadsOneAtATime) {
   for (const auto& queue : {DispatchQueue::global(), DispatchQueue::serial()}) {
     int count = 0;  // no lock: the queue is what guards it
     std::vector<std::jthread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&] {
         for (int number = 0; number < kEach; ++number) {
