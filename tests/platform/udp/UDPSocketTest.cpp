@@ -11,7 +11,6 @@ namespace {
 
 using test::bytes;
 using Peer = test::UDPSocket;
-using testing::ElementsAre;
 
 SocketAddress at(const char* host, std::uint16_t port = 0) {
   return SocketAddress::parse(host, port).value();
