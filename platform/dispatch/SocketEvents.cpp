@@ -3,9 +3,9 @@
 #include <sys/eventfd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <limits>
 
+#include "platform/base/SystemError.h"
 #include "platform/dispatch/RunGuarded.h"
 
 namespace platform {
@@ -13,8 +13,6 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t kWakerTag = std::numeric_limits<std::uint64_t>::max();
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 int required(int descriptor) {
   if (descriptor < 0) {

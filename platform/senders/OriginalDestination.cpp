@@ -12,6 +12,7 @@
 #include <cerrno>
 
 #include "platform/base/Clock.h"
+#include "platform/base/SystemError.h"
 
 namespace platform {
 
@@ -37,8 +38,6 @@ bool isSame(SocketAddress original, const SocketAddress& local) {
 Result resultFrom(const OriginalAddresses& addresses, const SocketAddress& local) {
   return isSame(addresses.destination, local) ? Result{} : Result{Kind::captured, addresses};
 }
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 }  // namespace
 

@@ -1,9 +1,9 @@
 #include "platform/senders/SocketTable.h"
 
-#include <cerrno>
 #include <utility>
 
 #include "platform/base/Clock.h"
+#include "platform/base/SystemError.h"
 #include "platform/log/NSLog.h"
 #include "platform/udp/NetworkInterface.h"
 #include "platform/udp/OwnSockets.h"
@@ -18,8 +18,6 @@ constexpr std::size_t kRoom = 32UL * 1024;
 constexpr int kMaxReads = 64;
 
 bool isAbsence(std::error_code error) { return error == std::errc::no_such_file_or_directory; }
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 bool isSameHost(SocketAddress one, SocketAddress other) {
   for (auto* const address : {&one, &other}) {

@@ -9,12 +9,11 @@
 #include <cstdlib>
 
 #include "platform/base/FileDescriptor.h"
+#include "platform/base/SystemError.h"
 
 namespace platform {
 
 namespace {
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 tl::unexpected<std::error_code> failure(std::errc error) {
   return tl::make_unexpected(std::make_error_code(error));
