@@ -1,0 +1,35 @@
+#include "platform/log/Activity.h"
+
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+thread_local const ActivityScope* innermost = nullptr;
+thread_local bool isBrief = false;
+
+bool isBriefIn(const Activity::Ref& activity) {
+  return activity != nullptr && activity->mode() == LogMode::brief;
+}
+
+}  // namespace
+
+const Activity::Ref& Activity::current() {
+  static const Ref none;
+  return innermost != nullptr ? innermost->activity_ : none;
+}
+
+ActivityScope::ActivityScope(Activity::Ref activity)
+    : activity_(std::move(activity)), outer_(std::exchange(innermost, this)) {
+  isBrief = isBriefIn(activity_);
+}
+
+ActivityScope::~ActivityScope() {
+  innermost = outer_;
+  isBrief = isBriefIn(Activity::current());
+}
+
+bool logsSteps() { return !isBrief; }
+
+}  // namespace platform
