@@ -154,6 +154,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   bool fetchingPolicyIsStarted = false;
   /// Takes a command as text.
   std::function<void(const std::string&)> xpcCommandListener;
+  /// Told, within the activity of a flow, where its queries go.
+  std::function<void(const Route&)> onRouted;
   /// When true, new flows are declined. May be set from any thread.
   std::atomic<bool> bypassAll = false;
   /// Seconds.
@@ -208,7 +210,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   // A query's road (QueryRoad.cpp).
   void openFlow(const Flow& flow);
   [[nodiscard]] Route chooseRoute(const Batch& batch) const;
-  void logRoute(const Route& route) const;
+  void tellRoute(const Route& route) const;
   void injectIdentity(Batch& batch) const;
 
   const std::int64_t instanceNumber_;

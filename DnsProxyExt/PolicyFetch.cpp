@@ -29,6 +29,7 @@ void DnsProxyExt::startFetchingPolicy() {
 // The flow that starts the fetching leaves `lastPolicyFetchTime` as it is, so the second one
 // fetches again.
 void DnsProxyExt::refreshPolicy() {
+  const platform::ActivityScope apart(nullptr);  // no part of the flow that it is fetched for
   if (!fetchingPolicyIsStarted) {
     startFetchingPolicy();
     fetchingPolicyIsStarted = true;

@@ -13,7 +13,8 @@ namespace quillet {
 
 using platform::Data;
 using platform::Error;
-using platform::NSLog;
+using platform::Lazily;
+using platform::NSLogStep;
 using platform::NWHostEndpoint;
 
 namespace {
@@ -24,11 +25,19 @@ NWHostEndpoint filteringServiceEndpoint() {
           platform::description(DnsServerSettings::portUDP())};
 }
 
+void logFlow(const platform::NEAppProxyUDPFlow& flow, const NWHostEndpoint& remoteEndpoint) {
+  const auto localEndpoint = flow.localEndpoint();
+  NSLogStep("handleNewUDPFlow, hash = ", flow.hash(), ",  flow = ", flow.debugDescription(),
+            ", isBound: ", flow.isBound(), ", localEndpoint: ", localEndpoint,
+            ",ledb: ", localEndpoint, ", remote: ", remoteEndpoint);
+}
+
 }  // namespace
 
 bool DnsProxyExt::handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initialRemoteEndpoint) {
-  NSLog("[DnsProxyExt] handleNewUDPFlow, instance id - ", identity());
-  NSLog("bypassAll = ", bypassAll.load());
+  NSLogStep("[DnsProxyExt] handleNewUDPFlow, instance id - ",
+            Lazily([this] { return identity(); }));
+  NSLogStep("bypassAll = ", bypassAll.load());
   refreshPolicy();
   if (capPortalHelper) {
     capPortalHelper->checkRegistration();
@@ -36,12 +45,11 @@ bool DnsProxyExt::handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initi
   if (bypassAll) {
     return false;
   }
-  const auto localEndpoint = flow->localEndpoint();
-  NSLog("handleNewUDPFlow, hash = ", flow->hash(), ",  flow = ", flow->debugDescription(),
-        ", isBound: ", flow->isBound(), ", localEndpoint: ", localEndpoint,
-        ",ledb: ", localEndpoint, ", remote: ", initialRemoteEndpoint);
+  if (platform::logsSteps()) {
+    logFlow(*flow, initialRemoteEndpoint);
+  }
   if (flowManager.addFlowIfNew(flow)) {
-    NSLog("handleNewUDPFlow - old flow, hash = ", flow->hash());
+    NSLogStep("handleNewUDPFlow - old flow, hash = ", flow->hash());
     readDatagrams(flow);
   } else {
     openFlow(flow);
@@ -53,13 +61,13 @@ void DnsProxyExt::openFlow(const Flow& flow) {
   flow->openWithLocalEndpoint(filteringServiceEndpoint(),
                               [self = shared_from_this(), flow](const std::optional<Error>& error) {
                                 self->intake_.opened(flow, error);
-                                NSLog("handleNewUDPFlow, start read datagrams from new flow ");
+                                NSLogStep("handleNewUDPFlow, start read datagrams from new flow ");
                                 self->readDatagrams(flow);
                               });
 }
 
 void DnsProxyExt::readDatagrams(const Flow& flow) {
-  NSLog("try readDatagrams, flowHash = ", flow->hash());
+  NSLogStep("try readDatagrams, flowHash = ", flow->hash());
   flow->readDatagrams(
       [self = shared_from_this(), flow](std::optional<std::vector<Data>> datagrams,
                                         std::optional<std::vector<NWHostEndpoint>> endpoints,
@@ -80,42 +88,47 @@ void DnsProxyExt::connectToDNS(const Flow& flow, std::optional<std::vector<Data>
   if (batch.datagrams.empty()) {
     return;
   }
-  NSLog("datagram count = ", batch.datagrams.size());
+  NSLogStep("datagram count = ", batch.datagrams.size());
   const auto route = chooseRoute(batch);
-  logRoute(route);
+  tellRoute(route);
   if (route.rule == Route::Rule::filtering) {
     injectIdentity(batch);
   }
-  NSLog("dnshost address = ", route.server->address);
+  NSLogStep("dnshost address = ", route.server->address);
   exchange(std::move(batch), *route.server,
            [self = shared_from_this()](Answer answer) { self->answered(std::move(answer)); });
 }
 
 Route DnsProxyExt::chooseRoute(const Batch& batch) const {
   const auto message = decodeDNSRequest(batch.datagrams.front(), batch.hash());
-  NSLog("msg: ", message);
+  NSLogStep("msg: ", message);
   const auto name = Decoding::questionName(message);
   auto route =
       routing.choose(batch.application(), name ? std::optional(routedDomain(*name)) : std::nullopt);
-  NSLog("shouldAllowAll = ", shouldAllowAll, ", useSecondDNS = ", route.isAllowedApp,
-        ", app = ", batch.application(), ", allowedApps = ", allowedApps);
+  NSLogStep("shouldAllowAll = ", shouldAllowAll, ", useSecondDNS = ", route.isAllowedApp,
+            ", app = ", batch.application(), ", allowedApps = ", allowedApps);
   return route;
 }
 
-void DnsProxyExt::logRoute(const Route& route) const {
-  const auto line = lineOf(route);
+void DnsProxyExt::tellRoute(const Route& route) const {
+  if (onRouted) {
+    onRouted(route);
+  }
+  const Lazily line([&route] { return lineOf(route); });
   if (isRelayed(route.rule)) {
-    relayLog_.twice(line);
+    relayLog_.stepTwice(line);
   } else {
-    NSLog(line);
+    NSLogStep(line);
   }
 }
 
 void DnsProxyExt::injectIdentity(Batch& batch) const {
   const auto values = MDMConfigurationManager::shared().getValuesForQuery(batch.application());
-  relayLog_.twice("values for inject = ", values);
+  relayLog_.stepTwice("values for inject = ", values);
   batch.datagrams = DNSParser::injectFlagsToDatagrams(batch.datagrams, values);
-  decodeDNSRequest(batch.datagrams.front(), batch.hash());
+  if (platform::logsSteps()) {
+    decodeDNSRequest(batch.datagrams.front(), batch.hash());
+  }
 }
 
 DNSHostRef DnsProxyExt::mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap) {

@@ -20,16 +20,21 @@ void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
     return;
   }
   const auto server = Utils::DNSHost::at(deployment::kFilteringDns, "53");
+  if (onRouted) {
+    onRouted({Route::Rule::filtering, server});
+  }
   const auto self = std::static_pointer_cast<SafeSearchDNSProxyProvider>(shared_from_this());
   exchange(std::move(batch), *server, [self](Answer answer) { self->received(std::move(answer)); });
 }
 
 void SafeSearchDNSProxyProvider::received(Answer answer) {
   if (!answer.datagram) {
-    platform::NSLog("[SafeSearchDNSProxyProvider]: datagram data is nil");
+    platform::NSLogStep("[SafeSearchDNSProxyProvider]: datagram data is nil");
     return;
   }
-  decodeDNSResponse(*answer.datagram, answer.hash());
+  if (platform::logsSteps()) {
+    decodeDNSResponse(*answer.datagram, answer.hash());
+  }
   answered(std::move(answer));
 }
 

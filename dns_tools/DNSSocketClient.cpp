@@ -13,6 +13,7 @@ namespace DnsToolsSocket {
 using platform::Data;
 using platform::DispatchTime;
 using platform::NSLog;
+using platform::NSLogStep;
 using platform::NWConnection;
 using platform::NWEndpoint;
 using platform::NWError;
@@ -48,7 +49,7 @@ DNSSocketClient::DNSSocketClient(Flow flow, std::vector<Data> inBoundDatagrams,
       flow_(std::move(flow)),
       flowHash_(flow_->hash()),
       dataWasSent_(DispatchTime::now()) {
-  NSLog("init new DNSSocketClient, flowHash = ", flowHash_);
+  NSLogStep("init new DNSSocketClient, flowHash = ", flowHash_);
 }
 
 void DNSSocketClient::connectWithDNS(const std::string& ip, std::int64_t port) {
@@ -60,7 +61,7 @@ void DNSSocketClient::connectWithDNS(const std::string& ip, std::int64_t port) {
 }
 
 void DNSSocketClient::connectToUDP(const NWEndpoint::Host& host, NWEndpoint::Port port) {
-  NSLog("Connecting to udp, flowHash = ", flowHash_);
+  NSLogStep("Connecting to udp, flowHash = ", flowHash_);
   connection_ = NWConnection::create(host, port);
   connection_->stateUpdateHandler = [self = shared_from_this()](const NWConnection::State& state) {
     self->stateChanged(state);
@@ -70,16 +71,16 @@ void DNSSocketClient::connectToUDP(const NWEndpoint::Host& host, NWEndpoint::Por
 
 void DNSSocketClient::stateChanged(const NWConnection::State& state) {
   using Kind = NWConnection::State::Kind;
-  NSLog("DNSSocketClient stateUpdateHandler:, flowHash = ", flowHash_, ", state = ", state);
+  NSLogStep("DNSSocketClient stateUpdateHandler:, flowHash = ", flowHash_, ", state = ", state);
   switch (state.kind) {
     case Kind::setup:
-      NSLog("State: Setup, flowHash = ", flowHash_, "\n");
+      NSLogStep("State: Setup, flowHash = ", flowHash_, "\n");
       break;
     case Kind::preparing:
-      NSLog("State: Preparing, flowHash = ", flowHash_, "\n");
+      NSLogStep("State: Preparing, flowHash = ", flowHash_, "\n");
       break;
     case Kind::ready:
-      NSLog("State: Ready, flowHash = ", flowHash_, "\n");
+      NSLogStep("State: Ready, flowHash = ", flowHash_, "\n");
       sendBatch();
       break;
     case Kind::waiting:
@@ -91,7 +92,7 @@ void DNSSocketClient::stateChanged(const NWConnection::State& state) {
       letGoLater();
       break;
     case Kind::cancelled:
-      NSLog("State: Cancelled, flowHash = ", flowHash_, "\n");
+      NSLogStep("State: Cancelled, flowHash = ", flowHash_, "\n");
       break;
     default:
       NSLog("ERROR! State not defined!, flowHash = ", flowHash_, "\n");
@@ -107,7 +108,7 @@ void DNSSocketClient::letGoLater() {
 }
 
 void DNSSocketClient::sendBatch() {
-  NSLog("sendUDP, content count = ", batchSize_, ", flowHash = ", flowHash_);
+  NSLogStep("sendUDP, content count = ", batchSize_, ", flowHash = ", flowHash_);
   answerCount_ = 0;
   const auto indices = firstOfEqual(inBoundDatagrams_);
   auto batch = std::exchange(inBoundDatagrams_, {});
@@ -126,7 +127,7 @@ void DNSSocketClient::datagramSent(std::size_t index, const std::optional<NWErro
     }
     return;
   }
-  NSLog("Data was sent to UDP, flowHash = ", flowHash_);
+  NSLogStep("Data was sent to UDP, flowHash = ", flowHash_);
   dataWasSent_ = DispatchTime::now();
   connection_->receiveMessage([self = shared_from_this(), index](std::optional<Data> content,
                                                                  bool isComplete,
@@ -137,7 +138,7 @@ void DNSSocketClient::datagramSent(std::size_t index, const std::optional<NWErro
 
 void DNSSocketClient::received(std::size_t index, std::optional<Data> content, bool isComplete,
                                const std::optional<NWError>& error) {
-  NSLog("receiveUdp callback called, flowHash = ", flowHash_, ", isComplete = ", isComplete);
+  NSLogStep("receiveUdp callback called, flowHash = ", flowHash_, ", isComplete = ", isComplete);
   const auto& endpoint = endpoints_[index];
   // A datagram of no bytes answers nothing: it counts as no content.
   if (content && content->empty()) {
@@ -152,12 +153,12 @@ void DNSSocketClient::received(std::size_t index, std::optional<Data> content, b
 
 void DNSSocketClient::receivedNothing(const NWHostEndpoint& endpoint, std::optional<Data> content,
                                       const std::optional<NWError>& error) {
-  NSLog("dns session is not completed, flowHash = ", flowHash_);
+  NSLogStep("dns session is not completed, flowHash = ", flowHash_);
   if (onDataReceived) {
     onDataReceived(flow_, std::move(content), endpoint, false, error);
   }
   if (error) {
-    NSLog("udp socket error: ", *error, ", flowHash = ", flowHash_);
+    NSLogStep("udp socket error: ", *error, ", flowHash = ", flowHash_);
     connection_->cancel();
   }
 }
@@ -165,14 +166,14 @@ void DNSSocketClient::receivedNothing(const NWHostEndpoint& endpoint, std::optio
 void DNSSocketClient::receivedAnswer(const NWHostEndpoint& endpoint, Data content) {
   ++answerCount_;
   const bool isFinished = answerCount_ == batchSize_;
-  NSLog("Udp received, flowHash = ", flowHash_, ", arr.count = ", answerCount_,
-        ", content.count = ", batchSize_);
+  NSLogStep("Udp received, flowHash = ", flowHash_, ", arr.count = ", answerCount_,
+            ", content.count = ", batchSize_);
   if (onDataReceived) {
     onDataReceived(flow_, std::move(content), endpoint, isFinished, std::nullopt);
   }
   if (isFinished) {
-    NSLog("self.connection?.cancel(), arr.count = ", answerCount_, ", content count = ", batchSize_,
-          ", flowHash = ", flowHash_);
+    NSLogStep("self.connection?.cancel(), arr.count = ", answerCount_,
+              ", content count = ", batchSize_, ", flowHash = ", flowHash_);
     connection_->cancel();
   }
 }

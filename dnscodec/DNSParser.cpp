@@ -16,6 +16,7 @@ namespace quillet {
 using platform::Data;
 using platform::DataView;
 using platform::NSLog;
+using platform::NSLogStep;
 
 namespace {
 
@@ -56,10 +57,10 @@ OptRef optRecord(Data options) {
 /// For a query that cannot be taken apart and written again, because of `reason`.
 Data injectAfterQuestions(const Data& datagram, const OptRef& opt, std::string_view reason) {
   if (auto injected = withQuestionOctets(datagram, *opt)) {
-    NSLog("inject: query ", reason, ", its question octets are kept");
+    NSLogStep("inject: query ", reason, ", its question octets are kept");
     return *std::move(injected);
   }
-  NSLog("inject: query ", reason, ", it goes out without identity");
+  NSLogStep("inject: query ", reason, ", it goes out without identity");
   return datagram;
 }
 
@@ -81,16 +82,16 @@ Data inject(const Data& datagram, const OptRef& opt) {
 void logType(std::uint16_t type) {
   switch (type) {
     case kTypeA:
-      NSLog("-> dnsType1 = A");
+      NSLogStep("-> dnsType1 = A");
       break;
     case kTypeAaaa:
-      NSLog("-> dnsType2 = AAAA");
+      NSLogStep("-> dnsType2 = AAAA");
       break;
     case kTypeHttps:
-      NSLog("-> dnsType3 = HTTPSSVC");
+      NSLogStep("-> dnsType3 = HTTPSSVC");
       break;
     default:
-      NSLog("-> dnsTypeRaw = ", type);
+      NSLogStep("-> dnsTypeRaw = ", type);
   }
 }
 
@@ -103,7 +104,8 @@ std::vector<Data> DNSParser::injectFlagsToDatagrams(const std::vector<Data>& dat
   injected.reserve(datagrams.size());
   for (const auto& datagram : datagrams) {
     injected.push_back(inject(datagram, opt));
-    NSLog("hex data = ", hexStringForData(injected.back()).value());
+    NSLogStep("hex data = ",
+              platform::Lazily([&] { return hexStringForData(injected.back()).value(); }));
   }
   return injected;
 }
@@ -156,15 +158,22 @@ Data DNSParser::buildEdnsDataFromDict(const std::optional<Flags>& flags) {
     valueSize += value.size();
   }
   OptionBlock block(OptionBlock::kHeadSize * options.size() + valueSize);
-  DigCommand command(options.size(), valueSize);
+  std::optional<DigCommand> command;
+  if (platform::logsSteps()) {
+    command.emplace(options.size(), valueSize);
+  }
   for (const auto& [key, value] : options) {
     const std::uint16_t code = optionCode(key);
     if (block.add(code, value)) {
-      NSLog("inject value: ", code, " : ", value, " ");
-      command.addOption(code, value);
+      NSLogStep("inject value: ", code, " : ", value, " ");
+      if (command) {
+        command->addOption(code, value);
+      }
     }
   }
-  NSLog(command.text());
+  if (command) {
+    NSLogStep(command->text());
+  }
   return block.finish();
 }
 
@@ -175,7 +184,7 @@ DNSMessage& DNSParser::checkDnsMessage(DNSMessage& message) {
     } else if (auto host = platform::urlHost(question->name)) {
       question->name = *std::move(host);
     }
-    NSLog("--> ", question->name);
+    NSLogStep("--> ", question->name);
   }
   return message;
 }

@@ -13,13 +13,13 @@
 
 namespace quillet {
 
-/// Knows each query from its arrival until it is answered or given up, and tells of it then, exactly
-/// once: its observers, and the log when it began in brief mode.
+/// Knows each query from its arrival until it is answered or given up, and tells of it then,
+/// exactly once: its observers, and the log when it began in brief mode.
 ///
 /// What it holds is bounded by the flows that live: those that wait for their application
-/// (`SenderLookup`), exchanges upstream (`NWConnection::kMaxConnections`) and streams to the system's
-/// server (`SystemResolver::kMaxStreams`), answers that wait to be sent. A query costs some 200
-/// octets and its name. Inside the event loop only.
+/// (`SenderLookup`), exchanges upstream (`NWConnection::kMaxConnections`) and streams to the
+/// system's server (`SystemResolver::kMaxStreams`), answers that wait to be sent. A query costs
+/// some 200 octets and its name. Inside the event loop only.
 class QueryLedger final : public platform::FlowObserver,
                           public std::enable_shared_from_this<QueryLedger> {
  public:
@@ -44,7 +44,7 @@ class QueryLedger final : public platform::FlowObserver,
  private:
   class Flow;
 
-  void tell(const QueryOutcome& outcome, platform::LogMode mode);
+  void tell(const QueryOutcome& outcome, platform::LogMode mode) const;
 
   std::vector<Observer> observers_;
   std::list<Flow*> flows_;

@@ -12,6 +12,7 @@ namespace QuilletXPCservice {
 using platform::Data;
 using platform::DataView;
 using platform::NSLog;
+using platform::NSLogStep;
 using platform::NWConnection;
 using platform::NWError;
 using platform::NWListener;
@@ -40,7 +41,7 @@ void UDPListener::start(std::uint16_t port) {
   };
   listener->newConnectionHandler = [weak = weak_from_this()](std::shared_ptr<NWConnection> fresh) {
     if (const auto self = weak.lock()) {
-      NSLog("Listener receiving new message");
+      NSLogStep("Listener receiving new message");
       self->acceptConnection(std::move(fresh));
     }
   };
@@ -52,7 +53,7 @@ void UDPListener::listenerChanged(const NWListener::State& state, std::uint16_t 
   switch (state.kind) {
     case Kind::ready:
       isReady = true;
-      NSLog("Listener connected to port ", port);
+      NSLogStep("Listener connected to port ", port);
       break;
     case Kind::failed:
     case Kind::cancelled:
@@ -61,7 +62,7 @@ void UDPListener::listenerChanged(const NWListener::State& state, std::uint16_t 
       NSLog("Listener disconnected from port ", port);
       break;
     default:
-      NSLog("Listener connecting to port ", port, "...");
+      NSLogStep("Listener connecting to port ", port, "...");
   }
 }
 
@@ -83,7 +84,7 @@ void UDPListener::connectionChanged(const NWConnection::State& state, const NWCo
   using Kind = NWConnection::State::Kind;
   switch (state.kind) {
     case Kind::ready:
-      NSLog("Listener ready to receive message - ", changed);
+      NSLogStep("Listener ready to receive message - ", changed);
       receive();
       break;
     case Kind::failed:
@@ -92,7 +93,7 @@ void UDPListener::connectionChanged(const NWConnection::State& state, const NWCo
       close();
       break;
     default:
-      NSLog("Listener waiting to receive message - ", changed);
+      NSLogStep("Listener waiting to receive message - ", changed);
   }
 }
 
@@ -169,7 +170,7 @@ void UDPListener::sendUser() {
     if (error) {
       NSLog("ERROR! Error when data (Type: Data) sending. NWError: \n ", *error);
     } else {
-      NSLog("Data was sent to UDP");
+      NSLogStep("Data was sent to UDP");
     }
   });
 }
@@ -198,7 +199,8 @@ void UDPListener::handleCommand(const quillet::XpcUdpCommand& cmd) {
 
 void UDPListener::clearDNSCache() {
   if (!flush_.command.empty()) {
-    NSLog("clearDNSCacheCmd result - ", runShellCommand(flush_.command));
+    const auto output = runShellCommand(flush_.command);
+    NSLogStep("clearDNSCacheCmd result - ", output);
   }
 }
 

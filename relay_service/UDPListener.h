@@ -56,7 +56,9 @@ class UDPListener : public std::enable_shared_from_this<UDPListener> {
   std::string proxyStatus = "stopped";
   /// Absent until `start`.
   std::shared_ptr<platform::NWListener> listener;
-  const platform::DispatchQueue queue = platform::DispatchQueue::serial();
+  /// All that happens on it is one activity, told in the log's mode of its beginning.
+  const platform::DispatchQueue queue =
+      platform::DispatchQueue::serial(std::make_shared<platform::Activity>());
   /// The datagram received last.
   Published<std::optional<platform::Data>> messageReceived{std::nullopt};
   /// Whether the current client can be received from.

@@ -13,7 +13,9 @@ namespace quillet {
 using DnsToolsSocket::Message;
 using platform::Data;
 using platform::Error;
-using platform::NSLog;
+using platform::Lazily;
+using platform::logsSteps;
+using platform::NSLogStep;
 
 namespace {
 
@@ -46,18 +48,17 @@ Data serializedAgain(const std::optional<Message>& message, Data received) {
 
 void logClosing(bool isFinished, std::int64_t flowHash) {
   if (isFinished) {
-    NSLog("handleInBoundDatagram, closing read/write,hash = ", flowHash);
+    NSLogStep("handleInBoundDatagram, closing read/write,hash = ", flowHash);
   }
 }
 
 void logTiming(const DNSFlowReport& report, std::int64_t flowHash,
                const std::optional<Message>& message) {
-  std::string additional = "nil";
-  if (message) {
-    additional = "Optional(" + platform::description(message->additional) + ")";
-  }
-  NSLog("[DNS REQ FLOW] - took: ", report.milliseconds(), "msec, domain:", report.url,
-        ", dnsServer:", report.dnsServer, ", hash - ", flowHash, ", additional: ", additional);
+  const Lazily additional([&message] {
+    return message ? "Optional(" + platform::description(message->additional) + ")" : "nil";
+  });
+  NSLogStep("[DNS REQ FLOW] - took: ", report.milliseconds(), "msec, domain:", report.url,
+            ", dnsServer:", report.dnsServer, ", hash - ", flowHash, ", additional: ", additional);
 }
 
 /// The owner name of the first answer record, and what the log is told of it.
@@ -66,23 +67,23 @@ std::optional<std::string> answeredName(const std::optional<Message>& message,
   using DnsToolsSocket::HostRecord;
   using DnsToolsSocket::IPv4;
   if (!message) {
-    NSLog("handleInBoundDatagram,hash = ", flowHash, ", decode response returned nil");
+    NSLogStep("handleInBoundDatagram,hash = ", flowHash, ", decode response returned nil");
     return std::nullopt;
   }
   if (message->answers.empty()) {
-    NSLog("handleInBoundDatagram,hash = ", flowHash, ", url = <answers arr is empty>");
+    NSLogStep("handleInBoundDatagram,hash = ", flowHash, ", url = <answers arr is empty>");
     return std::nullopt;
   }
   if (!message->questions.empty() &&
       message->questions.front().type == DnsToolsSocket::RecordType::HTTPSSVC) {
-    NSLog("=== ignore HTTPSSVC ===");
+    NSLogStep("=== ignore HTTPSSVC ===");
   }
   const auto& first = *message->answers.front();
   if (const auto* host = dynamic_cast<const HostRecord<IPv4>*>(&first)) {
-    NSLog("ip.presentationString - ", host->ip.presentationString());
+    NSLogStep("ip.presentationString - ", Lazily([host] { return host->ip.presentationString(); }));
   }
   std::optional<std::string> url = first.name();
-  NSLog("handleInBoundDatagram,hash = ", flowHash, ", url = ", url);
+  NSLogStep("handleInBoundDatagram,hash = ", flowHash, ", url = ", url);
   return url;
 }
 
@@ -91,10 +92,10 @@ std::optional<std::string> answeredName(const std::optional<Message>& message,
 void ResponsePath::take(Answer answer, std::shared_ptr<const void> owner) {
   const auto flowHash = answer.hash();
   const bool isFinished = answer.isFinished;
-  NSLog("handleInBoundDatagram,hash = ", flowHash, ", isFinish = ", isFinished,
-        ", error = ", answer.error);
-  auto report = endedReport(std::to_string(flowHash));
-  NSLog("flow reports: ", KeysOf{reports_});
+  NSLogStep("handleInBoundDatagram,hash = ", flowHash, ", isFinish = ", isFinished,
+            ", error = ", answer.error);
+  auto report = logsSteps() ? endedReport(std::to_string(flowHash)) : std::nullopt;
+  NSLogStep("flow reports: ", KeysOf{reports_});
   if (answer.error) {
     registry_.addErrorToFlow(*answer.flow, ErrorBreakpoint::upstream);
   }
@@ -102,7 +103,7 @@ void ResponsePath::take(Answer answer, std::shared_ptr<const void> owner) {
     answer.datagram = writtenAnew(*std::move(answer.datagram), flowHash, std::move(report));
     write(std::move(answer), std::move(owner));
   } else {
-    NSLog("handleInBoundDatagram, data == nil,hash = ", flowHash);
+    NSLogStep("handleInBoundDatagram, data == nil,hash = ", flowHash);
   }
   logClosing(isFinished, flowHash);
 }
@@ -110,10 +111,12 @@ void ResponsePath::take(Answer answer, std::shared_ptr<const void> owner) {
 Data ResponsePath::writtenAnew(Data received, std::int64_t flowHash,
                                std::optional<DNSFlowReport> report) {
   const auto message = decoding_.response(received, flowHash);
-  auto url = answeredName(message, flowHash);
-  NSLog("handleInBoundDatagram -> starting write datagrams,hash = ", flowHash);
+  auto url = logsSteps() ? answeredName(message, flowHash) : std::nullopt;
+  NSLogStep("handleInBoundDatagram -> starting write datagrams,hash = ", flowHash);
   auto answer = serializedAgain(message, std::move(received));
-  NSLog("modified msg = ", message ? std::optional(message->debugDescription()) : std::nullopt);
+  NSLogStep("modified msg = ", Lazily([&message] {
+              return message ? std::optional(message->debugDescription()) : std::nullopt;
+            }));
   if (report) {
     report->url = std::move(url);
     logTiming(*report, flowHash, message);
@@ -145,8 +148,8 @@ void ResponsePath::write(Answer answer, std::shared_ptr<const void> owner) {
 }
 
 void ResponsePath::written(const Answer& answer, const std::optional<Error>& writeError) {
-  NSLog("handleInBoundDatagram -> write datagrams, hash  = ", answer.hash(),
-        ", hasError = ", writeError.has_value());
+  NSLogStep("handleInBoundDatagram -> write datagrams, hash  = ", answer.hash(),
+            ", hasError = ", writeError.has_value());
   if (writeError) {
     registry_.addErrorToFlow(*answer.flow, ErrorBreakpoint::writingAnswer);
   }

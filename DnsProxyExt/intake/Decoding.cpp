@@ -6,7 +6,7 @@
 namespace quillet {
 
 using DnsToolsSocket::Message;
-using platform::NSLog;
+using platform::NSLogStep;
 
 namespace {
 
@@ -15,37 +15,44 @@ void logAnswers(const Message& message) {
     return;
   }
   const auto& answer = *message.answers.front();
-  NSLog("DNS response,  answers count: ", message.answers.size(), ", ttl = ", answer.ttl(),
-        ", name = ", answer.name());
+  NSLogStep("DNS response,  answers count: ", message.answers.size(), ", ttl = ", answer.ttl(),
+            ", name = ", answer.name());
   if (!message.questions.empty()) {
     const auto type = message.questions.front().type;
-    NSLog("Response: rawType = ", type, ", debugDesc = ", DnsToolsSocket::typeDescription(type));
+    NSLogStep("Response: rawType = ", type,
+              ", debugDesc = ", DnsToolsSocket::typeDescription(type));
+  }
+}
+
+void logMessage(const Message& message, std::string_view label) {
+  NSLogStep("decode ", label, ":", message);
+  logAnswers(message);
+  for (const auto& question : message.questions) {
+    NSLogStep("Question: rawType = ", question.type,
+              ", debugDesc = ", DnsToolsSocket::typeDescription(question.type), ",");
   }
 }
 
 }  // namespace
 
 Decoding::Decoded Decoding::request(platform::DataView data, std::int64_t flowHash) {
-  NSLog("---decodeDNSRequest---,data size = ", data.size(), ", hashFlow:", flowHash);
+  NSLogStep("---decodeDNSRequest---,data size = ", data.size(), ", hashFlow:", flowHash);
   return message(data, "request");
 }
 
 Decoding::Decoded Decoding::response(platform::DataView data, std::int64_t flowHash) const {
-  relayLog_.twice("***decodeDNSResponse***,data size = ", data.size(), ", flowHash:", flowHash);
+  relayLog_.stepTwice("***decodeDNSResponse***,data size = ", data.size(), ", flowHash:", flowHash);
   return message(data, "response");
 }
 
 Decoding::Decoded Decoding::message(platform::DataView data, std::string_view label) {
   auto decoded = Message::deserialize(data);
   if (!decoded) {
-    NSLog("decodeDNSResponse error");
+    NSLogStep("decodeDNSResponse error");
     return std::nullopt;
   }
-  NSLog("decode ", label, ":", *decoded);
-  logAnswers(*decoded);
-  for (const auto& question : decoded->questions) {
-    NSLog("Question: rawType = ", question.type,
-          ", debugDesc = ", DnsToolsSocket::typeDescription(question.type), ",");
+  if (platform::logsSteps()) {
+    logMessage(*decoded, label);
   }
   return *std::move(decoded);
 }

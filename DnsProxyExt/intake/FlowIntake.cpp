@@ -10,6 +10,7 @@ namespace quillet {
 using platform::Data;
 using platform::Error;
 using platform::NSLog;
+using platform::NSLogStep;
 using platform::NWHostEndpoint;
 
 namespace {
@@ -19,19 +20,19 @@ constexpr char kOwnLdapApp[] = "com.quillet.ldapapp.ldap-app.DNS-proxy";
 void logRead(const Batch& batch) {
   if (batch.application() == kOwnLdapApp) {
     // The line is all there is to it: the flow is served like any other.
-    NSLog("force close the flow, error!!!, hash = ", batch.hash());
+    NSLogStep("force close the flow, error!!!, hash = ", batch.hash());
   }
   if (batch.datagrams.size() >= 2) {
-    NSLog("readDatagrams ,data count = ", batch.datagrams.size());
-    NSLog("readDatagrams ,data endpoints = ", batch.endpoints.size());
-    NSLog("readDatagrams ,data endpoints = ", batch.endpoints);
+    NSLogStep("readDatagrams ,data count = ", batch.datagrams.size());
+    NSLogStep("readDatagrams ,data endpoints = ", batch.endpoints.size());
+    NSLogStep("readDatagrams ,data endpoints = ", batch.endpoints);
   }
 }
 
 }  // namespace
 
 void FlowIntake::opened(const Flow& flow, const std::optional<Error>& error) {
-  NSLog("handleNewUDPFlow, opened flow, hash = ", flow->hash(), " ");
+  NSLogStep("handleNewUDPFlow, opened flow, hash = ", flow->hash(), " ");
   if (error) {
     NSLog("error = ---> ", *error, ", flowIsBound: ", flow->isBound(),
           ", networkInterface: ", flow->networkInterface(),
@@ -51,9 +52,9 @@ std::optional<Batch> FlowIntake::read(const Flow& flow, std::optional<std::vecto
   logRead(batch);
   record(batch);
   obeyReportCommand(batch, printSettings);
-  relayLog_.twice("readDatagrams hash = ", batch.hash(), " ,app id = ", batch.application());
+  relayLog_.stepTwice("readDatagrams hash = ", batch.hash(), " ,app id = ", batch.application());
   if (batch.datagrams.empty()) {
-    NSLog("close read, flowHash = ", batch.hash());
+    NSLogStep("close read, flowHash = ", batch.hash());
     return std::nullopt;
   }
   return batch;
@@ -61,7 +62,7 @@ std::optional<Batch> FlowIntake::read(const Flow& flow, std::optional<std::vecto
 
 bool FlowIntake::isReadable(const Flow& flow, const std::optional<std::vector<Data>>& datagrams,
                             const std::optional<Error>& error) {
-  NSLog("reading readDatagrams flowHash = ", flow->hash());
+  NSLogStep("reading readDatagrams flowHash = ", flow->hash());
   if (error) {
     NSLog("read datagram, error = ", *error);
     registry_.addErrorToFlow(*flow, ErrorBreakpoint::readingFlow);
@@ -92,7 +93,7 @@ void FlowIntake::obeyReportCommand(const Batch& batch, const PrintSettings& prin
   if (!name) {
     return;
   }
-  NSLog("question domain is: ", *name);
+  NSLogStep("question domain is: ", *name);
   if (const auto settings = reportCommand(*name)) {
     printSettings();
     registry_.printFlowReport(*settings);

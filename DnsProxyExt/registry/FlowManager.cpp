@@ -10,6 +10,7 @@ namespace quillet {
 
 using platform::NEAppProxyUDPFlow;
 using platform::NSLog;
+using platform::NSLogStep;
 
 namespace {
 
@@ -28,7 +29,7 @@ bool isWanted(const ManagedFlow& record, const ReportSettings& settings, double 
 }  // namespace
 
 bool FlowManager::addFlowIfNew(const std::shared_ptr<NEAppProxyUDPFlow>& flow) {
-  NSLog("flows count = ", flows_.size());
+  NSLogStep("flows count = ", flows_.size());
   if (flows_.contains(flow->hash())) {
     return true;
   }

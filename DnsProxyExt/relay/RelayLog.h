@@ -34,6 +34,14 @@ class RelayLog {
     print(line);
   }
 
+  /// The same about a step (see `NSLogStep`).
+  template <class... Pieces>
+  void stepTwice(const Pieces&... pieces) const {
+    if (platform::logsSteps()) {
+      twice(pieces...);
+    }
+  }
+
  private:
   template <class... Pieces>
   static std::string joined(const Pieces&... pieces) {

@@ -17,6 +17,7 @@
 namespace quillet {
 
 using platform::NSLog;
+using platform::NSLogStep;
 
 namespace {
 
@@ -131,7 +132,7 @@ void MDMConfigurationManager::initValuesWithUserAuth(const ConfigurationMap& con
 
 std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
     std::string_view appSenderId) {
-  NSLog("getValuesForInject, configuration = ", configuration_);
+  NSLogStep("getValuesForInject, configuration = ", configuration_);
   if (!configuration_) {
     return getHardcodedMDMConf();
   }
@@ -151,8 +152,8 @@ ValuesForInject MDMConfigurationManager::getValuesForQuery(std::string_view appS
 
 void MDMConfigurationManager::updateAddressAndTimeZone() {
   const auto settings = readGroupSettings();
-  NSLog("sendIp = ", settings.sendIp);
-  NSLog("sendTimezone = ", settings.sendTimeZone);
+  NSLogStep("sendIp = ", settings.sendIp);
+  NSLogStep("sendTimezone = ", settings.sendTimeZone);
   valuesForInject_[IdentityOption::kMarker] = "1";
   if (settings.sendIp == false) {
     valuesForInject_.erase(IdentityOption::kAddress);
@@ -217,7 +218,7 @@ bool MDMConfigurationManager::checkOrgId(const ConfigurationMap& conf) {
 }
 
 ValuesForInject MDMConfigurationManager::getHardcodedMDMConf() {
-  NSLog("getHardcodedMDMConf");
+  NSLogStep("getHardcodedMDMConf");
   return {{IdentityOption::kApplication, "com.hardcoded.app"},
           {IdentityOption::kOrganization, deployment::kAdministratorEmail},
           {IdentityOption::kAddress, kLoopbackAddress},

@@ -22,6 +22,7 @@ namespace quillet {
 using DnsToolsSocket::Message;
 using platform::Data;
 using platform::NSLog;
+using platform::NSLogStep;
 using platform::NWError;
 using platform::NWPath;
 
@@ -68,7 +69,7 @@ CapPortalHelper::CapPortalHelper(std::vector<std::string> portalIps) : ips(std::
 }
 
 void CapPortalHelper::checkRegistration() {
-  NSLog(logTag, " - check Registration");
+  NSLogStep(logTag, " - check Registration");
   const auto now = wholeSecondsSince1970();
   if (static_cast<double>(now - lastRegistrationTime) > doRegistrationEach) {
     lastRegistrationTime = now;
@@ -77,6 +78,7 @@ void CapPortalHelper::checkRegistration() {
 }
 
 void CapPortalHelper::sendCapPortalRegRequest(const std::vector<std::string>& to) {
+  const platform::ActivityScope apart(nullptr);  // no part of the flow that it is sent for
   NSLog(logTag, " sendCapPortalRegRequest");
   const auto datagram = registration();
   if (!datagram) {

@@ -10,9 +10,9 @@ namespace platform {
 
 DispatchQueue DispatchQueue::global() { return {}; }
 
-DispatchQueue DispatchQueue::serial() {
+DispatchQueue DispatchQueue::serial(Activity::Ref activity) {
   DispatchQueue queue;
-  queue.serial_ = std::make_shared<SerialQueue>();
+  queue.serial_ = std::make_shared<SerialQueue>(std::move(activity));
   return queue;
 }
 

@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include "platform/log/Activity.h"
+
 namespace platform {
 
 class SerialQueue;
@@ -19,15 +21,15 @@ class DispatchQueue {
   static DispatchQueue global();
 
   /// A new queue with a thread of its own, which ends with the last copy. Work that blocks it
-  /// delays no other queue.
-  static DispatchQueue serial();
+  /// delays no other queue. All that happens on it is of `activity`, whoever gives it work.
+  static DispatchQueue serial(Activity::Ref activity = nullptr);
 
-  /// Runs `work` later, never inside this call, after what was given before it. Any thread may call
-  /// it.
+  /// Runs `work` later, never inside this call, after what was given before it; on the shared
+  /// queue in the activity of the caller. Any thread may call it.
   void async(std::function<void()> work) const;
 
-  /// Runs `work` once `seconds` have passed by the monotonic time of `Clock::shared()`. For the
-  /// shared queue, and inside the event loop only.
+  /// Runs `work` once `seconds` have passed by the monotonic time of `Clock::shared()`, in no
+  /// activity. For the shared queue, and inside the event loop only.
   void asyncAfter(double seconds, std::function<void()> work) const;
 
   /// Ends a serial queue: drops what has not begun, waits for what has. Not to be called by its own

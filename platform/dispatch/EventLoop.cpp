@@ -21,11 +21,11 @@ std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
 
 }  // namespace
 
-void EventLoop::add(Work work) {
+void EventLoop::add(Work work, Activity::Ref activity) {
   bool isAsleep = false;
   {
     const std::lock_guard lock(mutex_);
-    given_.push_back(std::move(work));
+    given_.push_back({std::move(work), std::move(activity)});
     isAsleep = std::exchange(isWaiting_, false);
   }
   if (isAsleep) {
@@ -55,22 +55,23 @@ std::size_t EventLoop::givenCount() {
   return given_.size();
 }
 
-std::optional<EventLoop::Work> EventLoop::takeGiven() {
+std::optional<EventLoop::Given> EventLoop::takeGiven() {
   const std::lock_guard lock(mutex_);
   if (given_.empty()) {
     return std::nullopt;
   }
-  std::optional<Work> work = std::move(given_.front());
+  std::optional<Given> given = std::move(given_.front());
   given_.pop_front();
-  return work;
+  return given;
 }
 
 bool EventLoop::runOneGiven() {
-  const auto work = takeGiven();
-  if (work) {
-    runGuarded(*work);
+  const auto given = takeGiven();
+  if (given) {
+    const ActivityScope scope(given->activity ? given->activity : Activity::current());
+    runGuarded(given->work);
   }
-  return work.has_value();
+  return given.has_value();
 }
 
 void EventLoop::runGiven() {

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/dispatch/SocketEvents.h"
+#include "platform/log/Activity.h"
 
 namespace platform {
 
@@ -19,8 +20,9 @@ class EventLoop {
   using Work = std::function<void()>;
   static constexpr auto kForEver = std::chrono::nanoseconds::max();
 
-  /// Any thread may call it.
-  void add(Work work);
+  /// The work runs in `activity`; with nullptr in the one that the loop itself runs in. Any thread
+  /// may call it.
+  void add(Work work, Activity::Ref activity = nullptr);
   /// Nothing runs after the handler that is running, until `resume`. Any thread may call it.
   void stop();
   void resume() { isStopping_ = false; }
@@ -37,17 +39,22 @@ class EventLoop {
   SocketEvents& socketEvents() { return events_; }
 
  private:
+  struct Given {
+    Work work;
+    Activity::Ref activity;
+  };
+
   bool beginWaiting();
   void endWaiting();
   std::size_t givenCount();
-  std::optional<Work> takeGiven();
+  std::optional<Given> takeGiven();
 
   std::atomic<bool> isStopping_{false};
   SocketEvents events_{isStopping_};
 
   std::mutex mutex_;
-  std::deque<Work> given_;  // guarded by mutex_
-  bool isWaiting_ = false;  // guarded by mutex_: the thread may be asleep
+  std::deque<Given> given_;  // guarded by mutex_
+  bool isWaiting_ = false;   // guarded by mutex_: the thread may be asleep
 };
 
 }  // namespace platform

@@ -47,7 +47,9 @@ void MainLoop::run() {
 
 void MainLoop::stop() { state_->loop.stop(); }
 
-void MainLoop::give(std::function<void()> work) { state_->loop.add(std::move(work)); }
+void MainLoop::give(std::function<void()> work) {
+  state_->loop.add(std::move(work), Activity::current());
+}
 
 bool MainLoop::runUntil(const std::function<bool()>& done, double seconds) {
   auto& [loop, deadlines] = *state_;

@@ -6,7 +6,8 @@ namespace platform {
 
 namespace {
 
-void run(EventLoop& loop) {
+void run(EventLoop& loop, const Activity::Ref& activity) {
+  const ActivityScope scope(activity);
   while (!loop.isStopping()) {
     loop.runEvents(EventLoop::kForEver);
     loop.runGiven();
@@ -15,8 +16,9 @@ void run(EventLoop& loop) {
 
 }  // namespace
 
-SerialQueue::SerialQueue()
-    : loop_(std::make_shared<EventLoop>()), thread_([loop = loop_] { run(*loop); }) {}
+SerialQueue::SerialQueue(Activity::Ref activity)
+    : loop_(std::make_shared<EventLoop>()),
+      thread_([loop = loop_, activity = std::move(activity)] { run(*loop, activity); }) {}
 
 SerialQueue::~SerialQueue() {
   loop_->stop();

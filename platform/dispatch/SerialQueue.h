@@ -12,7 +12,8 @@ namespace platform {
 /// holds up this queue and nobody else. `DispatchQueue::serial` makes one.
 class SerialQueue {
  public:
-  SerialQueue();
+  /// What happens on it is of `activity`, which may be nullptr.
+  explicit SerialQueue(Activity::Ref activity);
   /// Stops; also when work of the queue's own lets go of it last.
   ~SerialQueue();
   SerialQueue(const SerialQueue&) = delete;

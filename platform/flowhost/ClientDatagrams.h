@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "platform/flowhost/FlowObserver.h"
 #include "platform/udp/ReceivedDatagram.h"
 
 namespace platform {
@@ -23,6 +24,8 @@ struct ClientDatagrams {
   bool mayBeCaptured = false;
   /// By which they came; 0 unless the socket tells.
   unsigned interfaceIndex = 0;
+  /// Of these datagrams, from when somebody observes them.
+  std::shared_ptr<FlowActivity> activity{};
 
   /// The ends between which the client has sent them, captured or not.
   [[nodiscard]] const SocketAddress& client() const {

@@ -33,6 +33,13 @@ ClientFlow::ClientFlow(std::shared_ptr<AnswerPath> answers, ClientDatagrams rece
       metaData_(std::move(metaData)),
       hash_(nextHash()) {}
 
+void ClientFlow::observe(const std::shared_ptr<FlowActivity>& activity) {
+  activity_ = activity;
+  if (activity) {
+    activity->offered(metaData());
+  }
+}
+
 void ClientFlow::openWithLocalEndpoint(std::optional<NWHostEndpoint> /*localEndpoint*/,
                                        OpenCompletion completion) {
   later([completion = std::move(completion)] { completion(std::nullopt); });
@@ -62,10 +69,34 @@ void ClientFlow::writeDatagrams(std::vector<Data> datagrams,
     });
     return;
   }
-  const auto write = std::make_shared<PendingWrite>(datagrams.size(), std::move(completion));
+  const auto write =
+      std::make_shared<PendingWrite>(datagrams.size(), observed(datagrams, std::move(completion)));
   for (auto& datagram : datagrams) {
     answers_->send(path_, std::move(datagram), write);
   }
+}
+
+/// The completion as a part of the activity, which is told of the answers first when all were sent.
+NEAppProxyUDPFlow::WriteCompletion ClientFlow::observed(const std::vector<Data>& answers,
+                                                        WriteCompletion completion) const {
+  const auto activity = activity_.lock();
+  if (!activity) {
+    return completion;
+  }
+  std::vector<std::function<void()>> sent;
+  for (const auto& answer : answers) {
+    sent.push_back(activity->answering(answer));
+  }
+  return [activity, sent = std::move(sent),
+          completion = std::move(completion)](const std::optional<Error>& error) {
+    const ActivityScope scope(activity);
+    for (const auto& tell : sent) {
+      if (!error) {
+        tell();
+      }
+    }
+    completion(error);
+  };
 }
 
 std::optional<Error> ClientFlow::objection(

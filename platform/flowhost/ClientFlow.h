@@ -2,6 +2,7 @@
 
 #include "platform/flowhost/AnswerPath.h"
 #include "platform/flowhost/ClientDatagrams.h"
+#include "platform/flowhost/FlowObserver.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
 namespace platform {
@@ -12,6 +13,10 @@ class ClientFlow final : public NEAppProxyUDPFlow {
  public:
   ClientFlow(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
              std::shared_ptr<const NEFlowMetaData> metaData);
+
+  /// Tells `activity`, when there is one, of its offer and its answers. Does not keep it: the flow
+  /// may be known of long after all that could come of it has come.
+  void observe(const std::shared_ptr<FlowActivity>& activity);
 
   void openWithLocalEndpoint(std::optional<NWHostEndpoint> localEndpoint,
                              OpenCompletion completion) override;
@@ -42,6 +47,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
   [[nodiscard]] std::optional<Error> objection(
       const std::vector<Data>& datagrams, const std::vector<NWHostEndpoint>& sentByEndpoints) const;
   void releaseWhenClosed();
+  WriteCompletion observed(const std::vector<Data>& answers, WriteCompletion completion) const;
 
   std::shared_ptr<AnswerPath> answers_;  // absent once released
   const DatagramPath path_;
@@ -50,6 +56,7 @@ class ClientFlow final : public NEAppProxyUDPFlow {
   const std::size_t datagramCount_;
   const std::shared_ptr<const NEFlowMetaData> metaData_;
   const std::int64_t hash_;
+  std::weak_ptr<FlowActivity> activity_;
   bool isReadClosed_ = false;
   bool isWriteClosed_ = false;
 };

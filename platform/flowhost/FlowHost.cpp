@@ -33,7 +33,8 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
       : applications(options.sourceApp),
         senders(options.identify ? SenderLookup::start(*options.identify) : nullptr),
         addresses(std::move(bound)),
-        resolver(options.resolvConf, options.resolverPort) {}
+        resolver(options.resolvConf, options.resolverPort),
+        observer(options.observer) {}
 
   std::optional<Error> listen();
   void datagramsArrived(ListenSocket& socket) override;
@@ -48,6 +49,7 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   const std::shared_ptr<SenderLookup> senders;  // absent: no application is known
   ListenAddresses addresses;
   SystemResolver resolver;
+  const std::shared_ptr<FlowObserver> observer;  // may be nullptr
   OriginalDestination originals;
   DatagramSlots slots;
 };
@@ -91,6 +93,9 @@ void FlowHost::State::findOriginal(ClientDatagrams& group) {
 }
 
 void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
+  if (observer) {
+    received.activity = observer->began(answers->transport(), received.datagrams);
+  }
   if (!senders) {
     offer(std::move(answers), std::move(received), std::nullopt);
     return;
@@ -107,13 +112,19 @@ void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagr
 
 void FlowHost::State::offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
                             std::optional<std::string_view> application) {
+  const auto activity = std::exchange(received.activity, nullptr);
+  const ActivityScope scope(activity);
   const auto transport = answers->transport();
   const auto destination = received.captured ? std::optional(received.server()) : std::nullopt;
   const auto flow = std::make_shared<ClientFlow>(std::move(answers), std::move(received),
                                                  applications.of(application));
+  flow->observe(activity);
   bool isDeclined = false;
   runGuarded([&] { isDeclined = !provider->handleNewUDPFlow(flow, flow->remoteEndpoint()); });
   if (isDeclined) {
+    if (activity) {
+      activity->declined();
+    }
     resolver.serve(flow, transport, destination);
   }
 }

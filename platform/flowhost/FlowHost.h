@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/base/Error.h"
+#include "platform/flowhost/FlowObserver.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 #include "platform/senders/SenderLookup.h"
 
@@ -25,6 +26,8 @@ struct FlowHostOptions {
   /// Where the system's own DNS servers stand, and their port.
   std::filesystem::path resolvConf = "/etc/resolv.conf";
   std::uint16_t resolverPort = 53;
+  /// Sees each flow; may be nullptr, and then nothing of a flow is of an activity.
+  std::shared_ptr<FlowObserver> observer{};
 };
 
 /// A server for the DNS queries of local clients by UDP and TCP, which drives a provider: it makes

@@ -19,7 +19,7 @@ class FlowActivity : public Activity {
   virtual void offered(const NEFlowMetaData& metaData) = 0;
   /// The provider has declined it.
   virtual void declined() = 0;
-  /// Takes an answer on its way to the client; what this gives is called once, when it was sent.
+  /// Takes an answer on its way to the client; what this gives is called when it was sent.
   virtual std::function<void()> answering(DataView answer) = 0;
 };
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/log/Activity.h"
 #include "platform/network/NWError.h"
 #include "platform/networkextension/NEAppProxyUDPFlow.h"
 
@@ -35,6 +36,7 @@ class ResolverExchange : public std::enable_shared_from_this<ResolverExchange> {
   void fail(const NWError& error);
 
  private:
+  const Activity::Ref activity_ = Activity::current();  // lasts as long as this
   const std::shared_ptr<NEAppProxyUDPFlow> flow_;
   std::vector<NWHostEndpoint> endpoints_;  // of the queries
   std::size_t answers_ = 0;

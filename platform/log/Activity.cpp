@@ -6,8 +6,7 @@ namespace platform {
 
 namespace {
 
-thread_local const ActivityScope* innermost = nullptr;
-thread_local bool isBrief = false;
+constinit thread_local const ActivityScope* innermost = nullptr;
 
 bool isBriefIn(const Activity::Ref& activity) {
   return activity != nullptr && activity->mode() == LogMode::brief;
@@ -22,14 +21,12 @@ const Activity::Ref& Activity::current() {
 
 ActivityScope::ActivityScope(Activity::Ref activity)
     : activity_(std::move(activity)), outer_(std::exchange(innermost, this)) {
-  isBrief = isBriefIn(activity_);
+  detail::isActivityBrief = isBriefIn(activity_);
 }
 
 ActivityScope::~ActivityScope() {
   innermost = outer_;
-  isBrief = isBriefIn(Activity::current());
+  detail::isActivityBrief = isBriefIn(Activity::current());
 }
-
-bool logsSteps() { return !isBrief; }
 
 }  // namespace platform

@@ -7,12 +7,12 @@
 namespace platform {
 
 /// One cause, such as a query, and all that it sets going, as the system's activity tracing
-/// (os_activity) knows it. What a queue, a connection or a flow runs later runs in the activity that
-/// gave it, so an activity lasts until nothing of it can run any more; then it is destroyed. Delayed
-/// work (`DispatchQueue::asyncAfter`, `Timer`) is of no activity.
+/// (os_activity) knows it. What a queue, a connection or a flow runs later runs in the activity
+/// that gave it, so an activity lasts until nothing of it can run any more; then it is destroyed.
+/// Delayed work (`DispatchQueue::asyncAfter`, `Timer`) is of no activity.
 class Activity {
  public:
-  using Ref = std::shared_ptr<const Activity>;
+  using Ref = std::shared_ptr<Activity>;
 
   Activity() = default;
   Activity(const Activity&) = delete;
@@ -44,8 +44,15 @@ class ActivityScope {
   friend class Activity;
 };
 
+namespace detail {
+
+/// Whether the thread runs in an activity that began in brief mode.
+inline constinit thread_local bool isActivityBrief = false;
+
+}  // namespace detail
+
 /// Whether the steps of what runs on this thread are recorded: not in an activity that began in
 /// brief mode.
-bool logsSteps();
+inline bool logsSteps() { return !detail::isActivityBrief; }
 
 }  // namespace platform

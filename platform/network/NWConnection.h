@@ -28,6 +28,8 @@ namespace platform {
 /// process keeps at most `kMaxConnections` of these open; one more cancels the one that has been
 /// idle longest.
 ///
+/// Its handlers run in the activity in which it was made.
+///
 /// A started connection keeps itself and its handlers alive until it is cancelled or has failed;
 /// then it lets go of all of them, and nothing is reported after that. Inside the event loop only.
 class NWConnection : public std::enable_shared_from_this<NWConnection> {

@@ -41,6 +41,7 @@ void UDPConnection::start(DispatchQueue queue) {
 }
 
 void UDPConnection::reportStart(const State& outcome) {
+  const ActivityScope scope(activity_);
   report({Kind::setup, std::nullopt});
   report({Kind::preparing, std::nullopt});
   report(outcome);
@@ -76,6 +77,7 @@ void UDPConnection::cancel() {
 }
 
 void UDPConnection::reportCancelled() {
+  const ActivityScope scope(activity_);
   state_ = {Kind::cancelled, std::nullopt};
   const auto handler = std::exchange(stateUpdateHandler, nullptr);
   if (handler) {
@@ -134,6 +136,7 @@ void UDPConnection::receiveMessage(ReceiveCompletion completion) {
 
 void UDPConnection::socketIsReady(bool canRead, bool canWrite) {
   const auto alive = self();
+  const ActivityScope scope(activity_);
   if (canWrite && sends_.isWaiting()) {
     sends_.flush();
     watchAsNeeded();
@@ -181,6 +184,7 @@ void UDPConnection::deliverLater() {
 }
 
 void UDPConnection::deliver() {
+  const ActivityScope scope(activity_);
   isDeliveryDue_ = false;
   sends_.report();
   deliverErrors();

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/log/Activity.h"
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
 #include "platform/network/ReceiveQueue.h"
@@ -45,6 +46,7 @@ class UDPConnection final : public NWConnection, private SocketWatcher {
 
   void touch();
 
+  const Activity::Ref activity_ = Activity::current();
   const NWEndpoint::Host host_;
   const NWEndpoint::Port port_;
   UDPSocket socket_;

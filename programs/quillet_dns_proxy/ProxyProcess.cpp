@@ -93,6 +93,7 @@ bool ProxyProcess::bindHost() {
   }
   options.sourceApp = commandLine_.sourceApp;
   options.identify = commandLine_.identify;
+  options.observer = ledger_;
   auto host = FlowHost::bind(options);
   if (!host) {
     NSLog(host.error().text());
@@ -105,6 +106,7 @@ bool ProxyProcess::bindHost() {
 /// The provider is made only when nothing else is in the way: it logs as soon as it is there.
 bool ProxyProcess::serve(Options options) {
   provider_ = makeProvider(commandLine_.safeSearch);
+  provider_->onRouted = QueryLedger::routed;
   if (const auto error = host_->serve(*provider_)) {
     NSLog(error->text());
     return false;
@@ -153,8 +155,11 @@ std::string ProxyProcess::status() const {
 void ProxyProcess::stop() {
   serviceManager_.stopping();
   host_->stop();
-  provider_->stopProxy(NEProviderStopReason::kUserInitiated, [] {
-    DispatchQueue::global().async([] { platform::MainLoop::shared().stop(); });
+  provider_->stopProxy(NEProviderStopReason::kUserInitiated, [this] {
+    DispatchQueue::global().async([this] {
+      ledger_->giveUpAll();
+      platform::MainLoop::shared().stop();
+    });
   });
 }
 

@@ -8,6 +8,7 @@
 #include "platform/flowhost/FlowHost.h"
 #include "platform/service/ServiceManager.h"
 #include "programs/quillet_dns_proxy/CommandLine.h"
+#include "queries/QueryLedger.h"
 
 namespace quillet {
 
@@ -37,6 +38,7 @@ class ProxyProcess {
   void stop();
 
   const CommandLine commandLine_;
+  const std::shared_ptr<QueryLedger> ledger_ = std::make_shared<QueryLedger>();
   std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
   platform::ServiceManager serviceManager_;
