@@ -6,9 +6,21 @@ namespace platform {
 
 namespace {
 
+constexpr std::string_view kFull = "full";
+constexpr std::string_view kBrief = "brief";
+
 std::atomic<LogMode> mode{LogMode::full};
 
 }  // namespace
+
+std::optional<LogMode> logModeNamed(std::string_view name) {
+  if (name == kFull) {
+    return LogMode::full;
+  }
+  return name == kBrief ? std::optional(LogMode::brief) : std::nullopt;
+}
+
+std::string_view nameOf(LogMode mode) { return mode == LogMode::full ? kFull : kBrief; }
 
 LogMode logMode() { return mode.load(std::memory_order_relaxed); }
 

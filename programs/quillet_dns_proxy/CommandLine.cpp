@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <map>
 
+#include "programs/LogOption.h"
+
 namespace quillet {
 
 namespace {
@@ -82,6 +84,7 @@ void addOptions(CLI::App& app, Texts& texts) {
       ->capture_default_str();
   app.add_flag("--safe-search", texts.safeSearch,
                "Send every query unchanged to the filtering service's standard DNS port");
+  addLogOption(app, "What is logged of each query: every step, or one line when it is over");
   app.add_flag("--check", texts.check,
                "Check the settings, print what is wrong with them, and end; nothing is served");
   app.set_version_flag("--version", std::string("quillet-dns-proxy ") + deployment::kVersion);

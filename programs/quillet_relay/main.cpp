@@ -8,6 +8,7 @@
 #include <variant>
 
 #include "platform/log/StartLogging.h"
+#include "programs/LogOption.h"
 #include "relay_service/RelayService.h"
 
 namespace {
@@ -39,6 +40,8 @@ void addOptions(CLI::App& app, RelaySettings& settings) {
           "Name whose address is the one of whoever looks it up");
   addText(app, "--public-ip-resolver", lookup.resolver, "HOST",
           "Host name or address of that name's resolver, port 53");
+  quillet::addLogOption(app,
+                        "What is logged: all, or neither who comes nor the flush and the sends");
 }
 
 /// What to run, or the status to end with if the command line asks for anything but to serve.

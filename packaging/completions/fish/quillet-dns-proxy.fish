@@ -5,6 +5,7 @@ complete -c quillet-dns-proxy -l defaults-dir -x -a "(__fish_complete_directorie
 complete -c quillet-dns-proxy -l source-app -x -d "Identifier of applications that are not known"
 complete -c quillet-dns-proxy -l identify -x -a "off cgroup process" -d "How the application is found"
 complete -c quillet-dns-proxy -l safe-search -d "Send every query unchanged to the filtering service"
+complete -c quillet-dns-proxy -l log -x -a "full brief" -d "What is logged of each query"
 complete -c quillet-dns-proxy -l check -d "Check the settings and end"
 complete -c quillet-dns-proxy -s h -l help -d "Print the options"
 complete -c quillet-dns-proxy -l version -d "Print the version"
