@@ -1,0 +1,138 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/base/Clock.h"
+#include "queries/QueryLedger.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Wire.h"
+
+namespace quillet {
+namespace {
+
+using platform::Data;
+using platform::LogMode;
+using platform::Transport;
+using test::hex;
+using test::query;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Flow = std::shared_ptr<platform::FlowActivity>;
+
+class QueryLedgerTest : public testing::Test {
+ protected:
+  QueryLedgerTest() {
+    platform::setLogMode(LogMode::brief);
+    platform::Clock::setShared(&clock_);
+  }
+  ~QueryLedgerTest() override {
+    platform::setLogMode(LogMode::full);
+    platform::Clock::setShared(nullptr);
+  }
+
+  /// A flow of an application that the fifth rule is for.
+  Flow begin(std::vector<Data> queries, std::string application = "app") {
+    auto flow = ledger_->began(Transport::udp, queries);
+    flow->offered({std::move(application)});
+    const platform::ActivityScope scope(flow);
+    QueryLedger::routed({Route::Rule::filtering, Utils::DNSHost::at("192.0.2.1", "81")});
+    return flow;
+  }
+
+  test::LogCapture log_;
+  platform::ManualClock clock_{0};
+  const std::shared_ptr<QueryLedger> ledger_ = std::make_shared<QueryLedger>();
+};
+
+/// `query("a")` answered with an RCODE of four bits.
+Data answer(std::uint8_t rcode, std::uint8_t id = 0x34, std::string_view name = "a") {
+  auto bytes = query(name, 1, id);
+  bytes[2] |= 0x80;
+  bytes[3] = rcode;
+  return bytes;
+}
+
+TEST_F(QueryLedgerTest, TellsNamesTypesAndCodesSoThatNobodyForgesAField) {
+  const auto extended = [](std::string_view opt) {
+    auto bytes = answer(7);
+    bytes[11] = 1;
+    const auto record = hex(opt);
+    bytes.insert(bytes.end(), record.begin(), record.end());
+    return bytes;
+  };
+  const std::tuple<Data, std::string, std::optional<Data>, std::string> rows[] = {
+      {query("www.a", 28), "app", answer(0),
+       "www.a AAAA app=app rule=5 server=192.0.2.1:81 rcode=NOERROR"},
+      {query("", 65), "app", answer(3),
+       ". HTTPS app=app rule=5 server=192.0.2.1:81 rcode=NXDOMAIN"},
+      {query("a", 250), "", answer(11), "a TSIG app=- rule=5 server=192.0.2.1:81 rcode=RCODE11"},
+      {query("a b=c.\\\n\x7f\xc3\xa9", 123), "x rule=1\t", std::nullopt,
+       R"(a\x20b\x3Dc.\x5C\x0A\x7F\xC3\xA9 TYPE123 app=x\x20rule\x3D1\x09 rule=5 server=192.0.2.1:81 rcode=none)"},
+      {query("a"), "app", extended("00 0029 04d0 01000000 0000"),
+       "a A app=app rule=5 server=192.0.2.1:81 rcode=BADCOOKIE"},
+      {query("a"), "app", extended("00 0029 04d0"),
+       "a A app=app rule=5 server=192.0.2.1:81 rcode=YXRRSET"},
+      {query("a"), "app", hex("1234 8180"), "a A app=app rule=5 server=192.0.2.1:81 rcode=none"},
+      {hex("1234 0100 0000 0000 0000 0000"), "app", answer(1),
+       "- - app=app rule=5 server=192.0.2.1:81 rcode=FORMERR"},
+      {hex("1234 0100 ffff 0000 0000 0000 3f"), "app", answer(1),
+       "- - app=app rule=5 server=192.0.2.1:81 rcode=FORMERR"},
+      {hex(""), "app", std::nullopt, "- - app=app rule=5 server=192.0.2.1:81 rcode=none"}};
+  for (const auto& [asked, application, answered, expected] : rows) {
+    auto flow = begin({asked}, application);
+    clock_.advanceSeconds(0.01234);
+    if (answered) {
+      flow->answering (*answered)();
+    }
+    flow.reset();
+    EXPECT_THAT(log_.records(), ElementsAre("query " + expected + " ms=12.3"));
+    log_.clear();
+  }
+}
+
+TEST_F(QueryLedgerTest, TellsOfEachExactlyOnce) {
+  std::vector<std::string> told;
+  ledger_->observe([&](const QueryOutcome& outcome) {
+    told.push_back(outcome.name.value_or("-") + (outcome.rcode ? " answered" : " given up"));
+  });
+  auto flow = begin(
+      {query("a", 1, 1), query("b", 1, 1), query("c", 1, 2), query("c", 1, 2), query("d", 1, 3)});
+  EXPECT_EQ(ledger_->open(), 5U);
+  flow->answering(answer(0, 1, "b"))();
+  EXPECT_THAT(told, ElementsAre("b answered")) << "by its question, of two with one id";
+  flow->answering(answer(0, 9, "x"))();
+  EXPECT_THAT(told, ElementsAre("b answered", "a answered")) << "the oldest, by no sign of its own";
+  auto sent = flow->answering(answer(0, 2, "c"));
+  flow->answering(answer(0, 2, "c"))();
+  sent();
+  sent();
+  EXPECT_EQ(ledger_->open(), 1U);
+  sent = flow->answering(answer(0, 3, "d"));
+  flow->answering(answer(0, 3, "d"))();
+  EXPECT_EQ(ledger_->open(), 1U) << "one answer more than queries";
+  flow.reset();
+  EXPECT_EQ(told.size(), 4U) << "an answer is on its way";
+  sent = nullptr;
+  EXPECT_THAT(told,
+              ElementsAre("b answered", "a answered", "c answered", "c answered", "d given up"));
+  EXPECT_EQ(log_.records().size(), 5U);
+  EXPECT_EQ(ledger_->open(), 0U);
+}
+
+TEST_F(QueryLedgerTest, AtTheEndAllAreGivenUpInTheModeOfTheirBeginning) {
+  auto brief = begin({query("a")});
+  platform::setLogMode(LogMode::full);
+  const auto full = begin({query("b")});
+  const auto waiting = ledger_->began(Transport::tcp, std::vector<Data>{query("c")});
+  int told = 0;
+  ledger_->observe([&](const QueryOutcome&) { ++told; });
+  ledger_->giveUpAll();
+  EXPECT_EQ(ledger_->open(), 0U);
+  brief->answering(answer(0))();
+  brief.reset();
+  EXPECT_EQ(told, 3);
+  EXPECT_THAT(log_.records(),
+              ElementsAre("query a A app=app rule=5 server=192.0.2.1:81 rcode=none ms=0.0"));
+}
+
+}  // namespace
+}  // namespace quillet
