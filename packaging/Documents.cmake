@@ -3,6 +3,7 @@ install(FILES
     "${CMAKE_SOURCE_DIR}/docs/applications.md"
     "${CMAKE_SOURCE_DIR}/docs/deploy.md"
     "${CMAKE_SOURCE_DIR}/docs/desktop.md"
+    "${CMAKE_SOURCE_DIR}/docs/log.md"
     "${CMAKE_SOURCE_DIR}/docs/loopback-only.conf"
     "${CMAKE_SOURCE_DIR}/docs/relay.md"
     "${CMAKE_SOURCE_DIR}/docs/settings.md"
