@@ -7,6 +7,7 @@ namespace platform {
 namespace {
 
 constinit thread_local const ActivityScope* innermost = nullptr;
+constinit const Activity::Ref kNone;
 
 bool isBriefIn(const Activity::Ref& activity) {
   return activity != nullptr && activity->mode() == LogMode::brief;
@@ -15,8 +16,7 @@ bool isBriefIn(const Activity::Ref& activity) {
 }  // namespace
 
 const Activity::Ref& Activity::current() {
-  static const Ref none;
-  return innermost != nullptr ? innermost->activity_ : none;
+  return innermost != nullptr ? innermost->activity_ : kNone;
 }
 
 ActivityScope::ActivityScope(Activity::Ref activity)
