@@ -3,18 +3,14 @@
 Runs in a network of its own, where any address can be had; skipped where the system permits no such thing."""
 
 import json
-import os
 import re
-import signal
 import socket
-import tempfile
 
 from roadlib import namespace, wire
-from roadlib.case import IDENTITY, LOAD, RoadTest, main
-from roadlib.client import Client, TCPClient, ask, tool
-from roadlib.processes import PATIENCE, Proxy, Relay, free_port, poll
+from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.client import Client, TCPClient, ask
+from roadlib.processes import PATIENCE, Relay, free_port
 
-QUERIES = int(100_000 * LOAD)
 RELAY, SYSTEM = ("127.0.0.1", 9898), "198.51.100.99"
 BYPASS = b'{"cmdType":"command","payload":"bypassAllOn"}'
 BRIEF = ("--log", "brief", "--source-app")
@@ -90,30 +86,6 @@ class OutcomeTest(RoadTest):
         proxy.wait_for_line("query quillet_osx_filter_p_app_.example A")
         for line in ("vendorData: ", "----> start of flow manager report <----", "->flow 1, isFinished: false"):
             proxy.wait_for_line(line)
-
-
-class ManyTest(RoadTest):
-    def test_a_line_each_and_nothing_else(self):
-        names = self.vendor_file("".join(f"h{number}.example A\n" for number in range(1000)), "names")
-        demo_filter = self.demo_filter(quiet=True)
-        path = os.path.join(self.folder, "log")
-        with open(path, "wb") as log:
-            proxy = self.started(Proxy(tempfile.mkdtemp(dir=self.folder), arguments=(*BRIEF, "app"), discard=True,
-                                       vendor_data_file=self.vendor_file({"filteringDNS": demo_filter.address}),
-                                       preparation=lambda: os.dup2(log.fileno(), 2)))
-        ask(proxy.endpoint, wire.query("first.example"))  # which has the policy be fetched
-        ask(proxy.endpoint, wire.query("second.example"))
-        with open(path, encoding="utf-8") as log:
-            poll(lambda: any("query second.example" in line for line in log), "both are told of")
-            tool("dnsperf", "-s", proxy.endpoint[0], "-p", str(proxy.endpoint[1]), "-d", names, "-c", "200", "-n",
-                 str(QUERIES // 1000), "-t", str(PATIENCE))
-            proxy.send_signal(signal.SIGTERM)
-            proxy.wait()
-            lines = [line.split("] ", 1)[1] for line in log]
-        form = re.compile(r"query h\d+\.example A app=app rule=5 server=\S+ rcode=NOERROR ms=\d+\.\d\n")
-        others = [line for line in lines if not form.fullmatch(line)]
-        self.assertEqual(len(lines) - len(others), QUERIES)
-        self.assertRegex("".join(others), r"\AstopProxy.*\n(\*?Xpc Udp.*\n)*\Z")
 
 
 class RelayTest(RoadTest):

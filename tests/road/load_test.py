@@ -1,10 +1,13 @@
-"""A hundred thousand queries: none lost, none answered twice, nothing left behind."""
+"""A hundred thousand queries: none lost, none answered twice, nothing left behind; in the brief log a line each."""
 
+import os
 import re
 import subprocess
 import unittest
 
+from roadlib import wire
 from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, RoadTest, main
+from roadlib.client import ask
 from roadlib.processes import PATIENCE, poll
 
 QUERIES = int(100_000 * LOAD)
@@ -43,6 +46,25 @@ class LoadTest(RoadTest):
         demo_filter.stop()
         total = 2 * QUERIES
         self.assertEqual(demo_filter.output()[-1], f"queries {total}, answered {total}, refused 0")
+
+    @unittest.skipIf(QUERIES < 1000, "no load in this build")
+    def test_brief_log(self):
+        demo_filter = self.demo_filter(quiet=True)
+        path = os.path.join(self.folder, "log")
+        with open(path, "wb") as log:
+            proxy = self.proxy({"filteringDNS": demo_filter.address}, arguments=("--log", "brief", "--source-app", "app"),
+                               discard=True, preparation=lambda: os.dup2(log.fileno(), 2))
+        for name in ("first.example", "second.example"):  # each has the policy be fetched
+            ask(proxy.endpoint, wire.query(name))
+        with open(path, encoding="utf-8") as log:
+            poll(lambda: any("query second.example" in line for line in log), "both are told of")
+            self.assertEqual(self.dnsperf(proxy.endpoint), [QUERIES, QUERIES, 0])
+            proxy.stop()
+            lines = [line.split("] ", 1)[1] for line in log]
+        form = re.compile(r"query h\d+\.example (A|AAAA|HTTPS) app=app rule=5 server=\S+ rcode=NOERROR ms=\d+\.\d\n")
+        others = [line for line in lines if not form.fullmatch(line)]
+        self.assertEqual(len(lines) - len(others), QUERIES)
+        self.assertRegex("".join(others), r"\AstopProxy.*\n(\*?Xpc Udp.*\n)*\Z")
 
 
 if __name__ == "__main__":
