@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kFull = "full";
 constexpr std::string_view kBrief = "brief";
 
-std::atomic<LogMode> mode{LogMode::full};
+std::atomic<LogMode> modeInUse{LogMode::full};
 
 }  // namespace
 
@@ -22,8 +22,8 @@ std::optional<LogMode> logModeNamed(std::string_view name) {
 
 std::string_view nameOf(LogMode mode) { return mode == LogMode::full ? kFull : kBrief; }
 
-LogMode logMode() { return mode.load(std::memory_order_relaxed); }
+LogMode logMode() { return modeInUse.load(std::memory_order_relaxed); }
 
-void setLogMode(LogMode newMode) { mode.store(newMode, std::memory_order_relaxed); }
+void setLogMode(LogMode newMode) { modeInUse.store(newMode, std::memory_order_relaxed); }
 
 }  // namespace platform
