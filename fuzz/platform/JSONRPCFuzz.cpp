@@ -47,7 +47,7 @@ void quillet::fuzz::run(platform::DataView input) {
     } else {
       const auto& [id, error] = request.error();
       require(error == JSONRPCError::kParseError || error == JSONRPCError::kInvalidRequest);
-      checkAnswer(platform::jsonRPCErrorLine(id, error), id);
+      checkAnswer(platform::jsonRPCErrorLine(id, {error}), id);
     }
   }
 }

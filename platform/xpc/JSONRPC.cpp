@@ -20,6 +20,10 @@ const char* messageOf(JSONRPCError error) {
       return "Invalid params";
     case JSONRPCError::kInternalError:
       return "Internal error";
+    case JSONRPCError::kNotAllowed:
+      return "Not allowed";
+    case JSONRPCError::kMethodFailed:
+      return "Failed";
   }
   return "";
 }
@@ -38,9 +42,11 @@ tl::unexpected<JSONRPCRejection> rejected(JSONRPCError error, JSONValue id = nul
   return tl::unexpected(JSONRPCRejection{std::move(id), error});
 }
 
-std::string lineOf(const JSONValue& message) {
-  return message.dump(-1, ' ', false, JSONValue::error_handler_t::replace) + "\n";
+std::string textOf(const JSONValue& message) {
+  return message.dump(-1, ' ', false, JSONValue::error_handler_t::replace);
 }
+
+std::string lineOf(const JSONValue& message) { return textOf(message) + "\n"; }
 
 }  // namespace
 
@@ -68,9 +74,27 @@ std::string jsonRPCResultLine(const JSONValue& id, const JSONValue& result) {
   return lineOf({{"jsonrpc", "2.0"}, {"id", id}, {"result", result}});
 }
 
-std::string jsonRPCErrorLine(const JSONValue& id, JSONRPCError error) {
-  const JSONValue details{{"code", static_cast<int>(error)}, {"message", messageOf(error)}};
+std::string jsonRPCErrorLine(const JSONValue& id, const JSONRPCFault& fault) {
+  const JSONValue details{
+      {"code", static_cast<int>(fault.error)},
+      {"message", fault.message.empty() ? messageOf(fault.error) : fault.message}};
   return lineOf({{"jsonrpc", "2.0"}, {"id", id}, {"error", details}});
+}
+
+// The members stand in the order of their names: the result is the last.
+std::string jsonRPCTextHead(const JSONValue& id) {
+  auto line = jsonRPCResultLine(id, "");
+  line.resize(line.size() - kJSONRPCTextTail.size());
+  return line;
+}
+
+std::string jsonRPCTextPart(const std::string& text) {
+  const auto quoted = textOf(text);
+  return quoted.substr(1, quoted.size() - 2);
+}
+
+std::string jsonRPCNotificationLine(const std::string& method, const JSONValue& params) {
+  return lineOf({{"jsonrpc", "2.0"}, {"method", method}, {"params", params}});
 }
 
 }  // namespace platform

@@ -9,13 +9,23 @@
 
 namespace platform {
 
-/// The codes of JSON-RPC 2.0, section 5.1.
+/// The codes of JSON-RPC 2.0, section 5.1, the last two out of the range that it leaves to servers.
 enum class JSONRPCError {
   kParseError = -32700,
   kInvalidRequest = -32600,
   kMethodNotFound = -32601,
   kInvalidParams = -32602,
   kInternalError = -32603,
+  /// This client is not served.
+  kNotAllowed = -32001,
+  /// The method was called and has failed.
+  kMethodFailed = -32002,
+};
+
+/// Why a call has no result. Without a message the usual one of the code is sent.
+struct JSONRPCFault {
+  JSONRPCError error;
+  std::string message{};
 };
 
 /// One call of a method.
@@ -39,6 +49,15 @@ tl::expected<JSONRPCRequest, JSONRPCRejection> readJSONRPCRequest(std::string_vi
 
 /// The answers, each a line with its line feed.
 std::string jsonRPCResultLine(const JSONValue& id, const JSONValue& result);
-std::string jsonRPCErrorLine(const JSONValue& id, JSONRPCError error);
+std::string jsonRPCErrorLine(const JSONValue& id, const JSONRPCFault& fault);
+
+/// A result that is a text, in parts: the head, any number of parts, each of whole characters, and
+/// the tail.
+std::string jsonRPCTextHead(const JSONValue& id);
+std::string jsonRPCTextPart(const std::string& text);
+inline constexpr std::string_view kJSONRPCTextTail = "\"}\n";
+
+/// A call that nobody answers, a line with its line feed.
+std::string jsonRPCNotificationLine(const std::string& method, const JSONValue& params);
 
 }  // namespace platform

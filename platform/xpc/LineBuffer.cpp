@@ -9,7 +9,7 @@ void LineBuffer::append(std::string_view bytes) { bytes_.append(bytes); }
 std::optional<LineBuffer::Line> LineBuffer::next() {
   const auto end = bytes_.find('\n', searched_);
   if (end == std::string::npos) {
-    if (bytes_.size() > kMaxLine) {
+    if (bytes_.size() > maxLine_) {
       isTooLong_ = true;
       bytes_.clear();
     }
@@ -17,7 +17,7 @@ std::optional<LineBuffer::Line> LineBuffer::next() {
     return std::nullopt;
   }
   Line line;
-  line.isTooLong = std::exchange(isTooLong_, false) || end > kMaxLine;
+  line.isTooLong = std::exchange(isTooLong_, false) || end > maxLine_;
   if (!line.isTooLong) {
     line.text = bytes_.substr(0, end);
   }

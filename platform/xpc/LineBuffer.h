@@ -9,8 +9,10 @@ namespace platform {
 /// Puts a byte stream together to lines.
 class LineBuffer {
  public:
-  /// A line's greatest length in bytes, its line feed not counted.
+  /// A line's usual greatest length in bytes, its line feed not counted.
   static constexpr std::size_t kMaxLine = 256UL * 1024;
+
+  explicit LineBuffer(std::size_t maxLine = kMaxLine) : maxLine_(maxLine) {}
 
   struct Line {
     std::string text;
@@ -25,6 +27,7 @@ class LineBuffer {
   [[nodiscard]] bool isEmpty() const { return bytes_.empty() && !isTooLong_; }
 
  private:
+  std::size_t maxLine_;
   std::string bytes_;
   std::size_t searched_ = 0;  // no line feed before it
   bool isTooLong_ = false;    // the beginning of the line is dropped already

@@ -114,11 +114,11 @@ bool NSXPCConnection::receive(LineBuffer& lines) {
 
 std::string NSXPCConnection::answer(const LineBuffer::Line& line) {
   if (line.isTooLong) {
-    return jsonRPCErrorLine(nullptr, JSONRPCError::kParseError);
+    return jsonRPCErrorLine(nullptr, {JSONRPCError::kParseError});
   }
   const auto request = readJSONRPCRequest(line.text);
   if (!request) {
-    return jsonRPCErrorLine(request.error().id, request.error().error);
+    return jsonRPCErrorLine(request.error().id, {request.error().error});
   }
   stage_ = Stage::calling;
   auto answered = call(*request);
@@ -130,18 +130,18 @@ std::string NSXPCConnection::call(const JSONRPCRequest& request) {
   const auto id = request.id.value_or(nullptr);
   const auto* const method = exportedInterface.find(request.method);
   if (method == nullptr || !exportedObject) {
-    return jsonRPCErrorLine(id, JSONRPCError::kMethodNotFound);
+    return jsonRPCErrorLine(id, {JSONRPCError::kMethodNotFound});
   }
   const auto text = textArgument(request.params, method->takesText);
   if (!text) {
-    return jsonRPCErrorLine(id, JSONRPCError::kInvalidParams);
+    return jsonRPCErrorLine(id, {JSONRPCError::kInvalidParams});
   }
   if (method->replies && !request.id) {
     return "";  // nobody would get the reply
   }
   const auto result = resultOf(*method, *exportedObject, *text);
   return result ? jsonRPCResultLine(id, *result)
-                : jsonRPCErrorLine(id, JSONRPCError::kInternalError);
+                : jsonRPCErrorLine(id, {JSONRPCError::kInternalError});
 }
 
 bool NSXPCConnection::send(std::string_view line) {

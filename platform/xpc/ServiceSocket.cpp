@@ -125,14 +125,16 @@ int listenAt(const FileDescriptor& socket, const sockaddr_un& address, mode_t mo
 
 }  // namespace
 
-std::filesystem::path ServiceSocket::pathOf(const std::string& serviceName) {
-  auto directory = environment("RUNTIME_DIRECTORY");
-  directory = directory.substr(0, directory.find(':'));
-  if (directory.empty()) {
-    const auto users = environment("XDG_RUNTIME_DIR");
-    directory = isOurFolder(users) ? users : kUsualDirectory;
+std::filesystem::path ServiceSocket::pathOf(const std::string& serviceName,
+                                            const std::string& usersFolder) {
+  const auto directory = environment("RUNTIME_DIRECTORY");
+  if (const auto first = directory.substr(0, directory.find(':')); !first.empty()) {
+    return std::filesystem::path(first) / serviceName;
   }
-  return std::filesystem::path(directory) / serviceName;
+  const auto users = environment("XDG_RUNTIME_DIR");
+  const auto folder = isOurFolder(users) ? std::filesystem::path(users) / usersFolder
+                                         : std::filesystem::path(kUsualDirectory);
+  return folder / serviceName;
 }
 
 tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::path& path,
