@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "DnsProxyExt/Explanation.h"
 #include "DnsProxyExt/answers/ResponsePath.h"
 #include "DnsProxyExt/intake/Batch.h"
 #include "DnsProxyExt/intake/Decoding.h"
@@ -24,6 +25,7 @@
 #include "DnsProxyExt/settings/MDMConfigurationManager.h"
 #include "DnsProxyExt/settings/VendorSettings.h"
 #include "DnsProxyExt/upstream/CapPortalHelper.h"
+#include "DnsProxyExt/upstream/Policy.h"
 #include "DnsProxyExt/upstream/UpstreamExchange.h"
 #include "platform/dispatch/Timer.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
@@ -38,7 +40,7 @@ namespace quillet {
 /// Holds the state and puts the stages one after the other: `FlowIntake` takes what a flow gives,
 /// `RoutingTable` chooses, an `UpstreamExchange` asks, `ResponsePath` answers. QueryRoad.cpp has
 /// that road, DnsProxyExt.cpp start and stop, VendorData.cpp the settings, PolicyFetch.cpp the
-/// policy.
+/// policy, Explain.cpp where a query would go.
 ///
 /// Owned by a shared_ptr, which its callbacks hold. Inside the event loop only, `bypassAll`
 /// excepted.
@@ -111,6 +113,13 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   /// The server of the most particular fragment that `domain` contains, or nullptr.
   static DNSHostRef mappedForOtherDNS(std::string_view domain, const DomainMap& dnsMap);
 
+  /// Where a query for `questionName`, a name as a question has it, would go: decided as for a
+  /// flow, but none is begun, counted or logged, and nothing changes.
+  [[nodiscard]] virtual Explanation explain(const std::string& questionName,
+                                            const std::string& application) const;
+  /// The different servers of a rule (`RoutingTable::serverTexts`).
+  [[nodiscard]] virtual std::set<std::string> serverTexts(Route::Rule rule) const;
+
   // Answers.
 
   /// Takes one answer for a flow: writes it into the flow, and closes the flow after the last one.
@@ -162,6 +171,7 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
   const double fetchPolicyEach = 600;
   /// When a flow last made the policy be fetched again; seconds since 1970.
   std::int64_t lastPolicyFetchTime = 0;
+  PolicyState policyState;
   /// How a batch reaches its server.
   UpstreamExchange upstream = exchangeOverUDP;
 
@@ -209,6 +219,8 @@ class DnsProxyExt : public platform::NEDNSProxyProvider,
 
   // A query's road (QueryRoad.cpp).
   void openFlow(const Flow& flow);
+  [[nodiscard]] std::optional<std::string> sourceOf(const Route& route) const;
+  [[nodiscard]] std::string vendorKeyOf(std::string_view setting) const;
   [[nodiscard]] Route chooseRoute(const Batch& batch) const;
   void tellRoute(const Route& route) const;
   void injectIdentity(Batch& batch) const;

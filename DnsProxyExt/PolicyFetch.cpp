@@ -55,6 +55,7 @@ void DnsProxyExt::fetchPolicy(FetchCompletion completion) {
     completion(false);
     return;
   }
+  policyState.last = PolicyState::Outcome::waiting;
   const auto client = std::make_shared<PolicyUDPClient>(policyRequest(*organization));
   client->onPolicyDataReceived = [self = shared_from_this(), completion = std::move(completion)](
                                      const std::optional<Data>& content,
@@ -69,6 +70,7 @@ void DnsProxyExt::policyReceived(const std::optional<Data>& content,
                                  const std::optional<NWError>& error,
                                  const FetchCompletion& completion) {
   NSLog("onPolicyDataReceived");
+  policyState.last = PolicyState::Outcome::failed;
   if (!content || error) {
     NSLog("onPolicyDataReceived, error");
     completion(false);
@@ -80,7 +82,9 @@ void DnsProxyExt::policyReceived(const std::optional<Data>& content,
 }
 
 void DnsProxyExt::updateWhitelistedDomains(platform::DataView policyResp) {
-  takePolicy(policyResp, whitelistedDomainsMap);
+  if (takePolicy(policyResp, whitelistedDomainsMap)) {
+    policyState = {PolicyState::Outcome::fetched, platform::DispatchTime::now()};
+  }
 }
 
 }  // namespace quillet

@@ -11,6 +11,12 @@ namespace quillet {
 using platform::Data;
 using platform::NWHostEndpoint;
 
+namespace {
+
+DNSHostRef filteringService() { return Utils::DNSHost::at(deployment::kFilteringDns, "53"); }
+
+}  // namespace
+
 void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
                                               std::optional<std::vector<Data>> data,
                                               std::optional<std::vector<NWHostEndpoint>> endpoints,
@@ -19,12 +25,26 @@ void SafeSearchDNSProxyProvider::connectToDNS(const Flow& flow,
   if (!batch.isComplete()) {
     return;
   }
-  const auto server = Utils::DNSHost::at(deployment::kFilteringDns, "53");
+  const auto server = filteringService();
   if (onRouted) {
     onRouted({Route::Rule::filtering, server});
   }
   const auto self = std::static_pointer_cast<SafeSearchDNSProxyProvider>(shared_from_this());
   exchange(std::move(batch), *server, [self](Answer answer) { self->received(std::move(answer)); });
+}
+
+Explanation SafeSearchDNSProxyProvider::explain(const std::string& /*questionName*/,
+                                                const std::string& /*application*/) const {
+  if (bypassAll) {
+    return {};
+  }
+  return {.rule = static_cast<int>(Route::Rule::filtering) + 1,
+          .server = filteringService()->description()};
+}
+
+std::set<std::string> SafeSearchDNSProxyProvider::serverTexts(Route::Rule rule) const {
+  return rule == Route::Rule::filtering ? std::set{filteringService()->description()}
+                                        : std::set<std::string>();
 }
 
 void SafeSearchDNSProxyProvider::received(Answer answer) {

@@ -15,6 +15,10 @@ class SafeSearchDNSProxyProvider final : public DnsProxyExt {
   /// Does nothing.
   void startFetchingPolicy() override {}
 
+  [[nodiscard]] Explanation explain(const std::string& questionName,
+                                    const std::string& application) const override;
+  [[nodiscard]] std::set<std::string> serverTexts(Route::Rule rule) const override;
+
   /// Takes one answer as the provider does, but says only that there is none when there is none.
   void received(Answer answer);
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "DnsProxyExt/registry/FlowReport.h"
 #include "platform/base/Clock.h"
-#include "platform/base/LetterCase.h"
 #include "platform/log/NSLog.h"
 
 namespace quillet {
@@ -11,22 +11,6 @@ namespace quillet {
 using platform::NEAppProxyUDPFlow;
 using platform::NSLog;
 using platform::NSLogStep;
-
-namespace {
-
-bool isWanted(const ManagedFlow& record, const ReportSettings& settings, double now) {
-  if (settings.forLastSecs &&
-      now - record.startTimestamp > static_cast<double>(*settings.forLastSecs)) {
-    return false;
-  }
-  if (!settings.package) {
-    return true;
-  }
-  const auto sender = platform::caseFolded(record.flow->metaData().sourceAppSigningIdentifier);
-  return sender.find(platform::caseFolded(*settings.package)) != std::string::npos;
-}
-
-}  // namespace
 
 bool FlowManager::addFlowIfNew(const std::shared_ptr<NEAppProxyUDPFlow>& flow) {
   NSLogStep("flows count = ", flows_.size());
@@ -74,17 +58,7 @@ void FlowManager::addRequest(const NEAppProxyUDPFlow& flow, std::vector<platform
 }
 
 void FlowManager::printFlowReport(const ReportSettings& settings) const {
-  NSLog("----> start of flow manager report <----");
-  NSLog("Report settings - package: ", settings.package, ", tf: ", settings.forLastSecs,
-        ", detailed:  ", settings.detailed);
-  const double now = platform::secondsSince1970();
-  for (const auto& [key, record] : flows_) {
-    if (isWanted(*record, settings, now)) {
-      NSLog("flow hash is ", key);
-      record->printReport(settings);
-    }
-  }
-  NSLog("----< end of flow manager report >----");
+  FlowReport(*this, settings).print(flows_.size(), LineSink::log());
 }
 
 ManagedFlow* FlowManager::find(const NEAppProxyUDPFlow& flow) const {

@@ -2,11 +2,9 @@
 
 #include "DnsProxyExt/registry/MessageFootprint.h"
 #include "platform/base/Clock.h"
-#include "platform/log/NSLog.h"
 
 namespace quillet {
 
-using platform::NSLog;
 using platform::secondsSince1970;
 
 ManagedFlow::ManagedFlow(std::shared_ptr<platform::NEAppProxyUDPFlow> managed)
@@ -23,25 +21,26 @@ void ManagedFlow::addError(ErrorBreakpoint breakpoint) {
   errors.push_back(std::move(entry));
 }
 
-void ManagedFlow::printReport(const ReportSettings& settings) const {
+void ManagedFlow::printReport(const ReportSettings& settings, const LineSink& sink) const {
   const double delay = endTimestamp != 0 ? endTimestamp - startTimestamp : 0;
-  NSLog("->flow ", flow->hash(), ", isFinished: ", isFinished,
-        ", senderId: ", flow->metaData().sourceAppSigningIdentifier, ",  delay: ", delay,
-        ", url: ", answeredName(), ", errors: ", errors);
+  sink.print("->flow ", flow->hash(), ", isFinished: ", isFinished,
+             ", senderId: ", flow->metaData().sourceAppSigningIdentifier, ",  delay: ", delay,
+             ", url: ", answeredName(), ", errors: ", errors);
   if (delay == 0) {
-    NSLog("time from now = ", secondsSince1970() - startTimestamp);
+    sink.print("time from now = ", secondsSince1970() - startTimestamp);
   }
   const auto count = rawReqData ? std::optional(rawReqData->size()) : std::nullopt;
-  NSLog("rawReqData: count = ", count, ", raw: ", rawReqData);
+  sink.print("rawReqData: count = ", count, ", raw: ", rawReqData);
   if (settings.detailed) {
-    printDetails();
+    printDetails(sink);
   }
 }
 
-void ManagedFlow::printDetails() const {
-  NSLog("flow ", flow->hash(), " detailed, isBound: ", flow->isBound(),
-        ", localEndpoint: ", flow->localEndpoint(), ", remoteHostname: ", flow->remoteHostname(),
-        ", nettworkInterface: ", flow->networkInterface());
+void ManagedFlow::printDetails(const LineSink& sink) const {
+  sink.print("flow ", flow->hash(), " detailed, isBound: ", flow->isBound(),
+             ", localEndpoint: ", flow->localEndpoint(),
+             ", remoteHostname: ", flow->remoteHostname(),
+             ", nettworkInterface: ", flow->networkInterface());
 }
 
 std::string ManagedFlow::answeredName() const {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "DnsProxyExt/registry/LineSink.h"
 #include "DnsProxyExt/registry/ReportSettings.h"
 #include "dns_tools/Message.h"
 #include "platform/base/Data.h"
@@ -23,8 +24,8 @@ class ManagedFlow {
   /// Appends an error entry with the current time.
   void addError(ErrorBreakpoint breakpoint);
 
-  /// Logs the flow's lines of the flow-manager report.
-  void printReport(const ReportSettings& settings) const;
+  /// Prints the flow's lines of the flow-manager report.
+  void printReport(const ReportSettings& settings, const LineSink& sink) const;
 
   /// Keeps what was read: replaces the datagrams, appends the messages.
   void addRequest(std::vector<platform::Data> datagrams,
@@ -48,7 +49,7 @@ class ManagedFlow {
 
  private:
   [[nodiscard]] std::string answeredName() const;
-  void printDetails() const;
+  void printDetails(const LineSink& sink) const;
 
   std::size_t datagramsCost_ = 0;
   std::size_t messagesCost_ = 0;

@@ -39,6 +39,20 @@ DNSHostRef DomainMap::server(std::string_view domain) const {
   return entry != nullptr ? entry->second : nullptr;
 }
 
+std::set<std::string> DomainMap::serverTexts(std::size_t most) const {
+  std::set<std::string> texts;
+  const Utils::DNSHost* last = nullptr;  // the entries of one server often follow one another
+  for (const auto& [fragment, server] : servers_) {
+    if (texts.size() == most) {
+      break;
+    }
+    if (std::exchange(last, server.get()) != server.get() && server) {
+      texts.insert(server->description());
+    }
+  }
+  return texts;
+}
+
 void DomainMap::describe(std::string& out) const {
   const std::map<std::string_view, DNSHostRef> ordered(servers_.begin(), servers_.end());
   const std::size_t end = out.size() + kMaxPrinted;

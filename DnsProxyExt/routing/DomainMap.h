@@ -42,6 +42,9 @@ class DomainMap {
   /// Its server alone.
   [[nodiscard]] DNSHostRef server(std::string_view domain) const;
 
+  /// The different servers that it names, in the order of their texts; of more than `most` some.
+  [[nodiscard]] std::set<std::string> serverTexts(std::size_t most) const;
+
   [[nodiscard]] std::size_t size() const { return servers_.size(); }
   [[nodiscard]] bool empty() const { return servers_.empty(); }
 

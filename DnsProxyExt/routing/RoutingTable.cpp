@@ -40,6 +40,25 @@ Route RoutingTable::choose(std::string_view application, std::optional<std::stri
   return route;
 }
 
+std::set<std::string> RoutingTable::serverTexts(Rule rule) const {
+  const auto only = [](const DNSHostRef& server) {
+    return server ? std::set{server->description()} : std::set<std::string>();
+  };
+  switch (rule) {
+    case Rule::localNetworkApp:
+      return only(localNetworkDNS);
+    case Rule::allowedApp:
+      return only(secondDNS);
+    case Rule::localDomain:
+      return localDomainsMap.serverTexts(kMaxShown);
+    case Rule::whitelistedDomain:
+      return whitelistedDomainsMap.serverTexts(kMaxShown);
+    case Rule::filtering:
+      break;
+  }
+  return only(filteringDNS);
+}
+
 Route RoutingTable::firstRule(const std::string& foldedApplication,
                               const std::optional<std::string>& allowed,
                               std::string_view domain) const {

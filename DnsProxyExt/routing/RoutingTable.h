@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,8 @@ namespace quillet {
 /// value. As made, with the servers of the build.
 class RoutingTable {
  public:
+  static constexpr std::size_t kMaxShown = 16;
+
   RoutingTable();
 
   /// The first rule that applies, in the order of `Route::Rule`, for the query of an application
@@ -22,10 +25,16 @@ class RoutingTable {
   /// anywhere in the identifier, in any letter case.
   [[nodiscard]] Route choose(std::string_view application, std::optional<std::string> domain) const;
 
+  /// The different servers of a rule, some `kMaxShown` of them for a map's; none where there is
+  /// none.
+  [[nodiscard]] std::set<std::string> serverTexts(Route::Rule rule) const;
+
   /// Applications that go to `localNetworkDNS`, while there is one.
   std::vector<std::string> localNetworkApps{"com.apple.opendirectoryd", "com.apple.nsupdate"};
   /// Those that go to `secondDNS`; with `shouldAllowAll` all do.
   std::vector<std::string> allowedApps;
+  /// The setting that has given them.
+  std::string_view allowedAppsKey;
   bool shouldAllowAll = false;
   DomainMap localDomainsMap;
   DomainMap whitelistedDomainsMap;

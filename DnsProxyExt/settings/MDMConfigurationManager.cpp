@@ -27,20 +27,12 @@ constexpr char kDefaultTtl[] = "60";
 // sends.
 constexpr std::int64_t kSendTimeZone = 2;
 
-/// The group's settings that decide on address and time zone.
-struct GroupSettings {
-  std::optional<bool> sendIp;
-  std::optional<std::string> ip;
-  std::int64_t sendTimeZone = kSendTimeZone;
-};
-
-GroupSettings readGroupSettings() {
-  const auto* defaults = platform::UserDefaults::suite(MDMConfigurationManager::kGroupId);
-  if (defaults == nullptr) {
-    return {};
-  }
-  return {defaults->boolForKey(GroupDefault::kSendIp), defaults->stringForKey(GroupDefault::kIp),
-          defaults->integerForKey(GroupDefault::kSendTimeZone)};
+ValuesForInject hardcodedIdentity() {
+  return {{IdentityOption::kApplication, "com.hardcoded.app"},
+          {IdentityOption::kOrganization, deployment::kAdministratorEmail},
+          {IdentityOption::kAddress, kLoopbackAddress},
+          {IdentityOption::kTimeZone, "Europe/Ljubljana"},
+          {IdentityOption::kUser, kLoopbackAddress}};
 }
 
 const ConfiguredIdentity* identityNamed(std::string_view key) {
@@ -56,6 +48,12 @@ std::string millisecondsSince1970() {
 }
 
 }  // namespace
+
+struct MDMConfigurationManager::GroupSettings {
+  std::optional<bool> sendIp;
+  std::optional<std::string> ip;
+  std::int64_t sendTimeZone = kSendTimeZone;
+};
 
 MDMConfigurationManager& MDMConfigurationManager::shared() {
   static MDMConfigurationManager instance;
@@ -136,11 +134,10 @@ std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
   if (!configuration_) {
     return getHardcodedMDMConf();
   }
-  const auto* addAppSenderId = configured(kAddAppSenderId);
-  if (addAppSenderId != nullptr && platform::equalsIgnoringCase(*addAppSenderId, "yes")) {
-    valuesForInject_[IdentityOption::kApplication] = appSenderId;
-  }
-  updateAddressAndTimeZone();
+  const auto settings = readGroupSettings();
+  NSLogStep("sendIp = ", settings.sendIp);
+  NSLogStep("sendTimezone = ", settings.sendTimeZone);
+  addFlowValues(valuesForInject_, appSenderId, settings);
   return valuesForInject_;
 }
 
@@ -150,20 +147,40 @@ ValuesForInject MDMConfigurationManager::getValuesForQuery(std::string_view appS
   return values;
 }
 
-void MDMConfigurationManager::updateAddressAndTimeZone() {
-  const auto settings = readGroupSettings();
-  NSLogStep("sendIp = ", settings.sendIp);
-  NSLogStep("sendTimezone = ", settings.sendTimeZone);
-  valuesForInject_[IdentityOption::kMarker] = "1";
+ValuesForInject MDMConfigurationManager::identityFor(std::string_view appSenderId) const {
+  auto values = configuration_ ? valuesForInject_ : hardcodedIdentity();
+  if (configuration_) {
+    addFlowValues(values, appSenderId, readGroupSettings());
+  }
+  values[IdentityOption::kTimestamp] = millisecondsSince1970();
+  return values;
+}
+
+MDMConfigurationManager::GroupSettings MDMConfigurationManager::readGroupSettings() {
+  const auto* defaults = platform::UserDefaults::suite(kGroupId);
+  if (defaults == nullptr) {
+    return {};
+  }
+  return {defaults->boolForKey(GroupDefault::kSendIp), defaults->stringForKey(GroupDefault::kIp),
+          defaults->integerForKey(GroupDefault::kSendTimeZone)};
+}
+
+void MDMConfigurationManager::addFlowValues(ValuesForInject& values, std::string_view appSenderId,
+                                            const GroupSettings& settings) const {
+  const auto* addAppSenderId = configured(kAddAppSenderId);
+  if (addAppSenderId != nullptr && platform::equalsIgnoringCase(*addAppSenderId, "yes")) {
+    values[IdentityOption::kApplication] = appSenderId;
+  }
+  values[IdentityOption::kMarker] = "1";
   if (settings.sendIp == false) {
-    valuesForInject_.erase(IdentityOption::kAddress);
+    values.erase(IdentityOption::kAddress);
   } else {
-    valuesForInject_[IdentityOption::kAddress] = settings.ip.value_or(kLoopbackAddress);
+    values[IdentityOption::kAddress] = settings.ip.value_or(kLoopbackAddress);
   }
   if (settings.sendTimeZone == 1 || settings.sendTimeZone < 0) {
-    valuesForInject_.erase(IdentityOption::kTimeZone);
+    values.erase(IdentityOption::kTimeZone);
   } else {
-    valuesForInject_[IdentityOption::kTimeZone] = platform::currentTimeZoneIdentifier();
+    values[IdentityOption::kTimeZone] = platform::currentTimeZoneIdentifier();
   }
 }
 
@@ -219,11 +236,7 @@ bool MDMConfigurationManager::checkOrgId(const ConfigurationMap& conf) {
 
 ValuesForInject MDMConfigurationManager::getHardcodedMDMConf() {
   NSLogStep("getHardcodedMDMConf");
-  return {{IdentityOption::kApplication, "com.hardcoded.app"},
-          {IdentityOption::kOrganization, deployment::kAdministratorEmail},
-          {IdentityOption::kAddress, kLoopbackAddress},
-          {IdentityOption::kTimeZone, "Europe/Ljubljana"},
-          {IdentityOption::kUser, kLoopbackAddress}};
+  return hardcodedIdentity();
 }
 
 const std::string* MDMConfigurationManager::configured(std::string_view key) const {

@@ -64,6 +64,9 @@ class MDMConfigurationManager {
   /// The whole identity for a query: the above, if there is one, and the time.
   ValuesForInject getValuesForQuery(std::string_view appSenderId);
 
+  /// The same without a log line; nothing is kept.
+  [[nodiscard]] ValuesForInject identityFor(std::string_view appSenderId) const;
+
   /// Names the first missing value, or nothing when the configuration is complete.
   [[nodiscard]] std::optional<std::string> checkMDMValues() const;
   /// The configuration's "adminPassword".
@@ -80,13 +83,18 @@ class MDMConfigurationManager {
   [[nodiscard]] const ValuesForInject& valuesForInject() const { return valuesForInject_; }
 
  private:
+  /// The group's settings that decide on address and time zone.
+  struct GroupSettings;
+
+  static GroupSettings readGroupSettings();
   static bool isUserAuthEnabled(const ConfigurationMap& conf);
   static bool checkOrgId(const ConfigurationMap& conf);
   static ValuesForInject getHardcodedMDMConf();
+  void addFlowValues(ValuesForInject& values, std::string_view appSenderId,
+                     const GroupSettings& settings) const;
 
   void initValuesWithoutUserAuth(const ConfigurationMap& conf);
   void initValuesWithUserAuth(const ConfigurationMap& conf);
-  void updateAddressAndTimeZone();
   [[nodiscard]] const std::string* configured(std::string_view key) const;
 
   ValuesForInject valuesForInject_;

@@ -20,6 +20,8 @@ using Step = VendorSetting::Step;
 namespace {
 
 constexpr char kPolicyPort[] = "2800";
+constexpr char kAllowPackages[] = "allowPackages";
+constexpr char kJsonVars[] = "jsonVars";
 
 /// The server that a setting names, or nullptr.
 DNSHostRef serverIn(const Conf& conf, std::string_view key) {
@@ -58,7 +60,7 @@ void takeMappedDomains(const Conf& conf, const Target& target) {
 /// Without text when there is none.
 const std::string& jsonVarsIn(const Conf& conf) {
   static const std::string kNone;
-  const auto* text = settingIn(conf, "jsonVars");
+  const auto* text = settingIn(conf, kJsonVars);
   return text != nullptr ? *text : kNone;
 }
 
@@ -74,7 +76,8 @@ void takeAllowPackages(const Conf& conf, const Target& target) {
   if (!jsonVars.empty() && isValidJSON(jsonVars)) {
     return;
   }
-  const auto* text = settingIn(conf, "allowPackages");
+  const auto* text = settingIn(conf, kAllowPackages);
+  target.routing.allowedAppsKey = kAllowPackages;
   target.routing.allowedApps =
       text != nullptr ? platform::parseCommaDelimitedArr(*text) : std::vector<std::string>();
 }
@@ -92,10 +95,11 @@ void takeJsonVars(const Conf& conf, const Target& target) {
     return;
   }
   NSLog("initVendorSettings3, jsonDict = ", json->value);
-  const auto list = json->value.find("allowPackages");
+  const auto list = json->value.find(kAllowPackages);
   if (list == json->value.end() || !list->is_array()) {
     return;
   }
+  target.routing.allowedAppsKey = kJsonVars;
   target.routing.allowedApps.clear();
   for (const auto& package : *list) {
     target.routing.allowedApps.push_back(platform::description(package));
@@ -119,8 +123,8 @@ constexpr VendorSetting kSettings[] = {
     {"policyServer", "server", Step::servers, takePolicyServer, faultsOfServer},
     {"mappedDomains", "`[FRAGMENT:ADDRESS,FRAGMENT:ADDRESS:PORT]`", Step::domains,
      takeMappedDomains, faultsOfMappedDomains},
-    {"allowPackages", "texts between commas", Step::lists, takeAllowPackages, faultsOfText},
-    {"jsonVars", "a JSON object as text", Step::lists, takeJsonVars, faultsOfText},
+    {kAllowPackages, "texts between commas", Step::lists, takeAllowPackages, faultsOfText},
+    {kJsonVars, "a JSON object as text", Step::lists, takeJsonVars, faultsOfText},
     {"allowAll", "`\"true\"`, as a text", Step::always, takeAllowAll, faultsOfSwitch},
     {"captivePortalIp", "addresses between commas", Step::lists, takeCaptivePortalIp,
      faultsOfAddresses},

@@ -31,18 +31,19 @@ platform::Data policyRequest(std::string_view organization) {
   return {text.begin(), text.end()};
 }
 
-void takePolicy(platform::DataView answer, DomainMap& whitelisted) {
+bool takePolicy(platform::DataView answer, DomainMap& whitelisted) {
   NSLog("updateWhitelistedDomains");
   const auto policy = WhitelistedDomains::decode(answer);
   if (!policy) {
     NSLog("JSON decoder, error: ", policy.error(), ", ");
-    return;
+    return false;
   }
   NSLog("updating WhitelistedDomains...");
   if (policy->status) {
     whitelisted = mapOf(*policy);
   }
   NSLog(" WhitelistedDomains updated: ", whitelisted);
+  return true;
 }
 
 }  // namespace quillet
