@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "platform/xpc/ServiceSocket.h"
 #include "programs/LogOption.h"
 
 namespace quillet {
@@ -53,6 +54,7 @@ struct Texts {
   std::vector<std::string> listen{kDefaultListen};
   std::optional<std::string> vendorData;
   std::string defaultsDirectory = usualDefaultsDirectory();
+  std::string control = platform::ServiceSocket::pathOf("dns-proxy.sock", "quillet");
   std::string sourceApp = "unknown";
   std::string identify = "cgroup";
   bool safeSearch = false;
@@ -70,6 +72,10 @@ void addOptions(CLI::App& app, Texts& texts) {
       ->type_name("FILE");
   app.add_option("--defaults-dir", texts.defaultsDirectory, "Folder of the user defaults")
       ->type_name("DIR")
+      ->capture_default_str();
+  app.add_option("--control", texts.control,
+                 "Control socket, for root and this service's user and group; none for none")
+      ->type_name("PATH|none")
       ->capture_default_str();
   app.add_option("--source-app", texts.sourceApp,
                  "Signing identifier of flows whose application is not known")
@@ -100,6 +106,9 @@ CommandLine commandLineFrom(const Texts& texts) {
     result.vendorData = *texts.vendorData;
   }
   result.defaultsDirectory = texts.defaultsDirectory;
+  if (texts.control != "none") {
+    result.control = texts.control;
+  }
   result.sourceApp = texts.sourceApp;
   result.identify = kDepths.at(texts.identify);
   result.safeSearch = texts.safeSearch;

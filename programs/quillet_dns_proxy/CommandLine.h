@@ -16,6 +16,8 @@ struct CommandLine {
   std::vector<ListenAddress> listen;
   std::optional<std::filesystem::path> vendorData;
   std::filesystem::path defaultsDirectory;
+  /// Where the control socket is; absent: there is none.
+  std::optional<std::filesystem::path> control;
   std::string sourceApp;
   /// How far it is looked for whose application a flow is; absent: not at all.
   std::optional<platform::SenderLookup::Depth> identify;

@@ -29,7 +29,7 @@ constexpr int kCannotStart = 1;
 /// Asks for as many descriptors as the bound on connections allows for, where the system grants
 /// them.
 void raiseDescriptorLimit() {
-  constexpr rlim_t kOthers = 256;
+  constexpr rlim_t kOthers = 256 + platform::JSONRPCServer::kMaxConnections;
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
     const rlim_t wanted = platform::NWConnection::kMaxConnections + kOthers;
@@ -77,13 +77,12 @@ int ProxyProcess::run() {
   return 0;
 }
 
-std::optional<ProxyProcess::Options> ProxyProcess::vendorOptions() const {
+tl::expected<ProxyProcess::Options, std::string> ProxyProcess::vendorOptions() const {
   auto options = readProviderOptions(commandLine_.vendorData);
   if (!options) {
     NSLog(options.error());
-    return std::nullopt;
   }
-  return *std::move(options);
+  return options;
 }
 
 bool ProxyProcess::bindHost() {
@@ -114,8 +113,28 @@ bool ProxyProcess::serve(Options options) {
   for (const auto& endpoint : host_->boundEndpoints()) {
     NSLog("FlowHost: listening on ", endpoint);
   }
+  serveControl();
   startProvider(std::move(options));
   return true;
+}
+
+/// Without a control socket the proxy serves all the same.
+void ProxyProcess::serveControl() {
+  if (!commandLine_.control) {
+    return;
+  }
+  ControlledProcess process{.unknownApplication = commandLine_.sourceApp,
+                            .openQueries = [this] { return ledger_->open(); },
+                            .reload = [this] { return reload(); }};
+  for (const auto& endpoint : host_->boundEndpoints()) {
+    process.listen.push_back(platform::description(endpoint));
+  }
+  control_ = std::make_shared<ControlService>(provider_, std::move(process));
+  ledger_->observe([control = control_](const QueryOutcome& outcome) { control->tell(outcome); });
+  controlServer_ = std::make_unique<platform::JSONRPCServer>(*control_);
+  if (const auto error = controlServer_->listen(*commandLine_.control)) {
+    NSLog("control socket: ", *error);
+  }
 }
 
 void ProxyProcess::startProvider(Options options) {
@@ -135,13 +154,15 @@ void ProxyProcess::handleSignal(int signal) {
   }
 }
 
-void ProxyProcess::reload() {
+std::optional<std::string> ProxyProcess::reload() {
   serviceManager_.reloading();
-  if (auto options = vendorOptions()) {
-    startProvider(*std::move(options));
-  } else {
+  auto options = vendorOptions();
+  if (!options) {
     serviceManager_.ready(status() + "; settings of before, the vendor data cannot be used");
+    return options.error();
   }
+  startProvider(*std::move(options));
+  return std::nullopt;
 }
 
 std::string ProxyProcess::status() const {

@@ -3,16 +3,19 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tl/expected.hpp>
 
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "control/ControlService.h"
 #include "platform/flowhost/FlowHost.h"
 #include "platform/service/ServiceManager.h"
+#include "platform/xpc/JSONRPCServer.h"
 #include "programs/quillet_dns_proxy/CommandLine.h"
 #include "queries/QueryLedger.h"
 
 namespace quillet {
 
-/// The wiring of the process: flow host, provider, signals and service manager.
+/// The wiring of the process: flow host, provider, control socket, signals and service manager.
 class ProxyProcess {
  public:
   explicit ProxyProcess(CommandLine commandLine);
@@ -24,13 +27,15 @@ class ProxyProcess {
  private:
   using Options = std::optional<platform::NEProviderOptions>;
 
-  /// Absent, after a line that says why, when the file cannot be used.
-  [[nodiscard]] std::optional<Options> vendorOptions() const;
+  /// The error is logged, too.
+  [[nodiscard]] tl::expected<Options, std::string> vendorOptions() const;
   bool bindHost();
   bool serve(Options options);
   void startProvider(Options options);
-  /// The settings stay as they are when the file cannot be used.
-  void reload();
+  void serveControl();
+  /// The settings stay as they are when the file cannot be used; gives why, after a line that says
+  /// so.
+  std::optional<std::string> reload();
   void handleSignal(int signal);
   /// For people who look at the service.
   [[nodiscard]] std::string status() const;
@@ -41,6 +46,8 @@ class ProxyProcess {
   const std::shared_ptr<QueryLedger> ledger_ = std::make_shared<QueryLedger>();
   std::shared_ptr<DnsProxyExt> provider_;
   std::unique_ptr<platform::FlowHost> host_;
+  std::shared_ptr<ControlService> control_;
+  std::unique_ptr<platform::JSONRPCServer> controlServer_;
   platform::ServiceManager serviceManager_;
 };
 
