@@ -8,7 +8,8 @@
 
 namespace quillet {
 
-/// What has become of the queries since the start. Each is answered, unanswered or declined.
+/// What has become of the queries since the start. Each is answered, unanswered or declined; one
+/// that was given up before anything was decided is unanswered, under rule 0.
 struct QueryCounters {
   void count(const QueryOutcome& outcome);
 

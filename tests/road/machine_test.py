@@ -14,7 +14,7 @@ from roadlib.upstream import Upstream
 class BuiltInAddressesTest(RoadTest):
     def test_built_in_addresses(self):
         filtering = self.upstream(host="127.0.0.2", port=81)
-        process = self.started(Process([os.environ["QUILLET_PROXY"], "--defaults-dir", self.folder]))
+        process = self.started(Process([os.environ["QUILLET_PROXY"], "--defaults-dir", self.folder, "--control", "none"]))
         poll(lambda: 5300 in process.bound_ports(), "the port is bound")
         process.endpoint = ("127.0.0.1", 5300)
         self.query(process)

@@ -39,7 +39,7 @@ class OptionsTest(RoadTest):
 
     def test_ports_of_the_systems_choice_are_told(self):
         proxy = self.started(Process([PROXY, "--listen", "127.0.0.1:0", "--listen", "127.0.0.2:0", "--defaults-dir",
-                                      self.folder]))
+                                      self.folder, "--control", "none"]))
         told = [line.split("listening on ")[1] for line in proxy.wait_for_line("FlowHost: listening on ", 2)]
         hosts, ports = zip(*(text.split(":") for text in told))
         self.assertEqual(hosts, ("127.0.0.1", "127.0.0.2"))

@@ -145,13 +145,16 @@ class DemoFilter(Process):
 class Proxy(Process):
     """The proxy, listening on `hosts` at free ports, once it has bound them; `prefix` is the command that runs it."""
 
-    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(), prefix=(), **how):
+    def __init__(self, defaults_folder, vendor_data_file=None, hosts=("127.0.0.1",), port=None, arguments=(), prefix=(),
+                 control="none", **how):
         self.defaults_folder = defaults_folder
+        self.socket_path = control
         self.endpoints = [(host, port or free_port(host)) for host in hosts]
         self.endpoint = self.endpoints[0]
         options = [("--listen", address_text(*endpoint)) for endpoint in self.endpoints]
         options += [("--defaults-dir", defaults_folder)] if defaults_folder else []
         options += [("--vendor-data", vendor_data_file)] if vendor_data_file else []
+        options += [("--control", control)] if control else []
         if "--source-app" in arguments and "--identify" not in arguments:
             arguments = ("--identify", "off", *arguments)  # the test's own application may be known
         super().__init__([*prefix, os.environ["QUILLET_PROXY"], *sum(options, ()), *arguments], **how)

@@ -1,4 +1,4 @@
-"""A client of the relay's XPC service: JSON-RPC 2.0, one message a line, over a Unix socket."""
+"""A client of the relay's XPC service or the proxy's control socket: JSON-RPC 2.0, one message a line."""
 
 import json
 import socket
@@ -7,10 +7,10 @@ from roadlib.processes import PATIENCE
 
 
 class XpcClient:
-    def __init__(self, relay):
+    def __init__(self, server):
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         self.socket.settimeout(PATIENCE)
-        self.socket.connect(relay.socket_path)
+        self.socket.connect(server.socket_path)
         self.send = self.socket.sendall
         self._lines = self.socket.makefile("rb")
 
@@ -24,15 +24,20 @@ class XpcClient:
         self._lines.close()
         self.socket.close()
 
-    def request(self, method, *params):
-        message = {"jsonrpc": "2.0", "id": 1, "method": method, "params": params}
+    def request(self, method, *params, **named):
+        message = {"jsonrpc": "2.0", "id": 1, "method": method} | ({"params": named or params} if named or params else {})
         self.send(json.dumps(message).encode() + b"\n")
+
+    def message(self):
+        """The next one; None at the end."""
+        line = self._lines.readline()
+        return json.loads(line) if line else None
 
     def result(self):
         """The result of the next answer, or its error's code."""
-        answer = json.loads(self._lines.readline())
+        answer = self.message()
         return answer["result"] if "result" in answer else answer["error"]["code"]
 
-    def call(self, method, *params):
-        self.request(method, *params)
+    def call(self, method, *params, **named):
+        self.request(method, *params, **named)
         return self.result()
