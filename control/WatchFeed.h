@@ -17,7 +17,7 @@ namespace quillet {
 class WatchFeed {
  public:
   /// How long lines are gathered.
-  static constexpr double kGatheringSeconds = 0.02;
+  static constexpr double kGatheringSeconds = 0.05;
   /// Octets that are gathered; more go out at once. A watcher loses them together, if it does.
   static constexpr std::size_t kMaxGathered = 64UL * 1024;
 

@@ -115,9 +115,10 @@ void JSONRPCServer::wantsTurn(const Connection& connection) {
   scheduleTurn();
 }
 
+// What is due runs once in an iteration, however often it gives itself again.
 void JSONRPCServer::scheduleTurn() {
   if (!turns_.empty() && !std::exchange(isTurnScheduled_, true)) {
-    DispatchQueue::global().async([weak = std::weak_ptr(self_)] {
+    DispatchQueue::global().asyncAfter(0, [weak = std::weak_ptr(self_)] {
       if (const auto self = weak.lock()) {
         (*self)->giveTurn();
       }

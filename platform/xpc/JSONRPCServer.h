@@ -19,8 +19,8 @@ namespace platform {
 /// state and take no time. Inside the event loop only. `NSXPCListener` has a thread for each
 /// client.
 ///
-/// Clients take turns, and one iteration of the loop has few turns (as many as the loop has rounds
-/// for work that was given): however many clients ask however much, the loop's other work goes on.
+/// Clients take turns, and one iteration of the loop has one turn: however many clients ask however
+/// much, the loop's other work waits for one call, or one piece of a long text.
 /// A client that may not be served (`Peer::isOurs`) gets one error and is closed.
 class JSONRPCServer final : private SocketWatcher, public JSONRPCConnection::Owner {
  public:
