@@ -17,7 +17,6 @@ using platform::JSONObject;
 using platform::JSONRPCError;
 using platform::JSONRPCFault;
 using platform::JSONValue;
-using platform::LogMode;
 
 namespace {
 
@@ -27,7 +26,9 @@ tl::unexpected<JSONRPCFault> fault(JSONRPCError error, std::string message = {})
 
 bool isText(const JSONValue& value) { return value.is_string(); }
 bool isBoolean(const JSONValue& value) { return value.is_boolean(); }
-bool isMode(const JSONValue& value) { return value == "full" || value == "brief"; }
+bool isMode(const JSONValue& value) {
+  return isText(value) && platform::logModeNamed(value.get<std::string>());
+}
 
 bool isCount(const JSONValue& value) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
@@ -214,7 +215,7 @@ ControlService::Result ControlService::bypass(const Params& params, const Client
 
 ControlService::Result ControlService::log(const Params& params, const Client& /*client*/) {
   const auto mode = params.at("mode").get<std::string>();
-  platform::setLogMode(mode == "brief" ? LogMode::brief : LogMode::full);
+  platform::setLogMode(*platform::logModeNamed(mode));
   platform::NSLog("log mode: ", mode);
   return JSONValue(nullptr);
 }

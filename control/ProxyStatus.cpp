@@ -58,7 +58,7 @@ JSONValue ProxyStatus::json() const {
                     {"uptime", uptime},
                     {"listen", listen},
                     {"bypass", bypass},
-                    {"log", log == platform::LogMode::brief ? "brief" : "full"},
+                    {"log", platform::nameOf(log)},
                     {"servers", std::move(serversOfRules)},
                     {"policy", policy},
                     {"queries", queriesOf(queries)},

@@ -1,6 +1,7 @@
 # The documents for administrators, and what a Debian package says about itself.
 install(FILES
     "${CMAKE_SOURCE_DIR}/docs/applications.md"
+    "${CMAKE_SOURCE_DIR}/docs/control.md"
     "${CMAKE_SOURCE_DIR}/docs/deploy.md"
     "${CMAKE_SOURCE_DIR}/docs/desktop.md"
     "${CMAKE_SOURCE_DIR}/docs/log.md"
