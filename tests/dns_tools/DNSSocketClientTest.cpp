@@ -10,8 +10,7 @@
 #include "tests/support/FakeServer.h"
 #include "tests/support/LogCapture.h"
 
-namespace DnsToolsSocket {
-namespace {
+namespace DnsToolsSocket::test {
 
 using platform::Data;
 using platform::NWConnection;
@@ -110,5 +109,4 @@ TEST_F(DNSSocketClientTest, ConnectsToNoPortOutsideTheRangeAndToNoName) {
   EXPECT_TRUE(told_.empty());
 }
 
-}  // namespace
-}  // namespace DnsToolsSocket
+}  // namespace DnsToolsSocket::test

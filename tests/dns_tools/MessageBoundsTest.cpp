@@ -6,9 +6,8 @@
 #include "dns_tools/Record.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace DnsToolsSocket::test {
 
-using namespace DnsToolsSocket;
 using platform::Data;
 using quillet::test::hex;
 
@@ -85,4 +84,4 @@ TEST(MessageBounds, TakeWhatACountAndALengthCanTell) {
   }
 }
 
-}  // namespace
+}  // namespace DnsToolsSocket::test

@@ -8,9 +8,8 @@
 #include "dns_tools/RecordType.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace DnsToolsSocket::test {
 
-using namespace DnsToolsSocket;
 using platform::DataView;
 using quillet::test::hex;
 
@@ -132,4 +131,4 @@ TEST(Message, TypesHaveTheirUsualNames) {
   EXPECT_EQ(names, "A NS CNAME SOA PTR MX TXT AAAA SRV Unknown SVCB HTTPSSVC IXFR AXFR * ");
 }
 
-}  // namespace
+}  // namespace DnsToolsSocket::test

@@ -5,10 +5,8 @@
 #include "dns_tools/Reader.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace DnsToolsSocket::test {
 
-using DnsToolsSocket::DecodeError;
-using DnsToolsSocket::Reader;
 using quillet::test::hex;
 
 /// The name that begins there and where it ends, "a. 3", or the error.
@@ -64,4 +62,4 @@ TEST(Reader, KeepsTheFirstFailureAndStaysAtTheEnd) {
   EXPECT_EQ(reader.error(), DecodeError::invalidIntegerSize);
 }
 
-}  // namespace
+}  // namespace DnsToolsSocket::test

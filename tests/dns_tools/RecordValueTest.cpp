@@ -17,9 +17,8 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace DnsToolsSocket::test {
 
-using namespace DnsToolsSocket;
 using platform::Data;
 using quillet::test::hex;
 
@@ -177,4 +176,4 @@ TEST(IP, OfARecordChangesToATextThatIsOne) {
   EXPECT_EQ(log.records(), std::vector<std::string>{"*** wrong ip ***"});
 }
 
-}  // namespace
+}  // namespace DnsToolsSocket::test

@@ -6,11 +6,8 @@
 #include "dns_tools/Writer.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace DnsToolsSocket::test {
 
-using DnsToolsSocket::EncodeError;
-using DnsToolsSocket::Labels;
-using DnsToolsSocket::Writer;
 using platform::Data;
 using quillet::test::hex;
 
@@ -96,4 +93,4 @@ TEST(Writer, RefusesWhatHasNoLength) {
   }
 }
 
-}  // namespace
+}  // namespace DnsToolsSocket::test

@@ -3,11 +3,9 @@
 #include "dnscodec/DNSLabel.h"
 #include "tests/support/Wire.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::Data;
-using test::hex;
 
 /// The name at `offset` and where it ends, "a.b 7"; nothing where there is none.
 std::string nameAt(const Data& buffer, std::uint32_t offset = 0) {
@@ -90,5 +88,4 @@ TEST(DNSLabelTest, WritesEachPieceAsALabel) {
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -3,11 +3,9 @@
 #include "dnscodec/DNSMessage.h"
 #include "tests/dnscodec/Samples.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::DataView;
-using test::hex;
 
 std::optional<DNSMessage> decoded(DataView bytes) {
   DNSMessageDecoder decoder;
@@ -173,5 +171,4 @@ TEST(DNSResourceRecordTest, OfAnOptHoldsItsFieldsInClassAndTtl) {
   EXPECT_EQ(fresh.encode(), hex("00 0000 0000 00000000 0000"));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -5,11 +5,9 @@
 #include "tests/dnscodec/Samples.h"
 #include "tests/support/LogCapture.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::Data;
-using test::hex;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Flags = DNSParser::Flags;
@@ -175,5 +173,4 @@ TEST_F(DNSParserTest, LogsQuestionsAndTakesTheHostOfAUrl) {
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

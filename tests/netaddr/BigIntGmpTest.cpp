@@ -9,8 +9,7 @@
 #include "tests/netaddr/Mpz.h"
 #include "tests/netaddr/Samples.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 /// Numbers of all lengths and signs, whose words are random, zeros or ones.
 class Operands {
@@ -207,5 +206,4 @@ TEST(BigIntPrimalityTest, OfLargePrimesAndPseudoprimesAgrees) {
   EXPECT_EQ(BigInt::generatePseudoPrimeWithBits(1, 1), BigInt());
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -9,8 +9,7 @@
 #include "netaddr/BigInt.h"
 #include "tests/netaddr/Samples.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using Word = BigInt::Word;
 
@@ -141,5 +140,4 @@ TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
             hex("FFFFFFF900000003"));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -10,8 +10,7 @@
 #include "tests/netaddr/Samples.h"
 #include "tests/support/Wire.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::Data;
 
@@ -138,5 +137,4 @@ TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
       thrownBy([&] { DNSAResourceRecord::fromResource(record); }).starts_with("ipInvalidLength: "));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -4,8 +4,7 @@
 
 #include "netaddr/IPv6.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::Data;
 using Texts = std::vector<std::string>;
@@ -88,5 +87,4 @@ TEST(IPv6Test, CarriesIPv4AtItsEnd) {
   EXPECT_EQ(other.parsev4inv6("1::9"), "1::9");
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -4,7 +4,7 @@
 
 #include "netaddr/BigInt.h"
 
-namespace quillet {
+namespace quillet::test {
 
 /// A number of GMP, the other opinion on what BigInt says.
 class Mpz {
@@ -45,4 +45,4 @@ class Mpz {
   mpz_t value_;
 };
 
-}  // namespace quillet
+}  // namespace quillet::test

@@ -7,7 +7,7 @@
 #include "netaddr/BigInt.h"
 #include "netaddr/NamedException.h"
 
-namespace quillet {
+namespace quillet::test {
 
 /// How GoogleTest prints a value.
 inline void PrintTo(const BigInt& value, std::ostream* out) {  // NOLINT: GoogleTest's name
@@ -31,4 +31,4 @@ std::string thrownBy(Call call) {
   return {};
 }
 
-}  // namespace quillet
+}  // namespace quillet::test

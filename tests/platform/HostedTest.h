@@ -2,6 +2,9 @@
 
 #include "platform/flowhost/FlowHost.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
+#include "platform/udp/OwnSockets.h"
+#include "tests/platform/SocketFailures.h"
+#include "tests/platform/TCPClient.h"
 #include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
 
@@ -41,8 +44,7 @@ class HostedTest : public testing::Test {
   /// The address that a listen address has, or another one of the same port.
   SocketAddress bound(std::size_t index = 0, const std::string& host = "") {
     const auto [own, port] = endpoint(index);
-    const auto number = static_cast<std::uint16_t>(std::stoi(port));
-    return SocketAddress::parse(host.empty() ? own : host, number).value();
+    return address(host.empty() ? own : host, static_cast<std::uint16_t>(std::stoi(port)));
   }
   Flow offered(std::size_t index) {
     EXPECT_TRUE(runUntilSize(provider_.flows, index + 1));
@@ -79,8 +81,7 @@ class HostedTest : public testing::Test {
     return outcome.value_or("nothing");
   }
   std::string answer(std::size_t index, const std::string& text) {
-    const auto flow = offered(index);
-    return write(flow, {text}, {provider_.destinations.at(index)});
+    return write(offered(index), {text}, {provider_.destinations.at(index)});
   }
 
   LogCapture log_;

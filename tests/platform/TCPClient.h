@@ -1,13 +1,9 @@
 #pragma once
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-#include <stdexcept>
+#include <cerrno>
 #include <string>
 
-#include "platform/base/FileDescriptor.h"
-#include "platform/udp/SocketAddress.h"
+#include "tests/platform/Socket.h"
 
 namespace platform::test {
 
@@ -17,39 +13,26 @@ inline std::string framed(const std::string& message) {
          message;
 }
 
-/// The address of a socket's one side.
-template <class Call>
-SocketAddress sideOf(const FileDescriptor& socket, const Call& call) {
-  SocketAddress address;
-  socklen_t size = SocketAddress::kMaxSize;
-  call(socket.get(), address.data(), &size);
-  return address;
-}
-
-/// A TCP connection driven by hand, from either side.
-class TCPClient {
+/// A TCP connection, from either side.
+class TCPClient : public Socket {
  public:
-  explicit TCPClient(const SocketAddress& to)
-      : socket_(::socket(to.family(), SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    require(::connect(socket_.get(), to.data(), to.size()) == 0);
+  using Socket::Socket;
+  explicit TCPClient(const SocketAddress& to) : Socket(to.family(), SOCK_STREAM | SOCK_CLOEXEC) {
+    connect(to);
   }
-  explicit TCPClient(FileDescriptor accepted) : socket_(std::move(accepted)) {}
 
-  [[nodiscard]] SocketAddress address() const { return sideOf(socket_, ::getsockname); }
-  [[nodiscard]] SocketAddress peer() const { return sideOf(socket_, ::getpeername); }
-
-  void send(const std::string& octets) const {
-    const auto size = ::sendto(socket_.get(), octets.data(), octets.size(), MSG_NOSIGNAL, {}, 0);
-    require(size == static_cast<ssize_t>(octets.size()));
+  void query(const std::string& text, std::size_t times = 1) const {
+    while (times-- > 0) {
+      send(framed(text));
+    }
   }
-  void query(const std::string& text) const { send(framed(text)); }
-  void endSending() const { require(::shutdown(socket_.get(), SHUT_WR) == 0); }
+  void endSending() const { require(::shutdown(descriptor(), SHUT_WR) == 0); }
 
   /// All octets so far.
   const std::string& received() {
     std::string room(1 << 16, 0);
     for (ssize_t size = 1; size > 0;) {
-      size = ::recv(socket_.get(), room.data(), room.size(), MSG_DONTWAIT);
+      size = ::recv(descriptor(), room.data(), room.size(), MSG_DONTWAIT);
       received_.append(room, 0, size > 0 ? static_cast<std::size_t>(size) : 0);
       isClosed_ = isClosed_ || size == 0 || (size < 0 && errno == ECONNRESET);
     }
@@ -62,28 +45,20 @@ class TCPClient {
   }
 
  private:
-  static void require(bool isDone) {
-    if (!isDone) {
-      throw std::runtime_error("a test socket cannot be used");
-    }
-  }
-
-  FileDescriptor socket_;
   std::string received_;
   bool isClosed_ = false;
 };
 
-/// A TCP socket on loopback, at a port of the system's choice, that clients connect to.
-struct TCPServer {
-  TCPServer() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-    ::listen(socket.get(), SOMAXCONN);
+/// A TCP socket that clients connect to, on loopback unless it is told otherwise.
+struct TCPServer : Socket {
+  explicit TCPServer(const SocketAddress& at = test::address("127.0.0.1"))
+      : Socket(at.family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC) {
+    bind(at);
+    require(::listen(descriptor(), SOMAXCONN) == 0);
   }
-  [[nodiscard]] std::uint16_t port() const { return sideOf(socket, ::getsockname).port(); }
   [[nodiscard]] TCPClient accept() const {
-    return TCPClient(FileDescriptor(::accept(socket.get(), nullptr, nullptr)));
+    return TCPClient(FileDescriptor(::accept(descriptor(), nullptr, nullptr)));
   }
-
-  FileDescriptor socket;
 };
 
 }  // namespace platform::test

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
@@ -18,10 +17,12 @@
 #include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Rows.h"
 
 /// What the tests of the platform's rooms have in common. They stand in this namespace.
 namespace platform::test {
 
+using quillet::test::expectEach;
 using quillet::test::LogCapture;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -55,6 +56,11 @@ class SharedClock final : public Clock {
   void advanceSeconds(double seconds) {
     microseconds_ += std::llround(seconds * 1e6);
     uptime_ += static_cast<std::uint64_t>(std::llround(std::max(seconds, 0.0) * 1e9));
+  }
+  /// The time passes, and what is due by then is done.
+  void pass(double seconds) {
+    advanceSeconds(seconds);
+    runReady();
   }
 
  private:

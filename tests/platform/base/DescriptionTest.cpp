@@ -3,18 +3,14 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 using namespace std::string_literals;
 
 TEST(DescriptionTest, PrintsFractions) {
-  const std::pair<double, const char*> rows[] = {
+  expectEach<double>([](double value) { return description(value); }, {
       {-0.0, "-0.0"},     {0.0001, "0.0001"},
       {0.00001, "1e-05"}, {1e15, "1000000000000000.0"},
-      {1e16, "1e+16"},    {-1.7976931348623157e308, "-1.7976931348623157e+308"}};
-  for (const auto& [value, text] : rows) {
-    EXPECT_EQ(description(value), text);
-  }
+      {1e16, "1e+16"},    {-1.7976931348623157e308, "-1.7976931348623157e+308"}});
 }
 
 TEST(DescriptionTest, QuotesTextsInsideOtherValuesOnly) {
@@ -36,5 +32,4 @@ TEST(DescriptionTest, PrintsWhatMayBeAbsentAndContainers) {
   EXPECT_LT(description(std::vector(2, std::vector(100'000, 1))).size(), 262144 + 10U);
 }
 
-}  // namespace
 }  // namespace platform::test

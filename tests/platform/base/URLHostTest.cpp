@@ -2,20 +2,16 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(URLHostTest, IsThePartBetweenSchemeAndPathIfThereIsOne) {
-  const std::pair<const char*, const char*> rows[] = {
+  expectEach(urlHost, {
       {"https://www.Example.com/a/b?c=d#e", "www.Example.com"},
       {"http://example.com?q", "example.com"},
       {"http://example.com#f", "example.com"},
       {"http://a@b@example.com:80/", "example.com"},
       {"http://[2001:db8::1]:80/", "2001:db8::1"},
       {"svn+ssh://example.com/http", "example.com"},
-      {"//http.example/x", "http.example"}};
-  for (const auto& [text, host] : rows) {
-    EXPECT_EQ(urlHost(text), host) << text;
-  }
+      {"//http.example/x", "http.example"}});
   for (const char* text :
        {"", "http.example.com", "http:/example.com", "http//example.com", "://example.com",
         "1http://example.com", "a b://example.com", "http:///path", "http://user@:80/",
@@ -25,5 +21,4 @@ TEST(URLHostTest, IsThePartBetweenSchemeAndPathIfThereIsOne) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

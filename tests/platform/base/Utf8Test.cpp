@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 // The bounds of each row of the table of RFC 3629 section 4.
 TEST(Utf8Test, KnowsWhichSequencesAreWellFormed) {
@@ -32,5 +31,4 @@ TEST(Utf8Test, ReplacesWhatIsIllFormed) {
   EXPECT_EQ(repairedUtf8("\xF0\x80\x80\xF1\x80\x80\xC2"), "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -5,7 +5,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(DispatchQueueTest, TakesWorkFromManyThreadsOneAtATime) {
   constexpr int kThreads = 4;
@@ -44,5 +43,4 @@ TEST(DispatchQueueTest, GoesOnWhenItsWorkThrows) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

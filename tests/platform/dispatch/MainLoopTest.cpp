@@ -5,7 +5,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 void later(std::function<void()> work) { DispatchQueue::global().async(std::move(work)); }
 
@@ -44,5 +43,4 @@ TEST(MainLoopTest, WritesTheRecordsOfOneTurnTogetherBeforeItWaits) {
   LogSink::setShared(nullptr);
 }
 
-}  // namespace
 }  // namespace platform::test

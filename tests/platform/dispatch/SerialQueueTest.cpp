@@ -5,7 +5,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(SerialQueueTest, StoppingWaitsForWhatHasBegunAndRunsNothingMore) {
   const auto queue = DispatchQueue::serial();
@@ -43,5 +42,4 @@ TEST(SerialQueueTest, MayBeLetGoOfByItsOwnWork) {
   over.get_future().wait();
 }
 
-}  // namespace
 }  // namespace platform::test

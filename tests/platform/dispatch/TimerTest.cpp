@@ -3,14 +3,9 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 class TimerTest : public testing::Test {
  protected:
-  void pass(double seconds) {
-    clock_.advanceSeconds(seconds);
-    runReady();
-  }
   std::function<void()> note(int number) {
     return [this, number] { done_.push_back(number); };
   }
@@ -30,13 +25,13 @@ TEST_F(TimerTest, WorkIsDoneWhenItIsDueAndInOrder) {
   after(2, note(2));
   after(-5, note(0));
   EXPECT_THAT(done_, ElementsAre());
-  pass(1.999);
+  clock_.pass(1.999);
   EXPECT_THAT(done_, ElementsAre(0));
-  pass(0.001);
+  clock_.pass(0.001);
   EXPECT_THAT(done_, ElementsAre(0, 2));
-  pass(9.998);
+  clock_.pass(9.998);
   EXPECT_THAT(done_, ElementsAre(0, 2, 3, 4));
-  pass(1e6);
+  clock_.pass(1e6);
   EXPECT_THAT(done_, ElementsAre(0, 2, 3, 4, 5));
 }
 
@@ -45,12 +40,12 @@ TEST_F(TimerTest, FiresOnceOrAgainAndAgain) {
   const auto again = Timer::scheduled(3, true, note(2));
   EXPECT_TRUE(once.isValid());
   for (int second = 0; second < 9; ++second) {
-    pass(1);
+    clock_.pass(1);
   }
   EXPECT_THAT(done_, ElementsAre(1, 2, 2, 2));
   EXPECT_FALSE(once.isValid());
   EXPECT_TRUE(again.isValid());
-  pass(300);
+  clock_.pass(300);
   EXPECT_THAT(done_, ElementsAre(1, 2, 2, 2, 2)) << "missed firings count as one";
 }
 
@@ -64,11 +59,10 @@ TEST_F(TimerTest, FiresNoMoreWhenInvalidatedOrGone) {
     gone.reset();
   });
   invalidated.invalidate();
-  pass(1);
-  pass(1);
+  clock_.pass(1);
+  clock_.pass(1);
   EXPECT_THAT(done_, ElementsAre(2, 3));
   EXPECT_FALSE(itself.isValid());
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -5,7 +5,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 /// An end of a pipe, and what the loop says of it.
 class Watched final : public SocketWatcher {
@@ -63,5 +62,4 @@ TEST(WatchedSocketTest, NeitherAClosedOneNorTheNextOfItsNumberHearsOfIt) {
   EXPECT_EQ(fresh->last, (SocketInterest{true, false}));
 }
 
-}  // namespace
 }  // namespace platform::test

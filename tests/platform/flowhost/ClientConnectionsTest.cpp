@@ -2,13 +2,9 @@
 #include <deque>
 
 #include "platform/flowhost/ClientConnections.h"
-#include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
-#include "tests/platform/SocketFailures.h"
-#include "tests/platform/TCPClient.h"
 
 namespace platform::test {
-namespace {
 
 using namespace std::string_literals;
 
@@ -27,10 +23,6 @@ class ClientConnectionsTest : public HostedTest {
     EXPECT_EQ(answer(index, "answer"), "");
     EXPECT_EQ(client.received(), framed("answer"));
     EXPECT_FALSE(client.isClosed());
-  }
-  void pass(double seconds) {
-    clock_.advanceSeconds(seconds);
-    runReady();
   }
 
   SharedClock clock_;
@@ -82,11 +74,9 @@ TEST_F(ClientConnectionsTest, SoManyQueriesAreOutstandingAndTheOthersWait) {
 TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATime) {
   constexpr auto kMany = ClientConnections::kMaxConnections * ClientConnections::kOutstandingShare;
   std::deque<TCPClient> clients;
-  for (std::size_t i = 0; i < kMany; ++i) {
-    if (i % kMaxOutstanding == 0) {
-      clients.emplace_back(bound());
-    }
-    clients.back().query("q");
+  static_assert(kMany % kMaxOutstanding == 0);
+  while (clients.size() < kMany / kMaxOutstanding) {
+    clients.emplace_back(bound()).query("q", kMaxOutstanding);
   }
   offered(kMany - 1);
   TCPClient late(bound());
@@ -100,9 +90,7 @@ TEST_F(ClientConnectionsTest, WhenAllTogetherHaveManyOutstandingEachHasOneAtATim
 
 TEST_F(ClientConnectionsTest, ASlowReaderIsClosedWhenTooMuchWaits) {
   TCPClient client(bound());
-  for (std::size_t i = 0; i < kMaxOutstanding; ++i) {
-    client.query("q");
-  }
+  client.query("q", kMaxOutstanding);
   offered(kMaxOutstanding - 1);
   const std::string large(MessageFraming::kMaxMessage, 'x');
   {
@@ -130,17 +118,17 @@ TEST_F(ClientConnectionsTest, WhoSendsNoWholeQueryIsClosedUnlessItWaitsForAnAnsw
   TCPClient waiting(bound());
   waiting.query("slow");
   offered(0);
-  pass(9.9);
+  clock_.pass(9.9);
   idle[2].send("r");
   expectService();
   EXPECT_FALSE(idle[0].isClosed());
-  pass(0.1);
+  clock_.pass(0.1);
   EXPECT_TRUE(idle[0].isClosed() && idle[1].isClosed() && idle[2].isClosed());
-  pass(100);
+  clock_.pass(100);
   EXPECT_EQ(answer(0, "at last"), "");
-  pass(9.9);
+  clock_.pass(9.9);
   EXPECT_FALSE(waiting.isClosed());
-  pass(0.1);
+  clock_.pass(0.1);
   EXPECT_TRUE(waiting.isClosed());
   EXPECT_EQ(waiting.received(), framed("at last"));
 }
@@ -150,14 +138,12 @@ TEST_F(ClientConnectionsTest, AnAnswerThatNeverComesIsWaitedForSoLong) {
   half.query("q");
   half.endSending();
   TCPClient whole(bound());
-  for (std::size_t i = 0; i <= kMaxOutstanding; ++i) {
-    whole.query("q");
-  }
+  whole.query("q", kMaxOutstanding + 1);
   offered(kMaxOutstanding);
-  pass(119);
+  clock_.pass(119);
   EXPECT_FALSE(half.isClosed());
   EXPECT_THAT(provider_.flows, SizeIs(1 + kMaxOutstanding));
-  pass(1);
+  clock_.pass(1);
   EXPECT_TRUE(half.isClosed());
   EXPECT_THAT(provider_.flows, SizeIs(2 + kMaxOutstanding));
   EXPECT_EQ(answer(1, "late"), "");
@@ -168,7 +154,7 @@ TEST_F(ClientConnectionsTest, OneConnectionMoreClosesTheIdlest) {
   std::deque<TCPClient> clients;
   for (std::size_t i = 0; i < ClientConnections::kMaxConnections; ++i) {
     clients.emplace_back(bound());
-    pass(0.01);
+    clock_.pass(0.01);
   }
   clients[0].query("q");
   offered(0);
@@ -178,7 +164,7 @@ TEST_F(ClientConnectionsTest, OneConnectionMoreClosesTheIdlest) {
 }
 
 TEST_F(ClientConnectionsTest, WhatIsNoQueryEndsItsOwnConnectionOnly) {
-  { const TCPClient gone(bound()); }
+  TCPClient(bound()).close();
   TCPClient empty(bound());
   empty.send(framed("q") + framed("") + framed("not read"));
   TCPClient cut(bound());
@@ -210,9 +196,9 @@ TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
     TCPClient client(bound());
     client.query("q");
     runReady();
-    pass(1);
+    clock_.pass(1);
     EXPECT_THAT(provider_.flows, IsEmpty());
-    pass(1);
+    clock_.pass(1);
     EXPECT_THAT(provider_.flows, SizeIs(1));
   }
   EXPECT_THAT(log_.records(), ElementsAre("FlowHost: cannot accept on " + description(endpoint()) +
@@ -220,5 +206,4 @@ TEST_F(ClientConnectionsTest, ASystemWithoutRoomIsLeftAloneForASecond) {
   expectService();
 }
 
-}  // namespace
 }  // namespace platform::test

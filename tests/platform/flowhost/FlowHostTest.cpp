@@ -1,15 +1,10 @@
-#include <cerrno>
 #include <map>
 
 #include "platform/flowhost/ListenSocket.h"
-#include "platform/udp/OwnSockets.h"
 #include "tests/platform/HostedTest.h"
-#include "tests/platform/SocketFailures.h"
-#include "tests/platform/TCPClient.h"
 #include "tests/support/NetworkNamespace.h"
 
 namespace platform::test {
-namespace {
 
 class FlowHostTest : public HostedTest {};
 
@@ -39,14 +34,13 @@ TEST_F(FlowHostTest, OffersWhatOneClientHasSentToOneAddressAsOneFlow) {
 TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
   start({"0.0.0.0"});
   const UDPSocket client;
-  const auto address = SocketAddress::parse("127.0.0.1", client.port()).value();
   std::optional<OwnSockets::Entry> exchange;
-  exchange.emplace(address, OwnSockets::Use::exchange);
+  exchange.emplace(client.address(), OwnSockets::Use::exchange);
   client.send("round", bound(0, "127.0.0.1"));
   runReady();
   EXPECT_THAT(provider_.flows, IsEmpty());
-  EXPECT_THAT(log_.records(),
-              ElementsAre("FlowHost: dropped 5 bytes from our own socket " + description(address)));
+  EXPECT_THAT(log_.records(), ElementsAre("FlowHost: dropped 5 bytes from our own socket " +
+                                          description(client.address())));
   exchange.reset();
   client.send("in", bound(0, "127.0.0.1"));
   offered(0);
@@ -186,5 +180,4 @@ TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -10,7 +10,6 @@
 #include "tests/support/FakeFlow.h"
 
 namespace platform::test {
-namespace {
 
 using quillet::test::FakeFlow;
 using testing::Pair;
@@ -38,8 +37,7 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
   };
   for (const auto& [text, own, port, expected] : rows) {
     configure(text);
-    const OwnSockets::Entry served(SocketAddress::parse(own, port).value(),
-                                   OwnSockets::Use::serving);
+    const OwnSockets::Entry served(address(own, port), OwnSockets::Use::serving);
     const auto server = SystemResolver(file_, 53).server();
     EXPECT_EQ(server ? server->host() : "none", expected) << text;
   }
@@ -120,10 +118,6 @@ class SystemResolverByTCPTest : public SystemResolverTest {
     runReady();
     return flow;
   }
-  void pass(double seconds) {
-    clock_.advanceSeconds(seconds);
-    runReady();
-  }
 
   SharedClock clock_;
   TCPServer server_;
@@ -162,9 +156,9 @@ TEST_F(SystemResolverByTCPTest, ClosesTheFlowWhateverTheServerDoes) {
     if (closes) {
       peer.endSending();
     }
-    pass(9.9);
+    clock_.pass(9.9);
     EXPECT_EQ(flow->closed.empty(), error == "no answer in time");
-    pass(0.1);
+    clock_.pass(0.1);
     EXPECT_EQ(flow->closed.at(0), "read Optional(" + error + ")");
     EXPECT_THAT(flow->written, IsEmpty());
     EXPECT_EQ(flow.use_count(), 1);
@@ -180,12 +174,11 @@ TEST_F(SystemResolverByTCPTest, OneFlowMoreThanMayBeAskedGivesUpTheOldest) {
   flows.push_back(served());
   EXPECT_EQ(flows[0]->closed.at(0), "read Optional(given up to make room)");
   EXPECT_THAT(flows[1]->closed, IsEmpty());
-  pass(10);
+  clock_.pass(10);
   EXPECT_EQ(flows.back()->closed.at(0), "read Optional(no answer in time)");
-  server_.socket = FileDescriptor();
+  server_.close();
   EXPECT_EQ(served()->closed.at(0),
             "read Optional(POSIXErrorCode(rawValue: 111): Connection refused)");
 }
 
-}  // namespace
 }  // namespace platform::test

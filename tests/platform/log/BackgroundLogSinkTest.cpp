@@ -8,7 +8,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 using Records = std::vector<std::string>;
 
@@ -46,5 +45,4 @@ TEST(BackgroundLogSinkTest, GivesUpWaitingForAReaderThatGetsWhatFitsInOrder) {
   EXPECT_TRUE(written.get() == (Records{"first", large, std::string(LogSink::kLossText), "last"}));
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -12,7 +12,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 int overflowStack(int depth) {
   volatile char block[4096];
@@ -41,5 +40,4 @@ TEST(CrashHandlerTest, WritesRecordsHeldBackOnceHoweverTheProcessEnds) {
   EXPECT_EXIT(end([] { overflowStack(0); }), testing::KilledBySignal(SIGSEGV), kLastLine);
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -9,7 +9,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(HeldBackLinesTest, EndsALineThatTheDiskHasCutBeforeTheNext) {
   const TemporaryDirectory directory;
@@ -34,5 +33,4 @@ TEST(HeldBackLinesTest, EndsALineThatTheDiskHasCutBeforeTheNext) {
   EXPECT_EQ(readFile(path), "first\nse\nthird\nlast\n");
 }
 
-}  // namespace
 }  // namespace platform::test

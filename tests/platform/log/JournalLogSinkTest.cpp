@@ -6,7 +6,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(JournalLogSinkTest, TakesStandardErrorForTheJournalWhenTheVariableNamesIt) {
   struct stat status {};
@@ -24,5 +23,4 @@ TEST(JournalLogSinkTest, TakesStandardErrorForTheJournalWhenTheVariableNamesIt) 
   }
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 using namespace std::string_literals;
 
@@ -31,5 +30,4 @@ TEST(LogEscapeTest, EscapesControlsAndWhatIsNoUtf8WhereverTheyStand) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

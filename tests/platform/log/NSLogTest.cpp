@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 struct Talkative {
   void describe(std::string& out) const {
@@ -28,5 +27,4 @@ TEST(NSLogTest, CutsARecord) {
   EXPECT_TRUE(log.records().at(1) == "a" + most.substr(1) + "... (cut here)");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -6,7 +6,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 const std::string kName = "proxy[" + std::to_string(::getpid()) + "] ";
 
@@ -50,5 +49,4 @@ TEST_F(StreamLogSinkTest, WritesWhatPipeAndBufferHoldWholeAndARecordForTheRest) 
   EXPECT_EQ(pipe_.read(), prefix + "(log records were lost here)\n" + prefix + "end\n");
 }
 
-}  // namespace
 }  // namespace platform::test

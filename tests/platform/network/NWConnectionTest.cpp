@@ -6,7 +6,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 class NWConnectionTest : public ConnectionTest {};
 
@@ -166,5 +165,4 @@ TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -8,7 +8,6 @@
 #include "tests/platform/UDPSocket.h"
 
 namespace platform::test {
-namespace {
 
 /// A listener whose connections start at once and are received from for as long as they are held.
 class NWListenerTest : public testing::Test {
@@ -158,5 +157,4 @@ TEST_F(NWListenerTest, ARefusedAnswerIsTheErrorOfAReceiveAndNotOfTheNextSend) {
   EXPECT_EQ(answer(), "POSIXErrorCode(rawValue: 1): Operation not permitted");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -3,7 +3,6 @@
 #include "tests/support/NetworkNamespace.h"
 
 namespace platform::test {
-namespace {
 
 using quillet::test::NetworkNamespace;
 
@@ -46,5 +45,4 @@ TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled)
   EXPECT_THAT(paths, expected);
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 constexpr char kNone[] = "unsatisfied (No network route)";
 constexpr char kSatisfied[] = "satisfied (Path is satisfied), interface: ";
@@ -46,5 +45,4 @@ TEST(NWPath, FollowsASocketToItsInterface) {
   EXPECT_EQ(path("192.0.2.77"), kNone);
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -6,7 +6,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 class OpenConnectionsTest : public ConnectionTest {};
 
@@ -76,5 +75,4 @@ TEST_F(OpenConnectionsTest, WithoutADescriptorTheOneIdleLongestGivesItsOwnOrItFa
                                   "sent q " + error));
 }
 
-}  // namespace
 }  // namespace platform::test

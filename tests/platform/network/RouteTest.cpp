@@ -3,7 +3,6 @@
 #include "tests/support/Wire.h"
 
 namespace platform::test {
-namespace {
 
 using quillet::test::hex;
 
@@ -56,5 +55,4 @@ TEST(Route, BearsAnAnswerCutAnywhereAndLengthsThatLie) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

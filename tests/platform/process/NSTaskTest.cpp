@@ -10,7 +10,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 /// What a shell prints to standard output and error, or why it cannot be started.
 std::string run(const std::string& commandLine, const char* shell = "/bin/sh") {
@@ -76,5 +75,4 @@ TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   EXPECT_EQ(run("echo again"), "again\n");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -2,8 +2,7 @@
 
 #include "platform/senders/CgroupApplication.h"
 
-namespace platform {
-namespace {
+namespace platform::test {
 
 const std::string kUser = "/user.slice/user-1000.slice/user@1000.service";
 const std::string kApps = kUser + "/app.slice/";
@@ -61,5 +60,4 @@ TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
   }
 }
 
-}  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -5,8 +5,7 @@
 
 #include "platform/senders/ConntrackMessage.h"
 
-namespace platform {
-namespace {
+namespace platform::test {
 
 // Netlink's headers and attributes are in the byte order of the machine, a little-endian one here.
 // clang-format off
@@ -78,5 +77,4 @@ TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
   }
 }
 
-}  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -10,7 +10,6 @@
 #include "tests/platform/senders/TestCgroup.h"
 
 namespace platform::test {
-namespace {
 
 /// Asks who sends from sockets made in cgroups.
 class SenderLookupTest : public testing::Test {
@@ -147,5 +146,4 @@ TEST_F(SenderLookupTest, FindsWhatWasRedirectedByItsOriginalEndsOrItsPort) {
   EXPECT_EQ(application(byPort), "some.service");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -12,7 +12,6 @@
 #include "tests/support/NetworkNamespace.h"
 
 namespace platform::test {
-namespace {
 
 using quillet::test::NetworkNamespace;
 
@@ -210,5 +209,4 @@ TEST_F(SocketTableTest, FindsTheClientsEndOfAConnection) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

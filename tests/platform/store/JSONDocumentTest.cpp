@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 using namespace std::string_literals;
 
@@ -68,5 +67,4 @@ TEST(JSONDocumentTest, TellsWhichObjectLacksAMember) {
   EXPECT_FALSE(fault(document->value[3]["c"], "b")) << "another object had it";
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(JSONValueTest, PrintsEachKind) {
   const std::pair<const char*, std::string> rows[] = {
@@ -19,5 +18,4 @@ TEST(JSONValueTest, PrintsEachKind) {
   EXPECT_EQ(description(parseJSON("null")->value), "<null>");
 }
 
-}  // namespace
 }  // namespace platform::test

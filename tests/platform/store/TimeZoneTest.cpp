@@ -6,7 +6,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 class TimeZoneTest : public testing::Test {
  protected:
@@ -54,5 +53,4 @@ TEST_F(TimeZoneTest, LooksAgainAfterASecond) {
   EXPECT_EQ(zone.identifier(), "Asia/Tokyo");
 }
 
-}  // namespace
 }  // namespace platform::test

@@ -7,7 +7,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -119,5 +118,4 @@ TEST_F(UserDefaultsTest, LeavesAFileThatItCannotReadWhole) {
   EXPECT_EQ(readFile(file_), "{\n  \"a\": 3,\n  \"b\": 4\n}\n");
 }
 
-}  // namespace
 }  // namespace platform::test

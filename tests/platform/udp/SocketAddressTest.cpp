@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 using namespace std::string_literals;
 
@@ -30,5 +29,4 @@ TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

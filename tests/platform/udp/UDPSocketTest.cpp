@@ -6,8 +6,7 @@
 #include "platform/udp/UDPSocket.h"
 #include "tests/platform/UDPSocket.h"
 
-namespace platform {
-namespace {
+namespace platform::test {
 
 using test::bytes;
 using Peer = test::UDPSocket;
@@ -87,5 +86,4 @@ TEST(UDPSocketTest, ARefusalIsTheErrorOfALaterCallUnlessItIsDroppedOrKept) {
   EXPECT_FALSE(bound.takeRefusal());
 }
 
-}  // namespace
-}  // namespace platform
+}  // namespace platform::test

@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 /// Method, id and params, or the error's code and id.
 std::string outcome(const std::string& line) {
@@ -31,5 +30,4 @@ TEST(JSONRPCTest, ReadsOneRequest) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

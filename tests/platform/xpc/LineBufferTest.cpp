@@ -2,7 +2,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 TEST(LineBufferTest, PutsLinesTogetherHoweverTheyComeButForThoseTooLong) {
   const std::string longest(LineBuffer::kMaxLine, 'x');
@@ -22,5 +21,4 @@ TEST(LineBufferTest, PutsLinesTogetherHoweverTheyComeButForThoseTooLong) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test

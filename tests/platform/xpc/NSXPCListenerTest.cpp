@@ -11,7 +11,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 /// What the service does, one object for each client.
 class Service : public NSObject {
@@ -190,5 +189,4 @@ TEST_F(NSXPCListenerTest, EndsItsConnections) {
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
-}  // namespace
 }  // namespace platform::test

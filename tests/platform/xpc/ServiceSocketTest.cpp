@@ -11,7 +11,6 @@
 #include "tests/platform/Test.h"
 
 namespace platform::test {
-namespace {
 
 class ServiceSocketTest : public testing::Test {
  protected:
@@ -103,5 +102,4 @@ TEST_F(ServiceSocketTest, ReplacesAStaleFileForOneOfThoseThatStartTogether) {
   }
 }
 
-}  // namespace
 }  // namespace platform::test
