@@ -81,7 +81,8 @@ class HostedTest : public testing::Test {
     return outcome.value_or("nothing");
   }
   std::string answer(std::size_t index, const std::string& text) {
-    return write(offered(index), {text}, {provider_.destinations.at(index)});
+    const auto flow = offered(index);
+    return write(flow, {text}, {provider_.destinations.at(index)});
   }
 
   LogCapture log_;

@@ -18,7 +18,7 @@ inline SocketAddress address(const std::string& host, std::uint16_t port = 0) {
 /// The other side of what a test tests: a socket driven by hand. What it cannot do throws.
 class Socket {
  public:
-  Socket(sa_family_t family, int kind) : Socket(FileDescriptor(::socket(family, kind, 0))) {}
+  Socket(sa_family_t family, int kind) : Socket(FileDescriptor(::socket(family, kind | SOCK_CLOEXEC, 0))) {}
   explicit Socket(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   [[nodiscard]] int descriptor() const { return descriptor_.get(); }
@@ -33,9 +33,12 @@ class Socket {
   void connect(const SocketAddress& to) const {
     require(::connect(descriptor(), to.data(), to.size()) == 0);
   }
-  template <class Value>
-  void set(int level, int option, const Value& value, socklen_t size = sizeof(Value)) const {
-    require(::setsockopt(descriptor(), level, option, &value, size) == 0);
+  void set(int level, int option, int value) const {
+    require(::setsockopt(descriptor(), level, option, &value, sizeof value) == 0);
+  }
+  void bindToDevice(const std::string& name) const {
+    const auto size = static_cast<socklen_t>(name.size());
+    require(::setsockopt(descriptor(), SOL_SOCKET, SO_BINDTODEVICE, name.data(), size) == 0);
   }
   void send(const std::string& octets, const SocketAddress& to) const {
     send(octets, to.data(), to.size());

@@ -17,7 +17,7 @@ inline std::string framed(const std::string& message) {
 class TCPClient : public Socket {
  public:
   using Socket::Socket;
-  explicit TCPClient(const SocketAddress& to) : Socket(to.family(), SOCK_STREAM | SOCK_CLOEXEC) {
+  explicit TCPClient(const SocketAddress& to) : Socket(to.family(), SOCK_STREAM) {
     connect(to);
   }
 
@@ -52,7 +52,7 @@ class TCPClient : public Socket {
 /// A TCP socket that clients connect to, on loopback unless it is told otherwise.
 struct TCPServer : Socket {
   explicit TCPServer(const SocketAddress& at = test::address("127.0.0.1"))
-      : Socket(at.family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC) {
+      : Socket(at.family(), SOCK_STREAM | SOCK_NONBLOCK) {
     bind(at);
     require(::listen(descriptor(), SOMAXCONN) == 0);
   }

@@ -24,7 +24,7 @@ class UDPSocket : public Socket {
   };
 
   explicit UDPSocket(const std::string& host = "127.0.0.1", std::uint16_t port = 0)
-      : Socket(test::address(host).family(), SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC) {
+      : Socket(test::address(host).family(), SOCK_DGRAM | SOCK_NONBLOCK) {
     set(SOL_SOCKET, SO_BROADCAST, 1);
     bind(test::address(host, port));
   }

@@ -3,7 +3,7 @@
 
 #include <csignal>
 #include <future>
-#include <thread>
+#include <latch>
 
 #include "platform/process/ChildProcesses.h"
 #include "platform/process/NSTask.h"
@@ -21,10 +21,6 @@ std::string run(const std::string& commandLine, const char* shell = "/bin/sh") {
   const auto output = task.standardOutput->readDataToEndOfFile();
   task.waitUntilExit();
   return error ? error->text() : std::string(textOf(output));
-}
-
-bool runUntilReaped() {
-  return runUntil([] { return ChildProcesses::shared().count() == 0; });
 }
 
 TEST(NSTaskTest, GivesWhatTheProgramPrints) {
@@ -55,22 +51,27 @@ TEST(NSTaskTest, LetsNothingOfOursReachTheChild) {
 
 TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   auto& children = ChildProcesses::shared();
-  auto reader = std::async(std::launch::async, [] { return run("sleep 1000"); });
-  auto waiter = std::async(std::launch::async, [] {
-    NSTask task;
-    task.executablePath = "/bin/sleep";
-    task.arguments = {"1000"};
-    EXPECT_FALSE(task.run());
-    task.waitUntilExit();
-  });
-  while (children.count() < 2) {
-    std::this_thread::yield();
-  }
+  std::latch started(2);
+  const auto start = [&](bool isRead) {
+    return std::async(std::launch::async, [&started, isRead] {
+      NSTask task;
+      task.executablePath = "/bin/sleep";
+      task.arguments = {"1000"};
+      task.standardOutput = std::make_shared<NSPipe>();
+      EXPECT_FALSE(task.run());
+      started.count_down();
+      EXPECT_TRUE(!isRead || task.standardOutput->readDataToEndOfFile().empty());
+      task.waitUntilExit();
+    });
+  };
+  const auto reader = start(true);
+  const auto waiter = start(false);
+  started.wait();
   children.end();
-  EXPECT_EQ(reader.get(), "");
-  waiter.get();
+  reader.wait();
+  waiter.wait();
   EXPECT_EQ(run("true"), "cannot start /bin/sh: Operation canceled");
-  EXPECT_TRUE(runUntilReaped());
+  EXPECT_TRUE(runUntil([&] { return children.count() == 0; }));
   children.beginAgain();
   EXPECT_EQ(run("echo again"), "again\n");
 }

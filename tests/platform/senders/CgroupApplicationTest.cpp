@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "platform/senders/CgroupApplication.h"
+#include "tests/platform/Test.h"
 
 namespace platform::test {
 
@@ -10,12 +9,11 @@ const std::string kSystem = "/system.slice/";
 const std::string kUUID = "0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0";
 const std::string kHash(64, 'c');
 
-struct Row {
-  std::string path;
-  std::string application;  // "" for none
-};
+/// "" for none.
+std::string applicationOf(const std::string& path) { return cgroupApplication(path).value_or(""); }
 
-const Row kRows[] = {
+TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
+  expectEach(applicationOf, {
     {kApps + "app-flatpak-org.mozilla.firefox-12345.scope", "org.mozilla.firefox"},
     {kApps + "app-flatpak-org.example.My\\x2dApp-1.scope", "org.example.My-App"},
     {kApps + "app-flatpak-org.example.App-x1.scope", "org.example.App"},  // "flatpak" the launcher
@@ -52,12 +50,7 @@ const Row kRows[] = {
     {"/docker/" + kHash + "/system.slice/cups.service", ""},
     {"/kubepods.slice/pod1.slice/cri-containerd-" + kHash + ".scope/system.slice/a.service", ""},
     {"/lxc.payload.web/system.slice/cups.service", ""},
-};
-
-TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
-  for (const auto& [path, application] : kRows) {
-    EXPECT_EQ(cgroupApplication(path).value_or(""), application) << path;
-  }
+  });
 }
 
 }  // namespace platform::test

@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cerrno>
 
 #include "platform/senders/ConntrackMessage.h"
+#include "tests/platform/Socket.h"
+#include "tests/platform/Test.h"
 
 namespace platform::test {
 
@@ -35,10 +34,6 @@ const Data kNotFound = {
     0x48, 0, 0, 0, 0x01, 1, 0x01, 0, 7, 0, 0, 0, 0, 0, 0, 0};
 // clang-format on
 
-SocketAddress address(const char* host, std::uint16_t port) {
-  return SocketAddress::parse(host, port).value();
-}
-
 Data changed(Data bytes, std::size_t at, std::uint8_t value) {
   bytes.at(at) = value;
   return bytes;
@@ -56,11 +51,7 @@ TEST(ConntrackMessageTest, ReadsTheAddressesBeforeTranslation) {
 }
 
 TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
-  const struct {
-    const char* what;
-    Data answer;
-    int error;
-  } rows[] = {
+  const std::tuple<const char*, Data, int> rows[] = {
       {"not found", kNotFound, ENOENT},
       {"a positive number", changed(kNotFound, 19, 0), EBADMSG},
       {"an error that no errno value is", changed(kNotFound, 19, 0x80), EBADMSG},

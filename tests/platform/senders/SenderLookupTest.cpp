@@ -25,16 +25,13 @@ class SenderLookupTest : public testing::Test {
   static auto socketIn(const TestCgroup& cgroup) {
     return cgroup.inside([] { return std::make_unique<UDPSocket>(); });
   }
-  static SocketAddress addressOf(const UDPSocket& client) {
-    return SocketAddress::parse("127.0.0.1", client.port()).value();
-  }
   void identify(const SenderQuery& query) {
     lookup_->identify(query, [this](auto application) {
       applications_.emplace_back(application.value_or("unknown"));
     });
   }
   void identify(const UDPSocket& client) {
-    identify({{Transport::udp, addressOf(client), served_, 1}, std::nullopt, false});
+    identify({{Transport::udp, client.address(), served_, 1}, std::nullopt, false});
   }
   template <class Asked>
   std::string application(const Asked& asked) {
@@ -48,7 +45,7 @@ class SenderLookupTest : public testing::Test {
   }
 
   SharedClock clock_;  // nothing is late before it is told to move
-  const SocketAddress served_ = SocketAddress::parse("127.0.0.1", 53).value();
+  const SocketAddress served_ = address("127.0.0.1", 53);
   std::vector<std::unique_ptr<TestCgroup>> cgroups_;
   std::shared_ptr<SenderLookup> lookup_;
   Texts applications_;
@@ -135,11 +132,11 @@ TEST_F(SenderLookupTest, NamesTheProgramWhereTheCgroupDoesNotTell) {
 TEST_F(SenderLookupTest, FindsWhatWasRedirectedByItsOriginalEndsOrItsPort) {
   start();
   const auto client = socketIn(cgroup("system.slice/some.service"));
-  const auto elsewhere = SocketAddress::parse("127.0.0.9", 53).value();
+  const auto elsewhere = address("127.0.0.9", 53);
   client->connect(elsewhere);
   EXPECT_EQ(application(*client), "unknown");
-  const auto own = addressOf(*client);
-  const auto seen = SocketAddress::parse("127.0.0.1", unusedPort()).value();
+  const auto own = client->address();
+  const auto seen = address("127.0.0.1", unusedPort());
   const SenderQuery byEnds{{Transport::udp, seen, served_, 1}, DatagramPath{own, elsewhere}, false};
   EXPECT_EQ(application(byEnds), "some.service");
   const SenderQuery byPort{{Transport::udp, own, served_, 1}, std::nullopt, true};

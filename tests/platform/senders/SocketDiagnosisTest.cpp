@@ -1,18 +1,13 @@
-#include <gmock/gmock.h>
 #include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <vector>
 
-#include "platform/base/Clock.h"
-#include "platform/base/Description.h"
 #include "platform/senders/SocketDiagnosis.h"
 #include "platform/senders/SocketTable.h"
-#include "tests/support/LogCapture.h"
+#include "tests/platform/Socket.h"
+#include "tests/platform/Test.h"
 #include "tests/support/Wire.h"
 
 namespace {
@@ -32,8 +27,8 @@ extern "C" ssize_t sendto(int socket, const void* bytes, size_t size, int flags,
     errno = refusal;
     return -1;
   }
-  std::vector<std::uint8_t> request(size);
-  std::memcpy(request.data(), bytes, size);
+  const auto* const first = static_cast<const std::uint8_t*>(bytes);
+  platform::Data request(first, first + size);
   if (isWithoutModule && size > 17) {
     ++requests;
     request[17] = IPPROTO_IGMP;
@@ -41,8 +36,7 @@ extern "C" ssize_t sendto(int socket, const void* bytes, size_t size, int flags,
   return ::syscall(SYS_sendto, socket, request.data(), size, flags, address, addressSize);
 }
 
-namespace platform::socket_diagnosis {
-namespace {
+namespace platform::test {
 
 using quillet::test::hex;
 
@@ -74,7 +68,7 @@ TEST(SocketDiagnosis, ReadsTheKernelsAnswer) {
   other[8] = 6;  // of an earlier request
   const auto bytes = hex({kUnbound, kMapped, kDone});
   other.insert(other.end(), bytes.begin(), bytes.end());
-  const auto [sockets, isComplete, error] = read(other, kSequence);
+  const auto [sockets, isComplete, error] = socket_diagnosis::read(other, kSequence);
   ASSERT_EQ(sockets.size(), 2U);
   EXPECT_TRUE(isComplete);
   EXPECT_EQ(error, 0);
@@ -97,51 +91,52 @@ TEST(SocketDiagnosis, AnErrorIsTheKernelsOrThatItMakesNoSense) {
       {"11000000 1400 0000 06000000 01000000 00", EBADMSG},        // without its padding
   };
   for (const auto& [bytes, error] : rows) {
-    const auto answer = read(hex(bytes), kSequence);
+    const auto answer = socket_diagnosis::read(hex(bytes), kSequence);
     EXPECT_EQ(answer.error, error) << bytes;
     EXPECT_TRUE(answer.isComplete && answer.sockets.empty()) << bytes;
   }
 }
 
-TEST(SocketTable, WhatTheSystemRefusesIsOneLineUntilItWorksAgain) {
-  const quillet::test::LogCapture log;
-  const auto client = SocketAddress::parse("127.0.0.1", 9).value();
-  SocketTable table;
-  std::vector<std::string> lines;
+/// A table of sockets over a kernel that refuses.
+class RefusedSocketTableTest : public testing::Test {
+ protected:
+  RefusedSocketTableTest() { clock_.advanceSeconds(1); }
+
+  void expectNothingFound() {
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_FALSE(table_.exact({Transport::udp, client_, client_, 1}));
+      EXPECT_FALSE(table_.byPort(client_));
+    }
+  }
+
+  const LogCapture log_;
+  SharedClock clock_;
+  const SocketAddress client_ = address("127.0.0.1", 9);
+  SocketTable table_;
+};
+
+TEST_F(RefusedSocketTableTest, WritesOneLineUntilTheKernelAnswersAgain) {
+  Texts lines;
   for (const int error : {EPERM, EPERM, ENOBUFS}) {
     refusal = error;
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_FALSE(table.exact({Transport::udp, client, client, 1}));
-      EXPECT_FALSE(table.byPort(client));
-    }
+    expectNothingFound();
     refusal = 0;
-    table.exact({Transport::udp, client, client, 1});
+    table_.exact({Transport::udp, client_, client_, 1});
     lines.push_back("SocketTable: the kernel does not tell whose sockets are: " +
                     std::error_code(error, std::generic_category()).message());
-    EXPECT_EQ(log.records(), lines);
+    EXPECT_EQ(log_.records(), lines);
   }
 }
 
-TEST(SocketTable, WhereTheKernelHasNoSuchInterfaceItIsRarelyAsked) {
-  const quillet::test::LogCapture log;
-  ManualClock clock;
-  clock.advanceSeconds(1);
-  Clock::setShared(&clock);
-  const auto client = SocketAddress::parse("127.0.0.1", 9).value();
-  SocketTable table;
+TEST_F(RefusedSocketTableTest, RarelyAsksAKernelWithoutTheInterface) {
   isWithoutModule = true;
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_FALSE(table.exact({Transport::udp, client, client, 1}));
-    EXPECT_FALSE(table.byPort(client));
-  }
+  expectNothingFound();
   EXPECT_EQ(requests, 1);
-  clock.advanceSeconds(60);
-  EXPECT_FALSE(table.byPort(client));
+  clock_.advanceSeconds(60);
+  expectNothingFound();
   EXPECT_EQ(requests, 2);
-  EXPECT_THAT(log.records(), testing::SizeIs(1));
+  EXPECT_THAT(log_.records(), SizeIs(1));
   isWithoutModule = false;
-  Clock::setShared(nullptr);
 }
 
-}  // namespace
-}  // namespace platform::socket_diagnosis
+}  // namespace platform::test

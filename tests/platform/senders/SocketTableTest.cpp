@@ -1,12 +1,12 @@
 #include <poll.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstring>
 
 #include "platform/senders/SocketTable.h"
 #include "platform/udp/PacketInfo.h"
 #include "platform/udp/UDPSocket.h"
+#include "tests/platform/TCPClient.h"
 #include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/NetworkNamespace.h"
@@ -15,58 +15,42 @@ namespace platform::test {
 
 using quillet::test::NetworkNamespace;
 
-SocketAddress address(const std::string& host, std::uint16_t port) {
-  return SocketAddress::parse(host, port).value();
-}
-
 /// The IPv6 form of an IPv4 address, which `parse` does not give.
-SocketAddress mapped(const std::string& host, std::uint16_t port) {
-  auto result = address("::", port);
+SocketAddress mapped(const SocketAddress& ipv4) {
+  auto result = address("::", ipv4.port());
   auto* const octets = result.v6().sin6_addr.s6_addr;
   octets[10] = octets[11] = 0xFF;
-  std::memcpy(octets + 12, &address(host, 0).v4().sin_addr, 4);
+  std::memcpy(octets + 12, &ipv4.v4().sin_addr, 4);
   return result;
 }
 
-/// A client's socket, driven by hand.
-struct Client {
-  explicit Client(sa_family_t family, int kind = SOCK_DGRAM)
-      : socket(::socket(family, kind | SOCK_CLOEXEC, 0)) {}
+/// A client's socket, bound to a device if there is one.
+Socket client(sa_family_t family, const std::string& device = "", int kind = SOCK_DGRAM) {
+  Socket result(family, kind);
+  if (!device.empty()) {
+    result.bindToDevice(device);
+  }
+  return result;
+}
+Socket boundTo(const SocketAddress& own) {
+  auto result = client(own.family());
+  result.bind(own);
+  return result;
+}
 
-  static void require(bool isDone) { ASSERT_TRUE(isDone) << std::strerror(errno); }
-  void bind(const SocketAddress& to) const {
-    require(::bind(socket.get(), to.data(), to.size()) == 0);
-  }
-  void connect(const SocketAddress& to) const {
-    require(::connect(socket.get(), to.data(), to.size()) == 0);
-  }
-  void send(const SocketAddress& to) const {
-    require(::sendto(socket.get(), "q", 1, 0, to.data(), to.size()) == 1);
-  }
-  void bindToDevice(const std::string& name) const {
-    const auto size = static_cast<socklen_t>(name.size());
-    require(::setsockopt(socket.get(), SOL_SOCKET, SO_BINDTODEVICE, name.data(), size) == 0);
-  }
-  [[nodiscard]] SocketAddress local() const {
-    SocketAddress own;
-    socklen_t size = SocketAddress::kMaxSize;
-    ::getsockname(socket.get(), own.data(), &size);
-    return own;
-  }
-  [[nodiscard]] std::uint32_t inode() const {
-    struct stat state {};
-    ::fstat(socket.get(), &state);
-    return static_cast<std::uint32_t>(state.st_ino);
-  }
-
-  FileDescriptor socket;
-};
+std::uint32_t inode(const Socket& socket) {
+  struct stat state {};
+  ::fstat(socket.descriptor(), &state);
+  return static_cast<std::uint32_t>(state.st_ino);
+}
+/// 0 for none.
+std::uint32_t inode(const std::optional<SocketOwner>& owner) { return owner ? owner->inode : 0; }
 
 /// Serves as the proxy does, and looks up who has sent.
 class SocketTableTest : public testing::Test {
  protected:
   void serve(const std::string& host) {
-    ASSERT_FALSE(server_.bind(address(host, 0), {.receiveBuffer = 4096, .tellsInterface = true}));
+    ASSERT_FALSE(server_.bind(address(host), {.receiveBuffer = 4096, .tellsInterface = true}));
   }
   [[nodiscard]] SocketAddress at(const std::string& host) const {
     return address(host, server_.address().port());
@@ -79,10 +63,8 @@ class SocketTableTest : public testing::Test {
     const auto& [path, bytes, interfaceIndex] = datagrams.front();
     return {Transport::udp, path.client, path.destination, interfaceIndex};
   }
-  /// The inode of the socket that has sent; 0 for none.
-  std::uint32_t sender() { return inode(table_.exact(received())); }
-  static std::uint32_t inode(const std::optional<SocketOwner>& owner) {
-    return owner ? owner->inode : 0;
+  std::optional<SocketOwner> exact(const SocketAddress& source, const SocketAddress& destination) {
+    return table_.exact({Transport::udp, source, destination, 1});
   }
 
   platform::UDPSocket server_;
@@ -98,13 +80,7 @@ TEST_F(SocketTableTest, FindsTheSocketThatHasSent) {
       !NetworkNamespace::ip("link set quillet1 up")) {
     GTEST_SKIP() << "no network namespace";
   }
-  const struct {
-    const char* served;
-    const char* asked;
-    sa_family_t family;
-    std::string device;
-    bool isConnected;
-  } rows[] = {
+  const std::tuple<const char*, const char*, sa_family_t, const char*, bool> rows[] = {
       {"127.0.0.1", "127.0.0.1", AF_INET, "", false},
       {"127.0.0.1", "127.0.0.1", AF_INET6, "", true},
       {"0.0.0.0", "127.0.0.5", AF_INET, "", true},
@@ -112,52 +88,45 @@ TEST_F(SocketTableTest, FindsTheSocketThatHasSent) {
       {"::1", "::1", AF_INET6, "", false},
       {"::1", "::1", AF_INET6, "lo", true},
   };
-  for (const auto& [served, asked, family, device, isConnected] : rows) {
+  for (const auto& [served, destination, family, device, isConnected] : rows) {
     serve(served);
-    const Client client(family);
-    if (!device.empty()) {
-      client.bindToDevice(device);
-    }
-    const bool isMapped = family == AF_INET6 && at(asked).family() == AF_INET;
-    const auto to = isMapped ? mapped(asked, at(asked).port()) : at(asked);
+    const auto to = at(destination);
+    const auto sender = client(family, device);
+    const auto address = to.family() == family ? to : mapped(to);
     if (isConnected) {
-      client.connect(to);
+      sender.connect(address);
     }
-    client.send(to);
-    EXPECT_EQ(sender(), client.inode()) << asked << " of " << family << device;
+    sender.send("q", address);
+    EXPECT_EQ(inode(table_.exact(received())), inode(sender)) << destination << family << device;
     server_.close();
   }
 }
 
 TEST_F(SocketTableTest, FindsNoSocketThatHasNotSent) {
   serve("127.0.0.1");
-  auto client = std::make_unique<Client>(AF_INET);
-  client->send(at("127.0.0.1"));
-  const auto port = client->local().port();
+  auto gone = client(AF_INET);
+  gone.send("q", at("127.0.0.1"));
+  const auto port = gone.port();
   const auto path = received();
-  client.reset();
+  gone.close();
   EXPECT_FALSE(table_.exact(path)) << "closed";
-  const Client elsewhere(AF_INET);
-  elsewhere.bind(address("127.0.0.2", port));
-  const Client only6(AF_INET6);
-  const int yes = 1;
-  ::setsockopt(only6.socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &yes, sizeof yes);
+  const auto elsewhere = boundTo(address("127.0.0.2", port));
+  const auto only6 = client(AF_INET6);
+  only6.set(IPPROTO_IPV6, IPV6_V6ONLY, 1);
   only6.bind(address("::", port));
   EXPECT_FALSE(table_.exact(path));
   EXPECT_FALSE(table_.byPort(path.client));
   // A machine of the network, and a socket of ours that is bound to no address.
-  const Client unbound(AF_INET);
-  unbound.bind(address("0.0.0.0", 0));
-  const auto other = address("192.0.2.77", unbound.local().port());
-  EXPECT_FALSE(table_.exact({Transport::udp, other, at("127.0.0.1"), 1}));
+  const auto unbound = boundTo(address("0.0.0.0"));
+  const auto other = address("192.0.2.77", unbound.port());
+  EXPECT_FALSE(exact(other, at("127.0.0.1")));
   EXPECT_FALSE(table_.byPort(other));
 }
 
 // The kernel's lookup in the order in which the datagram went would find the server.
 TEST_F(SocketTableTest, NeverTakesOurOwnSocket) {
   serve("0.0.0.0");
-  const auto gone = address("127.0.0.1", unusedPort());
-  EXPECT_FALSE(table_.exact({Transport::udp, gone, at("127.0.0.1"), 1}));
+  EXPECT_FALSE(exact(address("127.0.0.1", unusedPort()), at("127.0.0.1")));
   EXPECT_FALSE(table_.byPort(at("127.0.0.1")));
   platform::UDPSocket own;
   ASSERT_FALSE(own.open(AF_INET));
@@ -167,44 +136,33 @@ TEST_F(SocketTableTest, NeverTakesOurOwnSocket) {
 
 TEST_F(SocketTableTest, FindsByItsPortWhoHasSentElsewhere) {
   serve("127.0.0.1");
-  for (const sa_family_t family : {sa_family_t{AF_INET}, sa_family_t{AF_INET6}}) {
-    const Client unbound(family);
-    unbound.bind(address(family == AF_INET ? "0.0.0.0" : "::", 0));
-    const auto client = address("127.0.0.1", unbound.local().port());
-    EXPECT_EQ(inode(table_.byPort(client)), unbound.inode());
+  for (const char* const any : {"0.0.0.0", "::"}) {
+    const auto unbound = boundTo(address(any));
+    EXPECT_EQ(inode(table_.byPort(address("127.0.0.1", unbound.port()))), inode(unbound));
   }
-  const Client connected(AF_INET);
-  connected.connect(address("127.0.0.3", 9));
-  EXPECT_FALSE(table_.exact({Transport::udp, connected.local(), at("127.0.0.1"), 1}));
-  EXPECT_EQ(inode(table_.byPort(connected.local())), connected.inode());
-  EXPECT_EQ(inode(table_.exact({Transport::udp, connected.local(), address("127.0.0.3", 9), 1})),
-            connected.inode());
+  const auto connected = client(AF_INET);
+  const auto to = address("127.0.0.3", 9);
+  connected.connect(to);
+  EXPECT_FALSE(exact(connected.address(), at("127.0.0.1")));
+  EXPECT_EQ(inode(table_.byPort(connected.address())), inode(connected));
+  EXPECT_EQ(inode(exact(connected.address(), to)), inode(connected));
 }
 
 TEST_F(SocketTableTest, FindsTheClientsEndOfAConnection) {
-  const std::tuple<const char*, bool, bool> rows[] = {
-      {"127.0.0.1", true, false},
-      {"127.0.0.1", false, true},
-      {"::1", false, true},
-  };
-  for (const auto& [host, isMapped, isBoundToDevice] : rows) {
-    const auto family = address(host, 0).family();
-    const Client listener(family, SOCK_STREAM);
-    listener.bind(address(host, 0));
-    ASSERT_EQ(::listen(listener.socket.get(), 1), 0);
-    const auto served = listener.local();
-    Client client(isMapped ? sa_family_t{AF_INET6} : family, SOCK_STREAM);
-    if (isBoundToDevice) {
-      client.bindToDevice("lo");
-    }
-    client.connect(isMapped ? mapped(host, served.port()) : served);
-    const FileDescriptor accepted(::accept(listener.socket.get(), nullptr, nullptr));
-    const auto own = client.local();
-    const auto interfaceIndex = PacketInfo::ofConnection(accepted.get(), served)->interfaceIndex;
-    const SocketPath path{Transport::tcp, own, served, interfaceIndex};
-    EXPECT_EQ(inode(table_.exact(path)), client.inode()) << host << isBoundToDevice;
+  const std::tuple<const char*, bool, const char*> rows[] = {
+      {"127.0.0.1", true, ""}, {"127.0.0.1", false, "lo"}, {"::1", false, "lo"}};
+  for (const auto& [host, isMapped, device] : rows) {
+    const TCPServer listener(address(host));
+    const auto served = listener.address();
+    auto own = client(isMapped ? sa_family_t{AF_INET6} : served.family(), device, SOCK_STREAM);
+    own.connect(isMapped ? mapped(served) : served);
+    const auto accepted = listener.accept();
+    const auto interfaceIndex =
+        PacketInfo::ofConnection(accepted.descriptor(), served)->interfaceIndex;
+    const SocketPath path{Transport::tcp, own.address(), served, interfaceIndex};
+    EXPECT_EQ(inode(table_.exact(path)), inode(own)) << host << device;
     EXPECT_FALSE(table_.exact({Transport::tcp, served, address(host, 9), 1})) << "listens";
-    client.socket = FileDescriptor();
+    own.close();
     EXPECT_EQ(inode(table_.exact(path)), 0U) << "closed, and still known to the kernel";
   }
 }
