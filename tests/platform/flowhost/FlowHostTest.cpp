@@ -6,7 +6,7 @@
 
 namespace platform::test {
 
-class FlowHostTest : public HostedTest {};
+using FlowHostTest = HostedTest;
 
 TEST_F(FlowHostTest, OffersWhatOneClientHasSentToOneAddressAsOneFlow) {
   start({"0.0.0.0"});

@@ -3,11 +3,10 @@
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/ConnectionTest.h"
 #include "tests/platform/SocketFailures.h"
-#include "tests/platform/Test.h"
 
 namespace platform::test {
 
-class NWConnectionTest : public ConnectionTest {};
+using NWConnectionTest = ConnectionTest;
 
 constexpr char kRefused[] = "POSIXErrorCode(rawValue: 111): Connection refused";
 
@@ -103,8 +102,7 @@ TEST_F(NWConnectionTest, OnALinkOnlyADatagramCompletesAReceive) {
 }
 
 TEST_F(NWConnectionTest, AnAddressThatThisProcessServesFailsAndLeavesNothing) {
-  const OwnSockets::Entry served(SocketAddress::parse("0.0.0.0", 5300).value(),
-                                 OwnSockets::Use::serving);
+  const OwnSockets::Entry served(address("0.0.0.0", 5300), OwnSockets::Use::serving);
   auto connection = started("::ffff:127.0.0.7", 5300);
   const std::weak_ptr<NWConnection> weak = connection;
   receive(connection);

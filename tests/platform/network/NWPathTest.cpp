@@ -1,4 +1,5 @@
 #include "platform/network/NWPath.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {
@@ -38,9 +39,7 @@ TEST(NWPath, NeedsAnInterfaceThatRunsWithAnAddressAndARoute) {
 }
 
 TEST(NWPath, FollowsASocketToItsInterface) {
-  const auto path = [](const char* host) {
-    return description(NWPath::from(SocketAddress::parse(host, 0).value()));
-  };
+  const auto path = [](const char* host) { return description(NWPath::from(address(host))); };
   EXPECT_EQ(path("127.0.0.1"), std::string(kSatisfied) + "lo, ipv4");
   EXPECT_EQ(path("192.0.2.77"), kNone);
 }

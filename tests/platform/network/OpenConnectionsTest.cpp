@@ -3,11 +3,10 @@
 
 #include "platform/base/FileDescriptor.h"
 #include "tests/platform/ConnectionTest.h"
-#include "tests/platform/Test.h"
 
 namespace platform::test {
 
-class OpenConnectionsTest : public ConnectionTest {};
+using OpenConnectionsTest = ConnectionTest;
 
 TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
   OpenConnections::shared().setLimit(3);

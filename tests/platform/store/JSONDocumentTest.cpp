@@ -23,25 +23,24 @@ std::string outcome(const std::string& text) {
 TEST(JSONDocumentTest, ReadsWhatIsJSONAndLeavesOutWhatGoesBeyondABound) {
   const std::string tooDeep = ": nested deeper than 64";
   const std::string tooLarge = ": a number too large";
-  const std::pair<std::string, std::string> rows[] = {
-      {nested(64), nested(64)},
-      {R"({"a":)" + nested(64) + R"(,"b":2})", R"({"b":2} a)" + tooDeep},
-      {R"({"a":1,"b":[3,)" + nested(100'000) + R"(,4],"c":"2"})", R"({"a":1,"c":"2"} b)" + tooDeep},
-      {R"([{"a":)" + nested(64) + R"(,"b":[true]},null])", R"([{"b":[true]},null] a)" + tooDeep},
-      {R"({"a":{"b":{"c":[[1,1e999],{}],"d":[]}}})", R"({"a":{"b":{"d":[]}}} c)" + tooLarge},
-      {R"({"a":1e999,"b":-1E-999,"c":1e308,"d":"\"1e999","e":18446744073709551616})",
-       R"({"b":-0.0,"c":1e+308,"d":"\"1e999","e":1.8446744073709552e+19} a)" + tooLarge},
-      {R"({"a":[)" + nested(64) + R"(,1e999,{"x":1e999}],"b":[0,1e999]})",
-       "{} a" + tooDeep + " b" + tooLarge},
-      {R"({"a":{"x":1},"a":1e999})", "{} a" + tooLarge},
-      {R"({"a":1e999,"a":1})", R"({"a":1} a)" + tooLarge},
-      {R"(["\\\")" + std::string(1000, '[') + "\"]", R"(["\\\")" + std::string(1000, '[') + "\"]"},
-      {R"(["\\",)" + nested(64) + "]", "nested deeper than 64"},
-      {std::string(400, '9'), "a number too large"},
-      {std::string((1 << 20) + 1, ' '), "larger than 1048576 bytes"}};
-  for (const auto& [text, expected] : rows) {
-    EXPECT_EQ(outcome(text), expected) << text;
-  }
+  expectEach(
+      outcome,
+      {{nested(64), nested(64)},
+       {R"({"a":)" + nested(64) + R"(,"b":2})", R"({"b":2} a)" + tooDeep},
+       {R"({"a":1,"b":[3,)" + nested(100'000) + R"(,4],"c":"2"})",
+        R"({"a":1,"c":"2"} b)" + tooDeep},
+       {R"([{"a":)" + nested(64) + R"(,"b":[true]},null])", R"([{"b":[true]},null] a)" + tooDeep},
+       {R"({"a":{"b":{"c":[[1,1e999],{}],"d":[]}}})", R"({"a":{"b":{"d":[]}}} c)" + tooLarge},
+       {R"({"a":1e999,"b":-1E-999,"c":1e308,"d":"\"1e999","e":18446744073709551616})",
+        R"({"b":-0.0,"c":1e+308,"d":"\"1e999","e":1.8446744073709552e+19} a)" + tooLarge},
+       {R"({"a":[)" + nested(64) + R"(,1e999,{"x":1e999}],"b":[0,1e999]})",
+        "{} a" + tooDeep + " b" + tooLarge},
+       {R"({"a":{"x":1},"a":1e999})", "{} a" + tooLarge},
+       {R"({"a":1e999,"a":1})", R"({"a":1} a)" + tooLarge},
+       {R"(["\\\")" + std::string(1000, '[') + "\"]", R"(["\\\")" + std::string(1000, '[') + "\"]"},
+       {R"(["\\",)" + nested(64) + "]", "nested deeper than 64"},
+       {std::string(400, '9'), "a number too large"},
+       {std::string((1 << 20) + 1, ' '), "larger than 1048576 bytes"}});
 }
 
 // Beside what the library itself refuses: what follows a NUL, and numbers that only look too large.

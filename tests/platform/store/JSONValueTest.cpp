@@ -4,16 +4,17 @@
 namespace platform::test {
 
 TEST(JSONValueTest, PrintsEachKind) {
-  const std::pair<const char*, std::string> rows[] = {
-      {R"("a\"b")", R"("a\"b")"},
-      {"18446744073709551615", "18446744073709551615"},
-      {"[-5,-5.0]", "[-5, -5.0]"},
-      {"{}", "[:]"},
-      {R"({"b":["x",1,null],"a":{"c":false}})", R"(["a": ["c": false], "b": ["x", 1, <null>]])"},
+  const auto printed = [](const std::string& text) {
+    return description(std::optional(parseJSON(text)->value));
   };
-  for (const auto& [text, inside] : rows) {
-    EXPECT_EQ(description(std::optional(parseJSON(text)->value)), "Optional(" + inside + ")");
-  }
+  expectEach(printed, {
+                          {R"("a\"b")", R"(Optional("a\"b"))"},
+                          {"18446744073709551615", "Optional(18446744073709551615)"},
+                          {"[-5,-5.0]", "Optional([-5, -5.0])"},
+                          {"{}", "Optional([:])"},
+                          {R"({"b":["x",1,null],"a":{"c":false}})",
+                           R"(Optional(["a": ["c": false], "b": ["x", 1, <null>]]))"},
+                      });
   EXPECT_EQ(description(parseJSON(R"("a\"b")")->value), "a\"b");
   EXPECT_EQ(description(parseJSON("null")->value), "<null>");
 }

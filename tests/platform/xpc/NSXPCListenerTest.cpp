@@ -1,4 +1,3 @@
-#include <sys/socket.h>
 #include <sys/un.h>
 
 #include <future>
@@ -7,6 +6,7 @@
 #include "platform/xpc/LineBuffer.h"
 #include "platform/xpc/NSXPCListener.h"
 #include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
@@ -52,40 +52,33 @@ class Delegate : public NSXPCListenerDelegate {
 };
 
 /// A blocking client of the service.
-class Client {
+class Client : public Socket {
  public:
-  explicit Client(const std::string& path)
-      : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  explicit Client(const std::string& path) : Socket(AF_UNIX, SOCK_STREAM) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, path.size());
     const timeval patience{10, 0};  // a failure, not a test that hangs
-    ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    EXPECT_EQ(::connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ::setsockopt(descriptor(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    require(::connect(descriptor(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
   }
-  void send(const std::string& method, const std::string& params = "") const {
-    write(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n");
-  }
-  void write(const std::string& text) const {
-    EXPECT_GT(::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL), 0);
+  void call(const std::string& method, const std::string& params = "") const {
+    send(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n");
   }
   /// The next line; empty at the end.
   [[nodiscard]] std::string line() const {
     std::string line;
     char c = 0;
     ssize_t size = 0;
-    while ((size = ::recv(socket_.get(), &c, 1, 0)) == 1 && c != '\n') {
+    while ((size = ::recv(descriptor(), &c, 1, 0)) == 1 && c != '\n') {
       line.push_back(c);
     }
     return size < 0 ? "nothing" : line;
   }
   [[nodiscard]] std::string ask(const std::string& method, const std::string& params = "") const {
-    send(method, params);
+    call(method, params);
     return line();
   }
-
- private:
-  FileDescriptor socket_;
 };
 
 const std::string kRequest = "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"count:\"}\n";
@@ -136,7 +129,7 @@ TEST_F(NSXPCListenerTest, AnswersACallWithoutAResultWithAnErrorAndTheNextAsUsual
   for (const auto& [method, params, error] : rows) {
     EXPECT_EQ(client->ask(method, params), R"({"error":{"code":)" + error + R"(,"jsonrpc":"2.0"})");
   }
-  client->write(std::string(LineBuffer::kMaxLine + 1, 'x') + "\n");
+  client->send(std::string(LineBuffer::kMaxLine + 1, 'x') + "\n");
   EXPECT_THAT(client->line(), HasSubstr("-32700"));
   EXPECT_EQ(client->ask("count:"), kOne);
 }
@@ -152,9 +145,9 @@ TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServed) {
 
 TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHasBeenServed) {
   const auto clients = connectAsManyAsThereIsRoomFor();
-  clients[0]->send("wait:");  // the longest, but it has no answer yet
+  clients[0]->call("wait:");  // the longest, but it has no answer yet
   delegate_->accepted[0]->reached.get_future().wait();
-  clients[1]->write(kRequest + kRequest.substr(0, 9));  // has begun a line
+  clients[1]->send(kRequest + kRequest.substr(0, 9));  // has begun a line
   EXPECT_EQ(clients[1]->line(), kOne);
   for (std::size_t i = 2; i < clients.size(); ++i) {
     clock_.advanceSeconds(0.001);
@@ -164,7 +157,7 @@ TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHa
   EXPECT_EQ(further->ask("count:"), kOne);
   EXPECT_EQ(clients[2]->line(), "");
   EXPECT_EQ(clients[3]->ask("count:"), kTwo);
-  clients[1]->write(kRequest.substr(9));
+  clients[1]->send(kRequest.substr(9));
   EXPECT_EQ(clients[1]->line(), kTwo);
   delegate_->accepted[0]->opened.set_value();
   EXPECT_EQ(clients[0]->line(), kOne);
