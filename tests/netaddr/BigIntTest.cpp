@@ -99,9 +99,9 @@ TEST(BigIntTest, DivisionByZeroAndRootsOfNegativesHaveAnAnswer) {
 }
 
 TEST(BigIntTest, WordOperationsTakeTheWordsAsUnsigned) {
-  const BigInt a = hex("123456789ABCDEF0FEDCBA98");
-  EXPECT_EQ(BigInt::singleByteDivide(a, BigInt(10)).quotient, hex("1D208A5A912E318197C790F"));
-  EXPECT_EQ(BigInt::multiByteDivide(a, hex("100000001")).quotient, hex("1234567888888878"));
+  const BigInt a = number("123456789ABCDEF0FEDCBA98");
+  EXPECT_EQ(BigInt::singleByteDivide(a, BigInt(10)).quotient, number("1D208A5A912E318197C790F"));
+  EXPECT_EQ(BigInt::multiByteDivide(a, number("100000001")).quotient, number("1234567888888878"));
   // The words of -1 are 2^2240 - 1.
   EXPECT_EQ(BigInt::singleByteDivide(BigInt(-1), BigInt(3)).remainder, BigInt());
   EXPECT_EQ(BigInt::singleByteDivide(BigInt(5), BigInt()).remainder, BigInt(5));
@@ -126,7 +126,7 @@ TEST(BigIntTest, RandomBitsAreExactlyAsMany) {
 }
 
 TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
-  const BigInt n = hex("FEDCBA9876543210FEDCBA987");
+  const BigInt n = number("FEDCBA9876543210FEDCBA987");
   const BigInt constant = BigInt(1).shiftLeft(256).divide(n);
   for (const BigInt& x : {BigInt(5), n, n.multiply(n), n.multiply(n).shiftLeft(60), lowest()}) {
     for (const BigInt& c : {constant, BigInt(99), highest()}) {
@@ -136,8 +136,9 @@ TEST(BigIntTest, BarrettReductionIsTheRemainderWhateverTheConstant) {
     }
   }
   // Here the estimated quotient is too small by two.
-  EXPECT_EQ(BigInt::barrettReduction(hex(std::string(48, 'F')), hex("100000000FFFFFFFF"), BigInt()),
-            hex("FFFFFFF900000003"));
+  EXPECT_EQ(
+      BigInt::barrettReduction(number(std::string(48, 'F')), number("100000000FFFFFFFF"), BigInt()),
+      number("FFFFFFF900000003"));
 }
 
 }  // namespace quillet::test

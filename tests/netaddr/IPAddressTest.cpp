@@ -8,6 +8,7 @@
 #include "netaddr/IPAddress.h"
 #include "netaddr/PaddedText.h"
 #include "tests/netaddr/Samples.h"
+#include "tests/support/Rows.h"
 #include "tests/support/Wire.h"
 
 namespace quillet::test {
@@ -53,11 +54,13 @@ TEST(IPv4Test, HasItsForms) {
 }
 
 /// All that an address says of itself, between blanks.
-std::string saidBy(const IPAddress& ip) {
+std::string saidBy(const std::string& address) {
+  const IPAddress ip(address);
   std::string text(ip.v4() ? "v4 " : "v6 ");
   for (const auto& group : ip.parsedAddress()) {
     text.append(group).append(",");
   }
+  EXPECT_EQ(ip.address(), address);
   EXPECT_EQ(ip.groups(), static_cast<int>(ip.parsedAddress().size()));
   EXPECT_EQ(ip.subnet(), "/" + std::to_string(ip.subnetMask()));
   return text + " " + ip.parsedSubnet() + ip.subnet() + " " + ip.mask() + " " +
@@ -67,26 +70,24 @@ std::string saidBy(const IPAddress& ip) {
 
 // Value, first and last address and reverse name are as Python's ipaddress module gives them.
 TEST(IPAddressTest, HasItsSubnetAndItsReverseName) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"192.168.1.1/24",
-       "v4 192,168,1,1, 24/24 110000001010100000000001 C0A80101 192.168.1.0 192.168.1.255 "
-       "1.1.168.192.in-addr.arpa."},
-      {"1.0.0.0",
-       "v4 1,0,0,0, /32 00000001000000000000000000000000 1000000 1.0.0.0 1.0.0.0 "
-       "0.0.0.1.in-addr.arpa."},
-      {"0.0.0.0/0", "v4 0,0,0,0, 0/0  0 0.0.0.0 255.255.255.255 0.0.0.0.in-addr.arpa."},
-      {"FE80::A:bCd/10",
-       "v6 fe80,0,0,0,0,0,a,bcd, 10/10 1111111010 FE8000000000000000000000000A0BCD fe80:: "
-       "febf:ffff:ffff:ffff:ffff:ffff:ffff:ffff e.f.ip6.arpa."},
-      {"1:2:3::6:7:8/047",
-       "v6 1,2,3,0,0,6,7,8, 047/47 00000000000000010000000000000010000000000000001 "
-       "10002000300000000000600070008 1:2:2:: 1:2:3:ffff:ffff:ffff:ffff:ffff "
-       "0.0.0.2.0.0.0.1.0.0.0.ip6.arpa."},
-  };
-  for (const auto& [text, said] : rows) {
-    EXPECT_EQ(saidBy(IPAddress(text)), said) << text;
-    EXPECT_EQ(IPAddress(text).address(), text);
-  }
+  expectEach(
+      saidBy,
+      {
+          {"192.168.1.1/24",
+           "v4 192,168,1,1, 24/24 110000001010100000000001 C0A80101 192.168.1.0 192.168.1.255 "
+           "1.1.168.192.in-addr.arpa."},
+          {"1.0.0.0",
+           "v4 1,0,0,0, /32 00000001000000000000000000000000 1000000 1.0.0.0 1.0.0.0 "
+           "0.0.0.1.in-addr.arpa."},
+          {"0.0.0.0/0", "v4 0,0,0,0, 0/0  0 0.0.0.0 255.255.255.255 0.0.0.0.in-addr.arpa."},
+          {"FE80::A:bCd/10",
+           "v6 fe80,0,0,0,0,0,a,bcd, 10/10 1111111010 FE8000000000000000000000000A0BCD fe80:: "
+           "febf:ffff:ffff:ffff:ffff:ffff:ffff:ffff e.f.ip6.arpa."},
+          {"1:2:3::6:7:8/047",
+           "v6 1,2,3,0,0,6,7,8, 047/47 00000000000000010000000000000010000000000000001 "
+           "10002000300000000000600070008 1:2:2:: 1:2:3:ffff:ffff:ffff:ffff:ffff "
+           "0.0.0.2.0.0.0.1.0.0.0.ip6.arpa."},
+      });
   const IPAddress ip("192.168.1.1/24");
   EXPECT_EQ(ip.bitsBase2WithStart(-3, 4) + ip.bitsBase2WithStart(7, 12), "110001010");
   EXPECT_EQ(ip.bitsBase2WithStart(5, 3) + ip.bitsBase2WithStart(40, 50), "");
@@ -125,10 +126,10 @@ TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
   record.name = "a";
   record.type = record.resourceClass = 1;
   record.ttl = 300;
-  record.data = test::hex("5db8d822");
+  record.data = hex("5db8d822");
   const auto typed = DNSAResourceRecord::fromResource(record);
   EXPECT_EQ(typed->ip->correctForm(), "93.184.216.34");
-  EXPECT_EQ(typed->encode(), test::hex("01 61 00 0001 0001 0000012c 0004 5db8d822"));
+  EXPECT_EQ(typed->encode(), hex("01 61 00 0001 0001 0000012c 0004 5db8d822"));
   record.data.resize(16);
   EXPECT_EQ(DNSAResourceRecord::fromResource(record)->ip->correctForm(), "5db8:d822::");
   EXPECT_EQ(DNSAResourceRecord::fromResource(record)->encodeData(), record.data);

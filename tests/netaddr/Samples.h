@@ -14,7 +14,8 @@ inline void PrintTo(const BigInt& value, std::ostream* out) {  // NOLINT: Google
   *out << "0x" << value.toStringWithRadix(16);
 }
 
-inline BigInt hex(std::string_view text) { return {text, 16}; }
+/// Of hexadecimal digits.
+inline BigInt number(std::string_view text) { return {text, 16}; }
 
 /// 2^2239 - 1 and -2^2239.
 inline BigInt highest() { return BigInt(1).shiftLeft(2239).bitNot(); }

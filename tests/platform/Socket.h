@@ -18,7 +18,8 @@ inline SocketAddress address(const std::string& host, std::uint16_t port = 0) {
 /// The other side of what a test tests: a socket driven by hand. What it cannot do throws.
 class Socket {
  public:
-  Socket(sa_family_t family, int kind) : Socket(FileDescriptor(::socket(family, kind | SOCK_CLOEXEC, 0))) {}
+  Socket(sa_family_t family, int kind)
+      : Socket(FileDescriptor(::socket(family, kind | SOCK_CLOEXEC, 0))) {}
   explicit Socket(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   [[nodiscard]] int descriptor() const { return descriptor_.get(); }
@@ -44,8 +45,7 @@ class Socket {
     send(octets, to.data(), to.size());
   }
   void send(const std::string& octets, const sockaddr* to = nullptr, socklen_t size = 0) const {
-    const auto sent =
-        ::sendto(descriptor(), octets.data(), octets.size(), MSG_NOSIGNAL, to, size);
+    const auto sent = ::sendto(descriptor(), octets.data(), octets.size(), MSG_NOSIGNAL, to, size);
     require(sent == static_cast<ssize_t>(octets.size()));
   }
 

@@ -17,9 +17,7 @@ inline std::string framed(const std::string& message) {
 class TCPClient : public Socket {
  public:
   using Socket::Socket;
-  explicit TCPClient(const SocketAddress& to) : Socket(to.family(), SOCK_STREAM) {
-    connect(to);
-  }
+  explicit TCPClient(const SocketAddress& to) : Socket(to.family(), SOCK_STREAM) { connect(to); }
 
   void query(const std::string& text, std::size_t times = 1) const {
     while (times-- > 0) {

@@ -7,10 +7,13 @@ namespace platform::test {
 using namespace std::string_literals;
 
 TEST(DescriptionTest, PrintsFractions) {
-  expectEach<double>([](double value) { return description(value); }, {
-      {-0.0, "-0.0"},     {0.0001, "0.0001"},
-      {0.00001, "1e-05"}, {1e15, "1000000000000000.0"},
-      {1e16, "1e+16"},    {-1.7976931348623157e308, "-1.7976931348623157e+308"}});
+  expectEach<double>([](double value) { return description(value); },
+                     {{-0.0, "-0.0"},
+                      {0.0001, "0.0001"},
+                      {0.00001, "1e-05"},
+                      {1e15, "1000000000000000.0"},
+                      {1e16, "1e+16"},
+                      {-1.7976931348623157e308, "-1.7976931348623157e+308"}});
 }
 
 TEST(DescriptionTest, QuotesTextsInsideOtherValuesOnly) {

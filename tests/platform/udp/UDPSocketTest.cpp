@@ -1,5 +1,4 @@
 #include "platform/udp/UDPSocket.h"
-
 #include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
 
@@ -29,7 +28,8 @@ TEST(UDPSocketTest, AnswersLeaveWholeFromTheAddressThatWasSentTo) {
     const auto path = received[0].path;
     EXPECT_TRUE(path.destination == destination) << bound;
     EXPECT_FALSE(socket.send(path, bytes(large)));
-    socket.sendAll(std::vector<platform::UDPSocket::Answer>{{path, Data(65'536)}, {path, bytes("b")}});
+    socket.sendAll(
+        std::vector<platform::UDPSocket::Answer>{{path, Data(65'536)}, {path, bytes("b")}});
     EXPECT_TRUE(client.receiveAll() == (std::vector<std::string>{large, "b"})) << bound;
   }
 }
