@@ -10,7 +10,7 @@
 #include "fuzz/Target.h"
 #include "platform/base/Description.h"
 
-namespace {
+namespace quillet::fuzz {
 
 /// Reads byte by byte what stands between the enclosing characters, one byte each.
 std::map<std::string, std::string> readEntries(std::string_view text) {
@@ -33,9 +33,7 @@ std::map<std::string, std::string> readEntries(std::string_view text) {
   return entries;
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const auto text = platform::textOf(input);
   parseMappedDomains(text);
   const auto setting = "[" + std::string(text) + "]";
@@ -53,3 +51,5 @@ void quillet::fuzz::run(platform::DataView input) {
                 : found == nullptr);
   }
 }
+
+}  // namespace quillet::fuzz

@@ -5,9 +5,9 @@
 #include "fuzz/Target.h"
 #include "platform/store/JSONValue.h"
 
-namespace {
+namespace quillet::fuzz {
 
-platform::JSONValue jsonOf(const quillet::WhitelistedDomains& policy) {
+platform::JSONValue jsonOf(const WhitelistedDomains& policy) {
   auto servers = platform::JSONValue::array();
   for (const auto& [domains, address] : policy.dnsServerSettings) {
     servers.push_back({{"assignedDomains", domains}, {"dnsServerIP", address}});
@@ -15,9 +15,7 @@ platform::JSONValue jsonOf(const quillet::WhitelistedDomains& policy) {
   return {{"status", policy.status}, {"dnsServerSettings", servers}};
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const auto policy = WhitelistedDomains::decode(input);
   if (!policy) {
     return require(!policy.error().text().empty());
@@ -26,3 +24,5 @@ void quillet::fuzz::run(platform::DataView input) {
   const auto again = WhitelistedDomains::decode(platform::bytesOf(text));
   require(again && jsonOf(*again) == jsonOf(*policy));
 }
+
+}  // namespace quillet::fuzz

@@ -7,11 +7,7 @@
 #include "fuzz/Target.h"
 #include "platform/base/Utf8.h"
 
-namespace {
-
-using quillet::XpcUdpCommand;
-using quillet::XpcUdpCommandParser;
-using quillet::fuzz::require;
+namespace quillet::fuzz {
 
 void checkRoundTrip(const XpcUdpCommand& command) {
   const auto encoded = XpcUdpCommandParser::encodeCommand(command);
@@ -20,9 +16,7 @@ void checkRoundTrip(const XpcUdpCommand& command) {
   require(XpcUdpCommandParser::decodeCommand(*encoded) == command);
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   if (input.size() >= 65'536) {
     return;  // escaped, it may be more than a parser of JSON takes
   }
@@ -33,3 +27,5 @@ void quillet::fuzz::run(platform::DataView input) {
     checkRoundTrip({XpcUdpCommandParser::CmdType::printToLog, std::string(text)});
   }
 }
+
+}  // namespace quillet::fuzz

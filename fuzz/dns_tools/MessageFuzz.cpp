@@ -10,7 +10,7 @@
 #include "fuzz/Target.h"
 #include "fuzz/WireWalk.h"
 
-namespace {
+namespace quillet::fuzz {
 
 using namespace DnsToolsSocket;
 
@@ -52,9 +52,7 @@ std::size_t sizeOfNames(const Message& message) {
   return size;
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   require(!Message::deserializeTCP(input) || input.size() >= 14);
   const auto message = Message::deserialize(input);
   if (!message) {
@@ -77,3 +75,5 @@ void quillet::fuzz::run(platform::DataView input) {
   require(again ? fieldsOf(*again) == fieldsOf(*message)
                 : again.error() == DecodeError::invalidLabelSize && bytes->size() < input.size());
 }
+
+}  // namespace quillet::fuzz

@@ -15,10 +15,8 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/Wire.h"
 
-namespace {
+namespace quillet::fuzz {
 
-using namespace quillet;
-using fuzz::require;
 using platform::Data;
 using platform::DataView;
 
@@ -76,9 +74,9 @@ void requireKept(const Data& datagram, const Data& injected, const Data& record)
   if (injected == datagram) {
     return;
   }
-  const auto entries = fuzz::entriesOf(injected, /*isCompressed=*/true);
+  const auto entries = entriesOf(injected, /*isCompressed=*/true);
   require(injected.size() <= kMaxDatagramSize && entries && entries->last <= datagram.size());
-  require(entries->counts == std::array<std::size_t, 4>{fuzz::numberAt(datagram, 4), 0, 0, 1});
+  require(entries->counts == std::array<std::size_t, 4>{numberAt(datagram, 4), 0, 0, 1});
   auto expected = datagram;
   expected[3] &= 0xBF;  // the Z bit
   std::copy(injected.begin() + 6, injected.begin() + 12, expected.begin() + 6);
@@ -93,9 +91,7 @@ bool fitsInFull(DNSMessage message, const Data& record) {
   return DNSMessageEncoder::encode(message).size() + record.size() <= kMaxDatagramSize;
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   if (input.empty()) {
     return;
   }
@@ -114,10 +110,12 @@ void quillet::fuzz::run(platform::DataView input) {
   if (!message || !fitsInFull(DNSParser::checkDnsMessage(*message), record)) {
     return requireKept(datagram, injected, record);
   }
-  require(injected.size() >= 12 + record.size() && fuzz::numberAt(injected, 10) == 1);
+  require(injected.size() >= 12 + record.size() && numberAt(injected, 10) == 1);
   require(std::equal(record.rbegin(), record.rend(), injected.rbegin()));
   if (std::ranges::all_of(namesOf(*message), isWritable)) {
-    const auto entries = fuzz::entriesOf(injected, /*isCompressed=*/false);
+    const auto entries = entriesOf(injected, /*isCompressed=*/false);
     require(entries && entries->last + record.size() == injected.size());
   }
 }
+
+}  // namespace quillet::fuzz

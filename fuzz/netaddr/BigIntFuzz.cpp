@@ -8,10 +8,10 @@
 #include "netaddr/BigInt.h"
 #include "netaddr/NamedException.h"
 
-namespace {
+namespace quillet::fuzz {
 
 void readBack(std::string_view text, int radix) try {
-  const quillet::BigInt value(text, radix);
+  const BigInt value(text, radix);
   if (radix < 2 || radix > 36) {
     return;
   }
@@ -20,15 +20,13 @@ void readBack(std::string_view text, int radix) try {
   for (const char c : text.substr(std::min(text.find_first_not_of('0'), text.size() - 1))) {
     expected.push_back(c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c);
   }
-  quillet::fuzz::require(value.toStringWithRadix(radix) == expected);
-  quillet::fuzz::require(quillet::BigInt(expected, radix) == value);
-} catch (const quillet::NamedException&) {
+  require(value.toStringWithRadix(radix) == expected);
+  require(BigInt(expected, radix) == value);
+} catch (const NamedException&) {
   // Refused as it should be: no number, or one out of range.
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   if (input.empty()) {
     return;
   }
@@ -39,3 +37,5 @@ void quillet::fuzz::run(platform::DataView input) {
     text.remove_prefix(std::min(line.size() + 1, text.size()));
   }
 }
+
+}  // namespace quillet::fuzz

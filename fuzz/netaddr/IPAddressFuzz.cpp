@@ -10,10 +10,7 @@
 #include "fuzz/Target.h"
 #include "netaddr/IPAddress.h"
 
-namespace {
-
-using namespace quillet;
-using fuzz::require;
+namespace quillet::fuzz {
 
 void compareWithPlatform(const std::string& text) {
   std::array<std::uint8_t, 16> bytes;
@@ -44,9 +41,7 @@ void query(const Address& ip) {
   require(ip.endAddress().bigInteger().greaterThanOrEqualTo(ip.bigInteger()));
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const std::string text(platform::textOf(input));
   // The texts that the platform reads have no suffixes, and end at their first NUL.
   if (text.find_first_of(std::string_view("/%\0", 3)) == std::string::npos) {
@@ -63,3 +58,5 @@ void quillet::fuzz::run(platform::DataView input) {
   (void)IPv4::ipv4FromHex(text).valid();
   (void)IPv6(text, static_cast<int>(text.size())).valid();
 }
+
+}  // namespace quillet::fuzz

@@ -6,7 +6,7 @@
 #include "fuzz/Target.h"
 #include "platform/senders/ConntrackMessage.h"
 
-namespace {
+namespace quillet::fuzz {
 
 using platform::SocketAddress;
 
@@ -16,9 +16,7 @@ std::string_view octetsOf(const SocketAddress& address) {
   return {static_cast<const char*>(octets), address.isIPv6() ? sizeof(in6_addr) : sizeof(in_addr)};
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const platform::Data copy(input.begin(), input.end());  // aligned
   const auto read = platform::readConntrackAnswer(copy, /*sequence=*/7);
   if (read) {
@@ -29,3 +27,5 @@ void quillet::fuzz::run(platform::DataView input) {
     require(static_cast<bool>(read.error()));
   }
 }
+
+}  // namespace quillet::fuzz

@@ -7,7 +7,7 @@
 #include "fuzz/Target.h"
 #include "platform/store/JSONDocument.h"
 
-namespace {
+namespace quillet::fuzz {
 
 using platform::JSONFault;
 using platform::JSONValue;
@@ -28,9 +28,7 @@ bool prune(JSONValue& value, int depth) {
   return true;
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const auto text = platform::textOf(input);
   const auto document = platform::parseJSON(text);
   if (text.size() > platform::kMaxJSONSize || text.find('\0') != std::string_view::npos) {
@@ -53,3 +51,5 @@ void quillet::fuzz::run(platform::DataView input) {
   require(again ? again->value == value && again->leftOut.empty()
                 : written.size() > platform::kMaxJSONSize);
 }
+
+}  // namespace quillet::fuzz

@@ -11,10 +11,9 @@
 #include "platform/xpc/JSONRPC.h"
 #include "platform/xpc/LineBuffer.h"
 
-namespace {
+namespace quillet::fuzz {
 
 using platform::JSONRPCError;
-using quillet::fuzz::require;
 
 std::vector<std::string> linesOf(std::string_view bytes, std::size_t step) {
   platform::LineBuffer buffer;
@@ -34,9 +33,7 @@ void checkAnswer(const std::string& answer, const platform::JSONValue& id) {
   require(json && json->value.at("jsonrpc") == "2.0" && json->value.at("id") == id);
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const auto bytes = platform::textOf(input);
   const auto lines = linesOf(bytes, bytes.size());
   require(lines == linesOf(bytes, 1) && lines == linesOf(bytes, 7));
@@ -51,3 +48,5 @@ void quillet::fuzz::run(platform::DataView input) {
     }
   }
 }
+
+}  // namespace quillet::fuzz

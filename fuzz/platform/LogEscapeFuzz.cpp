@@ -8,12 +8,12 @@
 #include "fuzz/Target.h"
 #include "platform/log/LogEscape.h"
 
-namespace {
+namespace quillet::fuzz {
 
 /// By the C library's decoder, and what it leaves to others: surrogates and the end of Unicode.
 bool isFitForALine(std::string_view text) {
   static const bool hasDecoder = std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr;
-  quillet::fuzz::require(hasDecoder);
+  require(hasDecoder);
   while (!text.empty()) {
     wchar_t point = 0;
     std::mbstate_t state{};
@@ -27,12 +27,12 @@ bool isFitForALine(std::string_view text) {
   return true;
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   const auto text = platform::textOf(input);
   std::string out;
   platform::appendEscaped(out, text);
   require(isFitForALine(out) && isFitForALine(text) == (out == text));
   require(out.size() <= 4 * text.size());
 }
+
+}  // namespace quillet::fuzz

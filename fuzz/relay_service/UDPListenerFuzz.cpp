@@ -16,9 +16,8 @@
 #include "tests/relay_service/FakeConnection.h"
 #include "tests/support/LogCapture.h"
 
-namespace {
+namespace quillet::fuzz {
 
-using quillet::fuzz::require;
 using QuilletXPCservice::UDPListener;
 using QuilletXPCservice::test::FakeConnection;
 using Kind = platform::NWConnection::State::Kind;
@@ -97,9 +96,7 @@ class Session {
   std::shared_ptr<FakeConnection> client_;
 };
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   Session session;
   while (input.size() >= 3) {
     const std::uint8_t kind = input[0];
@@ -108,3 +105,5 @@ void quillet::fuzz::run(platform::DataView input) {
     input = input.subspan(length);
   }
 }
+
+}  // namespace quillet::fuzz
