@@ -1,23 +1,15 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <utility>
-
 #include "dns_tools/DNSSocketClient.h"
-#include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
 #include "tests/support/FakeFlow.h"
 #include "tests/support/FakeServer.h"
-#include "tests/support/LogCapture.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using platform::Data;
+using namespace quillet::test;
+
 using platform::NWConnection;
 using platform::NWHostEndpoint;
-using quillet::test::FakeFlow;
-using quillet::test::FakeServer;
-using testing::ElementsAre;
 
 class DNSSocketClientTest : public testing::Test {
  protected:
@@ -35,9 +27,9 @@ class DNSSocketClientTest : public testing::Test {
     client->onDataReceived = [this](const auto& flow, const auto& answer, const auto& endpoint,
                                     auto isFinished, const auto& error) {
       EXPECT_EQ(flow, flow_);
-      told_.push_back((answer ? std::string(platform::textOf(*answer)) : "nothing") + "@" +
+      told_.push_back((answer ? std::string(textOf(*answer)) : "nothing") + "@" +
                       endpoint.value().port + (isFinished.value() ? " finished " : " more ") +
-                      platform::description(error));
+                      description(error));
     };
     client->connectWithDNS(ip, port);
     client_ = client;
@@ -49,7 +41,7 @@ class DNSSocketClientTest : public testing::Test {
     return platform::MainLoop::shared().runUntil([=, this] { return told_.size() == count; });
   }
 
-  quillet::test::LogCapture log_;
+  LogCapture log_;
   std::shared_ptr<FakeFlow> flow_ = std::make_shared<FakeFlow>(5);
   std::weak_ptr<DNSSocketClient> client_;
   std::vector<std::string> told_;
@@ -90,8 +82,8 @@ TEST_F(DNSSocketClientTest, ADatagramTooLargeToSendIsOneLine) {
   ASSERT_TRUE(runUntilTold(1));
   EXPECT_THAT(told_, ElementsAre("b@1 more nil"));
   EXPECT_THAT(log_.records(),
-              testing::Contains("(5): ERROR! Error when data (Type: Data) sending. NWError: \n "
-                                "POSIXErrorCode(rawValue: 90): Message too long"));
+              Contains("(5): ERROR! Error when data (Type: Data) sending. NWError: \n "
+                       "POSIXErrorCode(rawValue: 90): Message too long"));
   client_.lock()->connection()->cancel();
 }
 

@@ -1,15 +1,12 @@
 // What a message may ask of the reader and the writer at most.
 
-#include <gtest/gtest.h>
-
 #include "dns_tools/Message.h"
 #include "dns_tools/Record.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using platform::Data;
-using quillet::test::hex;
+using namespace quillet::test;
 
 void append(Data& bytes, const Data& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
 

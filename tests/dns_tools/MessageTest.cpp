@@ -1,21 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <tuple>
-
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/Message.h"
 #include "dns_tools/RecordType.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using platform::DataView;
-using quillet::test::hex;
+using namespace quillet::test;
 
 /// The error's name, or "" when there is a message.
 std::string errorOf(const tl::expected<Message, DecodeError>& message) {
-  return message ? "" : platform::description(message.error());
+  return message ? "" : description(message.error());
 }
 
 const char* const kAnswer =
@@ -63,7 +57,7 @@ TEST(Message, FramesForTCP) {
 }
 
 TEST(Message, ReadsAllSectionsAsAnotherLibraryWritesThem) {
-  const auto text = platform::description(Message::deserialize(hex(kFullAnswer)).value());
+  const auto text = description(Message::deserialize(hex(kFullAnswer)).value());
   const char* const fields[] = {
       "type: 255, ",
       R"(mname: "ns1.example.com.", rname: "hostmaster.example.com.", serial: 2024010101, )",
@@ -82,45 +76,43 @@ TEST(Message, ReadsAllSectionsAsAnotherLibraryWritesThem) {
 }
 
 TEST(Message, CarriesTheFlags) {
-  const std::string response = "DNS Response(id: 0, returnCode: 0, authoritativeAnswer: false, ";
-  const std::string rest = "questions: [], answers: [], authorities: [], additional: [])";
-  const std::string no = "truncation: false, recursionDesired: false, recursionAvailable: false, ";
-  const std::string request = "DNS Request(id: 0, authoritativeAnswer: ";
-  const std::tuple<const char*, int, std::string> rows[] = {
-      {"8000", 0, response + no},
-      {"800F", 0, "DNS Response(id: 0, returnCode: 15, authoritativeAnswer: false, " + no},
-      {"7800", 15, request + "false, " + no},
-      {"0400", 0, request + "true, " + no},
-      {"0200", 0,
-       request + "false, truncation: true, recursionDesired: false, recursionAvailable: false, "},
-      {"0100", 0,
-       request + "false, truncation: false, recursionDesired: true, recursionAvailable: false, "},
-      {"0080", 0,
-       request + "false, truncation: false, recursionDesired: false, recursionAvailable: true, "},
+  // Answer and code of the answer, operation code; authoritative, truncated, recursion.
+  const std::tuple<const char*, const char*, int, std::array<const char*, 4>> rows[] = {
+      {"8000", "Response(id: 0, returnCode: 0", 0, {"false", "false", "false", "false"}},
+      {"800F", "Response(id: 0, returnCode: 15", 0, {"false", "false", "false", "false"}},
+      {"7800", "Request(id: 0", 15, {"false", "false", "false", "false"}},
+      {"0400", "Request(id: 0", 0, {"true", "false", "false", "false"}},
+      {"0200", "Request(id: 0", 0, {"false", "true", "false", "false"}},
+      {"0100", "Request(id: 0", 0, {"false", "false", "true", "false"}},
+      {"0080", "Request(id: 0", 0, {"false", "false", "false", "true"}},
   };
-  for (const auto& [word, operation, printed] : rows) {
-    const auto bytes = hex(std::string("0000") + word + "0000 0000 0000 0000");
+  for (const auto& [word, head, operation, flags] : rows) {
+    const auto bytes = hex({"0000", word, "0000 0000 0000 0000"});
     const auto message = Message::deserialize(bytes).value();
-    EXPECT_EQ(message.debugDescription(), printed + rest);
+    EXPECT_EQ(message.debugDescription(),
+              std::string("DNS ") + head + ", authoritativeAnswer: " + flags[0] +
+                  ", truncation: " + flags[1] + ", recursionDesired: " + flags[2] +
+                  ", recursionAvailable: " + flags[3] +
+                  ", questions: [], answers: [], authorities: [], additional: [])");
     EXPECT_EQ(message.operationCode, operation) << word;
     EXPECT_EQ(message.serialize(), bytes) << word;
   }
 }
 
 TEST(Message, TellsWhatIsWrong) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"0000 0000 0000 0000 00", "invalidMessageSize"},
-      {"0000 0000 0000 0000 0000", ""},
-      {"0000 0000 0000 0000 0000 FF", ""},
-      {"0000 FFFF 0000 0000 0000 00 0001 0001", "invalidLabelSize"},
-      {"0000 0000 FFFF FFFF FFFF", "invalidLabelSize"},
-      {"0000 0001 0000 0000 0000 00", "invalidQuestion"},
-      {"0000 0001 0000 0000 0000 00 0001 00", "invalidQuestion"},
-      {"0000 0000 0000 0001 0000 00 0001 00", "invalidIntegerSize"},
+  const auto error = [](const std::string& rest) {
+    return errorOf(Message::deserialize(hex("0001" + rest)));
   };
-  for (const auto& [bytes, error] : rows) {
-    EXPECT_EQ(errorOf(Message::deserialize(hex(std::string("0001") + bytes))), error) << bytes;
-  }
+  expectEach(error, {
+                        {"0000 0000 0000 0000 00", "invalidMessageSize"},
+                        {"0000 0000 0000 0000 0000", ""},
+                        {"0000 0000 0000 0000 0000 FF", ""},
+                        {"0000 FFFF 0000 0000 0000 00 0001 0001", "invalidLabelSize"},
+                        {"0000 0000 FFFF FFFF FFFF", "invalidLabelSize"},
+                        {"0000 0001 0000 0000 0000 00", "invalidQuestion"},
+                        {"0000 0001 0000 0000 0000 00 0001 00", "invalidQuestion"},
+                        {"0000 0000 0000 0001 0000 00 0001 00", "invalidIntegerSize"},
+                    });
 }
 
 TEST(Message, TypesHaveTheirUsualNames) {

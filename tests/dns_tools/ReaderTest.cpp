@@ -1,22 +1,18 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "dns_tools/Reader.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using quillet::test::hex;
+using namespace quillet::test;
 
 /// The name that begins there and where it ends, "a. 3", or the error.
-std::string readNameAt(const platform::Data& bytes, std::size_t start) {
+std::string readNameAt(const Data& bytes, std::size_t start) {
   Reader reader(bytes);
   reader.skip(start);
   const auto text = reader.readName();
   if (reader.error()) {
     EXPECT_TRUE(text.empty() && reader.remaining() == 0);
-    return platform::description(*reader.error());
+    return description(*reader.error());
   }
   return text + " " + std::to_string(reader.position());
 }

@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
 #include "dns_tools/AliasRecord.h"
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/NameServerRecord.h"
@@ -13,14 +8,11 @@
 #include "dns_tools/ServiceRecord.h"
 #include "dns_tools/StartOfAuthorityRecord.h"
 #include "dns_tools/TextRecord.h"
-#include "platform/base/Description.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using platform::Data;
-using quillet::test::hex;
+using namespace quillet::test;
 
 tl::expected<Data, EncodeError> written(const ResourceRecord& record) {
   Data bytes;
@@ -34,15 +26,15 @@ Data recordOf(const std::string& type, const std::string& data) {
 }
 
 /// The printed form of the record that the octets are, or what is wrong with them.
-std::string readAndPrinted(platform::DataView octets) {
+std::string readAndPrinted(DataView octets) {
   Reader reader(octets);
   const auto record = RecordValue::read(reader);
   if (reader.error()) {
-    return platform::description(*reader.error());
+    return description(*reader.error());
   }
   EXPECT_EQ(reader.remaining(), 0U);
   EXPECT_EQ(written(*record), Data(octets.begin(), octets.end()));
-  return platform::description(record);
+  return description(record);
 }
 
 TEST(RecordValue, ADictionaryOutlivesTheRecordsWrittenWithIt) {
@@ -85,11 +77,11 @@ TEST(RecordValue, WritesReadsAndPrintsEachKind) {
   };
   for (const auto& [type, data, record, printed] : rows) {
     const auto octets = recordOf(type, data);
-    EXPECT_EQ(platform::description(record), "DnsToolsSocket." + printed);
+    EXPECT_EQ(description(record), "DnsToolsSocket." + printed);
     EXPECT_EQ(readAndPrinted(octets), "DnsToolsSocket." + printed);
     EXPECT_EQ(written(*record), octets) << printed;
     for (std::size_t size = 0; size < octets.size(); ++size) {
-      EXPECT_TRUE(readAndPrinted(platform::DataView(octets).first(size)).starts_with("invalid"));
+      EXPECT_TRUE(readAndPrinted(DataView(octets).first(size)).starts_with("invalid"));
     }
   }
   // OPT, a payload of 36864 octets, version 0 and the DO bit: the class word taken apart.
@@ -121,7 +113,7 @@ TEST(RecordValue, SplitsTextsAtTheirFirstEqualsSign) {
       recordOf("0010", "001B 03613D31 02623D 05706C61696E 05783D793D7A 03613D32 023D76 00");
   Reader reader(octets);
   const auto text = RecordValue::read(reader);
-  EXPECT_TRUE(platform::description(text).ends_with(
+  EXPECT_TRUE(description(text).ends_with(
       R"(attributes: ["": "v", "a": "2", "b": "", "x": "y=z"], values: ["plain", ""]))"));
   EXPECT_EQ(written(*text), recordOf("0010", "0010 023D76 03613D32 02623D 05783D793D7A"));
   for (const std::size_t size : {253U, 254U}) {
@@ -150,7 +142,7 @@ template <class Address>
 void expectSame(const char* bytes, const char* text) {
   const auto ip = Address::networkBytes(hex(bytes)).value();
   EXPECT_EQ(ip.presentationString(), text);
-  EXPECT_EQ(ip.presentation(), platform::description(ip));
+  EXPECT_EQ(ip.presentation(), description(ip));
   const auto parsed = Address::fromPresentation(text).value();
   EXPECT_TRUE(parsed == ip && std::ranges::equal(parsed.bytes(), hex(bytes)));
 }
@@ -167,7 +159,7 @@ TEST(IP, BytesAndTextStandForEachOther) {
 }
 
 TEST(IP, OfARecordChangesToATextThatIsOne) {
-  const quillet::test::LogCapture log;
+  const LogCapture log;
   HostRecord<IPv4> record("a.", false, 1, 60, IPv4(0x01020304));
   for (const auto* text : {"5.6.7.8", "::1"}) {
     record.changeIP(text);

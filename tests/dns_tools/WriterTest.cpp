@@ -1,15 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "dns_tools/Writer.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace DnsToolsSocket::test {
 
-using platform::Data;
-using quillet::test::hex;
+using namespace quillet::test;
 
 /// What writing the names one after another appends to a buffer of `before` octets, whoever holds
 /// the names.
@@ -64,7 +58,7 @@ TEST(Writer, FindsEachOfManyNamesAgain) {
   }
   auto twice = names;
   twice.insert(twice.end(), names.begin(), names.end());
-  EXPECT_EQ(platform::textOf(written(twice)), expected + pointers);
+  EXPECT_EQ(textOf(written(twice)), expected + pointers);
 }
 
 TEST(Writer, PointsNoFurtherThanAPointerReaches) {

@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "dnscodec/DNSLabel.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
-
-using platform::Data;
 
 /// The name at `offset` and where it ends, "a.b 7"; nothing where there is none.
 std::string nameAt(const Data& buffer, std::uint32_t offset = 0) {
@@ -83,8 +79,7 @@ TEST(DNSLabelTest, WritesEachPieceAsALabel) {
     const std::string label(length, 'x');
     const auto kept = label.substr(0, 191);
     const auto written = static_cast<char>(kept.size()) + kept;
-    EXPECT_EQ(platform::textOf(DNSLabelEncoder::encode(label + ".b")),
-              written + std::string("\1b\0", 3));
+    EXPECT_EQ(textOf(DNSLabelEncoder::encode(label + ".b")), written + std::string("\1b\0", 3));
   }
 }
 

@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "dnscodec/DNSMessage.h"
 #include "tests/dnscodec/Samples.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
-
-using platform::DataView;
 
 std::optional<DNSMessage> decoded(DataView bytes) {
   DNSMessageDecoder decoder;
@@ -31,7 +28,7 @@ TEST(DNSHeaderTest, ReadsAndWritesEachField) {
     header.answerRecordCount = 0x0304;
     header.authorityRecordCount = 0x0506;
     header.additionalRecordCount = 0x0708;
-    const auto wire = test::hex(std::string(bytes) + "0102 0304 0506 0708");
+    const auto wire = hex(std::string(bytes) + "0102 0304 0506 0708");
     std::uint32_t offset = 0;
     DNSHeaderDecoder decoder;
     decoder.decodeHeaderInBuffer(wire, offset);
@@ -39,7 +36,7 @@ TEST(DNSHeaderTest, ReadsAndWritesEachField) {
     EXPECT_EQ(DNSHeaderEncoder::encode(header), wire) << bytes;
   }
   EXPECT_EQ(DNSHeaderEncoder::encode({.opCode = 0xFFF5, .responseCode = 0xF3}),
-            test::hex("0000 2803 0000000000000000"));
+            hex("0000 2803 0000000000000000"));
 }
 
 TEST(DNSMessageTest, ItsElementsDecodeOnTheirOwnToo) {
@@ -55,7 +52,7 @@ TEST(DNSMessageTest, ItsElementsDecodeOnTheirOwnToo) {
 }
 
 TEST(DNSMessageTest, WritesNamesInFullAndRefusesEveryCut) {
-  auto bytes = test::sampleAnswer();
+  auto bytes = sampleAnswer();
   for (std::size_t size = 0; size < bytes.size(); ++size) {
     EXPECT_FALSE(decoded(DataView(bytes).first(size))) << size;
   }
@@ -94,7 +91,7 @@ TEST(DNSMessageTest, BoundsTheTextOfAllNames) {
   constexpr std::size_t kMost =
       (DecodeBudget::kTotal - kName) / (DecodeBudget::kPointerCost + kName);
   for (const std::size_t pointers : {kMost, kMost + 1}) {
-    auto bytes = test::pointingQuestions(pointers - 1);
+    auto bytes = pointingQuestions(pointers - 1);
     bytes[11] = 1;
     bytes.insert(bytes.end(), {0xC0, 12, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0});
     EXPECT_EQ(decoded(bytes).has_value(), pointers == kMost);

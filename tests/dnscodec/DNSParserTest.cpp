@@ -1,15 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "dnscodec/DNSParser.h"
 #include "tests/dnscodec/Samples.h"
-#include "tests/support/LogCapture.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
 
-using platform::Data;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Flags = DNSParser::Flags;
 
 // id 0x1234, RD, a A IN
@@ -26,7 +20,7 @@ Data injectedQuery() { return queryWith("0005 fdef 0001 31"); }
 
 class DNSParserTest : public testing::Test {
  protected:
-  test::LogCapture log_;
+  LogCapture log_;
 };
 
 TEST_F(DNSParserTest, BuildsOptionsInPairs) {
@@ -141,7 +135,7 @@ TEST_F(DNSParserTest, ReplacesTheAdditionalSectionOrKeepsWhatItCannotDecode) {
 
 TEST_F(DNSParserTest, KeepsTheQuestionOctetsThatAreTooLongWrittenInFull) {
   // Written, that are 252 questions of 259 octets, and a record of 13 and the options.
-  const auto query = test::pointingQuestions(251);
+  const auto query = pointingQuestions(251);
   EXPECT_EQ(DNSParser::injectFlagsTo(query, Data(214)).size(), 65507U);
   auto kept = query;
   kept[11] = 1;

@@ -1,13 +1,12 @@
 // BigInt against GMP over many random and extreme operands.
 
 #include <gmpxx.h>
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 
 #include "netaddr/BigInt.h"
 #include "tests/netaddr/Samples.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
 

@@ -1,13 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "netaddr/BigInt.h"
 #include "tests/netaddr/Samples.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
 

@@ -1,19 +1,12 @@
 // What the addresses of both families answer, asked through the class that holds either.
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "netaddr/DNSAResourceRecord.h"
 #include "netaddr/IPAddress.h"
 #include "netaddr/PaddedText.h"
 #include "tests/netaddr/Samples.h"
-#include "tests/support/Rows.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
-
-using platform::Data;
 
 TEST(IPv4Test, ReadsTexts) {
   const std::pair<std::optional<std::string>, std::vector<std::string>> rows[] = {

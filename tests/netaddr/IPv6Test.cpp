@@ -1,13 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "netaddr/IPv6.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
-
-using platform::Data;
-using Texts = std::vector<std::string>;
 
 TEST(IPv6Test, ReadsTexts) {
   const std::string regex = "Address failed regex: ";

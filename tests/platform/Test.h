@@ -1,34 +1,19 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "platform/base/Clock.h"
-#include "platform/base/Data.h"
-#include "platform/base/Description.h"
 #include "platform/dispatch/MainLoop.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Rows.h"
+#include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 /// What the tests of the platform's rooms have in common. They stand in this namespace.
 namespace platform::test {
 
-using quillet::test::expectEach;
-using quillet::test::LogCapture;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Texts = std::vector<std::string>;
+using namespace quillet::test;  // NOLINT
 
 /// Runs what is ready now.
 inline void runReady() { MainLoop::shared().runReady(); }

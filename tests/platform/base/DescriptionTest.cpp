@@ -4,8 +4,6 @@
 
 namespace platform::test {
 
-using namespace std::string_literals;
-
 TEST(DescriptionTest, PrintsFractions) {
   expectEach<double>([](double value) { return description(value); },
                      {{-0.0, "-0.0"},

@@ -6,8 +6,6 @@
 
 namespace platform::test {
 
-using namespace std::string_literals;
-
 constexpr auto kMaxOutstanding = ClientConnection::kMaxOutstanding;
 
 class ClientConnectionsTest : public HostedTest {

@@ -47,7 +47,7 @@ TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
 }
 
 TEST_F(FlowHostTest, ABroadcastIsAnsweredFromAUnicastAddress) {
-  const auto network = quillet::test::NetworkNamespace::enter();
+  const auto network = NetworkNamespace::enter();
   if (!network || !network->ip("-6 route replace local ff00::/8 dev lo table local")) {
     GTEST_SKIP() << "needs a network of its own";
   }

@@ -4,14 +4,12 @@
 #include "platform/network/NWConnection.h"
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/TCPClient.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"
 
 namespace platform::test {
 
-using quillet::test::FakeFlow;
 using testing::Pair;
 
 class SystemResolverTest : public testing::Test {

@@ -5,7 +5,6 @@
 
 #include "platform/base/FileDescriptor.h"
 #include "platform/log/HeldBackLines.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include "platform/log/JournalLogSink.h"
-#include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

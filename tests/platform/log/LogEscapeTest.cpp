@@ -3,8 +3,6 @@
 
 namespace platform::test {
 
-using namespace std::string_literals;
-
 TEST(LogEscapeTest, EscapesControlsAndWhatIsNoUtf8WhereverTheyStand) {
   const std::pair<std::string, std::string> rows[] = {
       {"\x7F", "\\x7F"},

@@ -1,7 +1,6 @@
 #include <unistd.h>
 
 #include "platform/log/StreamLogSink.h"
-#include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/Pipe.h"
 #include "tests/platform/Test.h"
 

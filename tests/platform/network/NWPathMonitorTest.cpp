@@ -4,8 +4,6 @@
 
 namespace platform::test {
 
-using quillet::test::NetworkNamespace;
-
 // In a network of the test's own, with two interfaces that are each other's cable.
 TEST(NWPathMonitorTest, ReportsTheFirstPathAndEachThatDiffersUntilItIsCancelled) {
   const auto network = NetworkNamespace::enter();

@@ -1,10 +1,7 @@
 #include "platform/network/Route.h"
 #include "tests/platform/Test.h"
-#include "tests/support/Wire.h"
 
 namespace platform::test {
-
-using quillet::test::hex;
 
 // The kernel's numbers stand in the order of this machine's octets; the bytes below are
 // little-endian. Each message is a header, an rtmsg and its attributes.

@@ -8,7 +8,6 @@
 #include "platform/senders/SocketTable.h"
 #include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/support/Wire.h"
 
 namespace {
 
@@ -37,8 +36,6 @@ extern "C" ssize_t sendto(int socket, const void* bytes, size_t size, int flags,
 }
 
 namespace platform::test {
-
-using quillet::test::hex;
 
 // Numbers of the kernel's own stand in the order of this machine's octets; the bytes below are
 // little-endian. A message is a header (length, type 20, flags, sequence 7, port), an inet_diag_msg

@@ -13,8 +13,6 @@
 
 namespace platform::test {
 
-using quillet::test::NetworkNamespace;
-
 /// The IPv6 form of an IPv4 address, which `parse` does not give.
 SocketAddress mapped(const SocketAddress& ipv4) {
   auto result = address("::", ipv4.port());

@@ -3,8 +3,6 @@
 
 namespace platform::test {
 
-using namespace std::string_literals;
-
 std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
 
 /// The value as compact text and what was left out of it, or why there is none.

@@ -1,8 +1,6 @@
 #include <sys/stat.h>
 
 #include "platform/store/TimeZone.h"
-#include "tests/platform/EnvironmentVariable.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

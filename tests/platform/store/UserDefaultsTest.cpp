@@ -3,7 +3,6 @@
 #include <fstream>
 
 #include "platform/store/UserDefaults.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

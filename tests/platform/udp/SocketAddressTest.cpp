@@ -3,8 +3,6 @@
 
 namespace platform::test {
 
-using namespace std::string_literals;
-
 TEST(SocketAddressTest, ReadsAddressesAndWritesThemAgain) {
   const auto written = [](const std::string& text) {
     const auto parsed = SocketAddress::parse(text, 5300);

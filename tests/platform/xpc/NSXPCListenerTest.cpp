@@ -5,9 +5,7 @@
 
 #include "platform/xpc/LineBuffer.h"
 #include "platform/xpc/NSXPCListener.h"
-#include "tests/platform/EnvironmentVariable.h"
 #include "tests/platform/Socket.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

@@ -1,13 +1,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <future>
 #include <latch>
 
 #include "platform/xpc/ServiceSocket.h"
-#include "tests/platform/EnvironmentVariable.h"
-#include "tests/platform/TemporaryDirectory.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {
