@@ -22,7 +22,7 @@ class ConnectionTest : public testing::Test {
 
   Connection make(const std::string& host, std::uint16_t port, const std::string& name = "") {
     auto connection = NWConnection::create(NWEndpoint::Host(host), NWEndpoint::Port(port));
-    connection->stateUpdateHandler = [this, name](const NWConnection::State& state) {
+    connection->stateUpdateHandler = [=, this](const auto& state) {
       say(name + description(state));
     };
     return connection;
@@ -43,16 +43,16 @@ class ConnectionTest : public testing::Test {
   }
 
   void send(const Connection& connection, const std::string& text) {
-    connection->send(bytes(text), [this, text](const std::optional<NWError>& error) {
+    connection->send(bytes(text), [this, text](const auto& error) {
       say("sent " + text + (error ? " " + description(*error) : ""));
     });
   }
   void receive(const Connection& connection, const std::string& name = "") {
-    connection->receiveMessage([this, name](const std::optional<Data>& content, bool isComplete,
-                                            const std::optional<NWError>& error) {
-      EXPECT_EQ(isComplete, content && !error);
-      say(name + "got " + (content ? std::string(textOf(*content)) : description(*error)));
-    });
+    connection->receiveMessage(
+        [this, name](const auto& content, bool isComplete, const auto& error) {
+          EXPECT_EQ(isComplete, content && !error);
+          say(name + "got " + (content ? std::string(textOf(*content)) : description(*error)));
+        });
   }
 
   Texts lines_;

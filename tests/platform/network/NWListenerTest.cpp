@@ -12,14 +12,13 @@ namespace platform::test {
 class NWListenerTest : public testing::Test {
  protected:
   NWListenerTest() {
-    listener_->newConnectionHandler = [this](const std::shared_ptr<NWConnection>& connection) {
+    listener_->newConnectionHandler = [this](const auto& connection) {
       lines_.emplace_back("new");
-      connection->stateUpdateHandler =
-          [this, weak = std::weak_ptr(connection)](const NWConnection::State& state) {
-            if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
-              receive(weak);
-            }
-          };
+      connection->stateUpdateHandler = [this, weak = std::weak_ptr(connection)](const auto& state) {
+        if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
+          receive(weak);
+        }
+      };
       connection->start(DispatchQueue::global());
       held_.push_back(connection);
       if (held_.size() > keep_) {
@@ -37,8 +36,8 @@ class NWListenerTest : public testing::Test {
 
   void receive(const std::weak_ptr<NWConnection>& weak) {
     if (const auto connection = weak.lock()) {
-      connection->receiveMessage([this, weak](const std::optional<Data>& content, bool isComplete,
-                                              const std::optional<NWError>& error) {
+      connection->receiveMessage([this, weak](const auto& content, bool isComplete,
+                                              const auto& error) {
         EXPECT_EQ(isComplete, !error);
         lines_.push_back(content ? "got " + std::string(textOf(*content)) : description(*error));
         if (content) {
@@ -50,9 +49,8 @@ class NWListenerTest : public testing::Test {
   /// How it ends that the newest connection answers.
   std::string answer() {
     std::string outcome;
-    held_.back()->send({}, [&](const std::optional<NWError>& error) {
-      outcome = error ? description(*error) : "sent";
-    });
+    held_.back()->send({},
+                       [&](const auto& error) { outcome = error ? description(*error) : "sent"; });
     EXPECT_EQ(outcome, "") << "later";
     runReady();
     return outcome;
