@@ -2,11 +2,11 @@
 // values.
 
 #include <benchmark/benchmark.h>
+#include <gmpxx.h>
 
 #include <string>
 
 #include "netaddr/BigInt.h"
-#include "tests/netaddr/Mpz.h"
 
 namespace quillet {
 namespace {
@@ -18,6 +18,9 @@ BigInt randomOdd(int bits) {
   return value.bitOr(BigInt(1));
 }
 
+/// The same number for GMP.
+mpz_class theirs(const BigInt& value) { return mpz_class(value.toStringWithRadix(16), 16); }
+
 void BM_multiply(benchmark::State& state) {
   const BigInt a = randomOdd(static_cast<int>(state.range()));
   const BigInt b = randomOdd(static_cast<int>(state.range()));
@@ -27,11 +30,11 @@ void BM_multiply(benchmark::State& state) {
 }
 
 void BM_multiplyGmp(benchmark::State& state) {
-  Mpz a(randomOdd(static_cast<int>(state.range())));
-  Mpz b(randomOdd(static_cast<int>(state.range())));
-  Mpz product;
+  mpz_class a = theirs(randomOdd(static_cast<int>(state.range())));
+  mpz_class b = theirs(randomOdd(static_cast<int>(state.range())));
+  mpz_class product;
   for ([[maybe_unused]] auto _ : state) {
-    mpz_mul(product.get(), a.get(), b.get());
+    mpz_mul(product.get_mpz_t(), a.get_mpz_t(), b.get_mpz_t());
     benchmark::DoNotOptimize(product);
   }
 }
@@ -46,11 +49,11 @@ void BM_divide(benchmark::State& state) {
 }
 
 void BM_divideGmp(benchmark::State& state) {
-  Mpz a(randomOdd(static_cast<int>(state.range())));
-  Mpz b(randomOdd(static_cast<int>(state.range()) / 2));
-  Mpz quotient;
+  mpz_class a = theirs(randomOdd(static_cast<int>(state.range())));
+  mpz_class b = theirs(randomOdd(static_cast<int>(state.range()) / 2));
+  mpz_class quotient;
   for ([[maybe_unused]] auto _ : state) {
-    mpz_tdiv_q(quotient.get(), a.get(), b.get());
+    mpz_tdiv_q(quotient.get_mpz_t(), a.get_mpz_t(), b.get_mpz_t());
     benchmark::DoNotOptimize(quotient);
   }
 }
@@ -67,12 +70,12 @@ void BM_modPow(benchmark::State& state) {
 
 void BM_modPowGmp(benchmark::State& state) {
   const int bits = static_cast<int>(state.range());
-  Mpz modulus(randomOdd(bits));
-  Mpz base(randomOdd(bits - 1));
-  Mpz exponent(randomOdd(bits));
-  Mpz power;
+  mpz_class modulus = theirs(randomOdd(bits));
+  mpz_class base = theirs(randomOdd(bits - 1));
+  mpz_class exponent = theirs(randomOdd(bits));
+  mpz_class power;
   for ([[maybe_unused]] auto _ : state) {
-    mpz_powm(power.get(), base.get(), exponent.get(), modulus.get());
+    mpz_powm(power.get_mpz_t(), base.get_mpz_t(), exponent.get_mpz_t(), modulus.get_mpz_t());
     benchmark::DoNotOptimize(power);
   }
 }
@@ -85,10 +88,10 @@ void BM_toStringWithRadix(benchmark::State& state) {
 }
 
 void BM_toStringGmp(benchmark::State& state) {
-  Mpz value(randomOdd(static_cast<int>(state.range(0))));
+  mpz_class value = theirs(randomOdd(static_cast<int>(state.range(0))));
   std::string text(BigInt::kBits + 2, '\0');
   for ([[maybe_unused]] auto _ : state) {
-    mpz_get_str(text.data(), static_cast<int>(-state.range(1)), value.get());
+    mpz_get_str(text.data(), static_cast<int>(-state.range(1)), value.get_mpz_t());
     benchmark::DoNotOptimize(text);
   }
 }
