@@ -37,8 +37,8 @@ std::optional<JSONFault> JSONDocument::faultOf(const JSONObject& object,
   return found == leftOut.end() ? std::nullopt : std::optional(found->fault);
 }
 
-tl::expected<JSONDocument, JSONFault> parseJSON(std::string_view text) {
-  if (text.size() > kMaxJSONSize) {
+tl::expected<JSONDocument, JSONFault> parseJSON(std::string_view text, std::size_t largest) {
+  if (text.size() > largest) {
     return tl::unexpected(JSONFault::kTooLarge);
   }
   if (holdsNul(text) || !isValidUtf8(text)) {

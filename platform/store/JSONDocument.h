@@ -54,7 +54,9 @@ struct JSONDocument {
 };
 
 /// `text` read as one JSON value (RFC 8259). The faults of a value are those of the whole text when
-/// no object holds it; only then is it known that the text is valid otherwise.
-tl::expected<JSONDocument, JSONFault> parseJSON(std::string_view text);
+/// no object holds it; only then is it known that the text is valid otherwise. `largest` is for a
+/// text of which more is expected.
+tl::expected<JSONDocument, JSONFault> parseJSON(std::string_view text,
+                                                std::size_t largest = kMaxJSONSize);
 
 }  // namespace platform
