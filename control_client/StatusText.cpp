@@ -49,7 +49,7 @@ std::string bypassText(const JSONValue& status) {
   if (!isOn) {
     return kNone;
   }
-  return *isOn ? "ON: no rule applies, the system's own server answers everything" : "off";
+  return *isOn ? "on: no rule applies, the system's own server answers everything" : "off";
 }
 
 std::string policyText(const JSONValue& policy) {
@@ -58,7 +58,7 @@ std::string policyText(const JSONValue& policy) {
                     : std::string("none yet");
   const auto outcome = textOf(policy, "outcome");
   if (outcome == "failed") {
-    result += "; THE LAST FETCH FAILED";
+    result += "; the last fetch failed";
   } else if (outcome == "waiting") {
     result += "; waiting for the policy server";
   }
@@ -71,8 +71,8 @@ std::string answerTimes(const JSONValue& status) {
   if (!median || !slowest) {
     return "no answer yet";
   }
-  return "half within " + millisecondsText(*median) + " ms, 99 % within " +
-         millisecondsText(*slowest) + " ms";
+  return "median " + millisecondsText(*median) + " ms, 99 % within " + millisecondsText(*slowest) +
+         " ms";
 }
 
 void addSettings(Sheet& sheet, const JSONValue& status) {

@@ -20,7 +20,7 @@ constexpr std::size_t kRoomyWidth = 60;
 constexpr std::size_t kGap = 2;  // between two blocks
 constexpr std::size_t kShareWidth = 8;
 constexpr std::size_t kCountWidth = 9;
-constexpr std::size_t kTimeWidth = 12;
+constexpr std::size_t kTimeWidth = 13;
 constexpr std::size_t kRateHeight = 3;
 
 std::size_t less(std::size_t width, std::size_t taken) { return width - std::min(width, taken); }
@@ -39,8 +39,8 @@ Block rateBlock(const TopModel& model, ScreenSize size) {
   const auto now = rates.empty() ? 0 : rates.back();
   const auto most = rates.empty() ? 0 : *std::ranges::max_element(rates);
   Block block{StyledLine("queries a second", Style::kHeading)};
-  block.front().add(": " + std::to_string(now) + ", at most " + std::to_string(most) + " in " +
-                    std::to_string(rates.size()) + " s");
+  block.front().add(": " + std::to_string(now) + ", at most " + std::to_string(most) +
+                    " in the last " + std::to_string(rates.size()) + " s");
   const auto height = size.height < kRoomyHeight ? 1 : kRateHeight;
   for (auto& bars : verticalBars(rates, height)) {
     block.emplace_back(std::move(bars), Style::kBar);
@@ -48,18 +48,23 @@ Block rateBlock(const TopModel& model, ScreenSize size) {
   return block;
 }
 
-Block faultsBlock(const TopModel& model) {
-  StyledLine line("faults", Style::kHeading);
-  const auto add = [&line](const char* name, std::uint64_t count) {
-    line.add(std::string("  ") + name + ' ');
-    line.add(std::to_string(count), count == 0 ? Style::kPlain : Style::kBad);
+/// In one line, or more where that is too narrow.
+Block faultsBlock(const TopModel& model, std::size_t width) {
+  Block block{StyledLine("faults", Style::kHeading)};
+  const auto add = [&block, width](const char* name, std::uint64_t count) {
+    StyledLine fault(std::string("  ") + name + ' ');
+    fault.add(std::to_string(count), count == 0 ? Style::kPlain : Style::kBad);
+    if (block.back().columns() + fault.columns() > width) {
+      block.emplace_back();
+    }
+    block.back().addAt(0, fault);
   };
   const auto& faults = model.faults();
   add("unanswered", faults.unanswered);
   add("SERVFAIL", faults.serverFailure);
   add("REFUSED", faults.refused);
   add("lost", faults.lost);
-  return {line};
+  return block;
 }
 
 /// A label, its share in figures, and as a bar in what is left of the width.
@@ -163,7 +168,7 @@ std::vector<StyledLine> topLayout(const TopModel& model, const std::string& titl
   picture.add(titleBlock(model, title, size.width));
   picture.addGap();
   picture.add(rateBlock(model, size));
-  picture.add(faultsBlock(model));
+  picture.add(faultsBlock(model, size.width));
   picture.addGap();
   const auto width = picture.columnWidth();
   picture.addBoth(rulesBlock(model, width), timesBlock(model, width));

@@ -15,16 +15,18 @@ constexpr std::size_t kWidestLine = 132;
 constexpr std::size_t kTimeWidth = 6;
 constexpr std::size_t kCodeWidth = 8;
 constexpr std::size_t kServerWidth = 16;
-constexpr std::size_t kTypeWidth = 5;
+constexpr std::size_t kTypeWidth = 6;
 
 /// What stands in the columns, as it is to be shown.
 struct Cells {
   std::string time, code, rule, server, type, name, application;
 };
 
-/// Name and application share what is left: the application has half of it at most.
+/// Name and application share what is left. The application has two fifths of it, and what the name
+/// leaves.
 void addNameAndApplication(StyledLine& line, const Cells& cells, std::size_t room) {
-  const auto application = cut(cells.application, room / 2);
+  const auto left = room - std::min(room, columnsOf(cells.name) + 1);
+  const auto application = cut(cells.application, std::max(left, room * 2 / 5));
   const auto nameWidth = room - std::min(room, columnsOf(application) + 1);
   line.add(padded(cells.name, nameWidth) + ' ').add(application, Style::kFaint);
 }
