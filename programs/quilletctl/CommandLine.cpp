@@ -39,7 +39,7 @@ void addApplication(CLI::App& command, std::optional<std::string>& value, const 
 }
 
 CLI::App* addCommand(CLI::App& app, const char* name, const char* help) {
-  return app.add_subcommand(name, help)->fallthrough();
+  return app.add_subcommand(name, help)->group("Commands")->fallthrough();
 }
 
 void addExplain(CLI::App& app, Explain& explain) {
@@ -95,7 +95,6 @@ void addOptions(CLI::App& app, Invocation& invocation) {
   app.set_version_flag("--version", std::string("quilletctl ") + quillet::deployment::kVersion);
   app.require_subcommand(1);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Subcommands", "Commands");
 }
 
 Command commandOf(const std::string& name, const Texts& texts) {

@@ -18,11 +18,27 @@ def output(*command):
     return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True).stdout
 
 
+def options_in(text):
+    return set(re.findall(rf"(?<![\w-]){OPTION}", text))
+
+
 def offered(program):
-    """The options of --help, and the commands that its usage shows."""
+    """The program's own options in --help; its commands, each with what it takes: its options, and words such as `on|off`."""
     text = output(BUILD / program, "--help")
-    return set(re.findall(rf"(?<![\w-]){OPTION}", text)) | {"--help"}, \
-        set(re.findall(rf"^  {program} ([a-z]+)", text, re.MULTILINE))
+    commands = {name: options_in(rest) for name, rest in re.findall(rf"^  {program} ([a-z]+)(.*)", text, re.MULTILINE)}
+    for name in re.findall(r"^  ([a-z]+) ", text.partition("\nCommands:\n")[2], re.MULTILINE):
+        usage, _, rest = output(BUILD / program, name, "--help").partition("\n\n")
+        commands[name] = options_in(rest) - {"--help"} | {word for pair in re.findall(r"([a-z]+)\|([a-z]+)$", usage) for word in pair}
+    return (options_in(text) | {"--help"}).difference(*commands.values()), commands
+
+
+def everything(program):
+    options, commands = offered(program)
+    return options.union(commands, *commands.values())
+
+
+def of_options(words):
+    return {word for word in words if word.startswith("--")}
 
 
 def section(program, name):
@@ -32,9 +48,9 @@ def section(program, name):
 
 
 def page_terms(program, name):
-    """What stands in bold at the beginning of the paragraphs of a section."""
+    """What stands in bold at the beginning of the paragraphs of a section, a list for each."""
     lines = re.findall(r"^\*.*$", section(program, name), re.MULTILINE)
-    return {term for line in lines for term in re.findall(r"\*([a-z-]+)\*", line) if not re.fullmatch("-[a-z]", term)}
+    return [[term for term in re.findall(r"\*([a-z-]+)\*", line) if not re.fullmatch("-[a-z]", term)] for line in lines]
 
 
 def bash_words(program, *typed):
@@ -52,33 +68,54 @@ class OptionsTest(unittest.TestCase):
     def test_page(self):
         for program in PROGRAMS:
             with self.subTest(program=program):
-                options, commands = offered(program)
-                self.assertEqual(page_terms(program, "OPTIONS"), options)
-                self.assertEqual(page_terms(program, "COMMANDS"), commands)
+                commands = offered(program)[1]
+                described = {name: set(options) for name, *options in page_terms(program, "COMMANDS")}
+                options = {term for terms in page_terms(program, "OPTIONS") for term in terms}
+                self.assertEqual(options.union(*described.values()), of_options(everything(program)))
+                self.assertEqual(set(described), set(commands))
+                for name, beside in described.items():
+                    self.assertIn(beside, (set(), of_options(commands[name])), name)
 
     def test_bash(self):
         for program in PROGRAMS:
             with self.subTest(program=program):
                 options, commands = offered(program)
-                words = bash_words(program).union(*(bash_words(program, command) for command in commands))
-                self.assertEqual(words, options | commands)
+                words = bash_words(program)
+                self.assertLessEqual(set(commands), words)
+                for command, taken in commands.items():
+                    after = bash_words(program, command)
+                    self.assertEqual(after - options, taken, command)
+                    words |= after
+                self.assertEqual(words, everything(program))
 
     def test_zsh(self):
         for program in PROGRAMS:
             with self.subTest(program=program):
-                options, commands = offered(program)
+                commands = offered(program)[1]
                 file = PACKAGING / "completions/zsh" / f"_{program}"
                 output("zsh", "-n", file)
-                self.assertEqual(set(re.findall(rf"(?<![\w-]){OPTION}(?=[\[}}])", file.read_text())), options)
-                self.assertEqual(set(re.findall(r"[( ]([a-z]+)\\:", file.read_text())), commands)
+                text = file.read_text()
+                words = rf"(?<![\w-]){OPTION}(?=[\[}}])"
+                self.assertEqual(set(re.findall(words, text)), of_options(everything(program)))
+                self.assertEqual(set(re.findall(r"[( ]([a-z]+)\\:", text)), set(commands))
+                for command, part in re.findall(r"^  ([a-z]+)\)(.*?);;", text, re.MULTILINE | re.DOTALL):
+                    values = {word for pair in re.findall(r"\(([a-z]+) ([a-z]+)\)", part) for word in pair}
+                    self.assertEqual(set(re.findall(words, part)) | values, commands[command], command)
 
     def test_fish(self):
         for program in PROGRAMS:
             with self.subTest(program=program):
                 options, commands = offered(program)
                 text = (PACKAGING / "completions/fish" / f"{program}.fish").read_text()
-                self.assertEqual({f"--{name}" for name in re.findall(r" -l ([a-z-]+)", text)}, options)
-                self.assertEqual(set(re.findall(r"__fish_use_subcommand -a ([a-z]+)", text)), commands)
+                found = {"": set()}
+                for command, rest in re.findall(r"^complete -c \S+(?: -n \"__fish_seen_subcommand_from ([a-z]+)\")?(.*)", text,
+                                                re.MULTILINE):
+                    words = {f"--{name}" for name in re.findall(r" -l ([a-z-]+)", rest)}
+                    if command:
+                        words |= {word for pair in re.findall(r" -a \"([a-z]+) ([a-z]+)\"", rest) for word in pair}
+                    found.setdefault(command, set()).update(words)
+                self.assertEqual(found, {"": options, **{name: taken for name, taken in commands.items() if taken}})
+                self.assertEqual(set(re.findall(r"__fish_use_subcommand -a ([a-z]+)", text)), set(commands))
 
 
 if __name__ == "__main__":

@@ -1,0 +1,38 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "control_client/BusiestTexts.h"
+
+namespace quilletctl::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+TEST(BusiestTextsTest, KeepsWhatComesOftenThoughMuchElseComesOnce) {
+  BusiestTexts texts;
+  for (std::size_t i = 0; i < 20 * BusiestTexts::kMaxTexts; ++i) {
+    texts.add("once " + std::to_string(i));
+    if (i % 10 == 0) {  // more often than one of kMaxTexts: cannot be lost
+      texts.add("busy");
+    }
+    if (i % 20 == 0) {
+      texts.add("less busy");
+    }
+  }
+  const auto first = texts.first(2);
+  EXPECT_THAT(first, ElementsAre(Pair(testing::Ge(2 * BusiestTexts::kMaxTexts), "busy"),
+                                 Pair(testing::Ge(BusiestTexts::kMaxTexts), "less busy")));
+  EXPECT_EQ(texts.first(20 * BusiestTexts::kMaxTexts).size(), BusiestTexts::kMaxTexts);
+}
+
+TEST(BusiestTextsTest, CountsExactlyWithinItsBound) {
+  BusiestTexts texts;
+  for (const auto* text : {"b", "a", "c", "b"}) {
+    texts.add(text);
+  }
+  EXPECT_THAT(texts.first(9), ElementsAre(Pair(2, "b"), Pair(1, "a"), Pair(1, "c")));
+}
+
+}  // namespace
+}  // namespace quilletctl::test

@@ -1,0 +1,299 @@
+"""The program as its user sees it: what it prints of what a proxy answers, and how it ends when that answers badly or not.
+
+The proxy is one of the test's own, on a socket in a folder of its own."""
+
+import fcntl
+import json
+import os
+import pty
+import re
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import threading
+import unittest
+
+PROGRAM = sys.argv.pop()
+PATIENCE = 30  # seconds until a test fails rather than hangs
+CUT_OFF = object()  # in place of an answer: the connection ends
+STATUS = {
+    "version": "1.2.3", "pid": 42, "uptime": 93784.9, "listen": ["127.0.0.1:53", "[::1]:53"], "bypass": False, "log": "brief",
+    "servers": {"1": ["127.0.0.4:53"], "2": [], "3": [f"192.0.2.{n}:53" for n in range(7)], "4": [], "5": ["127.0.0.2:81"]},
+    "policy": {"age": 303.2, "domains": 12, "outcome": "failed"},
+    "queries": {"rule": {"0": 2, "1": 0, "2": 0, "3": 1, "4": 0, "5": 13}, "transport": {"udp": 15, "tcp": 1}},
+    "answered": 12, "unanswered": 1, "declined": 2, "open": 1, "median_ms": 1.26, "p99_ms": None, "memory": 5 << 20}
+STATUS_TEXT = """\
+quillet-dns-proxy 1.2.3, process 42, has run for 1 day 2 h
+
+listens at     127.0.0.1:53, [::1]:53
+bypass         off
+log            brief
+policy         12 domains, fetched 5 min 3 s ago; the last fetch failed
+memory         5.0 MiB
+
+queries        15 by UDP, 1 by TCP
+of these       12 answered, 1 unanswered, 2 declined, 1 open
+answer times   no answer yet
+
+rule                      queries    share  servers
+1 local network                 0    0.0 %  127.0.0.4:53
+2 allowed application           0    0.0 %  -
+3 mapped domain                 1    6.2 %  192.0.2.0:53, 192.0.2.1:53,
+                                            192.0.2.2:53, 192.0.2.3:53,
+                                            192.0.2.4:53, 192.0.2.5:53,
+                                            192.0.2.6:53
+4 policy domain                 0    0.0 %  -
+5 filtering service            13   81.2 %  127.0.0.2:81
+0 declined                      2   12.5 %  the system's own
+"""
+EXPLAINED = {"rule": 3, "server": "192.0.2.1:53", "matched": "exa\x1bmple", "from": "mappedDomains", "identity": True,
+             "options": {"65001": "acme " * 10, "65123": "x"}}
+EXPLAINED_TEXT = """\
+rule      3, mapped domain
+matched   "exa\\x1Bmple", from mappedDomains
+server    192.0.2.1:53
+identity  goes along
+          65001 organisation             acme acme acme acme acme acme acme acme
+                                         acme acme
+          65123                          x
+"""
+QUERY = {"name": "a b\x1b]0;x\x07.example", "type": "A", "app": "x y", "rule": 5, "server": "127.0.0.2:81", "rcode": None,
+         "ms": 1234.5}
+QUERY_LINE = r"  1234 none     5 127.0.0.2:81     A      a\x20b\x1B]0;x\x07.example         x y"
+
+
+def message(**members):
+    return json.dumps({"jsonrpc": "2.0", **members}).encode() + b"\n"
+
+
+class Proxy:
+    """Serves one client: for each request the next of `answers`, a result, or lines as they are to be sent."""
+
+    def __init__(self, path, *answers, greeting=b"", stays=False):
+        self.requests, self.answers, self.greeting = [], answers, greeting
+        self.stays, self.ending = stays, threading.Event()
+        self.listener = socket.socket(socket.AF_UNIX)
+        self.listener.settimeout(PATIENCE)
+        self.listener.bind(path)
+        self.listener.listen()
+        self.thread = threading.Thread(target=self.serve)
+        self.thread.start()
+
+    def serve(self):
+        client, _ = self.listener.accept()
+        with client, client.makefile("rb") as lines:
+            client.sendall(self.greeting)
+            for answer in self.answers:
+                self.requests.append(json.loads(lines.readline()))
+                if answer is CUT_OFF:
+                    return
+                client.sendall(answer if isinstance(answer, bytes)
+                               else message(id=self.requests[-1]["id"], result=answer))
+            if self.stays:
+                self.ending.wait(PATIENCE)
+
+    def end(self):
+        self.ending.set()
+        self.thread.join()
+        self.listener.close()
+
+
+class Test(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.proxies = 0
+
+    def proxy(self, *answers, path=None, **how):
+        """One more, whose socket is `self.path` from then on."""
+        self.proxies += 1
+        self.path = path or os.path.join(self.folder, f"{self.proxies}.sock")
+        proxy = Proxy(self.path, *answers, **how)
+        self.addCleanup(proxy.end)
+        return proxy
+
+    def run_program(self, *arguments, **environment):
+        return subprocess.run([PROGRAM, *arguments], capture_output=True, timeout=PATIENCE, stdin=subprocess.DEVNULL, text=True,
+                              env={"LC_ALL": "C.UTF-8", **environment})
+
+    def assert_failure(self, done, status, text=""):
+        """That status, and one line of an error that holds the text."""
+        self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (status, "", 1), done)
+        self.assertIn(text, done.stderr)
+        self.assertTrue(done.stderr[:-1].isprintable(), done)
+
+
+class CommandsTest(Test):
+    def test_each_command(self):
+        report = "flow \x1b[2J\nnext\n" + "x" * 400_000 + "\n"
+        rows = (
+            (("status",), "status", {}, STATUS, STATUS_TEXT),
+            (("explain", "example.com", "--app", "x"), "explain", {"name": "example.com", "app": "x"}, EXPLAINED, EXPLAINED_TEXT),
+            (("explain", "example.com"), "explain", {"name": "example.com"}, 7, None),
+            (("report",), "report", {}, report, report.replace("\x1b", r"\x1B")),
+            (("report", "--seconds", "60", "--app", "x", "--detailed"), "report", {"seconds": 60, "app": "x", "detailed": True},
+             "", ""),
+            (("bypass", "on"), "bypass", {"on": True}, None, ""),
+            (("bypass", "off"), "bypass", {"on": False}, None, ""),
+            (("reload",), "reload", {}, None, ""),
+            (("log", "brief"), "log", {"mode": "brief"}, None, ""),
+            (("metrics",), "metrics", {}, "x_total 1\n# EOF\n", "x_total 1\n# EOF\n"),
+            (("reload", "--json"), "reload", {}, None, "null\n"),
+            (("--json", "status"), "status", {}, {"a": "\x9bé"}, '{"a":"\\u009b\\u00e9"}\n'),
+        )
+        for arguments, method, params, result, shown in rows:
+            with self.subTest(arguments=arguments):
+                proxy = self.proxy(result)
+                done = self.run_program("--socket", self.path, *arguments)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                self.assertEqual(proxy.requests, [{"jsonrpc": "2.0", "id": 1, "method": method, "params": params}])
+                if shown is not None:
+                    self.assertEqual(done.stdout, shown)
+
+    def test_watch(self):
+        for arguments, lines in (((), [QUERY_LINE, "3 queries not shown: there were more than could be read"]),
+                                 (("--json",), [json.dumps(QUERY, separators=(",", ":"), sort_keys=True), '{"lost":3}'])):
+            told = message(method="query", params=QUERY) + message(method="else") + message(method="lost", params={"lost": 3})
+            self.proxy(message(id=1, result=None) + told)
+            done = self.run_program("--socket", self.path, "watch", *arguments)
+            self.assertEqual((done.returncode, done.stdout.splitlines(), done.stderr),
+                             (7, lines, "quilletctl: quillet-dns-proxy has ended\n"))
+
+
+class FailureTest(Test):
+    def test_wrong_use(self):
+        for row in ((), ("nothing",), ("status", "more"), ("explain",), ("explain", ""), ("explain", b"\xff"), ("bypass",),
+                    ("bypass", "maybe"), ("log", "loud"), ("report", "--seconds", "-1"), ("report", "--seconds", "1e3"),
+                    ("--socket",), ("--json", "top"), ("--nonsense", "status")):
+            done = self.run_program(*row)
+            self.assertEqual((done.returncode, done.stdout, bool(done.stderr)), (2, "", True), row)
+
+    def test_first_place_at_which_something_answers(self):
+        os.mkdir(os.path.join(self.folder, "quillet"))
+        places = {"RUNTIME_DIRECTORY": self.folder + ":/nowhere", "XDG_RUNTIME_DIR": self.folder}
+        service, users = (os.path.join(self.folder, below, "dns-proxy.sock") for below in ("", "quillet"))
+        with socket.socket(socket.AF_UNIX) as dead:
+            dead.bind(service)
+        self.proxy("users\n", path=users)
+        self.assertEqual(self.run_program("metrics", **places).stdout, "users\n")
+        os.unlink(service)
+        self.proxy("service\n", path=service)
+        self.assertEqual(self.run_program("metrics", **places).stdout, "service\n")
+
+    def test_nobody_answers(self):
+        left = os.path.join(self.folder, "left")
+        with socket.socket(socket.AF_UNIX) as dead:
+            dead.bind(left)
+        for path in (left, left + "/below", self.folder + "/none"):
+            self.assert_failure(self.run_program("--socket", path, "status"), 7, path)
+        self.assert_failure(self.run_program("--socket", "/" + 200 * "x", "status"), 1, "File name too long")
+
+    @unittest.skipIf(os.geteuid() != 0, "another user to be takes root")
+    def test_kept_out_by_the_mode(self):
+        os.chmod(self.folder, 0o711)
+        self.proxy()
+        os.chmod(self.path, 0o660)
+        done = subprocess.run([PROGRAM, "--socket", self.path, "status"], capture_output=True, text=True, user=65534, group=65534,
+                              extra_groups=[], timeout=PATIENCE)
+        self.assert_failure(done, 1, "Permission denied")
+        with socket.socket(socket.AF_UNIX) as served:  # so that the proxy ends
+            served.connect(self.path)
+
+    def test_bad_answers(self):
+        turned_away = message(id=None, error={"code": -32001, "message": "not allowed"})
+        rows = (
+            (CUT_OFF, "has ended"),
+            (b'{"jsonrpc": "2.0", "id": 1, "resu', "within a line"),
+            (b"nonsense\n", "no JSON-RPC"),
+            (b"[1]\n", "no JSON-RPC"),
+            (b'{"id": 1, "result": "\xff"}\n', "no JSON-RPC"),
+            (message(id=2, result=1) + message(method="query", params=QUERY), "has ended"),
+            (message(id=1, error={"code": -32002, "message": "no\nuse \x1b[2J" + 500 * "x"}), r"no\x0Ause \x1B[2Jxxx"),
+            (message(id=1, error={"code": "7"}), "no reason"),
+            (17_000_000 * b"x" + b"\n", "too long"),
+        )
+        for answer, text in rows:
+            with self.subTest(text=text):
+                self.proxy(answer)
+                self.assert_failure(self.run_program("--socket", self.path, "status"), 1, text)
+        self.proxy(greeting=turned_away)
+        self.assert_failure(self.run_program("--socket", self.path, "watch"), 1, "not allowed")
+
+    def test_no_answer(self):
+        self.proxy(message(method="query", params=QUERY), stays=True)
+        self.assert_failure(self.run_program("--socket", self.path, "status"), 1, "no answer")
+
+    def test_full_disk(self):
+        self.proxy(STATUS)
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([PROGRAM, "--socket", self.path, "status"], stdout=full, stderr=subprocess.PIPE, timeout=PATIENCE)
+        self.assertEqual((done.returncode, done.stderr.count(b"\n")), (1, 1), done)
+
+
+class TerminalTest(Test):
+    """On a terminal of 60 columns."""
+
+    LEFT = b"\x1b[?1049l"  # xterm's other screen
+
+    def start(self, *arguments, **environment):
+        self.terminal, theirs = pty.openpty()
+        self.addCleanup(os.close, self.terminal)
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 20, 60, 0, 0))
+        self.mode = termios.tcgetattr(theirs)
+        process = subprocess.Popen([PROGRAM, "--socket", self.path, *arguments], stdin=theirs, stdout=theirs,
+                                   stderr=subprocess.PIPE, env={"LC_ALL": "C.UTF-8", "TERM": "xterm-256color", **environment})
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.kill)
+        self.theirs = theirs
+        self.addCleanup(os.close, theirs)
+        return process
+
+    def read_until(self, text):
+        shown = b""
+        while text not in shown:
+            shown += os.read(self.terminal, 65536)
+        return shown
+
+    def test_colour_and_width_of_watch(self):
+        for environment, is_coloured in (({}, True), ({"NO_COLOR": "1"}, False)):
+            proxy = self.proxy(message(id=1, result=None) + message(method="query", params=QUERY), stays=True)
+            process = self.start("watch", **environment)
+            shown = self.read_until(b"x y")
+            self.assertEqual(b"\x1b[" in shown, is_coloured, shown)
+            shown = re.sub(r"\x1b\[\d+m", "", shown.decode())
+            self.assertEqual(max(len(line) for line in shown.splitlines()), 60, shown)
+            proxy.ending.set()
+            self.assertEqual(process.wait(PATIENCE), 7)
+
+    def test_top_leaves_the_terminal_as_it_was(self):
+        rows = ((lambda process, proxy: os.write(self.terminal, b"q"), 0, b""),
+                (lambda process, proxy: process.send_signal(signal.SIGINT), 0, b""),
+                (lambda process, proxy: process.send_signal(signal.SIGTERM), 0, b""),
+                (lambda process, proxy: proxy.ending.set(), 7, b"quilletctl: quillet-dns-proxy has ended\n"))
+        for end, status, said in rows:
+            proxy = self.proxy(STATUS, message(id=1, result=None) + message(method="query", params=QUERY), stays=True)
+            process = self.start("top")
+            self.read_until(b"quits")
+            fcntl.ioctl(self.theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 5, 20, 0, 0))
+            process.send_signal(signal.SIGWINCH)
+            self.assertIn(b"\x1b[J", self.read_until(b"q quits"))
+            end(process, proxy)
+            self.assertIn(self.LEFT, self.read_until(self.LEFT))
+            self.assertEqual((process.wait(PATIENCE), process.stderr.read()), (status, said))
+            self.assertEqual(termios.tcgetattr(self.theirs), self.mode)
+
+    def test_top_without_a_terminal_that_it_knows(self):
+        self.proxy(STATUS, None)
+        self.assert_failure(self.run_program("--socket", self.path, "top"), 1, "terminal")
+        self.proxy(STATUS, None)
+        process = self.start("top", TERM="no-such-terminal")
+        self.assertEqual((process.wait(PATIENCE), process.stderr.read()), (1, b"quilletctl: top takes a terminal that $TERM names\n"))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
