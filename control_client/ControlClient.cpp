@@ -14,6 +14,9 @@ constexpr int kId = 1;  // one call at a time
 /// Of a message of the proxy's; it is to be one line for a person.
 constexpr std::size_t kMaxReason = 200;
 
+/// The code of the error that turns a client away.
+constexpr int kNotAllowed = -32001;
+
 tl::unexpected<Failure> notUnderstood() {
   return tl::unexpected(Failure{kFailed, "quillet-dns-proxy sends what is no JSON-RPC message"});
 }
@@ -44,6 +47,15 @@ tl::expected<Notification, Failure> notificationIn(const std::string& line) {
   return Notification{std::move(*method), memberOf(*message, "params")};
 }
 
+/// Of an error that the proxy answers.
+Failure failureIn(const JSONValue& error) {
+  const auto reason = textOf(error, "message").value_or("quillet-dns-proxy gives no reason");
+  const auto* const introduction = memberOf(error, "code") == kNotAllowed
+                                       ? "quillet-dns-proxy serves root and its own group only: "
+                                       : "";
+  return {kFailed, introduction + cut(printable(reason), kMaxReason)};
+}
+
 /// The answer's result; absent for a message that is not the answer.
 tl::expected<std::optional<JSONValue>, Failure> resultIn(const std::string& line) {
   auto message = messageIn(line);
@@ -52,8 +64,7 @@ tl::expected<std::optional<JSONValue>, Failure> resultIn(const std::string& line
   }
   const auto& id = memberOf(*message, "id");
   if (const auto& error = memberOf(*message, "error"); error.is_object()) {
-    const auto reason = textOf(error, "message").value_or("quillet-dns-proxy gives no reason");
-    return tl::unexpected(Failure{kFailed, cut(printable(reason), kMaxReason)});
+    return tl::unexpected(failureIn(error));
   }
   if (id != kId || !message->contains("result")) {
     return std::nullopt;

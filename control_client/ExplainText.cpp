@@ -38,8 +38,11 @@ std::string matchText(const JSONValue& route) {
   if (matched || from) {
     return printable(matched ? *matched : *from);
   }
-  return countOf(route, "rule") == std::uint64_t{RoutingRule::kFiltered} ? "no other rule applies"
-                                                                         : kNone;
+  const auto rule = countOf(route, "rule");
+  if (rule == std::uint64_t{RoutingRule::kDeclined}) {
+    return "no rule is looked at, as while bypass is on";
+  }
+  return rule == std::uint64_t{RoutingRule::kFiltered} ? "no other rule applies" : kNone;
 }
 
 std::string serverText(const JSONValue& route) {

@@ -54,8 +54,10 @@ std::string bypassText(const JSONValue& status) {
 
 std::string policyText(const JSONValue& policy) {
   const auto age = numberOf(policy, "age");
-  auto result = age ? count(policy, "domains") + " domains, fetched " + durationText(*age) + " ago"
-                    : std::string("none yet");
+  const auto* const domains = countOf(policy, "domains") == 1U ? " domain" : " domains";
+  auto result =
+      age ? count(policy, "domains") + domains + ", fetched " + durationText(*age) + " ago"
+          : std::string("none yet");
   const auto outcome = textOf(policy, "outcome");
   if (outcome == "failed") {
     result += "; the last fetch failed";
