@@ -40,18 +40,5 @@ TEST(WatchLineTest, CutsNameAndApplicationOnlyWhereBothHaveNoRoom) {
   EXPECT_EQ(watchLine(query("name", "firefox"), 10).plain(), "  12.3 no…");
 }
 
-TEST(WatchLineTest, ColoursTheAnswer) {
-  auto event = query("name", "app");
-  const std::pair<const char*, const char*> rows[] = {
-      {"NOERROR", "\x1B[32mNOERROR  \x1B[0m"},
-      {"NXDOMAIN", "\x1B[33mNXDOMAIN \x1B[0m"},
-      {"SERVFAIL", "\x1B[31mSERVFAIL \x1B[0m"},
-  };
-  for (const auto& [rcode, shown] : rows) {
-    event.rcode = rcode;
-    EXPECT_NE(watchLine(event, 80).coloured().find(shown), std::string::npos) << rcode;
-  }
-}
-
 }  // namespace
 }  // namespace quilletctl::test

@@ -264,9 +264,9 @@ class TerminalTest(Test):
             proxy = self.proxy(message(id=1, result=None) + message(method="query", params=QUERY), stays=True)
             process = self.start("watch", **environment)
             shown = self.read_until(b"x y")
-            self.assertEqual(b"\x1b[" in shown, is_coloured, shown)
-            shown = re.sub(r"\x1b\[\d+m", "", shown.decode())
-            self.assertEqual(max(len(line) for line in shown.splitlines()), 60, shown)
+            self.assertEqual(b"\x1b[31mnone" in shown, is_coloured, shown)
+            lines = re.sub(r"\x1b\[\d+m", "" if is_coloured else "no", shown.decode()).splitlines()
+            self.assertEqual(max(map(len, lines)), 60, shown)
             proxy.ending.set()
             self.assertEqual(process.wait(PATIENCE), 7)
 
