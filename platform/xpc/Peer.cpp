@@ -38,9 +38,9 @@ tl::expected<Peer, std::error_code> Peer::of(int socket) {
   if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
     return tl::unexpected(lastError());
   }
-  return furtherGroups(socket).map([&](std::vector<gid_t> groups) {
-    groups.push_back(credentials.gid);
-    return Peer{credentials.uid, std::move(groups)};
+  return furtherGroups(socket).map([&](std::vector<gid_t> all) {
+    all.push_back(credentials.gid);
+    return Peer{credentials.uid, std::move(all)};
   });
 }
 
