@@ -51,14 +51,11 @@ std::uint16_t flagsOf(const Message& message) {
 }
 
 // The count is only what the sender says: no more room is made than the bytes left could fill.
-template <std::size_t minSize, class Entry>
-void readEntries(std::vector<Entry>& entries, std::size_t count, Reader& reader) {
-  if (count == 0) {
-    return;
-  }
+template <std::size_t minSize, class Entries>
+void readEntries(Entries& entries, std::size_t count, Reader& reader) {
   entries.reserve(std::min(count, reader.remaining() / minSize));
   while (entries.size() < count && !reader.error()) {
-    entries.push_back(Entry::read(reader));
+    entries.push_back(Entries::value_type::read(reader));
   }
 }
 
@@ -69,10 +66,18 @@ void readMessage(Message& message, Reader& reader) {
   const auto answers = reader.readUInt16();
   const auto authorities = reader.readUInt16();
   const auto additional = reader.readUInt16();
-  readEntries<kMinQuestionSize>(message.questions, questions, reader);
-  readEntries<kMinRecordSize>(message.answers, answers, reader);
-  readEntries<kMinRecordSize>(message.authorities, authorities, reader);
-  readEntries<kMinRecordSize>(message.additional, additional, reader);
+  if (questions > 0) {
+    readEntries<kMinQuestionSize>(message.questions, questions, reader);
+  }
+  if (answers > 0) {
+    readEntries<kMinRecordSize>(message.answers, answers, reader);
+  }
+  if (authorities > 0) {
+    readEntries<kMinRecordSize>(message.authorities, authorities, reader);
+  }
+  if (additional > 0) {
+    readEntries<kMinRecordSize>(message.additional, additional, reader);
+  }
 }
 
 template <class Entries>
@@ -109,14 +114,21 @@ void writeMessage(const Message& message, Writer& writer) {
   writeRecords(message.additional, writer);
 }
 
+// Becomes a message where it is wanted; `Message()` would clear all its octets before it sets them.
+struct Fresh {
+  operator Message() const {
+    Message message;
+    return message;
+  }
+};
+
 }  // namespace
 
 tl::expected<Message, DecodeError> Message::deserialize(DataView bytes) {
-  tl::expected<Message, DecodeError> message;
   if (bytes.size() < kHeaderSize) {
-    message = tl::unexpected(DecodeError::invalidMessageSize);
-    return message;
+    return tl::unexpected(DecodeError::invalidMessageSize);
   }
+  tl::expected<Message, DecodeError> message(tl::in_place, Fresh());
   Reader reader(bytes);
   readMessage(*message, reader);
   if (reader.error()) {

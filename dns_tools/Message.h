@@ -10,6 +10,7 @@
 #include "dns_tools/MessageType.h"
 #include "dns_tools/Question.h"
 #include "dns_tools/RecordValue.h"
+#include "dns_tools/SmallList.h"
 #include "platform/base/Data.h"
 
 namespace DnsToolsSocket {
@@ -46,7 +47,7 @@ struct Message {
   bool recursionAvailable = false;
   /// 0 to 15.
   std::uint8_t returnCode = 0;
-  std::vector<Question> questions;
+  SmallList<Question> questions;
   std::vector<RecordValue> answers;
   std::vector<RecordValue> authorities;
   std::vector<RecordValue> additional;

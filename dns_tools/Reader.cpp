@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
-#include "dns_tools/NameText.h"
 #include "platform/base/Utf8.h"
 
 namespace DnsToolsSocket {
@@ -15,20 +15,44 @@ namespace {
 constexpr std::uint8_t kLargestLabelLength = 0xBF;
 constexpr unsigned kPointerOffsetMask = 0x3FFF;
 
-// Labels are short and nearly always plain: what there is to know of one is found out in one pass.
-struct LabelBytes {
-  explicit LabelBytes(std::string_view label) {
-    for (const char c : label) {
-      bits |= static_cast<unsigned char>(c);
-      hasDot |= c == '.';
-    }
+// A name beyond RFC 1035 section 2.3.4 gives back the memory that it does not need: only such
+// names can be many times the size of their message.
+constexpr std::size_t kUsualNameSize = 255;
+
+bool isValidText(DataView labels) {
+  if (platform::isAscii(platform::textOf(labels))) {
+    return true;
   }
+  while (!labels.empty() &&
+         platform::isValidUtf8(platform::textOf(labels.subspan(1, labels.front())))) {
+    labels = labels.subspan(std::size_t{1} + labels.front());
+  }
+  return labels.empty();
+}
 
-  [[nodiscard]] bool isAscii() const { return bits < 0x80; }
+/// Labels, each after its length, are their text shifted by one, once dots stand in place of the
+/// lengths. The octet after them is there.
+void appendText(std::string& name, DataView labels) {
+  const std::size_t begin = name.size();
+  name.append(platform::textOf(labels).data() + 1, labels.size());
+  for (std::size_t next = 0; next < labels.size();) {
+    next += std::size_t{1} + labels[next];
+    name[begin + next - 1] = '.';
+  }
+}
 
-  unsigned char bits = 0;
-  bool hasDot = false;
-};
+/// The same for labels that were pointed to: of them only the non-empty pieces between dots count.
+void appendPieces(std::string& name, DataView labels) {
+  appendText(name, labels);
+  if (platform::textOf(labels).find('.') != std::string_view::npos) {
+    const auto begin = name.end() - std::ssize(labels);
+    char previous = '.';
+    name.erase(std::remove_if(
+                   begin, name.end(),
+                   [&previous](char c) { return std::exchange(previous, c) == '.' && c == '.'; }),
+               name.end());
+  }
+}
 
 }  // namespace
 
@@ -74,45 +98,55 @@ inline std::optional<std::size_t> Reader::readPointer(std::size_t nameStart) {
   return error_ ? std::nullopt : std::optional(offset);
 }
 
-/// Into pieces at its dots, if that is asked for.
-inline void Reader::readLabel(std::size_t length, bool inPieces, NameText& name) {
-  const auto label = platform::textOf(readBytes(length, DecodeError::invalidLabelSize));
-  const LabelBytes bytes(label);
-  if (!bytes.isAscii() && !platform::isValidUtf8(label)) {
+/// The labels from the cursor on, up to a length that is none or has too few octets after it.
+inline DataView Reader::readLabels() {
+  std::size_t end = position_;
+  while (end < message_.size()) {
+    const std::size_t length = message_[end];
+    if (length == 0 || length > kLargestLabelLength || length >= message_.size() - end) {
+      break;
+    }
+    end += 1 + length;
+  }
+  const auto labels = message_.subspan(position_, end - position_);
+  position_ = end;
+  if (!isValidText(labels)) {
     fail(DecodeError::unicodeDecodingError);
   }
-  spend(1 + length);
-  if (inPieces && bytes.hasDot) {
-    name.appendPieces(label);
-  } else {
-    name.append(label);
-  }
+  spend(labels.size());
+  return labels;
 }
 
 std::string Reader::readName() {
-  NameText text;
+  std::string name;
   std::size_t start = position_;  // of the name, or of the part of it that a pointer led to
   std::size_t end = 0;            // after the first pointer; 0 before there is one
-  while (remaining() > 0) {
-    const std::size_t length = message_[position_];
-    if (length > kLargestLabelLength) {
-      const auto offset = readPointer(start);
-      if (!offset) {
-        return {};
+  for (;;) {
+    const auto labels = readLabels();
+    const std::size_t next = remaining() > 0 ? message_[position_] : 1;
+    if (next > 0 && next <= kLargestLabelLength) {
+      fail(DecodeError::invalidLabelSize);
+      break;
+    }
+    (end == 0 ? appendText : appendPieces)(name, labels);
+    if (next == 0) {
+      position_ = end != 0 ? end : position_ + 1;
+      if (name.empty()) {
+        name = '.';
+      } else if (name.size() > kUsualNameSize) {
+        name.shrink_to_fit();
       }
-      end = end != 0 ? end : position_;
-      start = position_ = *offset;
-      continue;
+      return name;
     }
-    ++position_;
-    if (length == 0) {
-      position_ = end != 0 ? end : position_;
-      return text.finish();
+    const auto offset = readPointer(start);
+    if (!offset) {
+      break;
     }
-    readLabel(length, end != 0, text);
+    end = end != 0 ? end : position_;
+    start = position_ = *offset;
   }
-  fail(DecodeError::invalidLabelSize);
-  return {};
+  name.clear();
+  return name;
 }
 
 std::size_t Reader::readDataEnd() {

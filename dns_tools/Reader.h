@@ -11,8 +11,6 @@
 
 namespace DnsToolsSocket {
 
-class NameText;
-
 /// A cursor over the bytes of one message. Nothing else looks at them.
 ///
 /// The first failure sticks: it moves the cursor to the end, every later read gives 0 or nothing,
@@ -57,7 +55,7 @@ class Reader {
 
  private:
   std::optional<std::size_t> readPointer(std::size_t nameStart);
-  void readLabel(std::size_t length, bool inPieces, NameText& name);
+  platform::DataView readLabels();
   void spend(std::size_t cost);
 
   const platform::DataView message_;

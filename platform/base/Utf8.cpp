@@ -67,12 +67,7 @@ std::size_t utf8SequenceLength(std::string_view text) {
 }
 
 bool isValidUtf8(std::string_view text) {
-  // Most texts are ASCII; this loop has no early exit, so that the compiler can widen it.
-  unsigned char high = 0;
-  for (const char c : text) {
-    high |= static_cast<unsigned char>(c);
-  }
-  if (high < 0x80) {
+  if (isAscii(text)) {
     return true;
   }
   while (!text.empty()) {

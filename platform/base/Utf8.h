@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -10,6 +12,20 @@ namespace platform {
 /// when it begins with none (RFC 3629 section 4: no overlong forms, no surrogates, nothing above
 /// U+10FFFF) or is empty.
 std::size_t utf8SequenceLength(std::string_view text);
+
+/// Whether all of `text` is ASCII; eight bytes at a time.
+inline bool isAscii(std::string_view text) {
+  std::uint64_t bits = 0;
+  std::size_t i = 0;
+  for (std::uint64_t word = 0; text.size() - i >= sizeof word; i += sizeof word) {
+    std::memcpy(&word, text.data() + i, sizeof word);
+    bits |= word;
+  }
+  for (; i < text.size(); ++i) {
+    bits |= static_cast<unsigned char>(text[i]);
+  }
+  return (bits & 0x8080808080808080) == 0;
+}
 
 /// Whether all of `text` is well-formed UTF-8.
 bool isValidUtf8(std::string_view text);
