@@ -11,7 +11,7 @@ namespace quillet {
 
 /// A signed integer of fixed capacity: two's complement over 70 words of 32 bits, so from -2^2239
 /// to 2^2239 - 1. A value lives in its object and allocates nothing; work is done on the words in
-/// use.
+/// use, two at a time: inside there are limbs of 64 bits.
 ///
 /// Every operation but `getRandomBits` and the word setters leaves its operands as they are. A
 /// misuse named below throws NamedException, with name and reason as given there, and changes
@@ -23,6 +23,7 @@ class BigInt {
   static constexpr std::size_t kWords = 70;
   static constexpr int kWordBits = 32;
   static constexpr int kBits = 2240;
+  static constexpr std::size_t kLimbs = kWords / 2;
 
   /// Quotient and remainder of one division.
   struct Division;
@@ -54,7 +55,7 @@ class BigInt {
   static BigInt createFromString(std::string_view text, int radix) { return {text, radix}; }
 
   /// All 70 words, the least significant first.
-  [[nodiscard]] std::span<const Word, kWords> getData() const { return data_; }
+  [[nodiscard]] std::array<Word, kWords> getData() const;
   /// One word; 0 past the last.
   [[nodiscard]] Word getDataAtIndex(std::size_t index) const;
   /// Sets one word and lets `dataLength` grow to hold it; nothing happens past the last word.
@@ -164,11 +165,12 @@ class BigInt {
  private:
   friend class Magnitude;
 
-  [[nodiscard]] bool negative() const { return (data_[kWords - 1] >> (kWordBits - 1)) != 0; }
-  /// Lets `dataLength` be what the words above 0 need, which lie below `bound`.
+  [[nodiscard]] bool negative() const { return static_cast<std::int64_t>(limbs_.back()) < 0; }
+  [[nodiscard]] std::size_t limbsInUse() const { return (dataLength_ + 1) / 2; }
+  /// Lets `dataLength` be what the limbs above 0 need, which lie below `bound`.
   void trim(std::size_t bound);
 
-  std::array<Word, kWords> data_{};
+  std::array<std::uint64_t, kLimbs> limbs_{};
   std::size_t dataLength_ = 1;
 };
 

@@ -8,11 +8,11 @@
 namespace quillet {
 
 BigInt BigInt::add(const BigInt& other) const {
-  // Words above dataLength are 0 here, so that a sum needs one word more than the longer operand at
+  // Limbs above those in use are 0 here, so that a sum needs one more than the longer operand at
   // most.
-  const std::size_t used = std::min(std::max(dataLength_, other.dataLength_) + 1, kWords);
+  const std::size_t used = std::min(std::max(limbsInUse(), other.limbsInUse()) + 1, kLimbs);
   BigInt sum = *this;
-  words::add(words::Buffer(sum.data_).first(used), words::View(other.data_).first(used));
+  words::add(words::Buffer(sum.limbs_).first(used), words::View(other.limbs_).first(used));
   if (negative() == other.negative() && sum.negative() != negative()) {
     throw NamedException("ArithmeticException", "Overflow");
   }
@@ -22,18 +22,18 @@ BigInt BigInt::add(const BigInt& other) const {
 
 BigInt BigInt::subtract(const BigInt& other) const {
   BigInt difference = *this;
-  words::subtract(difference.data_, words::View(other.data_).first(other.dataLength_));
+  words::subtract(difference.limbs_, words::View(other.limbs_).first(other.limbsInUse()));
   if (negative() != other.negative() && difference.negative() != negative()) {
     throw NamedException("ArithmeticException", "Overflow");
   }
-  difference.trim(difference.negative() ? kWords : std::max(dataLength_, other.dataLength_));
+  difference.trim(difference.negative() ? kLimbs : std::max(limbsInUse(), other.limbsInUse()));
   return difference;
 }
 
 BigInt BigInt::multiply(const BigInt& other) const {
   const Magnitude a(*this);
   const Magnitude b(other);
-  std::array<Word, 2 * kWords> productWords;
+  std::array<words::Limb, 2 * kLimbs> productWords;
   const auto product = words::Buffer(productWords).first(a.words().size() + b.words().size());
   words::multiply(product, a.words(), b.words());
   const bool negativeProduct = a.negative() != b.negative();

@@ -8,7 +8,7 @@
 namespace quillet {
 namespace {
 
-using Words = std::array<words::Word, BigInt::kWords>;
+using Limbs = std::array<words::Limb, BigInt::kLimbs>;
 
 /// Quotient and remainder of two magnitudes, where the divisor may be 0.
 class UnsignedDivision {
@@ -32,15 +32,11 @@ class UnsignedDivision {
   }
 
  private:
-  Words quotient_;
-  Words remainder_;
+  Limbs quotient_;
+  Limbs remainder_;
   std::size_t quotientSize_ = 0;
   std::size_t remainderSize_;
 };
-
-words::View unsignedWords(const BigInt& value) {
-  return words::trimmed(value.getData().first(value.dataLength()));
-}
 
 }  // namespace
 
@@ -61,8 +57,8 @@ BigInt BigInt::mod(const BigInt& divisor) const {
 BigInt BigInt::gcd(const BigInt& other) const {
   const Magnitude a(*this);
   const Magnitude b(other);
-  Words larger;
-  Words smaller;
+  Limbs larger;
+  Limbs smaller;
   words::View x = words::Buffer(larger).first(a.words().size());
   words::View y = words::Buffer(smaller).first(b.words().size());
   std::ranges::copy(a.words(), larger.begin());
@@ -79,20 +75,27 @@ BigInt BigInt::gcd(const BigInt& other) const {
 }
 
 BigInt::Division BigInt::singleByteDivide(const BigInt& dividend, const BigInt& divisor) {
-  const words::View divisorWords = unsignedWords(divisor);
-  if (divisorWords.size() != 1) {
+  const words::View divisorLimbs = words::trimmed(divisor.limbs_);
+  if (divisorLimbs.size() != 1) {
     return multiByteDivide(dividend, divisor);
   }
   Division result;
-  const words::View a = unsignedWords(dividend);
-  result.remainder.data_[0] = words::divideByWord(result.quotient.data_, a, divisorWords[0]);
-  result.quotient.trim(kWords);
+  const words::View a = words::trimmed(dividend.limbs_);
+  result.remainder.limbs_[0] =
+      words::divideByLimb(result.quotient.limbs_, a, words::LimbDivisor(divisorLimbs[0]));
+  result.quotient.trim(kLimbs);
+  result.remainder.trim(1);
   return result;
 }
 
 BigInt::Division BigInt::multiByteDivide(const BigInt& dividend, const BigInt& divisor) {
-  const UnsignedDivision division(unsignedWords(dividend), unsignedWords(divisor));
-  return {BigInt(division.quotient()), BigInt(division.remainder())};
+  const UnsignedDivision division(words::trimmed(dividend.limbs_), words::trimmed(divisor.limbs_));
+  Division result;
+  std::ranges::copy(division.quotient(), result.quotient.limbs_.begin());
+  std::ranges::copy(division.remainder(), result.remainder.limbs_.begin());
+  result.quotient.trim(kLimbs);
+  result.remainder.trim(kLimbs);
+  return result;
 }
 
 }  // namespace quillet

@@ -8,8 +8,8 @@
 namespace quillet {
 namespace {
 
+using words::Limb;
 using words::View;
-using words::Word;
 using Residue = BarrettModulus::Residue;
 
 struct Terms {
@@ -25,7 +25,7 @@ struct Terms {
 /// which takes no division, and at the end
 ///   V_k = 2 * U_k+1 - p * U_k   and   q^k = U_k+1^2 - U_k * (p * U_k+1 - q * U_k).
 Terms termsAt(const BarrettModulus& m, const Residue& p, const Residue& q, View k) {
-  constexpr Word one = 1;
+  constexpr Limb one = 1;
   Residue u = m.reduced(View());
   Residue next = m.reduced(View(&one, 1));
   for (int at = words::bitLength(k); at-- > 0;) {
@@ -71,12 +71,12 @@ std::int64_t lucasDiscriminant(const BigInt& n) {
 /// n + 1 is k * 2^s for an odd k, and a prime n makes U_k zero, or one of V_k, V_2k, ...,
 /// V_(2^(s-1) * k).
 bool passesStrongLucas(View n, std::int64_t discriminant) {
-  constexpr Word one = 1;
+  constexpr Limb one = 1;
   Residue k{};
   std::ranges::copy(n, k.begin());
   words::add(k, View(&one, 1));
   const int s = words::trailingZeros(k);
-  words::shiftRight(k, static_cast<std::size_t>(s));
+  words::shiftRight(words::Buffer(k), static_cast<std::size_t>(s));
 
   const BarrettModulus m(n);
   Terms terms = termsAt(m, m.reduced(BigInt(1)), m.reduced(BigInt((1 - discriminant) / 4)),
@@ -92,7 +92,7 @@ bool passesStrongLucas(View n, std::int64_t discriminant) {
 }  // namespace
 
 int BigInt::jacobi(const BigInt& a, const BigInt& b) {
-  if (b.data_[0] % 2 == 0) {
+  if (b.limbs_[0] % 2 == 0) {
     throw NamedException("ArgumentException", "Jacobi defined only for odd integers.");
   }
   BigInt n = b.abs();
@@ -100,13 +100,13 @@ int BigInt::jacobi(const BigInt& a, const BigInt& b) {
   int symbol = a.negative() && b.negative() ? -1 : 1;
   if (x.negative()) {
     x = x.negate();
-    symbol = n.data_[0] % 4 == 3 ? -symbol : symbol;
+    symbol = n.limbs_[0] % 4 == 3 ? -symbol : symbol;
   }
   while (!x.equals(BigInt())) {
-    const int twos = words::trailingZeros(x.data_);
+    const int twos = words::trailingZeros(x.limbs_);
     x = x.shiftRight(twos);
-    const bool twoFlips = n.data_[0] % 8 == 3 || n.data_[0] % 8 == 5;
-    const bool swapFlips = x.data_[0] % 4 == 3 && n.data_[0] % 4 == 3;
+    const bool twoFlips = n.limbs_[0] % 8 == 3 || n.limbs_[0] % 8 == 5;
+    const bool swapFlips = x.limbs_[0] % 4 == 3 && n.limbs_[0] % 4 == 3;
     symbol = (twos % 2 != 0 && twoFlips) != swapFlips ? -symbol : symbol;
     const BigInt rest = n.mod(x);
     n = x;
@@ -117,7 +117,7 @@ int BigInt::jacobi(const BigInt& a, const BigInt& b) {
 
 BigInt::LucasTerms BigInt::lucasSequence(const BigInt& p, const BigInt& q, const BigInt& k,
                                          const BigInt& n, const BigInt& constant, int s) {
-  if (k.data_[0] % 2 == 0) {
+  if (k.limbs_[0] % 2 == 0) {
     throw NamedException("ArgumentException", "Argument k must be odd.");
   }
   const Magnitude modulus(n);

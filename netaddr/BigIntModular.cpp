@@ -16,7 +16,7 @@ BigInt BigInt::modPow(const BigInt& exponent, const BigInt& modulus) const {
   }
   const BarrettModulus m(n.words());
   const auto power = m.power(m.reduced(*this), e.words());
-  if (negative() && (exponent.data_[0] & 1) != 0) {
+  if (negative() && (exponent.limbs_[0] & 1) != 0) {
     return Magnitude::toBigInt(m.view(m.difference(m.reduced(words::View()), power)), true);
   }
   return Magnitude::toBigInt(m.view(power));

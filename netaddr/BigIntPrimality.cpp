@@ -10,15 +10,15 @@
 namespace quillet {
 namespace {
 
+using words::Limb;
 using words::View;
-using words::Word;
 using Residue = BarrettModulus::Residue;
 
-constexpr Word kOne = 1;
-constexpr Word kTwo = 2;
+constexpr Limb kOne = 1;
+constexpr Limb kTwo = 2;
 
-constexpr bool isPrimeByTrial(Word n) {
-  for (Word divisor = 2; divisor * divisor <= n; ++divisor) {
+constexpr bool isPrimeByTrial(Limb n) {
+  for (Limb divisor = 2; divisor * divisor <= n; ++divisor) {
     if (n % divisor == 0) {
       return false;
     }
@@ -28,9 +28,9 @@ constexpr bool isPrimeByTrial(Word n) {
 
 /// The primes below 2000.
 constexpr auto kSmallPrimes = [] {
-  std::array<Word, 303> primes{};
+  std::array<Limb, 303> primes{};
   std::size_t count = 0;
-  for (Word n = 2; n < 2000; ++n) {
+  for (Limb n = 2; n < 2000; ++n) {
     if (isPrimeByTrial(n)) {
       primes[count++] = n;
     }
@@ -57,11 +57,11 @@ Verdict trialDivision(View n) {
   if (obvious != Verdict::open) {
     return obvious;
   }
-  for (const Word prime : kSmallPrimes) {
+  for (const Limb prime : kSmallPrimes) {
     if (n.size() == 1 && prime >= n[0]) {
       break;
     }
-    if (words::remainderByWord(n, prime) == 0) {
+    if (words::remainderByLimb(n, prime) == 0) {
       return Verdict::composite;
     }
   }
@@ -75,7 +75,7 @@ bool passesStrongTest(const BarrettModulus& m, const Residue& base) {
   const Residue minusOne = m.difference(m.reduced(View()), one);
   const int twos = words::trailingZeros(m.view(minusOne));
   Residue d = minusOne;
-  words::shiftRight(d, static_cast<std::size_t>(twos));
+  words::shiftRight(words::Buffer(d), static_cast<std::size_t>(twos));
   Residue power = m.power(base, words::trimmed(m.view(d)));
   if (m.equal(power, one)) {
     return true;
@@ -89,7 +89,7 @@ bool passesStrongTest(const BarrettModulus& m, const Residue& base) {
 /// A random number from 2 to n - 2 for an n above 4. Numbers at the lower end come up to twice as
 /// often, which a base may.
 Residue randomBase(const BarrettModulus& m, View n) {
-  const Word three = 3;
+  const Limb three = 3;
   Residue random{};
   Residue quotient;
   Residue base{};
@@ -148,7 +148,7 @@ BigInt BigInt::generatePseudoPrimeWithBits(int bits, int confidence) {
   BigInt candidate;
   while (bits >= 2) {
     candidate.getRandomBits(bits);
-    candidate.data_[0] |= 1;
+    candidate.limbs_[0] |= 1;
     if (candidate.isProbablePrimeWithConfidence(confidence)) {
       break;
     }

@@ -1,4 +1,5 @@
 #include "netaddr/BigInt.h"
+#include "netaddr/BigIntWords.h"
 #include "netaddr/NamedException.h"
 #include "netaddr/RandomWords.h"
 
@@ -10,13 +11,13 @@ void BigInt::getRandomBits(int bits) {
   }
   BigInt random;
   if (bits > 0) {
-    const auto used = static_cast<std::size_t>((bits - 1) / kWordBits) + 1;
-    fillWithRandomWords(std::span(random.data_).first(used));
-    const int topBit = (bits - 1) % kWordBits;
-    Word& top = random.data_[used - 1];
-    top &= ~Word{0} >> (kWordBits - 1 - topBit);
-    top |= Word{1} << topBit;
-    random.dataLength_ = used;
+    const auto used = static_cast<std::size_t>((bits - 1) / words::kLimbBits) + 1;
+    fillWithRandomWords(std::span(random.limbs_).first(used));
+    const int topBit = (bits - 1) % words::kLimbBits;
+    words::Limb& top = random.limbs_[used - 1];
+    top &= ~words::Limb{0} >> (words::kLimbBits - 1 - topBit);
+    top |= words::Limb{1} << topBit;
+    random.trim(used);
   }
   *this = random;
 }

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 
 namespace quillet::words {
 
-View trimmed(View words) {
-  std::size_t size = words.size();
-  while (size > 0 && words[size - 1] == 0) {
+View trimmed(View limbs) {
+  std::size_t size = limbs.size();
+  while (size > 0 && limbs[size - 1] == 0) {
     --size;
   }
-  return words.first(size);
+  return limbs.first(size);
 }
 
 int compare(View a, View b) {
@@ -25,94 +26,86 @@ int compare(View a, View b) {
   return 0;
 }
 
-int bitLength(View words) {
-  if (words.empty()) {
+int bitLength(View limbs) {
+  if (limbs.empty()) {
     return 0;
   }
-  return static_cast<int>(words.size()) * kWordBits - std::countl_zero(words.back());
+  return static_cast<int>(limbs.size()) * kLimbBits - std::countl_zero(limbs.back());
 }
 
-Word digitAt(View words, int position, int width) {
-  const auto word = static_cast<std::size_t>(position / kWordBits);
-  if (word >= words.size()) {
-    return 0;
-  }
-  return (words[word] >> (position % kWordBits)) & ((Word{1} << width) - 1);
-}
-
-int trailingZeros(View words) {
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (words[i] != 0) {
-      return static_cast<int>(i) * kWordBits + std::countr_zero(words[i]);
+int trailingZeros(View limbs) {
+  for (std::size_t i = 0; i < limbs.size(); ++i) {
+    if (limbs[i] != 0) {
+      return static_cast<int>(i) * kLimbBits + std::countr_zero(limbs[i]);
     }
   }
   return 0;
 }
 
-Word add(Buffer sum, View addend) {
-  DoubleWord carry = 0;
+Limb add(Buffer sum, View addend) {
+  DoubleLimb carry = 0;
   for (std::size_t i = 0; i < addend.size(); ++i) {
-    carry += DoubleWord{sum[i]} + addend[i];
-    sum[i] = static_cast<Word>(carry);
-    carry >>= kWordBits;
+    carry += DoubleLimb{sum[i]} + addend[i];
+    sum[i] = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
   }
   for (std::size_t i = addend.size(); carry != 0 && i < sum.size(); ++i) {
     carry = ++sum[i] == 0 ? 1 : 0;
   }
-  return static_cast<Word>(carry);
+  return static_cast<Limb>(carry);
 }
 
-Word subtract(Buffer difference, View subtrahend) {
-  DoubleWord borrow = 0;
+Limb subtract(Buffer difference, View subtrahend) {
+  DoubleLimb borrow = 0;
   for (std::size_t i = 0; i < subtrahend.size(); ++i) {
-    const DoubleWord word = DoubleWord{difference[i]} - subtrahend[i] - borrow;
-    difference[i] = static_cast<Word>(word);
-    borrow = word >> (2 * kWordBits - 1);
+    const DoubleLimb word = DoubleLimb{difference[i]} - subtrahend[i] - borrow;
+    difference[i] = static_cast<Limb>(word);
+    borrow = word >> (2 * kLimbBits - 1);
   }
   for (std::size_t i = subtrahend.size(); borrow != 0 && i < difference.size(); ++i) {
     borrow = difference[i]-- == 0 ? 1 : 0;
   }
-  return static_cast<Word>(borrow);
+  return static_cast<Limb>(borrow);
 }
 
-void negate(Buffer words) {
-  DoubleWord carry = 1;
-  for (Word& word : words) {
-    carry += static_cast<Word>(~word);
-    word = static_cast<Word>(carry);
-    carry >>= kWordBits;
+void negate(Buffer limbs) {
+  DoubleLimb carry = 1;
+  for (Limb& word : limbs) {
+    carry += static_cast<Limb>(~word);
+    word = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
   }
 }
 
-Word addProduct(Buffer sum, View a, Word factor) {
-  DoubleWord carry = 0;
+Limb addProduct(Buffer sum, View a, Limb factor) {
+  DoubleLimb carry = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
-    carry += DoubleWord{a[i]} * factor + sum[i];
-    sum[i] = static_cast<Word>(carry);
-    carry >>= kWordBits;
+    carry += DoubleLimb{a[i]} * factor + sum[i];
+    sum[i] = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
   }
-  return static_cast<Word>(carry);
+  return static_cast<Limb>(carry);
 }
 
-Word subtractProduct(Buffer difference, View a, Word factor) {
-  DoubleWord borrow = 0;
+Limb subtractProduct(Buffer difference, View a, Limb factor) {
+  DoubleLimb borrow = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
-    const DoubleWord product = DoubleWord{a[i]} * factor + borrow;
-    const auto low = static_cast<Word>(product);
-    borrow = (product >> kWordBits) + (difference[i] < low ? 1 : 0);
+    const DoubleLimb product = DoubleLimb{a[i]} * factor + borrow;
+    const auto low = static_cast<Limb>(product);
+    borrow = (product >> kLimbBits) + (difference[i] < low ? 1 : 0);
     difference[i] -= low;
   }
-  return static_cast<Word>(borrow);
+  return static_cast<Limb>(borrow);
 }
 
-Word multiplyAdd(Buffer words, Word factor, Word addend) {
-  DoubleWord carry = addend;
-  for (Word& word : words) {
-    carry += DoubleWord{word} * factor;
-    word = static_cast<Word>(carry);
-    carry >>= kWordBits;
+Limb multiplyAdd(Buffer limbs, Limb factor, Limb addend) {
+  DoubleLimb carry = addend;
+  for (Limb& word : limbs) {
+    carry += DoubleLimb{word} * factor;
+    word = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
   }
-  return static_cast<Word>(carry);
+  return static_cast<Limb>(carry);
 }
 
 void multiply(Buffer product, View a, View b) {
@@ -127,39 +120,46 @@ void square(Buffer product, View a) {
   for (std::size_t i = 0; i + 1 < a.size(); ++i) {
     product[i + a.size()] = addProduct(product.subspan(2 * i + 1), a.subspan(i + 1), a[i]);
   }
-  DoubleWord carry = 0;
+  DoubleLimb carry = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
-    const DoubleWord diagonal = DoubleWord{a[i]} * a[i];
-    carry += (DoubleWord{product[2 * i]} << 1) + static_cast<Word>(diagonal);
-    product[2 * i] = static_cast<Word>(carry);
-    carry >>= kWordBits;
-    carry += (DoubleWord{product[2 * i + 1]} << 1) + (diagonal >> kWordBits);
-    product[2 * i + 1] = static_cast<Word>(carry);
-    carry >>= kWordBits;
+    const DoubleLimb diagonal = DoubleLimb{a[i]} * a[i];
+    carry += (DoubleLimb{product[2 * i]} << 1) + static_cast<Limb>(diagonal);
+    product[2 * i] = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
+    carry += (DoubleLimb{product[2 * i + 1]} << 1) + (diagonal >> kLimbBits);
+    product[2 * i + 1] = static_cast<Limb>(carry);
+    carry >>= kLimbBits;
   }
 }
 
-void shiftLeft(Buffer words, std::size_t bits) {
-  const std::size_t whole = std::min(bits / kWordBits, words.size());
-  const auto part = static_cast<int>(bits % kWordBits);
-  for (std::size_t i = words.size(); i-- > whole;) {
-    DoubleWord pair = DoubleWord{words[i - whole]} << kWordBits;
-    pair |= i > whole ? words[i - whole - 1] : 0;
-    words[i] = static_cast<Word>(pair >> (kWordBits - part));
+template <class Unit>
+void shiftLeft(std::span<Unit> units, std::size_t bits) {
+  constexpr std::size_t width = std::numeric_limits<Unit>::digits;
+  const std::size_t whole = std::min(bits / width, units.size());
+  const std::size_t part = bits % width;
+  for (std::size_t i = units.size(); i-- > whole;) {
+    const Unit next = part != 0 && i > whole ? units[i - whole - 1] >> (width - part) : 0;
+    units[i] = (units[i - whole] << part) | next;
   }
-  std::ranges::fill(words.first(whole), 0);
+  std::ranges::fill(units.first(whole), 0);
 }
 
-void shiftRight(Buffer words, std::size_t bits) {
-  const std::size_t whole = std::min(bits / kWordBits, words.size());
-  const auto part = static_cast<int>(bits % kWordBits);
-  const std::size_t kept = words.size() - whole;
+template <class Unit>
+void shiftRight(std::span<Unit> units, std::size_t bits) {
+  constexpr std::size_t width = std::numeric_limits<Unit>::digits;
+  const std::size_t whole = std::min(bits / width, units.size());
+  const std::size_t part = bits % width;
+  const std::size_t kept = units.size() - whole;
   for (std::size_t i = 0; i < kept; ++i) {
-    DoubleWord pair = words[i + whole];
-    pair |= i + 1 < kept ? DoubleWord{words[i + whole + 1]} << kWordBits : 0;
-    words[i] = static_cast<Word>(pair >> part);
+    const Unit next = part != 0 && i + 1 < kept ? units[i + whole + 1] << (width - part) : 0;
+    units[i] = (units[i + whole] >> part) | next;
   }
-  std::ranges::fill(words.subspan(kept), 0);
+  std::ranges::fill(units.subspan(kept), 0);
 }
+
+template void shiftLeft(std::span<std::uint32_t>, std::size_t);
+template void shiftLeft(Buffer, std::size_t);
+template void shiftRight(std::span<std::uint32_t>, std::size_t);
+template void shiftRight(Buffer, std::size_t);
 
 }  // namespace quillet::words

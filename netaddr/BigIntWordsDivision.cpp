@@ -7,19 +7,24 @@
 namespace quillet::words {
 namespace {
 
-constexpr DoubleWord kMaxWord = 0xFFFFFFFF;
-
 /// Knuth, The Art of Computer Programming 4.3.1, step D3: one quotient digit from the top three
-/// words of what is left and the top two of the normalised divisor. It is right or, rarely, one too
+/// limbs of what is left and the top two of the normalised divisor. It is right or, rarely, one too
 /// large.
-DoubleWord estimatedDigit(View top, Word divisorTop, Word divisorNext) {
-  const DoubleWord two = (DoubleWord{top[2]} << kWordBits) | top[1];
-  DoubleWord digit = two / divisorTop;
-  DoubleWord rest = two % divisorTop;
-  while (digit > kMaxWord || digit * divisorNext > ((rest << kWordBits) | top[0])) {
+Limb estimatedDigit(View top, const LimbDivisor& divisorTop, Limb divisorNext) {
+  Limb digit = ~Limb{0};
+  Limb rest = top[2];
+  if (rest < divisorTop.shifted()) {
+    digit = divisorTop.divide(rest, top[1]);
+  } else {
+    rest = top[1] + divisorTop.shifted();
+    if (rest < top[1]) {
+      return digit;
+    }
+  }
+  while (DoubleLimb{digit} * divisorNext > ((DoubleLimb{rest} << kLimbBits) | top[0])) {
     --digit;
-    rest += divisorTop;
-    if (rest > kMaxWord) {
+    rest += divisorTop.shifted();
+    if (rest < divisorTop.shifted()) {
       break;
     }
   }
@@ -28,9 +33,9 @@ DoubleWord estimatedDigit(View top, Word divisorTop, Word divisorNext) {
 
 /// Steps D4 to D6: takes digit * divisor from `left`, which is one word longer than the divisor,
 /// and adds the divisor back when the digit was one too large. The digit that was right.
-Word takeAway(Buffer left, View divisor, Word digit) {
-  const Word borrow = subtractProduct(left, divisor, digit);
-  Word& top = left[divisor.size()];
+Limb takeAway(Buffer left, View divisor, Limb digit) {
+  const Limb borrow = subtractProduct(left, divisor, digit);
+  Limb& top = left[divisor.size()];
   const bool tooLarge = top < borrow;
   top -= borrow;
   if (tooLarge) {
@@ -40,10 +45,10 @@ Word takeAway(Buffer left, View divisor, Word digit) {
   return digit;
 }
 
-/// Algorithm D for a divisor of two words or more that is no longer than the dividend.
+/// Algorithm D for a divisor of two limbs or more that is no longer than the dividend.
 void divideLong(Buffer quotient, Buffer remainder, View dividend, View divisor) {
-  std::array<Word, kLongestDividend + 1> leftWords;
-  std::array<Word, kLongestDividend> divisorWords;
+  std::array<Limb, kLongestDividend + 1> leftWords;
+  std::array<Limb, kLongestDividend> divisorWords;
   const Buffer left = Buffer(leftWords).first(dividend.size() + 1);
   const Buffer normal = Buffer(divisorWords).first(divisor.size());
   const auto shift = static_cast<std::size_t>(std::countl_zero(divisor.back()));
@@ -54,10 +59,10 @@ void divideLong(Buffer quotient, Buffer remainder, View dividend, View divisor) 
   shiftLeft(normal, shift);
 
   const std::size_t size = normal.size();
+  const LimbDivisor top(normal.back());
   for (std::size_t i = quotient.size(); i-- > 0;) {
-    const DoubleWord digit =
-        estimatedDigit(left.subspan(i + size - 2, 3), normal[size - 1], normal[size - 2]);
-    quotient[i] = takeAway(left.subspan(i, size + 1), normal, static_cast<Word>(digit));
+    const Limb digit = estimatedDigit(left.subspan(i + size - 2, 3), top, normal[size - 2]);
+    quotient[i] = takeAway(left.subspan(i, size + 1), normal, digit);
   }
   shiftRight(left.first(size), shift);
   std::ranges::copy(left.first(size), remainder.begin());
@@ -65,22 +70,31 @@ void divideLong(Buffer quotient, Buffer remainder, View dividend, View divisor) 
 
 }  // namespace
 
-Word divideByWord(Buffer quotient, View dividend, Word divisor) {
-  DoubleWord rest = 0;
+LimbDivisor::LimbDivisor(Limb divisor)
+    : shift_(std::countl_zero(divisor)),
+      divisor_(divisor << shift_),
+      reciprocal_(static_cast<Limb>(~(DoubleLimb{divisor_} << kLimbBits) / divisor_)) {}
+
+Limb divideByLimb(Buffer quotient, View dividend, const LimbDivisor& divisor) {
+  // The dividend is shifted as the divisor is: each limb takes bits of the one below.
+  const int shift = divisor.shift();
+  const auto bitsOfNext = [shift](Limb next) {
+    return static_cast<Limb>((DoubleLimb{next} << shift) >> kLimbBits);
+  };
+  Limb rest = dividend.empty() ? 0 : bitsOfNext(dividend.back());
   for (std::size_t i = dividend.size(); i-- > 0;) {
-    rest = (rest << kWordBits) | dividend[i];
-    quotient[i] = static_cast<Word>(rest / divisor);
-    rest %= divisor;
+    const Limb next = i > 0 ? bitsOfNext(dividend[i - 1]) : 0;
+    quotient[i] = divisor.divide(rest, (dividend[i] << shift) | next);
   }
-  return static_cast<Word>(rest);
+  return rest >> shift;
 }
 
-Word remainderByWord(View dividend, Word divisor) {
-  DoubleWord rest = 0;
+Limb remainderByLimb(View dividend, Limb divisor) {
+  DoubleLimb rest = 0;
   for (std::size_t i = dividend.size(); i-- > 0;) {
-    rest = ((rest << kWordBits) | dividend[i]) % divisor;
+    rest = ((rest << kLimbBits) | dividend[i]) % divisor;
   }
-  return static_cast<Word>(rest);
+  return static_cast<Limb>(rest);
 }
 
 void divide(Buffer quotient, Buffer remainder, View dividend, View divisor) {
@@ -88,7 +102,7 @@ void divide(Buffer quotient, Buffer remainder, View dividend, View divisor) {
     std::ranges::fill(quotient, 0);
     std::ranges::fill(std::ranges::copy(dividend, remainder.begin()).out, remainder.end(), 0);
   } else if (divisor.size() == 1) {
-    remainder[0] = divideByWord(quotient, dividend, divisor[0]);
+    remainder[0] = divideByLimb(quotient, dividend, LimbDivisor(divisor[0]));
   } else {
     divideLong(quotient, remainder, dividend, divisor);
   }

@@ -8,11 +8,11 @@ namespace quillet {
 
 Magnitude::Magnitude(const BigInt& value) : negative_(value.negative()) {
   if (negative_) {
-    negated_ = value.data_;
+    negated_ = value.limbs_;
     words::negate(negated_);
     size_ = words::trimmed(negated_).size();
   } else {
-    positive_ = words::trimmed(words::View(value.data_).first(value.dataLength_));
+    positive_ = words::trimmed(words::View(value.limbs_).first(value.limbsInUse()));
   }
 }
 
@@ -29,12 +29,12 @@ BigInt Magnitude::toBigInt(words::View words, bool negative) {
   }
   const words::View used = words::trimmed(words);
   BigInt result;
-  std::ranges::copy(used, result.data_.begin());
+  std::ranges::copy(used, result.limbs_.begin());
   if (negative && !used.empty()) {
-    words::negate(result.data_);
-    result.trim(BigInt::kWords);
+    words::negate(result.limbs_);
+    result.trim(BigInt::kLimbs);
   } else {
-    result.dataLength_ = std::max<std::size_t>(used.size(), 1);
+    result.trim(used.size());
   }
   return result;
 }

@@ -30,7 +30,7 @@ class Magnitude {
  private:
   words::View positive_;
   // Set for a negative value only.
-  std::array<words::Word, BigInt::kWords> negated_;
+  std::array<words::Limb, BigInt::kLimbs> negated_;
   std::size_t size_ = 0;
   bool negative_;
 };

@@ -7,7 +7,7 @@
 
 namespace quillet {
 
-void fillWithRandomWords(std::span<std::uint32_t> words) {
+void fillWithRandomWords(std::span<std::uint64_t> words) {
   auto rest = std::as_writable_bytes(words);
   while (!rest.empty()) {
     const ssize_t count = getrandom(rest.data(), rest.size(), 0);

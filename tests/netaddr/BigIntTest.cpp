@@ -9,8 +9,8 @@ namespace quillet::test {
 using Word = BigInt::Word;
 
 std::vector<Word> usedWords(const BigInt& value) {
-  const auto words = value.getData().first(value.dataLength());
-  return {words.begin(), words.end()};
+  const auto words = value.getData();
+  return {words.begin(), words.begin() + static_cast<std::ptrdiff_t>(value.dataLength())};
 }
 
 TEST(BigIntTest, HoldsWhatItIsMadeOf) {
