@@ -10,8 +10,8 @@
 #include "dns_tools/MessageType.h"
 #include "dns_tools/Question.h"
 #include "dns_tools/RecordValue.h"
-#include "dns_tools/SmallList.h"
 #include "platform/base/Data.h"
+#include "platform/base/SmallList.h"
 
 namespace DnsToolsSocket {
 
@@ -47,7 +47,7 @@ struct Message {
   bool recursionAvailable = false;
   /// 0 to 15.
   std::uint8_t returnCode = 0;
-  SmallList<Question> questions;
+  platform::SmallList<Question> questions;
   std::vector<RecordValue> answers;
   std::vector<RecordValue> authorities;
   std::vector<RecordValue> additional;

@@ -1,9 +1,9 @@
 #include "dnscodec/DNSLabel.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "dnscodec/WireWriter.h"
+#include "platform/base/Utf8.h"
 
 namespace quillet {
 
@@ -13,8 +13,14 @@ namespace {
 
 constexpr std::uint8_t kPointerBits = 0xC0;
 
-bool isAscii(DataView bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte < 0x80; });
+bool isAscii(DataView bytes) { return platform::isAscii(platform::textOf(bytes)); }
+
+/// Where the labels that begin at `offset` end with a root label; absent when they do not.
+std::optional<std::size_t> endOfLabels(DataView message, std::size_t offset) {
+  while (offset < message.size() && message[offset] != 0 && message[offset] < kPointerBits) {
+    offset += std::size_t{1} + message[offset];
+  }
+  return offset < message.size() && message[offset] == 0 ? std::optional(offset) : std::nullopt;
 }
 
 }  // namespace
@@ -26,6 +32,9 @@ void DNSLabelDecoder::decodeLabelInBuffer(DataView message, std::uint32_t& offse
 
 void DNSLabelDecoder::decodeLabelInBuffer(DataView message, std::uint32_t& offset,
                                           DecodeBudget& budget) {
+  if (readPlainName(message, offset, budget)) {
+    return;
+  }
   WireReader reader(message, offset);
   while (state_ != State::finished) {
     if (state_ == State::expectingLength) {
@@ -39,6 +48,23 @@ void DNSLabelDecoder::decodeLabelInBuffer(DataView message, std::uint32_t& offse
   if (name) {
     offset = afterFirstPointer_.value_or(reader.offset());
   }
+}
+
+bool DNSLabelDecoder::readPlainName(DataView message, std::uint32_t& offset, DecodeBudget& budget) {
+  const auto end = endOfLabels(message, offset);
+  if (!end || *end == offset) {
+    return false;
+  }
+  const auto labels = message.subspan(offset, *end - offset);
+  if (!isAscii(labels) || !budget.charge(labels.size())) {
+    return false;
+  }
+  name = platform::textOf(labels.subspan(1));
+  for (std::size_t next = labels[0] + 1UL; next < labels.size(); next += labels[next] + 1UL) {
+    (*name)[next - 1] = '.';
+  }
+  offset = static_cast<std::uint32_t>(*end + 1);
+  return true;
 }
 
 void DNSLabelDecoder::expectLength(WireReader& reader) {

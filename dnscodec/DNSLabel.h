@@ -56,6 +56,9 @@ class DNSLabelDecoder {
  private:
   enum class State { expectingLength, readingLabel, readingPointer, finished };
 
+  /// Reads labels of ASCII that no pointer ends, but not the root: their octets are the text
+  /// shifted by one, with lengths where the dots belong. False, and nothing done, for others.
+  bool readPlainName(platform::DataView message, std::uint32_t& offset, DecodeBudget& budget);
   void expectLength(WireReader& reader);
   void readLabel(WireReader& reader, DecodeBudget& budget);
   void readPointer(WireReader& reader, platform::DataView message, DecodeBudget& budget);

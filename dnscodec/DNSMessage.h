@@ -4,21 +4,24 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "dnscodec/DNSHeader.h"
 #include "dnscodec/DNSLabel.h"
 #include "dnscodec/DNSQuestion.h"
 #include "dnscodec/DNSResourceRecord.h"
 #include "platform/base/Data.h"
+#include "platform/base/SmallList.h"
 
 namespace quillet {
 
 /// A message taken apart. A copy has its own header and lists; the lists hold the same questions
 /// and records.
 struct DNSMessage {
-  using Questions = std::vector<std::shared_ptr<DNSQuestion>>;
-  using Records = std::vector<std::shared_ptr<DNSResourceRecord>>;
+  using Questions = platform::SmallList<std::shared_ptr<DNSQuestion>>;
+  using Records = platform::SmallList<std::shared_ptr<DNSResourceRecord>>;
+
+  // A defaulted constructor would clear all octets before it sets the members.
+  DNSMessage() {}  // NOLINT(modernize-use-equals-default)
 
   DNSHeader header;
   Questions questions;

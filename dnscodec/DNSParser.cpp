@@ -71,7 +71,7 @@ Data inject(const Data& datagram, const OptRef& opt) {
     return injectAfterQuestions(datagram, opt, "cannot be decoded");
   }
   auto& message = DNSParser::checkDnsMessage(*decoder.message);
-  message.additionalRecords.assign(1, opt);
+  message.additionalRecords = {opt};
   auto injected = DNSMessageEncoder::encode(message);
   // Written in full, names that were pointers can make a message that no datagram carries.
   return injected.size() <= kMaxDatagramSize

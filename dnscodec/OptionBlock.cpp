@@ -32,8 +32,7 @@ bool OptionBlock::add(std::uint16_t code, std::string_view value) {
     platform::NSLog("inject value: ", code, " left out, too long: ", value.size(), " bytes");
     return false;
   }
-  writer_.writeUInt16(code);
-  writer_.writeUInt16(static_cast<std::uint16_t>(value.size()));
+  writer_.writeUInt32(std::uint32_t{code} << 16 | static_cast<std::uint32_t>(value.size()));
   writer_.writeBytes(platform::bytesOf(value));
   return true;
 }

@@ -1,6 +1,7 @@
 #include "dnscodec/WireWriter.h"
 
 #include <algorithm>
+#include <string>
 
 namespace quillet {
 
@@ -8,26 +9,41 @@ namespace {
 
 constexpr std::size_t kMaxLabelLength = 191;
 
-}  // namespace
-
-void WireWriter::writeBytes(platform::DataView bytes) {
-  std::copy(bytes.begin(), bytes.end(), room(bytes.size()));
-}
-
-void WireWriter::writeName(std::string_view name) {
-  if (name != ".") {
-    while (true) {
-      const auto end = name.find('.');
-      const auto label = name.substr(0, std::min(end, kMaxLabelLength));
-      writeUInt8(static_cast<std::uint8_t>(label.size()));
-      writeBytes(platform::bytesOf(label));
-      if (end == std::string_view::npos) {
-        break;
-      }
-      name.remove_prefix(end + 1);
+std::string withCutLabels(std::string_view name) {
+  std::string cut;
+  std::size_t length = 0;
+  for (const char c : name) {
+    length = c == '.' ? 0 : length + 1;
+    if (length <= kMaxLabelLength) {
+      cut.push_back(c);
     }
   }
-  writeUInt8(0);
+  return cut;
+}
+
+}  // namespace
+
+void WireWriter::writeName(std::string_view name) {
+  if (name == ".") {
+    return writeUInt8(0);
+  }
+  // The text shifted by one, with lengths in place of the dots.
+  std::uint8_t* const octets = room(maxNameSize(name));
+  std::copy(name.begin(), name.end(), octets + 1);
+  octets[name.size() + 1] = 0;
+  std::size_t label = 0;
+  std::size_t longest = 0;
+  for (std::size_t i = 0; i <= name.size(); ++i) {
+    if (i == name.size() || name[i] == '.') {
+      octets[label] = static_cast<std::uint8_t>(i - label);
+      longest = std::max(longest, i - label);
+      label = i + 1;
+    }
+  }
+  if (longest > kMaxLabelLength) {
+    used_ -= maxNameSize(name);
+    writeName(withCutLabels(name));
+  }
 }
 
 platform::Data WireWriter::finish() {

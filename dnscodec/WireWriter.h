@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -23,10 +24,14 @@ class WireWriter {
     at[1] = static_cast<std::uint8_t>(value);
   }
   void writeUInt32(std::uint32_t value) {
-    writeUInt16(static_cast<std::uint16_t>(value >> 16));
-    writeUInt16(static_cast<std::uint16_t>(value));
+    std::uint8_t* const at = room(4);
+    for (int i = 0; i < 4; ++i) {
+      at[i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    }
   }
-  void writeBytes(platform::DataView bytes);
+  void writeBytes(platform::DataView bytes) {
+    std::copy(bytes.begin(), bytes.end(), room(bytes.size()));
+  }
 
   /// Writes a name without compression. "." is the root; any other text is split at "." and each
   /// piece written as it is, an empty one as a label of length 0. A piece of more than 191 octets

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 
+#include "bench/Allocations.h"
 #include "dns_tools/Message.h"
 
 // clang-format off: ldns defines `bool`, so that the C headers come last
@@ -20,6 +21,7 @@ extern "C" {
 namespace {
 
 using DnsToolsSocket::Message;
+namespace bench = quillet::bench;
 
 // id 0x1234, RD; www.example.com. A IN
 const std::array<std::uint8_t, 33> kQuery{
@@ -43,6 +45,7 @@ void require(bool condition, benchmark::State& state) {
 }
 
 void BM_QueryDecode(benchmark::State& state) {
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     auto message = Message::deserialize(kQuery);
     require(message && message->questions.size() == 1, state);
@@ -92,6 +95,7 @@ void BM_QueryDecodeKnot(benchmark::State& state) {
 BENCHMARK(BM_QueryDecodeKnot);
 
 void BM_AnswerDecodeEncode(benchmark::State& state) {
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     const auto message = Message::deserialize(kAnswer);
     const auto bytes = message->serialize();
@@ -143,6 +147,7 @@ void BM_AnswerDecodeEncodeKnot(benchmark::State& state) {
 BENCHMARK(BM_AnswerDecodeEncodeKnot);
 
 void BM_AnswerDecode(benchmark::State& state) {
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     const auto message = Message::deserialize(kAnswer);
     benchmark::DoNotOptimize(message->answers.data());
@@ -151,6 +156,7 @@ void BM_AnswerDecode(benchmark::State& state) {
 BENCHMARK(BM_AnswerDecode);
 void BM_AnswerEncode(benchmark::State& state) {
   const auto message = Message::deserialize(kAnswer);
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     const auto bytes = message->serialize();
     benchmark::DoNotOptimize(bytes->data());
@@ -161,6 +167,7 @@ BENCHMARK(BM_AnswerEncode);
 void BM_AnswerDescription(benchmark::State& state) {
   const auto message = Message::deserialize(kAnswer);
   std::string text;
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     text.clear();
     message->describe(text);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "bench/Allocations.h"
 #include "dnscodec/DNSParser.h"
 #include "platform/log/LogSink.h"
 
@@ -21,6 +22,7 @@ namespace {
 
 using platform::Data;
 using quillet::DNSParser;
+namespace bench = quillet::bench;
 
 // id 0x1234, RD; www.example.com. A IN
 const Data kQuery{0x12, 0x34, 0x01, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,
@@ -52,6 +54,7 @@ void require(bool condition, benchmark::State& state) {
 
 void BM_Inject(benchmark::State& state) {
   useNullSink();
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] const auto _ : state) {
     const auto injected = DNSParser::injectFlagsTo(kQuery, kCodes, kValues);
     require(injected.size() == kInjectedSize, state);
@@ -119,6 +122,7 @@ void BM_InjectDatagramsLogged(benchmark::State& state) {
     (*flags)[std::to_string(code)] = kValue;
   }
   const std::vector<Data> batch{kQuery};
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] const auto _ : state) {
     const auto injected = DNSParser::injectFlagsToDatagrams(batch, flags);
     require(injected.front().size() == kInjectedSize, state);

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "bench/Allocations.h"
 #include "netaddr/IPAddress.h"
 
 namespace quillet {
@@ -18,6 +19,7 @@ constexpr const char* kGap = "2001:db8:85a3::8a2e:370:7334";
 
 template <class Address>
 void parse(benchmark::State& state, const char* text) {
+  const bench::CountedAllocations counted(state);
   for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(Address(text));
   }

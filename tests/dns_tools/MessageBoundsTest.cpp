@@ -68,9 +68,7 @@ TEST(MessageBounds, RefuseToWalkALongChainForEachRecord) {
 TEST(MessageBounds, TakeWhatACountAndALengthCanTell) {
   for (const std::size_t excess : {0U, 1U}) {
     Message many;
-    while (many.questions.size() < 65535 + excess) {
-      many.questions.push_back({".", 1, false, 1});
-    }
+    many.questions.assign(65535 + excess, {".", 1, false, 1});
     many.additional.assign(65535 + excess, Record(".", false, 1, 0, 10, {}));
     const auto written = many.serialize();
     EXPECT_TRUE(written ? excess == 0

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace DnsToolsSocket {
+namespace platform {
 
 /// A list that allocates nothing for a single element, which stands in the list itself. More than
 /// one are a vector. After a move it may only be assigned to or destroyed.
@@ -48,6 +48,13 @@ class SmallList {
     }
     many_.push_back(std::move(element));
   }
+  void assign(std::size_t count, const T& element) {
+    clear();
+    while (size() < count) {
+      push_back(element);
+    }
+  }
+  void clear() { *this = {}; }
 
  private:
   T one_;
@@ -55,4 +62,4 @@ class SmallList {
   std::vector<T> many_;
 };
 
-}  // namespace DnsToolsSocket
+}  // namespace platform
