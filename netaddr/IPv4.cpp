@@ -62,6 +62,7 @@ void IPv4::parse(std::string_view address) {
   if (!valid_) {
     fail("Invalid IPv4 Address");
   }
+  parsedAddress_.reserve(kOctets);
   std::size_t dot = address.find('.');
   while (dot != std::string_view::npos) {
     parsedAddress_.emplace_back(address.substr(0, dot));

@@ -1,7 +1,6 @@
 #include "netaddr/IPv6.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <utility>
 
@@ -18,6 +17,14 @@ constexpr std::string_view kWrongGroupCount = "Incorrect number of groups found"
 /// The number of groups between single colons; none in an empty text.
 std::ptrdiff_t groupCount(std::string_view text) {
   return text.empty() ? 0 : std::ranges::count(text, ':') + 1;
+}
+
+/// Where "::" stands first; npos without one.
+std::size_t findElision(std::string_view text) {
+  const auto both = [](char a, char b) { return a == ':' && b == ':'; };
+  const auto found = std::ranges::adjacent_find(text, both);
+  return found == text.end() ? std::string_view::npos
+                             : static_cast<std::size_t>(found - text.begin());
 }
 
 }  // namespace
@@ -49,18 +56,24 @@ void IPv6::parse(std::string_view address) {
   resetParsed();
   v4_ = false;
   elidedGroups_ = elisionBegin_ = elisionEnd_ = 0;
-  const auto rewritten = parsev4inv6(address);
-  if (!rewritten) {
-    return;
+  std::optional<std::string> rewritten;
+  if (address.find('.') != std::string_view::npos) {
+    rewritten = parsev4inv6(address);
+    if (!rewritten) {
+      return;
+    }
+    address = *rewritten;
   }
-  std::string error = badCharactersError(*rewritten);
-  if (error.empty()) {
-    error = malformedGroupsError(*rewritten);
+  if (!isPlainIPv6(address)) {
+    std::string error = badCharactersError(address);
+    if (error.empty()) {
+      error = malformedGroupsError(address);
+    }
+    if (!error.empty()) {
+      return fail(std::move(error));
+    }
   }
-  if (!error.empty()) {
-    return fail(std::move(error));
-  }
-  parseGroups(*rewritten);
+  parseGroups(address);
 }
 
 std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {
@@ -82,11 +95,11 @@ std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {
 }
 
 void IPv6::parseGroups(std::string_view address) {
-  const std::size_t gap = address.find("::");
+  const std::size_t gap = findElision(address);
   const bool elided = gap != std::string_view::npos;
   const std::string_view before = address.substr(0, gap);
   const std::string_view after = elided ? address.substr(gap + 2) : std::string_view();
-  if (after.find("::") != std::string_view::npos) {
+  if (findElision(after) != std::string_view::npos) {
     return fail("Too many :: groups found");
   }
   const std::ptrdiff_t missing = groups() - groupCount(before) - groupCount(after);
@@ -110,14 +123,19 @@ void IPv6::parseGroups(std::string_view address) {
 }
 
 bool IPv6::appendGroups(std::string_view text) {
-  while (!text.empty()) {
-    const std::string_view digits = text.substr(0, text.find(':'));
-    unsigned value = 0;
-    if (std::from_chars(digits.begin(), digits.end(), value, 16).ptr != digits.end()) {
-      return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::string& group = parsedAddress_.emplace_back();
+    for (; i < text.size() && text[i] != ':'; ++i) {
+      if (!isHexDigit(text[i])) {
+        return false;
+      }
+      if (text[i] != '0' || !group.empty()) {
+        group.push_back(static_cast<char>(text[i] | 0x20));  // lower case
+      }
     }
-    appendHexadecimal(parsedAddress_.emplace_back(), value);
-    text.remove_prefix(std::min(digits.size() + 1, text.size()));
+    if (group.empty()) {
+      group.push_back('0');
+    }
   }
   return true;
 }

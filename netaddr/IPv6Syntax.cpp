@@ -9,10 +9,6 @@ namespace {
 
 bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 bool isColon(char c) { return c == ':'; }
-bool isHexDigit(char c) {
-  const char lower = static_cast<char>(c | 0x20);
-  return isDecimalDigit(c) || (lower >= 'a' && lower <= 'f');
-}
 
 /// The length of the run of such characters at the text's front.
 template <class Predicate>
@@ -39,6 +35,19 @@ std::size_t malformedLength(std::string_view text, std::size_t position) {
 
 }  // namespace
 
+bool isPlainIPv6(std::string_view text) {
+  int digits = 0;
+  int colons = 0;
+  for (const char c : text) {
+    colons = isColon(c) ? colons + 1 : 0;
+    digits = isHexDigit(c) ? digits + 1 : 0;
+    if (colons + digits == 0 || colons > 2 || digits > 4) {
+      return false;
+    }
+  }
+  return colons != 1 && (text.size() < 2 || text[0] != ':' || text[1] == ':');
+}
+
 IPv6Prefix findIPv6Prefix(std::string_view text) {
   for (std::size_t slash = text.find('/'); slash < text.size(); slash = text.find('/', slash + 1)) {
     const std::string_view rest = text.substr(slash + 1);
@@ -52,6 +61,9 @@ IPv6Prefix findIPv6Prefix(std::string_view text) {
 }
 
 std::size_t findIPv6Zone(std::string_view text) {
+  if (text.find('%') == std::string_view::npos) {
+    return text.size();
+  }
   const std::size_t line = text.find_last_of("\r\n") + 1;  // 0 without a line break
   return std::min(text.find('%', line), text.size());
 }

@@ -3,6 +3,7 @@
 #include <gmpxx.h>
 
 #include <random>
+#include <vector>
 
 #include "netaddr/BigInt.h"
 #include "tests/netaddr/Samples.h"
@@ -91,19 +92,26 @@ TEST(BigIntGmpTest, OperationsOfTwoAgree) {
 }
 
 // Here the estimated quotient digit is too large, up to the step that adds the divisor back, and
-// the divisor's top word needs every kind of normalising shift.
+// the divisor's top limb needs every kind of normalising shift.
 TEST(BigIntGmpTest, DivisionsWithAWrongEstimateAgree) {
   const std::pair<const char*, const char*> rows[] = {
-      {"7FFFFFFF800000000000000000000000", "800000000000000000000001"},
-      {"80000000000000000000000000000003", "200000000000000000000001"},
-      {"80000000FFFFFFFE00000000", "80000000FFFFFFFF"},
-      {"FFFFFFFFFFFFFFFFFFFFFFFF00000000", "FFFFFFFFFFFFFFFF00000001"},
-      {"30000000080000000", "10000000020000000"},
+      {"7FFFFFFFFFFFFFFF800000000000000000000000000000000000000000000000",
+       "800000000000000000000000000000000000000000000001"},
+      {"8000000000000000000000000000000000000000000000000000000000000003",
+       "200000000000000000000000000000000000000000000001"},
+      {"8000000000000000FFFFFFFFFFFFFFFE0000000000000000", "8000000000000000FFFFFFFFFFFFFFFF"},
+      {"FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0000000000000000",
+       "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0000000000000001"},
+      {"300000000000000008000000000000000", "100000000000000002000000000000000"},
   };
   for (const auto& [dividend, divisor] : rows) {
     expectOperations(number(dividend), number(divisor));
   }
-  const BigInt edges[] = {lowest(), highest(), BigInt(1), BigInt(-1), BigInt(1).shiftLeft(1120)};
+  std::vector<BigInt> edges{lowest(), highest(), BigInt(1), BigInt(-1)};
+  for (const int bits : {31, 32, 63, 64, 96, 128, 1120}) {
+    const BigInt power = BigInt(1).shiftLeft(bits);
+    edges.insert(edges.end(), {power, power.subtract(BigInt(1)), power.negate()});
+  }
   for (const BigInt& a : edges) {
     for (const BigInt& b : edges) {
       expectOperations(a, b);
