@@ -37,7 +37,7 @@ class SmallList {
       many_.reserve(count);
     }
   }
-  void push_back(T element) {
+  void push_back(T element) {  // NOLINT(readability-identifier-naming): as of a vector
     if (size() == 0) {
       one_ = std::move(element);
       hasOne_ = true;
