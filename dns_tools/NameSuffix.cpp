@@ -1,6 +1,5 @@
 #include "dns_tools/NameSuffix.h"
 
-#include <algorithm>
 #include <random>
 
 namespace DnsToolsSocket {
@@ -41,10 +40,7 @@ std::uint64_t labelHash(std::string_view label, std::size_t distanceFromEnd) {
   return mix(hash ^ word, seeds().end + label.size());
 }
 
-// Labels are too short for a search that has to be called.
-std::string_view firstLabel(std::string_view text) {
-  return {text.begin(), std::ranges::find(text, '.')};
-}
+std::string_view firstLabel(std::string_view text) { return text.substr(0, text.find('.')); }
 
 std::string_view withoutFirstLabel(std::string_view text, std::string_view label) {
   text.remove_prefix(label.size() == text.size() ? label.size() : label.size() + 1);
@@ -67,9 +63,8 @@ NameSuffix::NameSuffix(std::string_view name)
     : text_(name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0))) {}
 
 bool NameSuffix::hasEmptyLabel() const {
-  const auto areDots = [](char a, char b) { return a == '.' && b == '.'; };
   return text_.starts_with('.') || text_.ends_with('.') ||
-         std::ranges::adjacent_find(text_, areDots) != text_.end();
+         text_.find("..") != std::string_view::npos;
 }
 
 std::uint32_t NameSuffix::hash() {
