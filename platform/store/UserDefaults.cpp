@@ -56,6 +56,7 @@ std::int64_t integerFrom(double number) {
 
 struct UserDefaults::Suites {
   std::filesystem::path directory;
+  bool areWatched = false;
   std::map<std::string, std::unique_ptr<UserDefaults>, std::less<>> byName;
 };
 
@@ -71,13 +72,15 @@ void UserDefaults::setDirectory(const std::filesystem::path& directory) {
   }
 }
 
+void UserDefaults::watchChanges(bool doesWatch) { suites().areWatched = doesWatch; }
+
 std::filesystem::path UserDefaults::fileOf(const std::filesystem::path& directory,
                                            std::string_view name) {
   return directory / (std::string(name) + ".json");
 }
 
 UserDefaults* UserDefaults::suite(std::string_view name) {
-  auto& [directory, byName] = suites();
+  auto& [directory, areWatched, byName] = suites();
   if (directory.empty() || !canNameFile(name)) {
     return nullptr;
   }
@@ -86,13 +89,24 @@ UserDefaults* UserDefaults::suite(std::string_view name) {
     found = byName.emplace(name, std::unique_ptr<UserDefaults>(new UserDefaults)).first;
     found->second->moveTo(fileOf(directory, name));
   }
-  found->second->refresh();
+  found->second->refreshUnlessUnchanged();
   return found->second->isUsable_ ? found->second.get() : nullptr;
 }
 
 void UserDefaults::moveTo(std::filesystem::path file) {
   file_ = std::move(file);
+  watch_.forget();
   becomeEmpty();
+}
+
+void UserDefaults::refreshUnlessUnchanged() {
+  if (watch_.isUnchanged()) {
+    return;
+  }
+  if (suites().areWatched) {
+    watch_.begin(file_);
+  }
+  refresh();
 }
 
 void UserDefaults::refresh() {

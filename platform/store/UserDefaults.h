@@ -8,6 +8,7 @@
 #include <tl/expected.hpp>
 
 #include "platform/base/Error.h"
+#include "platform/store/FileWatch.h"
 #include "platform/store/JSONDocument.h"
 #include "platform/store/RegularFile.h"
 
@@ -26,6 +27,10 @@ class UserDefaults {
   /// The file of a suite.
   static std::filesystem::path fileOf(const std::filesystem::path& directory,
                                       std::string_view name);
+
+  /// For a process that runs the event loop: whether the kernel is to tell of changes, so that
+  /// `suite` needs no system call. See `FileWatch`.
+  static void watchChanges(bool doesWatch);
 
   /// The suite of that name, the same object at every call, lasting as long as the process; its
   /// file is read again when it changed, which costs one system call to find out. Absent when there
@@ -62,6 +67,7 @@ class UserDefaults {
   UserDefaults() = default;
 
   void moveTo(std::filesystem::path file);
+  void refreshUnlessUnchanged();
   void refresh();
   void read(const FileState& found);
   void take(tl::expected<JSONDocument, JSONFault> document);
@@ -75,6 +81,7 @@ class UserDefaults {
   static Suites& suites();
 
   std::filesystem::path file_;
+  FileWatch watch_;
   JSONObject values_;
   bool isUsable_ = true;
   /// What `values_` lacks of the file, and why.

@@ -43,6 +43,7 @@ void useDefaultsDirectory(const std::filesystem::path& directory) {
   std::error_code ignored;
   std::filesystem::create_directories(directory, ignored);
   platform::UserDefaults::setDirectory(directory);
+  platform::UserDefaults::watchChanges(true);
 }
 
 std::optional<std::vector<platform::NEDNSSettings>> systemSettings() {
