@@ -1,5 +1,7 @@
 #include "platform/network/SendQueue.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/dispatch/RunGuarded.h"
@@ -16,6 +18,45 @@ bool isRefusal(std::error_code error) { return error == std::errc::connection_re
 }  // namespace
 
 void SendQueue::send(Data content, Completion completion) {
+  if (!isLink || !hasEnded() || isWaiting()) {
+    sendAlone(std::move(content), std::move(completion));
+    return;
+  }
+  collected_.push_back({std::move(content), std::move(completion)});
+  if (collected_.size() == UDPSocket::kMaxTogether) {
+    sendCollected();
+  }
+}
+
+/// One that ends the sending of many is sent alone, which tells its error, or waits with those
+/// after it.
+void SendQueue::sendCollected() {
+  auto collected = std::exchange(collected_, {});
+  for (std::span<Collected> left = collected; !left.empty();) {
+    const auto [count, error] = sendTogether(left);
+    for (auto& [content, completion] : left.first(count)) {
+      end(std::move(completion), std::nullopt);
+    }
+    isPeerGone_ = isPeerGone_ || isRefusal(error);
+    left = left.subspan(count);
+    if (!left.empty()) {
+      sendAlone(std::move(left.front().content), std::move(left.front().completion));
+      left = left.subspan(1);
+    }
+  }
+}
+
+UDPSocket::Sent SendQueue::sendTogether(std::span<const Collected> collected) {
+  if (isPeerGone_ || isWaiting() || collected.size() < 2) {
+    return {};
+  }
+  std::array<DataView, UDPSocket::kMaxTogether> datagrams;
+  std::transform(collected.begin(), collected.end(), datagrams.begin(),
+                 [](const Collected& one) { return DataView(one.content); });
+  return socket_.sendTogether(std::span(datagrams).first(collected.size()));
+}
+
+void SendQueue::sendAlone(Data content, Completion completion) {
   waiting_.send([this, content = std::move(content)] { return attempt(content); },
                 [this, completion = std::move(completion)](std::error_code error) mutable {
                   end(std::move(completion), NWError::ifAny(error));

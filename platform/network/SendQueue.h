@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "platform/network/NWConnection.h"
@@ -18,6 +19,8 @@ namespace platform {
 ///
 /// To send to a port of this machine that nobody has costs 5 microseconds, more than all the rest
 /// of a log line, so a link whose datagram is refused sends no more until its sends are reported.
+/// Of what it sends until then, only the first goes out at once; the others are collected and go
+/// together.
 class SendQueue {
  public:
   using Completion = NWConnection::SendCompletion;
@@ -27,7 +30,10 @@ class SendQueue {
   /// As `NWConnection::isLink`; set before the first send.
   bool isLink = false;
 
+  /// Sends, or holds the datagram for `sendCollected`, which is due when `hasEnded`.
   void send(Data content, Completion completion);
+  /// Sends what is collected, before the sends are reported or the socket is closed.
+  void sendCollected();
   /// Ends a send that is not attempted.
   void end(Completion completion, std::optional<NWError> error);
 
@@ -43,17 +49,24 @@ class SendQueue {
   void report();
 
  private:
+  struct Collected {
+    Data content;
+    Completion completion;
+  };
   struct Ended {
     Completion completion;
     std::optional<NWError> error;
   };
 
+  void sendAlone(Data content, Completion completion);
+  UDPSocket::Sent sendTogether(std::span<const Collected> collected);
   std::error_code attempt(DataView content);
   void holdForReceive(std::error_code error);
 
   UDPSocket& socket_;
   ReceiveQueue& receives_;
   SendBacklog waiting_;
+  std::vector<Collected> collected_;  // after one of `ended_`
   std::vector<Ended> ended_;
   bool isPeerGone_ = false;  // of a link: one of `ended_` was refused
 };

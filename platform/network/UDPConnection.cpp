@@ -67,6 +67,7 @@ void UDPConnection::cancel() {
   }
   isCancelled_ = true;
   DispatchQueue::global().async([self = self()] { self->reportCancelled(); });
+  sends_.sendCollected();
   socket_.close();
   if (const auto place = std::exchange(place_, std::nullopt)) {
     OpenConnections::shared().remove(*place);
@@ -186,6 +187,10 @@ void UDPConnection::deliverLater() {
 void UDPConnection::deliver() {
   const ActivityScope scope(activity_);
   isDeliveryDue_ = false;
+  sends_.sendCollected();
+  if (sends_.isWaiting()) {
+    watchAsNeeded();
+  }
   sends_.report();
   deliverErrors();
 }

@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -49,11 +50,21 @@ std::error_code uninterrupted(const Call& call) {
   return error;
 }
 
+UDPSocket::Sent sendMessages(int socket, std::span<mmsghdr> messages) {
+  const auto size = static_cast<unsigned>(messages.size());
+  int count = 0;
+  const auto error = uninterrupted([&] {
+    return count = ::sendmmsg(socket, messages.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
+  });
+  return {error ? 0 : static_cast<std::size_t>(count), error};
+}
+
+iovec rangeOf(DataView bytes) { return {const_cast<std::uint8_t*>(bytes.data()), bytes.size()}; }
+
 /// What `sendmsg` takes of a datagram besides its bytes; the message points into it.
 class Outgoing {
  public:
-  Outgoing(const DatagramPath& path, DataView bytes)
-      : path_(path), range_{const_cast<std::uint8_t*>(bytes.data()), bytes.size()} {}
+  Outgoing(const DatagramPath& path, DataView bytes) : path_(path), range_(rangeOf(bytes)) {}
 
   /// Where `withSource`, it leaves from the destination of the path.
   msghdr message(bool withSource) {
@@ -150,23 +161,34 @@ std::error_code UDPSocket::send(const DatagramPath& path, DataView datagram) {
   return uninterrupted([&] { return ::sendmsg(get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL); });
 }
 
-void UDPSocket::sendAll(std::span<const Answer> answers) {
+UDPSocket::Sent UDPSocket::sendTogether(std::span<const DataView> datagrams) {
+  std::array<iovec, kMaxTogether> ranges;
+  std::array<mmsghdr, kMaxTogether> messages{};
+  const auto count = std::min(datagrams.size(), kMaxTogether);
+  for (std::size_t i = 0; i < count; ++i) {
+    ranges[i] = rangeOf(datagrams[i]);
+    messages[i].msg_hdr.msg_iov = &ranges[i];
+    messages[i].msg_hdr.msg_iovlen = 1;
+  }
+  return sendMessages(get(), std::span(messages).first(count));
+}
+
+UDPSocket::Sent UDPSocket::sendTogether(std::span<const Answer> answers) {
   std::vector<Outgoing> outgoing;
   std::vector<mmsghdr> messages;
-  outgoing.reserve(answers.size());  // stay where they are
-  messages.reserve(answers.size());
-  for (const auto& [path, bytes] : answers) {
+  const auto first = answers.first(std::min(answers.size(), kMaxTogether));
+  outgoing.reserve(first.size());  // stay where they are
+  messages.reserve(first.size());
+  for (const auto& [path, bytes] : first) {
     messages.push_back({outgoing.emplace_back(path, bytes).message(address_.isWildcard()), 0});
   }
-  std::span<mmsghdr> left = messages;
-  while (!left.empty()) {
-    int count = 0;
-    const auto error = uninterrupted([&] {
-      const auto size = static_cast<unsigned>(left.size());
-      return count = ::sendmmsg(get(), left.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
-    });
-    // An error belongs to the first datagram that is left; the others are sent all the same.
-    left = left.subspan(error ? 1 : static_cast<std::size_t>(count));
+  return sendMessages(get(), messages);
+}
+
+void UDPSocket::sendAll(std::span<const Answer> answers) {
+  while (!answers.empty()) {
+    const auto [count, error] = sendTogether(answers);
+    answers = answers.subspan(error ? 1 : count);
   }
 }
 

@@ -36,6 +36,14 @@ class UDPSocket {
     DatagramPath path;
     Data bytes;
   };
+  /// What one system call has made of several datagrams: so many of the first are sent. The error
+  /// is that of the next one, and told only when none is sent.
+  struct Sent {
+    std::size_t count = 0;
+    std::error_code error{};
+  };
+  /// The most that one system call sends.
+  static constexpr std::size_t kMaxTogether = 64;
 
   UDPSocket() = default;
   ~UDPSocket() = default;
@@ -67,6 +75,9 @@ class UDPSocket {
   /// Sends to the peer of a connected socket. The kernel hands out the refusal of an earlier
   /// datagram as the error of this one, which then has not been sent.
   std::error_code send(DataView datagram);
+  /// The same for several, by one system call. An error of the first one may be of an earlier
+  /// datagram, and one that ends it after some are sent is forgotten.
+  Sent sendTogether(std::span<const DataView> datagrams);
   /// Takes one datagram of a connected socket: its length, which may be more than there is room.
   tl::expected<std::size_t, std::error_code> receive(std::span<std::uint8_t> room);
   /// Takes the refusal that waits at a connected socket, if one does, so that it is no error of
@@ -75,6 +86,8 @@ class UDPSocket {
 
   /// Sends from the destination of `path` back to its client.
   std::error_code send(const DatagramPath& path, DataView datagram);
+  /// The same for several, by one system call.
+  Sent sendTogether(std::span<const Answer> answers);
   /// Sends all with as few system calls as it takes, in their order; those that fail are lost.
   void sendAll(std::span<const Answer> answers);
   /// What has arrived at a bound socket, as `DatagramSlots::receive`.

@@ -36,6 +36,12 @@ ssize_t sendmsg(int socket, const msghdr* message, int flags) {
   return SocketFailures::next() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
 }
 
+int sendmmsg(int socket, mmsghdr* messages, unsigned int count, int flags) {
+  return SocketFailures::next()
+             ? -1
+             : static_cast<int>(::syscall(SYS_sendmmsg, socket, messages, count, flags));
+}
+
 int accept4(int socket, sockaddr* address, socklen_t* size, int flags) {
   return SocketFailures::next()
              ? -1

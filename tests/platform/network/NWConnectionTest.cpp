@@ -115,22 +115,35 @@ TEST_F(NWConnectionTest, AnAddressThatThisProcessServesFailsAndLeavesNothing) {
   EXPECT_TRUE(weak.expired());
 }
 
+// Of a link the second call is for all that follow the first datagram.
 TEST_F(NWConnectionTest, SendsWaitInTheirOrderUntilThereIsRoom) {
-  const UDPSocket server;
-  const auto connection = readyTo(server.port());
-  const SocketFailures failures({0, EAGAIN, 0, EAGAIN});
-  send(connection, "a");
-  send(connection, "b");
-  send(connection, std::string(70000, 'x'));
-  send(connection, "c");
-  EXPECT_THAT(server.receiveAll(), ElementsAre("a"));
-  ASSERT_TRUE(runUntilSize(lines_, 4));
-  EXPECT_THAT(
-      lines_,
-      ElementsAre("sent a", "sent b",
-                  testing::EndsWith("x POSIXErrorCode(rawValue: 90): Message too long"), "sent c"));
-  EXPECT_THAT(server.receiveAll(), ElementsAre("b", "c"));
-  runReady();  // nobody waits for room any more
+  const std::pair<bool, std::deque<int>> rows[] = {
+      {false, {0, EAGAIN, 0, EAGAIN}}, {true, {0, EAGAIN, EAGAIN}}, {true, {0, 0, 0, 0, EAGAIN}}};
+  for (const auto& [isLink, results] : rows) {
+    const UDPSocket server;
+    const auto connection = make("127.0.0.1", server.port());
+    connection->isLink = isLink;
+    connection->start(DispatchQueue::global());
+    runReady();
+    lines_.clear();
+    const SocketFailures failures(results);
+    send(connection, "a");
+    send(connection, "b");
+    send(connection, std::string(70000, 'x'));
+    send(connection, "c");
+    EXPECT_THAT(server.receiveAll(), ElementsAre("a"));
+    ASSERT_TRUE(runUntilSize(lines_, 4));
+    EXPECT_THAT(lines_,
+                ElementsAre("sent a", "sent b",
+                            testing::EndsWith("x POSIXErrorCode(rawValue: 90): Message too long"),
+                            "sent c"));
+    EXPECT_THAT(server.receiveAll(), ElementsAre("b", "c"));
+    runReady();  // nobody waits for room any more
+    send(connection, "d");
+    send(connection, "e");
+    connection->cancel();
+    EXPECT_THAT(server.receiveAll(), ElementsAre("d", "e"));
+  }
 }
 
 TEST_F(NWConnectionTest, MayBeCancelledFromInsideAnyOfItsHandlers) {
