@@ -92,6 +92,7 @@ bool EventLoop::runEvents(std::chrono::nanoseconds longest) {
   if (mayWait) {
     endWaiting();
   }
+  ++iteration_;
   events_.handOut();
   return hasEvents;
 }

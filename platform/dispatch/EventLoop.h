@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -36,6 +37,9 @@ class EventLoop {
   /// `longest`. False when nothing has happened.
   bool runEvents(std::chrono::nanoseconds longest);
 
+  /// Counts how often `runEvents` was called. On the loop's thread.
+  [[nodiscard]] std::uint64_t iteration() const { return iteration_; }
+
   SocketEvents& socketEvents() { return events_; }
 
  private:
@@ -50,6 +54,7 @@ class EventLoop {
   std::optional<Given> takeGiven();
 
   std::atomic<bool> isStopping_{false};
+  std::uint64_t iteration_ = 1;
   SocketEvents events_{isStopping_};
 
   std::mutex mutex_;

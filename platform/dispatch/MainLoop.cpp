@@ -74,6 +74,8 @@ void MainLoop::runReady() {
   }
 }
 
+std::uint64_t MainLoop::iteration() const { return state_->loop.iteration(); }
+
 Deadlines& MainLoop::deadlines() { return state_->deadlines; }
 
 SocketEvents& MainLoop::socketEvents() { return state_->loop.socketEvents(); }

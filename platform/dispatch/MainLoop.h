@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -31,6 +32,9 @@ class MainLoop {
 
   /// For tests: runs what is ready now, waits for nothing.
   void runReady();
+
+  /// Another number in each iteration.
+  [[nodiscard]] std::uint64_t iteration() const;
 
   /// What waits for its time (`DispatchQueue::asyncAfter`, `Timer`).
   Deadlines& deadlines();

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/dispatch/MainLoop.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 
@@ -32,6 +33,7 @@ std::error_code ListenSocket::listen(std::weak_ptr<Reader> reader) {
 }
 
 void ListenSocket::close() {
+  sendCollected();
   socket_.close();
   waiting_.fail(std::make_error_code(std::errc::operation_canceled));
 }
@@ -65,17 +67,54 @@ void ListenSocket::logNewError(std::error_code error) {
 
 void ListenSocket::send(const DatagramPath& path, Data datagram,
                         const std::shared_ptr<PendingWrite>& write) {
+  const auto iteration = MainLoop::shared().iteration();
+  if (std::exchange(lastIteration_, iteration) != iteration || !waiting_.isEmpty()) {
+    sendAlone({path, std::move(datagram)}, write);
+    return;
+  }
+  collected_.push_back({path, std::move(datagram)});
+  writes_.push_back(write);
+  DispatchQueue::global().async([self = shared_from_this(), write] {
+    self->sendCollected();
+    write->report();
+  });
+  if (collected_.size() == UDPSocket::kMaxTogether) {
+    sendCollected();
+  }
+}
+
+void ListenSocket::sendAlone(UDPSocket::Answer answer, const std::shared_ptr<PendingWrite>& write) {
   const auto noRoom = std::make_error_code(std::errc::no_buffer_space);
   if (waiting_.size() >= kMaxWaiting) {
     write->datagramDone(noRoom);
     return;
   }
   waiting_.send(
-      [this, path, datagram = std::move(datagram)] { return socket_.send(path, datagram); },
+      [this, answer = std::move(answer)] { return socket_.send(answer.path, answer.bytes); },
       [write](std::error_code error) { write->datagramDone(error); });
   if (!waiting_.isEmpty() && watchAsNeeded()) {
     waiting_.fail(noRoom);
   }
+}
+
+/// One that ends the sending of many is sent alone, which tells its error, or waits with those
+/// after it.
+void ListenSocket::sendCollected() {
+  auto collected = std::exchange(collected_, {});
+  const auto writes = std::exchange(writes_, {});
+  for (std::size_t next = 0; next < collected.size(); ++next) {
+    for (auto sent = sendTogether(std::span(collected).subspan(next)).count; sent > 0; --sent) {
+      writes[next++]->count({});
+    }
+    if (next < collected.size()) {
+      sendAlone(std::move(collected[next]), writes[next]);
+    }
+  }
+}
+
+UDPSocket::Sent ListenSocket::sendTogether(std::span<const UDPSocket::Answer> answers) {
+  return waiting_.isEmpty() && answers.size() > 1 ? socket_.sendTogether(answers)
+                                                  : UDPSocket::Sent{};
 }
 
 }  // namespace platform

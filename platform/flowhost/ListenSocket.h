@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <tl/expected.hpp>
+#include <vector>
 
 #include "platform/flowhost/AnswerPath.h"
 #include "platform/udp/SendBacklog.h"
@@ -10,8 +13,8 @@
 namespace platform {
 
 /// A UDP socket that serves one address, or any address of the machine when it is bound
-/// to the wildcard address; answers leave from the destination of their query. Inside the event
-/// loop only.
+/// to the wildcard address; answers leave from the destination of their query. The first of an
+/// iteration leaves at once, those after it together. Inside the event loop only.
 class ListenSocket final : public AnswerPath,
                            public std::enable_shared_from_this<ListenSocket>,
                            private SocketWatcher {
@@ -51,6 +54,9 @@ class ListenSocket final : public AnswerPath,
             const std::shared_ptr<PendingWrite>& write) override;
 
  private:
+  void sendAlone(UDPSocket::Answer answer, const std::shared_ptr<PendingWrite>& write);
+  void sendCollected();
+  UDPSocket::Sent sendTogether(std::span<const UDPSocket::Answer> answers);
   void socketIsReady(bool canRead, bool canWrite) override;
   void logNewError(std::error_code error);
   std::error_code watchAsNeeded();
@@ -59,6 +65,10 @@ class ListenSocket final : public AnswerPath,
   std::error_code readError_;  // of the last read
   std::weak_ptr<Reader> reader_;
   SendBacklog waiting_;
+  std::uint64_t lastIteration_ = 0;  // in which an answer was sent
+  // Each is sent before the queue comes to the report of its write.
+  std::vector<UDPSocket::Answer> collected_;
+  std::vector<std::shared_ptr<PendingWrite>> writes_;  // of those
 };
 
 }  // namespace platform

@@ -12,13 +12,22 @@ PendingWrite::PendingWrite(std::size_t datagrams, NEAppProxyUDPFlow::WriteComple
     : remaining_(datagrams), completion_(std::move(completion)) {}
 
 void PendingWrite::datagramDone(std::error_code error) {
-  error_ = error_ ? error_ : error;
-  if (--remaining_ > 0 || !completion_) {
-    return;
+  count(error);
+  if (remaining_ == 0) {
+    DispatchQueue::global().async([self = shared_from_this()] { self->report(); });
   }
-  DispatchQueue::global().async([completion = std::exchange(completion_, nullptr), error = error_] {
-    completion(error ? std::optional(Error(description(NWError::from(error)))) : std::nullopt);
-  });
+}
+
+void PendingWrite::count(std::error_code error) {
+  error_ = error_ ? error_ : error;
+  --remaining_;
+}
+
+void PendingWrite::report() {
+  const auto completion = remaining_ == 0 ? std::exchange(completion_, nullptr) : nullptr;
+  if (completion) {
+    completion(error_ ? std::optional(Error(description(NWError::from(error_)))) : std::nullopt);
+  }
 }
 
 }  // namespace platform

@@ -112,12 +112,21 @@ TEST_F(OneFlowTest, WritesOnlyWhatComesFromItsDestinationUntilItIsClosed) {
 }
 
 TEST_F(OneFlowTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
-  const SocketFailures failures({EINTR, 0, EAGAIN, 0, EAGAIN, EPERM, 0});
-  EXPECT_EQ(write(flow_, {"a", "b", "c", "d"}, {4, endpoint()}),
-            "POSIXErrorCode(rawValue: 1): Operation not permitted");
-  EXPECT_EQ(answer(0, "e"), "");
-  EXPECT_THAT(client_.receiveAll(), ElementsAre("a", "b", "d", "e"));
-  runReady();  // nobody waits for room any more
+  const std::string large(70'000, 'x');
+  const std::tuple<std::deque<int>, std::string, std::string> rows[] = {
+      {{EINTR, 0, EINTR, EAGAIN, EAGAIN, 0, EPERM, 0}, "c", "1): Operation not permitted"},
+      {{0, 0, 0, EAGAIN, EAGAIN}, large, "90): Message too long"},
+      {{0, EAGAIN, 0, EAGAIN, EAGAIN}, large, "90): Message too long"},
+  };
+  for (const auto& [results, third, error] : rows) {
+    runReady();  // another iteration
+    const SocketFailures failures(results);
+    EXPECT_EQ(write(flow_, {"a", "b", third, "d"}, {4, endpoint()}),
+              "POSIXErrorCode(rawValue: " + error);
+    EXPECT_EQ(answer(0, "e"), "");
+    EXPECT_THAT(client_.receiveAll(), ElementsAre("a", "b", "d", "e"));
+    runReady();  // nobody waits for room any more
+  }
 }
 
 TEST_F(OneFlowTest, SoManyAnswersWaitOnlyAndGoAfterTheFlowIsClosed) {
