@@ -40,7 +40,10 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
   void datagramsArrived(ListenSocket& socket) override;
   void offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received);
   void findOriginal(ClientDatagrams& group);
-  void identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received);
+  std::vector<SenderLookup::Owner> findSenders(Transport transport,
+                                               std::span<const ClientDatagrams> groups);
+  void identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
+                const SenderLookup::Owner& sender);
   void offer(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
              std::optional<std::string_view> application);
 
@@ -57,7 +60,8 @@ struct FlowHost::State final : ListenSocket::Reader, std::enable_shared_from_thi
 std::optional<Error> FlowHost::State::listen() {
   return addresses.listen(weak_from_this(), [weak = weak_from_this()](auto answers, auto received) {
     if (const auto self = weak.lock()) {
-      self->identify(std::move(answers), std::move(received));
+      const auto sender = self->findSenders(answers->transport(), {&received, 1}).front();
+      self->identify(std::move(answers), std::move(received), sender);
     }
   });
 }
@@ -73,15 +77,17 @@ void FlowHost::State::datagramsArrived(ListenSocket& socket) {
 }
 
 void FlowHost::State::offerAll(ListenSocket& socket, std::span<const ReceivedDatagram> received) {
-  for (auto& group : groupedByPath(received)) {
-    if (!socket.isOpen()) {
-      return;
-    }
+  auto groups = groupedByPath(received);
+  for (auto& group : groups) {
     findOriginal(group);
+  }
+  const auto senderOf = findSenders(socket.transport(), groups);
+  for (std::size_t i = 0; i < groups.size() && socket.isOpen(); ++i) {
+    auto& group = groups[i];
     if (OwnSockets::shared().hasSent(group.client())) {
       NSLog("FlowHost: dropped ", group.size, " bytes from our own socket ", group.client());
     } else {
-      identify(socket.shared_from_this(), std::move(group));
+      identify(socket.shared_from_this(), std::move(group), senderOf[i]);
     }
   }
 }
@@ -92,7 +98,21 @@ void FlowHost::State::findOriginal(ClientDatagrams& group) {
   group.mayBeCaptured = original.kind == OriginalDestination::Result::Kind::cannotTell;
 }
 
-void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received) {
+std::vector<SenderLookup::Owner> FlowHost::State::findSenders(
+    Transport transport, std::span<const ClientDatagrams> groups) {
+  if (!senders) {
+    return std::vector<SenderLookup::Owner>(groups.size());
+  }
+  std::vector<SenderQuery> queries;
+  queries.reserve(groups.size());
+  for (const auto& group : groups) {
+    queries.push_back(senderQuery(transport, group));
+  }
+  return senders->find(queries);
+}
+
+void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagrams received,
+                               const SenderLookup::Owner& sender) {
   if (observer) {
     received.activity = observer->began(answers->transport(), received.datagrams);
   }
@@ -103,7 +123,8 @@ void FlowHost::State::identify(std::shared_ptr<AnswerPath> answers, ClientDatagr
   const auto query = senderQuery(answers->transport(), received);
   const auto waiting = std::make_shared<ClientDatagrams>(std::move(received));
   senders->identify(
-      query, [weak = weak_from_this(), answers = std::move(answers), waiting](auto application) {
+      query, sender,
+      [weak = weak_from_this(), answers = std::move(answers), waiting](auto application) {
         if (const auto self = weak.lock(); self && answers->isOpen()) {
           self->offer(answers, std::move(*waiting), application);
         }

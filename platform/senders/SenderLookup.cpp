@@ -1,8 +1,24 @@
 #include "platform/senders/SenderLookup.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace platform {
+
+namespace {
+
+// A redirection may change the client's port, and another socket may have the one that is seen.
+SocketPath sentAlong(const SenderQuery& query) {
+  auto path = query.path;
+  if (query.original) {
+    path.client = query.original->client;
+    path.destination = query.original->destination;
+  }
+  return path;
+}
+
+}  // namespace
 
 std::shared_ptr<SenderLookup> SenderLookup::start(Depth depth) {
   return std::shared_ptr<SenderLookup>(new SenderLookup(depth));
@@ -12,8 +28,14 @@ SenderLookup::SenderLookup(Depth depth)
     : cgroups_(CgroupTree::start()),
       processes_(depth == Depth::process ? ProcessSearch::create() : nullptr) {}
 
-void SenderLookup::identify(const SenderQuery& query, Completion completion) {
-  const auto owner = find(query);
+std::vector<SenderLookup::Owner> SenderLookup::find(std::span<const SenderQuery> queries) {
+  std::vector<SocketPath> paths;
+  paths.reserve(queries.size());
+  std::transform(queries.begin(), queries.end(), std::back_inserter(paths), sentAlong);
+  return table_.exact(paths);
+}
+
+void SenderLookup::identify(const SenderQuery& query, const Owner& owner, Completion completion) {
   const bool isHidden =
       !owner && !query.original && query.mayBeRedirected && query.path.transport == Transport::udp;
   if (isHidden && searches_ < kMaxSearches) {
@@ -21,16 +43,6 @@ void SenderLookup::identify(const SenderQuery& query, Completion completion) {
   } else {
     nameOwner(owner, std::move(completion));
   }
-}
-
-// A redirection may change the client's port, and another socket may have the one that is seen.
-std::optional<SocketOwner> SenderLookup::find(const SenderQuery& query) {
-  auto path = query.path;
-  if (query.original) {
-    path.client = query.original->client;
-    path.destination = query.original->destination;
-  }
-  return table_.exact(path);
 }
 
 void SenderLookup::searchByPort(const SocketAddress& client, Completion completion) {

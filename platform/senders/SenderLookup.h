@@ -3,7 +3,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "platform/senders/CgroupTree.h"
 #include "platform/senders/ProcessSearch.h"
@@ -41,15 +43,22 @@ class SenderLookup : public std::enable_shared_from_this<SenderLookup> {
   /// The signing identifier, valid during the call only; absent when it is not known.
   using Completion = std::function<void(std::optional<std::string_view> application)>;
 
+  /// The socket that has sent; absent when it is not known.
+  using Owner = std::optional<SocketOwner>;
+
   static std::shared_ptr<SenderLookup> start(Depth depth);
 
-  /// Completes once; during the call when nothing takes its time.
-  void identify(const SenderQuery& query, Completion completion);
+  /// One for each of `queries`, which came at the same time.
+  std::vector<Owner> find(std::span<const SenderQuery> queries);
+  /// Completes once; during the call when nothing takes its time. `owner` is what `find` gives.
+  void identify(const SenderQuery& query, const Owner& owner, Completion completion);
+  void identify(const SenderQuery& query, Completion completion) {
+    identify(query, find({&query, 1}).front(), std::move(completion));
+  }
 
  private:
   explicit SenderLookup(Depth depth);
 
-  std::optional<SocketOwner> find(const SenderQuery& query);
   void searchByPort(const SocketAddress& client, Completion completion);
   void nameOwner(const std::optional<SocketOwner>& owner, Completion completion);
   void nameProgram(const SocketOwner& owner, const Cgroup* cgroup, const Completion& completion);

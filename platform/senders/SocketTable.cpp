@@ -1,5 +1,10 @@
 #include "platform/senders/SocketTable.h"
 
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <utility>
 
 #include "platform/base/Clock.h"
@@ -10,10 +15,15 @@
 
 namespace platform {
 
+using socket_diagnosis::Answer;
+
 namespace {
 
 // The kernel fills no more at a time.
 constexpr std::size_t kRoom = 32UL * 1024;
+// An exact answer has some 200 octets.
+constexpr std::size_t kRoomOfOne = 512;
+constexpr std::size_t kMaxTogether = kRoom / kRoomOfOne;
 // Reads for one request; a list has some 200 sockets in each, an exact answer takes one.
 constexpr int kMaxReads = 64;
 
@@ -61,23 +71,91 @@ bool isClientsEnd(const DiagnosedSocket& socket, const SocketPath& path) {
          (socket.owner.inode != 0 || socket.owner.cgroup);
 }
 
+SocketPath plainOf(const SocketPath& path) {
+  return {path.transport, path.client.unmapped(), path.destination.unmapped(), path.interfaceIndex};
+}
+
+Data requestFor(const SocketPath& plain, std::uint32_t sequence) {
+  const auto& [transport, client, destination, interfaceIndex] = plain;
+  const bool isUDP = transport == Transport::udp;
+  return socket_diagnosis::exactRequest({transport, client.family(), isUDP ? destination : client,
+                                         isUDP ? client : destination, interfaceIndex},
+                                        sequence);
+}
+
+std::optional<SocketOwner> ownerIn(const std::vector<DiagnosedSocket>& found,
+                                   const SocketPath& plain) {
+  return !found.empty() && isClientsEnd(found.front(), plain) ? std::optional(found.front().owner)
+                                                              : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<SocketOwner> SocketTable::exact(const SocketPath& path) {
-  const SocketPath plain{path.transport, path.client.unmapped(), path.destination.unmapped(),
-                         path.interfaceIndex};
-  const auto& [transport, client, destination, interfaceIndex] = plain;
-  if (!isThere(transport)) {
+  const auto plain = plainOf(path);
+  if (!isThere(path.transport)) {
     return std::nullopt;
   }
-  const bool isUDP = transport == Transport::udp;
-  const auto found =
-      ask(socket_diagnosis::exactRequest({transport, client.family(), isUDP ? destination : client,
-                                          isUDP ? client : destination, interfaceIndex},
-                                         ++sequence_),
-          /*isList=*/false);
-  return !found.empty() && isClientsEnd(found.front(), plain) ? std::optional(found.front().owner)
-                                                              : std::nullopt;
+  return ownerIn(ask(requestFor(plain, ++sequence_), /*isList=*/false), plain);
+}
+
+std::vector<std::optional<SocketOwner>> SocketTable::exact(std::span<const SocketPath> paths) {
+  std::vector<std::optional<SocketOwner>> owners;
+  owners.reserve(paths.size());
+  while (!paths.empty()) {
+    const auto answers = askTogether(paths.first(std::min(paths.size(), kMaxTogether)));
+    for (const auto& answer : answers) {
+      owners.push_back(ownerIn(answer.sockets, plainOf(paths.front())));
+      paths = paths.subspan(1);
+    }
+    if (answers.empty()) {
+      owners.push_back(exact(paths.front()));
+      paths = paths.subspan(1);
+    }
+  }
+  return owners;
+}
+
+/// The answers for the first of `paths`. The next one is to be asked for alone, which says why.
+std::vector<Answer> SocketTable::askTogether(std::span<const SocketPath> paths) {
+  if (paths.size() < 2 || !isThere(paths.front().transport) || open()) {
+    return {};
+  }
+  Data requests;
+  const auto first = sequence_ + 1;
+  for (const auto& path : paths) {
+    const auto request = requestFor(plainOf(path), ++sequence_);
+    requests.insert(requests.end(), request.begin(), request.end());
+  }
+  const bool isSent = mnl_socket_sendto(socket_.get(), requests.data(), requests.size()) >= 0;
+  auto answers = isSent ? receiveTogether(paths.size(), first) : std::vector<Answer>();
+  if (answers.size() < paths.size()) {
+    socket_.reset();  // what is still to come there belongs to nobody
+  }
+  return answers;
+}
+
+std::vector<Answer> SocketTable::receiveTogether(std::size_t count, std::uint32_t sequence) {
+  std::array<iovec, kMaxTogether> ranges;
+  std::array<mmsghdr, kMaxTogether> messages{};
+  for (std::size_t i = 0; i < count; ++i) {
+    ranges[i] = {room_.data() + i * kRoomOfOne, kRoomOfOne};
+    messages[i].msg_hdr.msg_iov = &ranges[i];
+    messages[i].msg_hdr.msg_iovlen = 1;
+  }
+  const int received = ::recvmmsg(mnl_socket_get_fd(socket_.get()), messages.data(),
+                                  static_cast<unsigned>(count), 0, nullptr);
+  std::vector<Answer> answers;
+  for (std::size_t i = 0; static_cast<int>(i) < received; ++i) {
+    const auto piece = DataView(room_).subspan(i * kRoomOfOne, messages[i].msg_len);
+    auto answer = socket_diagnosis::read(piece, sequence + static_cast<std::uint32_t>(i));
+    const bool isWhole = (messages[i].msg_hdr.msg_flags & MSG_TRUNC) == 0;
+    if (!isWhole || (answer.error != ENOENT && answer.sockets.size() != 1)) {
+      break;
+    }
+    answers.push_back(std::move(answer));
+  }
+  return answers;
 }
 
 std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {

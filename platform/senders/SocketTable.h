@@ -3,7 +3,10 @@
 #include <libmnl/libmnl.h>
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <system_error>
+#include <vector>
 
 #include "platform/senders/SocketDiagnosis.h"
 
@@ -34,6 +37,8 @@ class SocketTable {
   /// by TCP the connected one. Absent for one that is closed or not on this machine. Of sockets
   /// that share the address (SO_REUSEPORT) the kernel names one.
   std::optional<SocketOwner> exact(const SocketPath& path);
+  /// The same for several, by two system calls where the kernel tells of each.
+  std::vector<std::optional<SocketOwner>> exact(std::span<const SocketPath> paths);
 
   /// A UDP socket that may have sent from `client`, wherever it has sent to: one that is bound to
   /// that address, else one bound to none. No socket of this process is one. The kernel looks at
@@ -52,6 +57,8 @@ class SocketTable {
   };
 
   bool isThere(Transport transport);
+  std::vector<socket_diagnosis::Answer> askTogether(std::span<const SocketPath> paths);
+  std::vector<socket_diagnosis::Answer> receiveTogether(std::size_t count, std::uint32_t sequence);
   std::vector<DiagnosedSocket> ask(const Data& request, bool isList);
   std::error_code exchange(const Data& request, bool isList, std::vector<DiagnosedSocket>& found);
   std::error_code open();

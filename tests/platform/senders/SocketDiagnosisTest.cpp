@@ -102,6 +102,8 @@ class RefusedSocketTableTest : public testing::Test {
   void expectNothingFound() {
     for (int i = 0; i < 3; ++i) {
       EXPECT_FALSE(table_.exact({Transport::udp, client_, client_, 1}));
+      EXPECT_FALSE(
+          table_.exact(std::vector<SocketPath>(2, {Transport::udp, client_, client_, 1}))[1]);
       EXPECT_FALSE(table_.byPort(client_));
     }
   }

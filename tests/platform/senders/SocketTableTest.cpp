@@ -121,6 +121,27 @@ TEST_F(SocketTableTest, FindsNoSocketThatHasNotSent) {
   EXPECT_FALSE(table_.byPort(other));
 }
 
+TEST_F(SocketTableTest, FindsThoseOfSeveralAtOnce) {
+  serve("127.0.0.1");
+  std::vector<Client> clients;
+  std::vector<SocketPath> paths;
+  std::vector<std::uint32_t> inodes;
+  for (std::size_t i = 0; i < 130; ++i) {
+    const auto& client = clients.emplace_back(AF_INET);
+    client.send(at("127.0.0.1"));
+    paths.push_back(received());
+    inodes.push_back(i % 64 == 5 ? 0 : client.inode());
+  }
+  for (std::size_t i = 5; i < clients.size(); i += 64) {
+    clients[i].socket = FileDescriptor();
+  }
+  std::vector<std::uint32_t> found;
+  for (const auto& owner : table_.exact(paths)) {
+    found.push_back(inode(owner));
+  }
+  EXPECT_EQ(found, inodes);
+}
+
 // The kernel's lookup in the order in which the datagram went would find the server.
 TEST_F(SocketTableTest, NeverTakesOurOwnSocket) {
   serve("0.0.0.0");
