@@ -123,17 +123,17 @@ TEST_F(SocketTableTest, FindsNoSocketThatHasNotSent) {
 
 TEST_F(SocketTableTest, FindsThoseOfSeveralAtOnce) {
   serve("127.0.0.1");
-  std::vector<Client> clients;
+  std::vector<Socket> clients;
   std::vector<SocketPath> paths;
   std::vector<std::uint32_t> inodes;
   for (std::size_t i = 0; i < 130; ++i) {
-    const auto& client = clients.emplace_back(AF_INET);
-    client.send(at("127.0.0.1"));
+    const auto& sender = clients.emplace_back(client(AF_INET));
+    sender.send("q", at("127.0.0.1"));
     paths.push_back(received());
-    inodes.push_back(i % 64 == 5 ? 0 : client.inode());
+    inodes.push_back(i % 64 == 5 ? 0 : inode(sender));
   }
   for (std::size_t i = 5; i < clients.size(); i += 64) {
-    clients[i].socket = FileDescriptor();
+    clients[i].close();
   }
   std::vector<std::uint32_t> found;
   for (const auto& owner : table_.exact(paths)) {
