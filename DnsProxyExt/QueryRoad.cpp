@@ -123,8 +123,9 @@ void DnsProxyExt::tellRoute(const Route& route) const {
 }
 
 void DnsProxyExt::injectIdentity(Batch& batch) const {
-  const auto values = MDMConfigurationManager::shared().getValuesForQuery(batch.application());
-  relayLog_.stepTwice("values for inject = ", values);
+  const std::optional values =
+      MDMConfigurationManager::shared().getValuesForQuery(batch.application());
+  relayLog_.stepTwice("values for inject = ", *values);
   batch.datagrams = DNSParser::injectFlagsToDatagrams(batch.datagrams, values);
   if (platform::logsSteps()) {
     decodeDNSRequest(batch.datagrams.front(), batch.hash());
