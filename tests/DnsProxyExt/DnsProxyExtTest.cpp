@@ -1,15 +1,11 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::description;
 using platform::NEProviderStopReason;
-using test::linesOf;
-using testing::StartsWith;
 
-class DnsProxyExtTest : public test::ProviderTest {};
+class DnsProxyExtTest : public ProviderTest {};
 
 TEST_F(DnsProxyExtTest, AStartWithoutVendorDataShowsWhatIsStored) {
   start(R"({"allowPackages": "x"})"_json);
@@ -18,12 +14,12 @@ TEST_F(DnsProxyExtTest, AStartWithoutVendorDataShowsWhatIsStored) {
   start(R"("no map")"_json);
   EXPECT_THAT(
       log_.records(),
-      testing::IsSupersetOf(
+      IsSupersetOf(
           {"options(vendor data) are nil --> retrieving previous params from local storage",
            "retrieved options: Optional([\"k\": \"v\"])",
            "users email from Content Filter:  u@x.example",
            "userEmail is nil -> using userEmail from local store", "capportal ips is empty"}));
-  EXPECT_THAT(provider_->allowedApps, testing::ElementsAre("x")) << "and does not apply it";
+  EXPECT_THAT(provider_->allowedApps, ElementsAre("x")) << "and does not apply it";
   EXPECT_EQ(description(provider_->vendorData), R"(Optional(["allowPackages": "x"]))");
 }
 
@@ -97,17 +93,15 @@ TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartItsSettingsAndItsStop) {
   logged.resize(8);
   EXPECT_THAT(logged.back(), StartsWith("stopProxy, reason: NEProviderStopReason(rawValue: 1), "
                                         "instance id - <DnsProxy"));
-  EXPECT_THAT(logged, testing::IsSupersetOf(
-                          {"systemDnsSettings: nil", "sleep proxy", "wake proxy",
-                           R"(vendorData: Optional(["allowPackages": "a,b"]))",
-                           R"(options: Optional(["VendorData": ["allowPackages": "a,b"]]))",
-                           R"(macosConfig options: ["allowPackages": "a,b"])",
-                           R"(whitelistedApps: ["a", "b"])"}));
+  EXPECT_THAT(logged,
+              IsSupersetOf({"systemDnsSettings: nil", "sleep proxy", "wake proxy",
+                            R"(vendorData: Optional(["allowPackages": "a,b"]))",
+                            R"(options: Optional(["VendorData": ["allowPackages": "a,b"]]))",
+                            R"(macosConfig options: ["allowPackages": "a,b"])",
+                            R"(whitelistedApps: ["a", "b"])"}));
   EXPECT_EQ(linesOf(relayed(15)), kRelayed);
-  EXPECT_EQ(platform::textOf(relay_.received().back()),
-            R"({"cmdType":"notification","payload":"stopped"})");
+  EXPECT_EQ(textOf(relay_.received().back()), R"({"cmdType":"notification","payload":"stopped"})");
   EXPECT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

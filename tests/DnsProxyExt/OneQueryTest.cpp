@@ -1,13 +1,9 @@
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
-
-using test::FakeFlow;
-using test::query;
+namespace quillet::test {
 
 /// The records of one query's whole road, in their order and words.
-class OneQueryTest : public test::ProviderTest {};
+class OneQueryTest : public ProviderTest {};
 
 /// Options 65001, 65004, 65006, 65007 and 65015, in the order of their codes.
 constexpr char kInjected[] =
@@ -94,33 +90,32 @@ State: Cancelled, flowHash = 7
 )log";
 
 TEST_F(OneQueryTest, LogsItsWholeRoad) {
-  const test::FakeServer server(test::answerA);
+  const FakeServer server(answerA);
   start(R"({"organizationId": "org42"})"_json);
-  provider_->filteringDNS = host(server);
+  provider_->filteringDNS = hostAt(server.text());
   // The policy was fetched a moment ago.
   provider_->fetchingPolicyIsStarted = true;
   provider_->lastPolicyFetchTime = 1'700'000'000;
   runReady();
   log_.clear();
-  serve(std::make_shared<FakeFlow>(7, std::vector<platform::Data>{query("a")}));
+  serve(std::make_shared<FakeFlow>(7, std::vector<Data>{query("a")}));
   ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = 7\n"));
   auto logged = records();
   EXPECT_THAT(logged.at(0), testing::MatchesRegex("\\[DnsProxyExt\\] handleNewUDPFlow, instance id "
                                                   "- <DnsProxyExt: [0-9]+>"));
   logged.erase(logged.begin());
-  auto text = test::linesOf(logged);
+  auto text = linesOf(logged);
   text.replace(text.find(server.text()), server.text().size(), "SERVER");
   EXPECT_EQ(text, kLog);
-  EXPECT_THAT(server.received(), testing::ElementsAre(test::hex(kInjected)));
+  EXPECT_THAT(server.received(), ElementsAre(hex(kInjected)));
   auto atRelay = relayed(8);
   atRelay.erase(atRelay.begin(), atRelay.begin() + 5);
-  EXPECT_EQ(test::linesOf(atRelay), kToRelay);
+  EXPECT_EQ(linesOf(atRelay), kToRelay);
 }
 
 TEST_F(OneQueryTest, TheErrorOfARefusedOneIsLogged) {
-  provider_->filteringDNS =
-      std::make_shared<Utils::DNSHost>("127.0.0.1:" + std::to_string(test::closedPort()));
-  const std::vector<platform::Data> two{query("a"), query("b")};
+  provider_->filteringDNS = nobody();
+  const std::vector<Data> two{query("a"), query("b")};
   offer(std::make_shared<FakeFlow>(7, two));
   const std::string error = "POSIXErrorCode(rawValue: 111): Connection refused";
   EXPECT_TRUE(runUntilLogged("udp socket error: " + error + ", flowHash = 7"));
@@ -131,5 +126,4 @@ TEST_F(OneQueryTest, TheErrorOfARefusedOneIsLogged) {
   EXPECT_TRUE(runUntil([&] { return report.keeper == nullptr; })) << "the exchange is over";
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,24 +1,19 @@
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
-using test::FakeServer;
-using test::query;
-
-class PolicyFetchTest : public test::ProviderTest {
+class PolicyFetchTest : public ProviderTest {
  protected:
   PolicyFetchTest() {
     start(R"({"organizationId": "org"})"_json);
     runReady();
-    provider_->policyUDPServer = host(policy_);
+    provider_->policyUDPServer = hostAt(policy_.text());
     log_.clear();
   }
 
   [[nodiscard]] auto fetches() const { return count("fetchPolicy"); }
 
-  const FakeServer policy_{test::stayQuiet};
+  const FakeServer policy_{stayQuiet};
 };
 
 TEST_F(PolicyFetchTest, FetchesAtTheFirstFlowsAndThenBySchedule) {
@@ -68,11 +63,10 @@ TEST_F(PolicyFetchTest, AFetchIsASuccessWhateverTheAnswerAndFailsWithoutOne) {
     EXPECT_EQ(count(record), 1) << record;
   };
   const FakeServer policy([](const Data& /*received*/) { return std::vector<Data>{{0xFF, '{'}}; });
-  provider_->policyUDPServer = host(policy);
+  provider_->policyUDPServer = hostAt(policy.text());
   expect("onPolicyDataReceived, resp: \uFFFD{", true);
   EXPECT_EQ(count("updateWhitelistedDomains"), 1);
-  provider_->policyUDPServer =
-      std::make_shared<Utils::DNSHost>("127.0.0.1:" + std::to_string(test::closedPort()));
+  provider_->policyUDPServer = nobody();
   expect("onPolicyDataReceived, error", false);
   provider_->policyUDPServer = nullptr;
   expect("fetchPolicy: policyUDPServer - nil", false);
@@ -82,5 +76,4 @@ TEST_F(PolicyFetchTest, AFetchIsASuccessWhateverTheAnswerAndFailsWithoutOne) {
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,18 +1,10 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/network/OpenConnections.h"
 #include "tests/DnsProxyExt/StageTest.h"
+#include "tests/platform/EnvironmentVariable.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/FakeServer.h"
 
@@ -22,7 +14,6 @@ namespace quillet::test {
 class ProviderTest : public StageTest {
  protected:
   ProviderTest() {
-    ::setenv("TZ", "Europe/Ljubljana", 1);
     MDMConfigurationManager::shared() = MDMConfigurationManager();
     provider_->xpcUdpHelper->relayPort = static_cast<std::uint16_t>(relay_.port());
     startWith(std::nullopt);
@@ -34,7 +25,6 @@ class ProviderTest : public StageTest {
     }
     runReady();
     runReady();
-    ::unsetenv("TZ");
   }
 
   void start(platform::JSONValue vendorData) {
@@ -74,9 +64,9 @@ class ProviderTest : public StageTest {
 
   /// The payloads of the commands that the relay service has received so far, once there are
   /// `count`.
-  std::vector<std::string> relayed(std::size_t count) {
+  Texts relayed(std::size_t count) {
     EXPECT_TRUE(runUntil([&] { return relay_.received().size() >= count; }));
-    std::vector<std::string> payloads;
+    Texts payloads;
     for (const auto& datagram : relay_.received()) {
       payloads.push_back(XpcUdpCommandParser::decodeCommand(datagram).value().payload);
     }
@@ -92,24 +82,22 @@ class ProviderTest : public StageTest {
   }
 
   /// The log without what the command link says of its own sends.
-  [[nodiscard]] std::vector<std::string> records() const {
+  [[nodiscard]] Texts records() const {
     auto result = log_.records();
     std::erase(result, "*Xpc Udp Data was sent to UDP*");
     return result;
   }
 
-  static DNSHostRef host(const FakeServer& server) {
-    return std::make_shared<Utils::DNSHost>(server.text());
-  }
+  /// Where nobody answers.
+  static DNSHostRef nobody() { return hostAt("127.0.0.1:" + std::to_string(closedPort())); }
 
+  const platform::test::EnvironmentVariable zone_{"TZ", "Europe/Ljubljana"};
   DefaultsFolder defaults_;
   FakeServer relay_{stayQuiet};
   std::shared_ptr<DnsProxyExt> provider_ = std::make_shared<DnsProxyExt>();
 };
 
 /// What a server that answers every query with it does.
-inline std::vector<platform::Data> answerA(const platform::Data& /*received*/) {
-  return {answerForA()};
-}
+inline std::vector<Data> answerA(const Data& /*received*/) { return {answerForA()}; }
 
 }  // namespace quillet::test

@@ -2,17 +2,10 @@
 #include "DnsProxyExt/registry/KeptReport.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
-
-using platform::Data;
-using test::query;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+namespace quillet::test {
 
 /// Keeps what goes to a server in place of sending it.
-class RoutingTest : public test::ProviderTest {
+class RoutingTest : public ProviderTest {
  protected:
   struct Sent {
     Batch batch;
@@ -35,7 +28,7 @@ class RoutingTest : public test::ProviderTest {
 };
 
 TEST_F(RoutingTest, SendsTheBatchWhereTheTableSays) {
-  provider_->localDomainsMap = {{"a.corp", std::make_shared<Utils::DNSHost>("10.0.0.4")}};
+  provider_->localDomainsMap = {{"a.corp", hostAt("10.0.0.4")}};
   provider_->allowedApps = {"browser"};
   const std::tuple<const char*, const char*, const char*, bool> rows[] = {
       {"com.apple.nsupdate", "a", "127.0.0.4:53", true},
@@ -56,8 +49,8 @@ TEST_F(RoutingTest, SendsTheBatchWhereTheTableSays) {
   EXPECT_EQ(count("shouldAllowAll = false, useSecondDNS = true, app = browser, "
                   "allowedApps = [\"browser\"]"),
             1);
-  EXPECT_THAT(relayed(8), testing::IsSupersetOf({"connect to local network  DNS using 127.0.0.4",
-                                                 "connect to 3th part DNS using 127.0.0.3"}));
+  EXPECT_THAT(relayed(8), IsSupersetOf({"connect to local network  DNS using 127.0.0.4",
+                                        "connect to 3th part DNS using 127.0.0.3"}));
 }
 
 TEST_F(RoutingTest, OpensANewFlowAndReadsItEvenWhenThatFailed) {
@@ -115,11 +108,12 @@ TEST_F(RoutingTest, SafeSearchTimesDecodesTwiceAndPassesOnTheError) {
   EXPECT_EQ(sent_.at(0).server, "127.0.0.2:53");
   EXPECT_EQ(sent_.at(0).batch.datagrams, flow->toRead);
   EXPECT_EQ(safeSearch_->dnsFlowsReports.at(key).dnsServer, "127.0.0.2");
-  sent_.at(0).handler({flow, test::answerForA(), true, {}, platform::Error("upstream")});
+  sent_.at(0).handler({flow, std::nullopt, true, {}, {}});
+  EXPECT_EQ(count("[SafeSearchDNSProxyProvider]: datagram data is nil"), 1);
+  sent_.at(0).handler({flow, answerForA(), true, {}, platform::Error("upstream")});
   EXPECT_EQ(count("***decodeDNSResponse***,data size = 35, flowHash:" + key), 2);
   runReady();
   EXPECT_THAT(flow->closed, ElementsAre("read Optional(upstream)", "write Optional(upstream)"));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,18 +1,12 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "DnsProxyExt/registry/FlowManager.h"
 #include "DnsProxyExt/relay/RelayLog.h"
+#include "DnsProxyExt/routing/MappedDomains.h"
+#include "DnsProxyExt/routing/RoutingTable.h"
 #include "platform/base/Clock.h"
 #include "tests/support/FakeFlow.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
 namespace quillet::test {
 
@@ -20,7 +14,6 @@ namespace quillet::test {
 /// connected. No provider and no socket.
 class StageTest : public testing::Test {
  protected:
-  using Data = platform::Data;
   using Error = platform::Error;
 
   StageTest() { platform::Clock::setShared(&clock_); }
@@ -45,14 +38,16 @@ class StageTest : public testing::Test {
 };
 
 /// An answer to `query("a")`: one A record 1.2.3.4, the owner name compressed.
-inline platform::Data answerForA() {
+inline Data answerForA() {
   return hex(
       "12 34 81 80 00 01 00 01 00 00 00 00 01 61 00 00 01 00 01"
       "c0 0c 00 01 00 01 00 00 00 3c 00 04 01 02 03 04");
 }
 
+inline DNSHostRef hostAt(const std::string& text) { return std::make_shared<Utils::DNSHost>(text); }
+
 /// The records, a line each.
-inline std::string linesOf(const std::vector<std::string>& records) {
+inline std::string linesOf(const Texts& records) {
   std::string lines;
   for (const auto& record : records) {
     lines.append(record).append("\n");

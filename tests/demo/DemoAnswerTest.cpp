@@ -1,18 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <string>
 #include <tuple>
 
 #include "demo/DemoAnswer.h"
 #include "demo/DemoPolicy.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using DnsToolsSocket::Message;
-using platform::Data;
-using test::hex;
 
 std::optional<Data> bytesOf(const std::optional<Message>& answer) {
   return answer ? std::optional(answer->serialize().value()) : std::nullopt;
@@ -54,10 +49,9 @@ TEST(DemoPolicyTest, ReadsTheOrganizationOfARequest) {
       {R"(a"}b"})", R"(a"}b)"}, {R"("})", ""}, {R"(})", std::nullopt}, {R"(org42")", std::nullopt}};
   for (const auto& [rest, organization] : rows) {
     const auto request = R"({"function": "localDNSMap","companyId": ")" + rest;
-    EXPECT_EQ(organizationOf(platform::bytesOf(request)), organization) << rest;
-    EXPECT_EQ(organizationOf(platform::bytesOf("x" + request)), std::nullopt);
+    EXPECT_EQ(organizationOf(bytesOf(request)), organization) << rest;
+    EXPECT_EQ(organizationOf(bytesOf("x" + request)), std::nullopt);
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

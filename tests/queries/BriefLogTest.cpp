@@ -5,14 +5,13 @@
 #include "queries/QueryLedger.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 using platform::LogMode;
 using platform::test::UDPSocket;
 
 /// A provider that a flow host drives, with the ledger between them.
-class BriefLogTest : public test::ProviderTest {
+class BriefLogTest : public ProviderTest {
  protected:
   BriefLogTest() {
     platform::FlowHostOptions options;
@@ -31,7 +30,7 @@ class BriefLogTest : public test::ProviderTest {
 
   void ask(const UDPSocket& client, std::uint8_t id) {
     const auto port = static_cast<std::uint16_t>(std::stoi(host_->boundEndpoints().at(0).port));
-    client.send(std::string(platform::textOf(test::query("a", 1, id))),
+    client.send(std::string(textOf(query("a", 1, id))),
                 platform::SocketAddress::parse("127.0.0.1", port).value());
   }
 
@@ -39,19 +38,19 @@ class BriefLogTest : public test::ProviderTest {
   std::unique_ptr<platform::FlowHost> host_;
 };
 
-std::vector<platform::Data> echoed(const platform::Data& received) {
-  auto answer = test::answerForA();
+std::vector<Data> echoed(const Data& received) {
+  auto answer = answerForA();
   answer[1] = received[1];
   return {answer};
 }
 
 TEST_F(BriefLogTest, AQueryIsToldInTheModeOfItsBeginningWhateverComesBetween) {
   constexpr std::size_t kQueries = 200;
-  const test::FakeServer server([](const platform::Data& received) {
+  const FakeServer server([](const Data& received) {
     platform::setLogMode(received[1] % 3 == 0 ? LogMode::brief : LogMode::full);
     return echoed(received);
   });
-  provider_->filteringDNS = host(server);
+  provider_->filteringDNS = hostAt(server.text());
   const std::vector<UDPSocket> clients(kQueries);  // a flow each
   std::size_t over = 0;
   ledger_->observe([&](const QueryOutcome&) { ++over; });
@@ -82,8 +81,8 @@ TEST_F(BriefLogTest, AQueryIsToldInTheModeOfItsBeginningWhateverComesBetween) {
 
 TEST_F(BriefLogTest, NothingElseIsWrittenOfAQueryOrSentToTheRelay) {
   platform::setLogMode(LogMode::brief);
-  const test::FakeServer server(echoed);
-  provider_->filteringDNS = host(server);
+  const FakeServer server(echoed);
+  provider_->filteringDNS = hostAt(server.text());
   const auto before = relayed(1).size();
   const UDPSocket client;
   for (std::uint8_t id = 0; id < 3; ++id) {
@@ -91,9 +90,8 @@ TEST_F(BriefLogTest, NothingElseIsWrittenOfAQueryOrSentToTheRelay) {
     ASSERT_TRUE(runUntil([&] { return log_.records().size() == id + 1U; }));
     runReady();
   }
-  EXPECT_THAT(log_.records(), testing::Each(testing::StartsWith("query a A app=app rule=5")));
+  EXPECT_THAT(log_.records(), testing::Each(StartsWith("query a A app=app rule=5")));
   EXPECT_EQ(relay_.received().size(), before);
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

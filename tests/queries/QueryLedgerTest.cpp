@@ -1,19 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "platform/base/Clock.h"
 #include "queries/QueryLedger.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Wire.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
 using platform::LogMode;
-using test::hex;
-using test::query;
-using testing::ElementsAre;
 using Flow = std::shared_ptr<platform::FlowActivity>;
 
 class QueryLedgerTest : public testing::Test {
@@ -36,7 +27,7 @@ class QueryLedgerTest : public testing::Test {
     return flow;
   }
 
-  test::LogCapture log_;
+  LogCapture log_;
   platform::ManualClock clock_{0};
   const std::shared_ptr<QueryLedger> ledger_ = std::make_shared<QueryLedger>();
 };
@@ -84,7 +75,7 @@ TEST_F(QueryLedgerTest, TellsNamesTypesAndCodesSoThatNobodyForgesAField) {
 }
 
 TEST_F(QueryLedgerTest, TellsOfEachExactlyOnce) {
-  std::vector<std::string> told;
+  Texts told;
   ledger_->observe([&](const QueryOutcome& outcome) {
     told.push_back(outcome.name.value_or("-") + (outcome.rcode ? " answered" : " given up"));
   });
@@ -112,5 +103,4 @@ TEST_F(QueryLedgerTest, TellsOfEachExactlyOnce) {
   EXPECT_EQ(ledger_->open(), 0U);
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

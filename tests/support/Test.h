@@ -20,15 +20,20 @@
 /// The words that all tests speak.
 namespace quillet::test {
 
+using platform::bytesOf;
 using platform::Data;
 using platform::DataView;
 using platform::description;
 using platform::textOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
 using testing::SizeIs;
+using testing::StartsWith;
 using namespace std::string_literals;  // NOLINT
 using Texts = std::vector<std::string>;
 

@@ -2,19 +2,9 @@
 #include "platform/dispatch/MainLoop.h"
 #include "tests/DnsProxyExt/StageTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using test::answerForA;
-using test::hex;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
-
-class ResponsePathTest : public test::StageTest {
+class ResponsePathTest : public StageTest {
  protected:
   ResponsePathTest() { reports_.emplace("12", DNSFlowReport::startingNow("127.0.0.9")); }
 
@@ -28,7 +18,7 @@ class ResponsePathTest : public test::StageTest {
   DNSFlowReports reports_;
   ResponsePath path_{registry_, reports_, Decoding(relayLog_)};
   const platform::NWHostEndpoint asked_{"127.0.0.1", "5300"};
-  const std::shared_ptr<test::FakeFlow> flow_ = add(12);
+  const std::shared_ptr<FakeFlow> flow_ = add(12);
 };
 
 TEST_F(ResponsePathTest, TheFirstAnswerIsTimedAndTheLastOneCloses) {
@@ -58,7 +48,7 @@ TEST_F(ResponsePathTest, AnErrorWithAnAnswerClosesWithThatError) {
 
 TEST_F(ResponsePathTest, WithoutBytesNothingIsWritten) {
   answer(std::nullopt, true, Error("refused"));
-  EXPECT_EQ(test::linesOf(log_.records()),
+  EXPECT_EQ(linesOf(log_.records()),
             R"(handleInBoundDatagram,hash = 12, isFinish = true, error = Optional(refused)
 flow reports: ["12"]
 handleInBoundDatagram, data == nil,hash = 12
@@ -69,7 +59,7 @@ handleInBoundDatagram, closing read/write,hash = 12
 
 TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
   const std::string url = "handleInBoundDatagram,hash = 12, url = ";
-  const std::pair<Data, std::vector<std::string>> rows[] = {
+  const std::pair<Data, Texts> rows[] = {
       {hex("12 34 81"),
        {"decodeDNSResponse error", "handleInBoundDatagram,hash = 12, decode response returned nil",
         "modified msg = nil",
@@ -86,10 +76,9 @@ TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
   };
   for (const auto& [bytes, lines] : rows) {
     answer(bytes);
-    EXPECT_THAT(log_.records(), testing::IsSupersetOf(lines));
+    EXPECT_THAT(log_.records(), IsSupersetOf(lines));
     EXPECT_EQ(flow_->written.back(), std::pair(bytes, asked_));
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -2,16 +2,11 @@
 #include "DnsProxyExt/intake/ReportCommand.h"
 #include "tests/DnsProxyExt/StageTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using test::query;
-using testing::ElementsAre;
-using testing::EndsWith;
-
-class FlowIntakeTest : public test::StageTest {
+class FlowIntakeTest : public StageTest {
  protected:
-  std::optional<Batch> read(const std::shared_ptr<test::FakeFlow>& flow) {
+  std::optional<Batch> read(const std::shared_ptr<FakeFlow>& flow) {
     return intake_.read(flow, flow->toRead, flow->readEndpoints, flow->readError,
                         [] { platform::NSLog("settings"); });
   }
@@ -47,19 +42,18 @@ TEST_F(FlowIntakeTest, CountsAndKeepsTheDatagramsOfItsOwnOldApplicationToo) {
   ASSERT_EQ(messages.size(), 4U) << "appended";
   EXPECT_EQ(messages[2]->questions[0].name, "a.");
   EXPECT_EQ(messages[3], std::nullopt);
-  EXPECT_THAT(
-      log_.records(),
-      testing::IsSupersetOf({"force close the flow, error!!!, hash = 1",
-                             "readDatagrams ,data count = 2", "readDatagrams ,data endpoints = 2",
-                             "readDatagrams ,data endpoints = [127.0.0.1:5300, 127.0.0.1:5301]"}));
+  EXPECT_THAT(log_.records(),
+              IsSupersetOf({"force close the flow, error!!!, hash = 1",
+                            "readDatagrams ,data count = 2", "readDatagrams ,data endpoints = 2",
+                            "readDatagrams ,data endpoints = [127.0.0.1:5300, 127.0.0.1:5301]"}));
 }
 
 TEST_F(FlowIntakeTest, TheFirstQueryMayAskForAReport) {
   EXPECT_TRUE(read(add(1, {Data{1, 2, 3}, query("quillet_osx_filter")})));
-  EXPECT_THAT(log_.records(), testing::Not(testing::Contains("settings")));
+  EXPECT_THAT(log_.records(), Not(Contains("settings")));
   EXPECT_TRUE(read(add(2, {query("quillet_osx_filter_p_other_d")})));
-  EXPECT_THAT(test::linesOf(log_.records()), testing::HasSubstr(
-                                                 R"(
+  EXPECT_THAT(linesOf(log_.records()), HasSubstr(
+                                           R"(
 question domain is: quillet_osx_filter_p_other_d.
 got params string: p_other_d.
 
@@ -87,11 +81,10 @@ TEST(ReportCommand, ReadsTheParameters) {
   };
   for (const auto& [text, seconds, package, detailed] : rows) {
     const auto settings = reportParameters(text);
-    EXPECT_EQ(platform::description(settings.forLastSecs), seconds) << text;
-    EXPECT_EQ(platform::description(settings.package), package) << text;
+    EXPECT_EQ(description(settings.forLastSecs), seconds) << text;
+    EXPECT_EQ(description(settings.package), package) << text;
     EXPECT_EQ(settings.detailed, detailed) << text;
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,16 +1,11 @@
 #include "tests/DnsProxyExt/StageTest.h"
 #include "tests/dnscodec/Samples.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
-using test::FakeFlow;
-using testing::ElementsAre;
-
-class FlowManagerTest : public test::StageTest {
+class FlowManagerTest : public StageTest {
  protected:
-  std::vector<std::string> report(const ReportSettings& settings) {
+  Texts report(const ReportSettings& settings) {
     log_.clear();
     registry_.printFlowReport(settings);
     return log_.records();
@@ -28,13 +23,13 @@ TEST_F(FlowManagerTest, SaysSoWhenAFlowIsNotRegistered) {
 TEST_F(FlowManagerTest, ReportsEveryFlow) {
   add(1);
   const auto done = add(2);
-  const auto answer = test::answerForA();
+  const auto answer = answerForA();
   registry_.addRequest(*done, {answer, Data(3)},
                        {*DnsToolsSocket::Message::deserialize(answer), {}});
   clock_.advanceSeconds(0.25);
   registry_.addErrorToFlow(*done, ErrorBreakpoint::readingFlow);
   registry_.flowWasHandled(*done, "nil");
-  EXPECT_EQ(test::linesOf(report({})),
+  EXPECT_EQ(linesOf(report({})),
             R"(----> start of flow manager report <----
 Report settings - package: nil, tf: nil, detailed:  false
 flow hash is 1
@@ -67,11 +62,10 @@ TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
     }
     EXPECT_EQ(keys, shown);
   }
-  EXPECT_THAT(
-      report({.detailed = true}),
-      testing::Contains("flow 1 detailed, isBound: false, localEndpoint: "
-                        "Optional(127.0.0.1:40000), remoteHostname: Optional(\"127.0.0.1\"), "
-                        "nettworkInterface: nil"));
+  EXPECT_THAT(report({.detailed = true}),
+              Contains("flow 1 detailed, isBound: false, localEndpoint: "
+                       "Optional(127.0.0.1:40000), remoteHostname: Optional(\"127.0.0.1\"), "
+                       "nettworkInterface: nil"));
 }
 
 TEST_F(FlowManagerTest, DropsTheFlowThatFinishedFirstAndTheOldestThatIsNeverAnswered) {
@@ -105,11 +99,11 @@ TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
       }
     }
   };
-  auto padded = test::hex("12 34 01 00 00 00 00 00 00 00 00 01 00 00 29 10 00 00 00 00 00 ea 60");
+  auto padded = hex("12 34 01 00 00 00 00 00 00 00 00 01 00 00 29 10 00 00 00 00 00 ea 60");
   padded.resize(padded.size() + 60'000);
   addUpTo(200, padded);
   EXPECT_EQ(registry_.flows().size(), 200U) << "padding takes what it takes";
-  addUpTo(250, test::pointingQuestions(10'000));
+  addUpTo(250, pointingQuestions(10'000));
   std::size_t kept = 0;
   for (const auto& [hash, record] : registry_.flows()) {
     kept += record->cost();
@@ -118,5 +112,4 @@ TEST_F(FlowManagerTest, BoundsWhatQueriesTake) {
   EXPECT_GT(kept, FlowManager::kMaxCost / 2);
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "DnsProxyExt/relay/XpcUdpCommandParser.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::bytesOf;
-using platform::textOf;
 using CmdType = XpcUdpCommandParser::CmdType;
 
 std::optional<XpcUdpCommand> decode(std::string_view text) {
@@ -54,5 +50,4 @@ TEST(XpcUdpCommandParser, ReadsMembersByNameAndRefusesWhatIsNoCommand) {
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

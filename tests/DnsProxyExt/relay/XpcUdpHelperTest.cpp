@@ -1,13 +1,9 @@
 #include "DnsProxyExt/relay/XpcUdpHelper.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
 using platform::NWConnection;
-using test::FakeServer;
-using testing::ElementsAre;
 
 constexpr char kBypassOn[] = R"({"cmdType":"command","payload":"bypassAllOn"})";
 constexpr char kSent[] = "*Xpc Udp Data was sent to UDP*";
@@ -16,7 +12,7 @@ constexpr char kCancelled[] = "Xpc Udp State: Cancelled\n";
 Data data(std::string_view text) { return {text.begin(), text.end()}; }
 
 /// A link of its own, whose commands go to the provider.
-class XpcUdpHelperTest : public test::ProviderTest {
+class XpcUdpHelperTest : public ProviderTest {
  protected:
   XpcUdpHelperTest() {
     provider_->xpcUdpHelper->closeConnection();
@@ -35,18 +31,18 @@ class XpcUdpHelperTest : public test::ProviderTest {
   }
 
   std::shared_ptr<XpcUdpHelper> helper_ = std::make_shared<XpcUdpHelper>();
-  std::vector<std::string> replies_;
+  Texts replies_;
 };
 
 TEST_F(XpcUdpHelperTest, SendsFromTheMomentItConnects) {
-  const FakeServer relay(test::stayQuiet);
+  const FakeServer relay(stayQuiet);
   connect(relay, "&*requestCU");
   helper_->proxyStateWasUpdated("started");
   helper_->printLogToFile("a \"line\"\n");
   ASSERT_TRUE(runUntil([&] { return relay.received().size() == 3; }));
-  std::vector<std::string> received;
+  Texts received;
   for (const auto& datagram : relay.received()) {
-    received.emplace_back(platform::textOf(datagram));
+    received.emplace_back(textOf(datagram));
   }
   EXPECT_THAT(received, testing::UnorderedElementsAre(
                             R"({"cmdType":"notification","payload":"started"})", "&*requestCU",
@@ -81,7 +77,7 @@ TEST_F(XpcUdpHelperTest, TakesOneDatagramAndObeysCommandsOnly) {
     EXPECT_EQ(count("Xpc Udp Received message is no command, 5 bytes"), 0);
   }
   EXPECT_TRUE(provider_->bypassAll);
-  EXPECT_THAT(replies_, testing::Contains("&*\uFFFD{}"));
+  EXPECT_THAT(replies_, Contains("&*\uFFFD{}"));
   EXPECT_EQ(count("*Xpc Udp Receive is complete*"), 1);
   helper_->printLogToFile("later");
   EXPECT_TRUE(
@@ -90,7 +86,7 @@ TEST_F(XpcUdpHelperTest, TakesOneDatagramAndObeysCommandsOnly) {
 }
 
 TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
-  const FakeServer relay(test::stayQuiet);
+  const FakeServer relay(stayQuiet);
   connect(relay);
   const std::weak_ptr<NWConnection> replaced = helper_->connection;
   EXPECT_EQ(helper_->appToExtDelegate, provider_);
@@ -101,5 +97,4 @@ TEST_F(XpcUdpHelperTest, AReplacedAssociationLeavesNoSocket) {
   EXPECT_EQ(count(kCancelled), 0) << "it goes without a word";
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,23 +1,16 @@
-#include <gtest/gtest.h>
-
 #include "DnsProxyExt/routing/RoutingTable.h"
+#include "tests/DnsProxyExt/StageTest.h"
 
-namespace quillet {
-namespace {
-
-DNSHostRef host(const char* text) { return std::make_shared<Utils::DNSHost>(text); }
-
-RoutingTable makeTable() {
-  RoutingTable table;
-  table.filteringDNS = host("10.0.0.1:81");
-  table.secondDNS = host("10.0.0.2");
-  table.localNetworkDNS = host("10.0.0.3");
-  table.localDomainsMap = {{"corp.example", host("10.0.0.4")}};
-  table.whitelistedDomainsMap = {{"corp.example", host("10.0.0.5")}, {"wiki", host("10.0.0.5")}};
-  return table;
-}
+namespace quillet::test {
 
 TEST(RoutingTable, TheFirstRuleThatAppliesChooses) {
+  RoutingTable table;
+  table.filteringDNS = hostAt("10.0.0.1:81");
+  table.secondDNS = hostAt("10.0.0.2");
+  table.localNetworkDNS = hostAt("10.0.0.3");
+  table.localDomainsMap = {{"corp.example", hostAt("10.0.0.4")}};
+  table.whitelistedDomainsMap = {{"corp.example", hostAt("10.0.0.5")},
+                                 {"wiki", hostAt("10.0.0.5")}};
   const std::string toSecond = "connect to 3th part DNS using 10.0.0.2 ";
   const std::string toFiltering = "connect to DNS using Quillet DNS (10.0.0.1:81, q: ";
   using Text = std::optional<std::string>;
@@ -37,7 +30,6 @@ TEST(RoutingTable, TheFirstRuleThatAppliesChooses) {
       {"app", "WIKI.org", "", false, toFiltering + "Optional(\"WIKI.org\") "},
       {"app", {}, "x", false, toFiltering + "nil "},
   };
-  auto table = makeTable();
   for (const auto& [application, domain, allowed, allowAll, chosen] : rows) {
     table.allowedApps = {"y", allowed};
     table.shouldAllowAll = allowAll;
@@ -52,12 +44,10 @@ TEST(RoutingTable, TheFirstRuleThatAppliesChooses) {
 }
 
 TEST(RoutingTable, RoutesByTheNameWithoutWwwAndTheLastDot) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"www.a.www.corp.example.", "a.corp.example"}, {"a..", "a."}, {".", ""}, {"WWW.a.", "WWW.a"}};
-  for (const auto& [name, domain] : rows) {
-    EXPECT_EQ(routedDomain(name), domain);
-  }
+  expectEach(routedDomain, {{"www.a.www.corp.example.", "a.corp.example"},
+                            {"a..", "a."},
+                            {".", ""},
+                            {"WWW.a.", "WWW.a"}});
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

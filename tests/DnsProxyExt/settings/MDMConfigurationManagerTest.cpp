@@ -1,24 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include "DnsProxyExt/settings/MDMConfigurationManager.h"
-#include "platform/base/Description.h"
+#include "tests/platform/EnvironmentVariable.h"
 #include "tests/support/DefaultsFolder.h"
-#include "tests/support/LogCapture.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using testing::ElementsAre;
-
-class MDMConfigurationManagerTest : public testing::Test {
- protected:
-  MDMConfigurationManagerTest() { ::setenv("TZ", "Europe/Ljubljana", 1); }
-  ~MDMConfigurationManagerTest() override { ::unsetenv("TZ"); }
-
-  test::LogCapture log_;
-  test::DefaultsFolder defaults_;
+struct MDMConfigurationManagerTest : testing::Test {
+  const platform::test::EnvironmentVariable zone_{"TZ", "Europe/Ljubljana"};
+  LogCapture log_;
+  DefaultsFolder defaults_;
   MDMConfigurationManager manager_;
 };
 
@@ -79,9 +69,9 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityAndNamesTheFirstMissingValue
     manager.initConfigurationForMacOs(conf);
     ValuesForInject expected{{"65004", "127.0.0.1"}, {"65006", "Europe/Ljubljana"}, {"65007", "1"}};
     expected.insert(identity.begin(), identity.end());
-    const auto printed = platform::description(conf);
+    const auto printed = description(conf);
     EXPECT_EQ(manager.getValuesForInject("com.example.app"), expected) << printed;
-    EXPECT_EQ(platform::description(manager.checkMDMValues()), incomplete) << printed;
+    EXPECT_EQ(description(manager.checkMDMValues()), incomplete) << printed;
   }
   manager_.initConfigurationForMacOs({{"adminPassword", "p"}, {"testModeEnabled", "Yes"}});
   EXPECT_EQ(manager_.getAdminPassword(), "p");
@@ -93,7 +83,7 @@ TEST_F(MDMConfigurationManagerTest, KeepsWhatALaterConfigurationDoesNotName) {
       {{"organizationId", "o"}, {"userId", "u"}, {"orgUnitId", "ou"}, {"serialNumber", "s"}});
   manager_.initConfigurationForMacOs({{"userAuthEnabled", "false"}});
   manager_.initConfigurationForMacOs({{"orgUnitId", ""}});
-  EXPECT_EQ(platform::description(manager_.valuesForInject()),
+  EXPECT_EQ(description(manager_.valuesForInject()),
             R"(["65003": "u", "65010": "60", "65011": "s"])");
 }
 
@@ -112,11 +102,10 @@ TEST_F(MDMConfigurationManagerTest, FollowsTheGroupDefaults) {
   };
   for (const auto& [defaults, expected] : rows) {
     defaults_.write(defaults);
-    EXPECT_EQ(platform::description(manager_.getValuesForInject("app").value()),
+    EXPECT_EQ(description(manager_.getValuesForInject("app").value()),
               "[" + expected + R"(, "65007": "1"])")
         << defaults;
   }
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

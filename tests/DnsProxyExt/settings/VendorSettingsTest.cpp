@@ -1,18 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <iterator>
 
 #include "DnsProxyExt/settings/IdentityOption.h"
 #include "DnsProxyExt/settings/VendorSettings.h"
-#include "platform/base/Description.h"
-#include "tests/support/LogCapture.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::description;
 using Step = VendorSetting::Step;
 
 class VendorSettingsTest : public testing::Test {
@@ -33,10 +27,10 @@ class VendorSettingsTest : public testing::Test {
            description(routing_.shouldAllowAll) + " " + description(routing_.localDomainsMap);
   }
 
-  test::LogCapture log_;
+  LogCapture log_;
   RoutingTable routing_;
   DNSHostRef policyServer_;
-  std::vector<std::string> captivePortalIps_;
+  Texts captivePortalIps_;
 };
 
 TEST_F(VendorSettingsTest, KeepsWhatNewSettingsDoNotName) {
@@ -59,7 +53,7 @@ TEST_F(VendorSettingsTest, KeepsWhatNewSettingsDoNotName) {
 }
 
 TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
-  const std::tuple<const char*, const char*, std::vector<std::string>> rows[] = {
+  const std::tuple<const char*, const char*, Texts> rows[] = {
       {"", "x,y", {"x", "y"}},
       {"no JSON", "x,y", {"x", "y"}},
       {"[1]", "x", {"before"}},
@@ -75,10 +69,9 @@ TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
     apply({{"jsonVars", jsonVars}, {"allowPackages", allowPackages}});
     EXPECT_EQ(routing_.allowedApps, allowed) << jsonVars;
   }
-  EXPECT_THAT(
-      log_.records(),
-      testing::IsSupersetOf({R"(initVendorSettings2, jsonVars = {"allowPackages": ["a", 3]})",
-                             R"(initVendorSettings3, jsonDict = ["allowPackages": ["a", 3]])"}));
+  EXPECT_THAT(log_.records(),
+              IsSupersetOf({R"(initVendorSettings2, jsonVars = {"allowPackages": ["a", 3]})",
+                            R"(initVendorSettings3, jsonDict = ["allowPackages": ["a", 3]])"}));
 }
 
 /// The rows of the document's table with these headings, from the line after its rule on: their
@@ -109,5 +102,4 @@ TEST(SettingsDocument, ListsTheVendorSettingsAndTheIdentityOptions) {
   EXPECT_EQ(documentedRows("| option | holds |"), options);
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,19 +1,14 @@
 #include "DnsProxyExt/upstream/CapPortalHelper.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
-using test::FakeServer;
-using test::query;
-
-class CapPortalHelperTest : public test::ProviderTest {
+class CapPortalHelperTest : public ProviderTest {
  protected:
   CapPortalHelperTest() { log_.clear(); }
 
   std::shared_ptr<CapPortalHelper> makeHelper() {
-    auto helper = std::make_shared<CapPortalHelper>(std::vector<std::string>{"127.0.0.1"});
+    auto helper = std::make_shared<CapPortalHelper>(Texts{"127.0.0.1"});
     helper->port = server_.port();
     return helper;
   }
@@ -21,25 +16,31 @@ class CapPortalHelperTest : public test::ProviderTest {
     return count("[CapPortalHelper]: sendCapPortalRegRequest");
   }
 
-  FakeServer server_{test::stayQuiet};
+  FakeServer server_{stayQuiet};
 };
 
 TEST_F(CapPortalHelperTest, RegistersAgainOnlyAfterTheInterval) {
   const auto helper = makeHelper();
   helper->checkRegistration();
-  const auto text = test::linesOf(log_.records());
-  EXPECT_THAT(text, testing::StartsWith(R"([CapPortalHelper]:: init,  ips - ["127.0.0.1"]
+  const auto text = linesOf(log_.records());
+  EXPECT_THAT(text, StartsWith(R"([CapPortalHelper]:: init,  ips - ["127.0.0.1"]
 [CapPortalHelper]: - check Registration
 [CapPortalHelper]: sendCapPortalRegRequest
 [CapPortalHelper]:, sendCapPortalRegRequest, serializing query
 [CapPortalHelper]:, sendCapPortalRegRequest, serialized data - 48
 )"));
-  EXPECT_THAT(text, testing::EndsWith(R"(
+  EXPECT_THAT(text, EndsWith(R"(
 [CapPortalHelper]:, sendCapPortalRegRequest, injected data - 1
 [CapPortalHelper]:, sendCapPortalRegRequest, connecting to 127.0.0.1
 init new UdpHandler
 [CapPortalHelper]:: Connecting to  udp, flowHash 
 )"));
+  ASSERT_TRUE(runUntil([&] { return !server_.received().empty(); }));
+  const auto& sent = server_.received().front();
+  EXPECT_EQ(Data(sent.begin() + 2, sent.end()),
+            hex("0400 0001 0000 0000 0001 0e 636170746976652d706f7274616c 07 7175696c6c6574 07 "
+                "6578616d706c65"
+                "00 0001 0001 01 30 00 0029 0000 00000000 0005 fdef 0001 31"));
   for (const auto& [seconds, registered] : {std::pair{240.0, 1}, {1.0, 2}, {240.9, 3}}) {
     clock_.advanceSeconds(seconds);
     helper->checkRegistration();
@@ -65,7 +66,7 @@ TEST_F(CapPortalHelperTest, LogsWhatAServerSaysAndStartsTheIntervalAnew) {
     EXPECT_EQ(helper->lastRegistrationTime, answer.empty() ? 0 : 1'700'000'000);
   }
   const auto helper = makeHelper();
-  helper->port = test::closedPort();
+  helper->port = closedPort();
   helper->checkRegistration();
   EXPECT_TRUE(
       runUntilLogged("[CapPortalHelper]:, udp error - Optional(\"POSIXErrorCode(rawValue: 111): "
@@ -74,21 +75,21 @@ TEST_F(CapPortalHelperTest, LogsWhatAServerSaysAndStartsTheIntervalAnew) {
 
 TEST_F(CapPortalHelperTest, DeclinedFlowsOfTheProviderRegisterToo) {
   start(R"({"captivePortalIp": "127.0.0.1,127.0.0.1"})"_json);
-  EXPECT_THAT(log_.records(), testing::Contains("Creating CapPortalHelper instance..."));
+  EXPECT_THAT(log_.records(), Contains("Creating CapPortalHelper instance..."));
   EXPECT_EQ(registrations(), 0) << "nothing is registered at a start";
   provider_->capPortalHelper->port = server_.port();
   provider_->bypassAll = true;
   EXPECT_FALSE(offer(makeFlow({query("a")})));
   EXPECT_EQ(registrations(), 1);
   start(R"({"captivePortalIp": "127.0.0.2"})"_json);
-  EXPECT_THAT(provider_->capPortalHelper->ips, testing::ElementsAre("127.0.0.2"));
+  EXPECT_THAT(provider_->capPortalHelper->ips, ElementsAre("127.0.0.2"));
 }
 
 TEST_F(CapPortalHelperTest, TheListenerRegistersByTheNetwork) {
   const auto helper = provider_->capPortalHelper = makeHelper();
-  std::vector<std::string> paths;
+  Texts paths;
   helper->startConnectivityListener(
-      [&](const platform::NWPath& path) { paths.push_back(platform::description(path)); });
+      [&](const platform::NWPath& path) { paths.push_back(description(path)); });
   ASSERT_TRUE(runUntil([&] { return paths.size() == 1; }));
   // From here on the network is the test's.
   helper->stopConnectivityListener();
@@ -112,5 +113,4 @@ TEST_F(CapPortalHelperTest, TheListenerRegistersByTheNetwork) {
   EXPECT_EQ(registrations(), 4);
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,15 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "DnsProxyExt/upstream/Policy.h"
-#include "platform/base/Description.h"
-#include "tests/support/LogCapture.h"
+#include "tests/support/Test.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
 TEST(Policy, AsksForTheOrganisationAsItIs) {
-  EXPECT_EQ(platform::textOf(policyRequest("a\"b\\č")),
+  EXPECT_EQ(textOf(policyRequest("a\"b\\č")),
             R"({"function": "localDNSMap","companyId": "a"b\č"})");
 }
 
@@ -57,17 +52,16 @@ TEST(Policy, IsTakenOrLeavesTheOldOne) {
       {settings("[1e999]"), "JSON decoder, error: dnsServerSettings: a number too large, "},
       {"[" + deep + "]", "JSON decoder, error: nested deeper than 64, "},
   };
-  const test::LogCapture log;
+  const LogCapture log;
   DomainMap map;
   for (const auto& [answer, record] : rows) {
-    takePolicy(platform::bytesOf(answer), map);
+    takePolicy(bytesOf(answer), map);
     EXPECT_EQ(log.records().back(), record) << answer;
-    EXPECT_TRUE(!record.starts_with(updated) || record == updated + platform::description(map));
+    EXPECT_TRUE(!record.starts_with(updated) || record == updated + description(map));
   }
-  EXPECT_EQ(platform::description(map), R"(["x": y:53])") << "the last that was taken";
-  EXPECT_THAT(log.records(), testing::IsSupersetOf(
-                                 {"updateWhitelistedDomains", "updating WhitelistedDomains..."}));
+  EXPECT_EQ(description(map), R"(["x": y:53])") << "the last that was taken";
+  EXPECT_THAT(log.records(),
+              IsSupersetOf({"updateWhitelistedDomains", "updating WhitelistedDomains..."}));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test

@@ -1,14 +1,9 @@
 #include "DnsProxyExt/upstream/PolicyUDPClient.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
 
-namespace quillet {
-namespace {
+namespace quillet::test {
 
-using platform::Data;
-using test::FakeServer;
-using testing::ElementsAre;
-
-class PolicyUDPClientTest : public test::ProviderTest {
+class PolicyUDPClientTest : public ProviderTest {
  protected:
   PolicyUDPClientTest() { log_.clear(); }
 
@@ -17,9 +12,8 @@ class PolicyUDPClientTest : public test::ProviderTest {
     client->onPolicyDataReceived = [this](const std::optional<Data>& content,
                                           std::optional<bool> isComplete,
                                           const std::optional<platform::NWError>& error) {
-      told_.push_back((content ? std::string(platform::textOf(*content)) : "nothing") +
-                      (isComplete.value() ? " complete " : " open ") +
-                      platform::description(error));
+      told_.push_back((content ? std::string(textOf(*content)) : "nothing") +
+                      (isComplete.value() ? " complete " : " open ") + description(error));
     };
     client->connectWithUDP(ip, port);
     client_ = client;
@@ -29,7 +23,7 @@ class PolicyUDPClientTest : public test::ProviderTest {
   }
 
   std::weak_ptr<PolicyUDPClient> client_;
-  std::vector<std::string> told_;
+  Texts told_;
 };
 
 TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
@@ -39,7 +33,7 @@ TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
   EXPECT_THAT(server.received(), ElementsAre(Data{'q', 'q'}));
   EXPECT_THAT(told_, ElementsAre("a complete nil")) << "a second datagram is not read";
   const auto port = std::to_string(server.port());
-  auto text = test::linesOf(log_.records());
+  auto text = linesOf(log_.records());
   for (auto at = text.find(port); at != std::string::npos; at = text.find(port)) {
     text.replace(at, port.size(), "PORT");
   }
@@ -82,18 +76,17 @@ TEST_F(PolicyUDPClientTest, EveryExchangeWithoutAnAnswerEnds) {
               testing::MatchesRegex("PolicyUDPClient  ERROR! Error when data \\(Type: Data\\) "
                                     "sending to  UDP\\.Optional\\(.*\\), to ip - 127.0.0.1, port "
                                     "- [0-9]+ NWError: \n .*Message too long"));
-  EXPECT_THAT(told_, testing::IsEmpty());
+  EXPECT_THAT(told_, IsEmpty());
   connect("127.0.0.1", empty.port());
   ASSERT_TRUE(runUntilGone());
   EXPECT_THAT(log_.records().back(),
-              testing::StartsWith("PolicyUDPClient dns session is not completed,Optional("));
-  connect("127.0.0.1", test::closedPort());
+              StartsWith("PolicyUDPClient dns session is not completed,Optional("));
+  connect("127.0.0.1", closedPort());
   ASSERT_TRUE(runUntilGone());
   const std::string refused = "Optional(POSIXErrorCode(rawValue: 111): Connection refused)";
-  EXPECT_THAT(log_.records(), testing::Contains(testing::StartsWith(
-                                  "PolicyUDPClient udp socket error: " + refused + ",Optional(")));
+  EXPECT_THAT(log_.records(),
+              Contains(StartsWith("PolicyUDPClient udp socket error: " + refused + ",Optional(")));
   EXPECT_THAT(told_, ElementsAre("nothing open nil", "nothing open " + refused));
 }
 
-}  // namespace
-}  // namespace quillet
+}  // namespace quillet::test
