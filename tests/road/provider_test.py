@@ -1,10 +1,8 @@
-"""What the provider does beside its queries: the policy and the mapped domains, the captive portal, the link to
-the relay service.
+"""The proxy with the addresses that are built in, and its link to the relay service.
 
-Runs in a network of its own, where ports 81, 2800 and 9898 are free and any address can be had; skipped where
-the system permits no such thing."""
+Runs in a network of its own, where every port is free and any address can be had; skipped where the system permits
+no such thing."""
 
-import json
 import os
 import resource
 import signal
@@ -13,60 +11,37 @@ import socket
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest, main
 from roadlib.client import Client
-from roadlib.processes import PATIENCE
+from roadlib.processes import PATIENCE, Process, poll
 
-FILTERING, POLICY, RELAY = ("127.0.0.2", 81), ("127.0.0.5", 2800), ("127.0.0.1", 9898)  # the build's values
-WIKI, LAB, NOBODY, SYSTEM = "198.51.100.53", "198.51.100.54", "198.51.100.55", "198.51.100.99"
-PORTALS = ("198.51.100.1", "198.51.100.2", "198.51.100.3")
+FILTERING = {"host": "127.0.0.2", "port": 81}  # the build's values
+RELAY = ("127.0.0.1", 9898)
+SYSTEM = "198.51.100.99"
 
 
 def command(payload):
     return f'{{"cmdType":"command","payload":"{payload}"}}'.encode()
 
 
-class ProviderTest(RoadTest):
-    def setUp(self):
-        super().setUp()
-        self.filtering = self.upstream(host=FILTERING[0], port=FILTERING[1])
+class BuiltInAddressesTest(RoadTest):
+    def test_each_server(self):
+        filtering = self.upstream(**FILTERING)
+        process = self.started(Process([os.environ["QUILLET_PROXY"], "--defaults-dir", self.folder, "--control", "none"]))
+        poll(lambda: 5300 in process.bound_ports(), "the port is bound")
+        process.endpoint = ("127.0.0.1", 5300)
+        self.query(process)
+        self.assertEqual(sorted(dict(wire.injected_options(filtering.queries[0]))), [65004, 65006, 65007, 65015])
+        for host, settings, *arguments in (("127.0.0.2", {"allowAll": "true"}, "--safe-search"),
+                                           ("127.0.0.3", {"allowAll": "true"}),
+                                           ("127.0.0.4", None, "--source-app", "com.apple.opendirectoryd")):
+            server = self.upstream(host=host, port=53)
+            proxy = self.proxy(settings, arguments=arguments)
+            queries = [self.query(proxy, additional=wire.opt(wire.option(10, b"12345678"))) for _ in range(2)]
+            self.assertEqual(server.queries, queries)
 
 
-class PolicyTest(ProviderTest):
-    def test_domains_go_their_own_ways(self):
-        wiki = self.upstream(host=WIKI, port=53)
-        lab = self.upstream(host=LAB, port=5300)
-        policy = {"status": True, "dnsServerSettings": [{"assignedDomains": ["wiki.corp"], "dnsServerIP": WIKI},
-                                                        {"assignedDomains": ["lab"], "dnsServerIP": NOBODY}]}
-        self.upstream(lambda _: [json.dumps(policy).encode()], host=POLICY[0], port=POLICY[1])
-        # A malformed entry spoils nothing else.
-        proxy = self.proxy({**IDENTITY, "mappedDomains": f"[none,lab:{lab.address},portal:{NOBODY}]"})
-        before = self.query(proxy, "www.wiki.corp")  # routed before the policy is there
-        proxy.wait_for_line("Policy is fetched, success - true")
-        mapped = [self.query(proxy, name) for name in ("www.wiki.corp", "a.b.wiki.corp", "wiki.corporation")]
-        local = self.query(proxy, "a.lab")
-        other = self.query(proxy, "wiki.example")
-        self.assertEqual((wiki.queries, lab.queries), (mapped, [local]))  # byte for byte: no identity
-        filtered = self.filtering.wait_for_queries(2)
-        self.assertEqual([query[:2] for query in filtered], [before[:2], other[:2]])
-        self.assertEqual([dict(wire.injected_options(query))[65001] for query in filtered], [b"org42"] * 2)
-
-
-class CaptivePortalTest(ProviderTest):
-    def test_each_address_once(self):
-        portals = [self.upstream(host=host, port=81) for host in PORTALS]
-        proxy = self.proxy({**IDENTITY, "captivePortalIp": ",".join((*PORTALS, "", "nonsense"))})
-        self.assertEqual([portal.queries for portal in portals], [[], [], []])  # nothing at the start
-        for _ in range(10):
-            self.query(proxy)
-        proxy.wait_for_line("[CapPortalHelper]:, udp received, udp - DNS Response", 3)
-        self.query(proxy)
-        received = [portal.queries for portal in portals]
-        self.assertEqual(received, [received[0][:1]] * 3)  # one identifier for all
-        self.assertEqual(wire.injected_options(received[0][0]), [(65007, b"1")])
-
-
-class LinkTest(ProviderTest):
+class LinkTest(RoadTest):
     def test_bypass_on_and_off(self):
-        system = self.upstream(lambda _: [], host=SYSTEM, port=53)
+        filtering, system = self.upstream(**FILTERING), self.upstream(lambda _: [], host=SYSTEM, port=53)
         relay = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.addCleanup(relay.close)
         relay.settimeout(PATIENCE)
@@ -85,13 +60,14 @@ class LinkTest(ProviderTest):
                 self.assertEqual(system.wait_for_queries(number)[-1], query)
             relay.sendto(command("bypassAllOff"), link)
             proxy.wait_for_line("Received command: bypassAllOff")
-        self.assertEqual(self.filtering.queries, [])
+        self.assertEqual(filtering.queries, [])
         self.query(proxy)
 
     def test_nobody_reads_standard_output(self):
         reader, writer = os.pipe()
         os.close(reader)
         self.addCleanup(os.close, writer)
+        self.upstream(**FILTERING)
         for preparation in (lambda: os.close(1), lambda: os.dup2(writer, 1)):
             proxy = self.proxy(IDENTITY, preparation=preparation)
             proxy.send_signal(signal.SIGHUP)
@@ -100,6 +76,5 @@ class LinkTest(ProviderTest):
 
 if __name__ == "__main__":
     namespace.enter()
-    for each in (WIKI, LAB, SYSTEM, NOBODY, *PORTALS):
-        namespace.add_address(each)
+    namespace.add_address(SYSTEM)
     main()
