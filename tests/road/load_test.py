@@ -52,7 +52,8 @@ class LoadTest(RoadTest):
         path = os.path.join(self.folder, "log")
         with open(path, "wb") as log:
             proxy = self.proxy({"filteringDNS": self.demo_filter(quiet=True).address}, discard=True,
-                               arguments=("--log", "brief", "--source-app", "app"), preparation=lambda: os.dup2(log.fileno(), 2))
+                               arguments=("--log", "brief", "--source-app", "app"),
+                               preparation=lambda: os.dup2(log.fileno(), 2))
         for name in ("first.example", "second.example"):  # each has the policy be fetched
             ask(proxy.endpoint, wire.query(name))
         with open(path, encoding="utf-8") as log:
