@@ -66,6 +66,15 @@ bool isIPv4Loopback(const SocketAddress& address) {
          ntohl(address.v4().sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
 }
 
+/// The interface of `all` that has this address, or the end.
+template <class Interfaces>
+auto findHolder(Interfaces& all, const SocketAddress& address) {
+  return std::find_if(all.begin(), all.end(), [octets = addressOf(address.data())](auto& one) {
+    const auto& held = one.addresses;
+    return std::find(held.begin(), held.end(), octets) != held.end();
+  });
+}
+
 }  // namespace
 
 std::vector<NetworkInterface> NetworkInterface::readAll() {
@@ -89,22 +98,18 @@ std::vector<NetworkInterface> NetworkInterface::readAll() {
 }
 
 std::optional<NetworkInterface> NetworkInterface::holding(const SocketAddress& address) {
-  const auto octets = addressOf(address.data());
-  for (auto&& interface : readAll()) {
-    const auto& all = interface.addresses;
-    if (std::find(all.begin(), all.end(), octets) != all.end()) {
-      return std::move(interface);
-    }
-  }
-  return std::nullopt;
+  auto all = readAll();
+  const auto holder = findHolder(all, address);
+  return holder != all.end() ? std::optional(std::move(*holder)) : std::nullopt;
 }
 
 bool NetworkInterface::isOfThisMachine(const SocketAddress& address) {
-  return canBeBound(address) && isListed(address);
+  return canBeBound(address) && isListed(address, readAll());
 }
 
-bool NetworkInterface::isListed(const SocketAddress& address) {
-  return isIPv4Loopback(address) || holding(address);
+bool NetworkInterface::isListed(const SocketAddress& address,
+                                const std::vector<NetworkInterface>& all) {
+  return isIPv4Loopback(address) || findHolder(all, address) != all.end();
 }
 
 bool NetworkInterface::hasAddress(std::size_t length) const {

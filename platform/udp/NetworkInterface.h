@@ -19,9 +19,8 @@ struct NetworkInterface {
 
   /// Whether what is sent to `address` stays on this machine.
   static bool isOfThisMachine(const SocketAddress& address);
-  /// The same, always at the cost of the kernel's list of addresses, but no socket is bound to find
-  /// out.
-  static bool isListed(const SocketAddress& address);
+  /// The same by a list that was read before; no socket is bound to find out.
+  static bool isListed(const SocketAddress& address, const std::vector<NetworkInterface>& all);
 
   /// Whether it has an address of that length (4 or 16 octets) that reaches beyond its own link.
   [[nodiscard]] bool hasAddress(std::size_t length) const;

@@ -22,6 +22,12 @@ using platform::SocketAddress;
 
 namespace {
 
+/// By the kernel's list as it is at first: thousands of servers may be asked about.
+bool isOfThisMachine(const SocketAddress& address) {
+  static const auto all = NetworkInterface::readAll();
+  return NetworkInterface::isListed(address, all);
+}
+
 /// The sockets that the proxy would serve with.
 class WouldBeSockets {
  public:
@@ -33,7 +39,7 @@ class WouldBeSockets {
   }
 
   static bool serveAt(const SocketAddress& address) {
-    return OwnSockets::shared().servesAt(address, NetworkInterface::isListed);
+    return OwnSockets::shared().servesAt(address, isOfThisMachine);
   }
 
  private:
