@@ -12,7 +12,8 @@ using words::Buffer;
 using words::Limb;
 using words::View;
 
-constexpr std::size_t kDoubleLimbs = 2 * BigInt::kLimbs + 2;
+// What goes into a quotient, together: the upper limbs of a number, and the longest constant.
+constexpr std::size_t kDoubleLimbs = (BigInt::kLimbs + 1) + (BigInt::kLimbs + 2);
 using DoubleLimbs = std::array<Limb, kDoubleLimbs>;
 
 /// a * b without the partial products that belong below limb `lowest`. With fewer than 2^64 rows it

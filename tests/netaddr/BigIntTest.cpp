@@ -93,6 +93,11 @@ TEST(BigIntTest, DivisionByZeroAndRootsOfNegativesHaveAnAnswer) {
   }
 }
 
+TEST(BigIntTest, TheLongestModulusWithOneBitHasRoom) {
+  const BigInt modulus = BigInt(1).shiftLeft(34 * 64);
+  EXPECT_EQ(highest().modPow(BigInt(3), modulus), modulus.subtract(BigInt(1)));
+}
+
 TEST(BigIntTest, WordOperationsTakeTheWordsAsUnsigned) {
   const BigInt a = number("123456789ABCDEF0FEDCBA98");
   EXPECT_EQ(BigInt::singleByteDivide(a, BigInt(10)).quotient, number("1D208A5A912E318197C790F"));
