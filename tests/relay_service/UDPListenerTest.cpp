@@ -1,62 +1,20 @@
 #include <future>
+#include <tuple>
 
 #include "relay_service/UDPListener.h"
 #include "tests/platform/Test.h"
 #include "tests/platform/UDPSocket.h"
+#include "tests/relay_service/FakeConnection.h"
 
 namespace QuilletXPCservice {
 namespace {
 
 using platform::Data;
 using platform::NWError;
-using quillet::test::ElementsAre;
-using quillet::test::Texts;
+using test::FakeConnection;
+using testing::ElementsAre;
 using Kind = platform::NWConnection::State::Kind;
-
-/// A client's association whose states, datagrams and errors a test chooses; what is done with it
-/// is one line each.
-class FakeConnection final : public platform::NWConnection {
- public:
-  explicit FakeConnection(std::string name) : name_(std::move(name)) {}
-
-  void start(platform::DispatchQueue /*queue*/) override { done.emplace_back("start"); }
-  void send(platform::Data content, SendCompletion completion) override {
-    done.push_back("send " + std::string(platform::textOf(content)));
-    completion(sendError);
-  }
-  void receiveMessage(ReceiveCompletion completion) override {
-    done.emplace_back("receive");
-    armed_.push_back(std::move(completion));
-  }
-  void cancel() override { done.emplace_back("cancel"); }
-  [[nodiscard]] std::optional<platform::NWPath> currentPath() const override {
-    return std::nullopt;
-  }
-  [[nodiscard]] State state() const override { return {}; }
-  void describe(std::string& out) const override { out.append(name_); }
-
-  void report(State::Kind kind) { stateUpdateHandler({kind, std::nullopt}); }
-  [[nodiscard]] std::size_t armed() const { return armed_.size(); }
-
-  /// Completes the oldest receive, with a datagram or otherwise.
-  void deliver(std::string_view datagram) {
-    const auto bytes = platform::bytesOf(datagram);
-    complete(platform::Data(bytes.begin(), bytes.end()), true, std::nullopt);
-  }
-  void complete(std::optional<platform::Data> content, bool isComplete,
-                std::optional<platform::NWError> error) {
-    const auto completion = std::move(armed_.at(0));
-    armed_.erase(armed_.begin());
-    completion(std::move(content), isComplete, error);
-  }
-
-  std::vector<std::string> done;
-  std::optional<platform::NWError> sendError;
-
- private:
-  const std::string name_;
-  std::vector<ReceiveCompletion> armed_;
-};
+using Lines = std::vector<std::string>;
 
 /// Its flush runs nothing, but keeps who was its client then.
 class Listener final : public UDPListener {
@@ -87,7 +45,7 @@ class UDPListenerTest : public testing::Test {
 };
 
 TEST_F(UDPListenerTest, ActsOnEachDatagram) {
-  const std::pair<std::string, Texts> cases[] = {
+  const std::pair<std::string, Lines> cases[] = {
       {"&*ALa &*AL line\xff\n%s", {"Agent log: a  line\uFFFD\n%s"}},
       {"&*updateCU&*updateCUbob\xc3",
        {"update CU received, message: &*updateCU&*updateCUbob\uFFFD", " CU updated: bob\uFFFD"}},
@@ -150,7 +108,7 @@ TEST_F(UDPListenerTest, EndsTheLoopAtAnErrorOrNoBytesUntilTheNextClient) {
 }
 
 TEST_F(UDPListenerTest, EndsListeningWithAClientThatIsCancelled) {
-  Texts seen;
+  Lines seen;
   listener_->messageReceived.observe([&](const std::optional<Data>& value) {
     seen.emplace_back(platform::textOf(value.value()));
   });
