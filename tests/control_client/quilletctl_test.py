@@ -194,6 +194,15 @@ class FailureTest(Test):
         self.assert_failure(self.run_program("--socket", "/" + 200 * "x", "status"), 1, "File name too long")
 
     @unittest.skipIf(os.geteuid() != 0, "another user to be takes root")
+    def test_another_users_runtime_folder_is_not_looked_in(self):
+        os.mkdir(os.path.join(self.folder, "quillet"))
+        self.proxy("users\n", path=os.path.join(self.folder, "quillet", "dns-proxy.sock"))
+        os.chown(self.folder, 65534, -1)
+        self.assertNotIn("users", self.run_program("metrics", XDG_RUNTIME_DIR=self.folder).stdout)
+        os.chown(self.folder, 0, -1)
+        self.assertEqual(self.run_program("metrics", XDG_RUNTIME_DIR=self.folder).stdout, "users\n")
+
+    @unittest.skipIf(os.geteuid() != 0, "another user to be takes root")
     def test_kept_out_by_the_mode(self):
         os.chmod(self.folder, 0o711)
         self.proxy()
