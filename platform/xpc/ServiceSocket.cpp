@@ -88,6 +88,13 @@ FileDescriptor lockBeside(const std::filesystem::path& path) {
   return file;
 }
 
+/// Why a file that is there stays there.
+const char* reasonOfUse(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const auto type = std::filesystem::symlink_status(path, ignored).type();
+  return type == std::filesystem::file_type::socket ? "it is in use" : "it is no socket";
+}
+
 /// Whether the file is a socket that nobody listens at any more.
 bool isStale(const sockaddr_un& address) {
   struct stat file {};
@@ -153,7 +160,7 @@ tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::
   auto socket = openSocket();
   const auto lock = lockBeside(path);
   if (const int error = listenAt(socket, address, mode)) {
-    return failure(error == EADDRINUSE ? "it is in use" : ::strerrordesc_np(error));
+    return failure(error == EADDRINUSE ? reasonOfUse(path) : ::strerrordesc_np(error));
   }
   return ServiceSocket(std::move(socket), path);
 }

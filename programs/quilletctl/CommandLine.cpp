@@ -93,7 +93,7 @@ void addOptions(CLI::App& app, Invocation& invocation) {
   app.add_option("--socket", invocation.socket, "The proxy's control socket")->type_name("PATH");
   app.add_flag("--json", invocation.asJSON, "Print the result as JSON");
   app.set_version_flag("--version", std::string("quilletctl ") + quillet::deployment::kVersion);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
@@ -134,6 +134,9 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char* const* argv
   addCommands(app, texts);
   try {
     app.parse(argc, argv);
+    if (app.get_subcommands().empty()) {
+      throw CLI::RequiredError("COMMAND");
+    }
     const auto name = app.get_subcommands().front()->get_name();
     if (name == "top" && invocation.asJSON) {
       throw CLI::ValidationError("--json", "top shows a picture; see watch");

@@ -262,7 +262,7 @@ class PlaceTest(ControlTest):
         self.assertFalse(os.path.exists(self.path))
         with open(self.path, "w", encoding="ascii") as file:
             file.write("precious")
-        self.assert_left_alone("it is in use")
+        self.assert_left_alone("it is no socket")
         with open(self.path, encoding="ascii") as file:
             self.assertEqual(file.read(), "precious")
         self.path += "/of/no/folder"

@@ -36,9 +36,9 @@ TEST_F(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
 }
 
 TEST_F(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOne) {
-  const auto inUse = "cannot listen at " + path_.string() + ": it is in use";
+  const auto failure = "cannot listen at " + path_.string();
   writeFile(path_, "precious");
-  EXPECT_EQ(description(ServiceSocket::listen(path_).error()), inUse);
+  EXPECT_EQ(description(ServiceSocket::listen(path_).error()), failure + ": it is no socket");
   EXPECT_EQ(readFile(path_), "precious");
   std::filesystem::remove(path_);
   const std::string longPath = "/tmp/" + std::string(200, 'x');
@@ -47,7 +47,7 @@ TEST_F(ServiceSocketTest, ComesAndGoesWithItsFileAndReplacesAStaleOne) {
   {
     auto dead = ServiceSocket::listen(path_).value();
     EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0666));
-    EXPECT_EQ(description(ServiceSocket::listen(path_).error()), inUse);
+    EXPECT_EQ(description(ServiceSocket::listen(path_).error()), failure + ": it is in use");
     dead.take();  // nobody listens any more, the file stays
     const auto next = ServiceSocket::listen(path_);
     EXPECT_TRUE(next.has_value());
