@@ -73,8 +73,8 @@ std::optional<std::string> questionName(const std::string& name) {
   if (!bytes) {
     return std::nullopt;
   }
-  auto read = DnsToolsSocket::Message::deserialize(*bytes);
-  return read ? std::optional(std::move(read->questions.front().name)) : std::nullopt;
+  const auto read = DnsToolsSocket::Message::deserialize(*bytes);
+  return read ? std::optional(read->questions.front().name) : std::nullopt;
 }
 
 JSONValue textOrNull(const std::optional<std::string>& text) {
