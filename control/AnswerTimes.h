@@ -23,7 +23,7 @@ class AnswerTimes {
 
  private:
   static constexpr unsigned kMaxExponent = 40;  // some twelve days; what is longer counts as that
-  static constexpr std::size_t kBuckets = (kMaxExponent - 3) * 16;
+  static constexpr std::size_t kBuckets = (kMaxExponent - std::size_t{3}) * 16;
 
   std::array<std::uint64_t, kBuckets> buckets_{};
   std::uint64_t count_ = 0;

@@ -174,7 +174,9 @@ TEST(BigIntGmpTest, ModularPowersAndLucasSequencesAgree) {
 void expectPrimality(const BigInt& value) {
   const bool isPrime = mpz_probab_prime_p(theirs(value).get_mpz_t(), 30) != 0;
   ASSERT_EQ(value.isProbablePrime(), isPrime) << testing::PrintToString(value);
-  ASSERT_EQ(value.isProbablePrimeWithConfidence(3), isPrime) << testing::PrintToString(value);
+  const int confidence = isPrime ? 3 : 20;  // of three rounds a composite passes each now and then
+  ASSERT_EQ(value.isProbablePrimeWithConfidence(confidence), isPrime)
+      << testing::PrintToString(value);
   ASSERT_EQ(value.negate().rabinMillerTestWithConfidence(20), isPrime);
   ASSERT_TRUE(!isPrime || BigInt::lucasStrongTest(value));
 }

@@ -5,7 +5,8 @@
 
 namespace quillet::test {
 
-struct MDMConfigurationManagerTest : testing::Test {
+class MDMConfigurationManagerTest : public testing::Test {
+ protected:
   const platform::test::EnvironmentVariable zone_{"TZ", "Europe/Ljubljana"};
   LogCapture log_;
   DefaultsFolder defaults_;
