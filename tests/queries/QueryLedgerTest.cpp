@@ -67,9 +67,8 @@ TEST_F(QueryLedgerTest, TellsNamesTypesAndCodesSoThatNobodyForgesAField) {
       flow->answering (*answered)();
     }
     flow.reset();
-    EXPECT_THAT(
-        log_.records(),
-        ElementsAre("query " + what + " rule=5 server=192.0.2.1:81 rcode=" + rcode + " ms=12.3"));
+    const auto line = std::string("query ").append(what).append(" rule=5 server=192.0.2.1:81");
+    EXPECT_THAT(log_.records(), ElementsAre(line + " rcode=" + rcode + " ms=12.3"));
     log_.clear();
   }
 }
