@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "control/ControlPlaces.h"
 #include "control_client/ControlClient.h"
-#include "control_client/ControlPlaces.h"
 #include "control_client/DisplayText.h"
 #include "control_client/ExplainText.h"
 #include "control_client/Output.h"
@@ -87,7 +87,8 @@ class Runner {
 };
 
 Outcome attempt(const Invocation& invocation) {
-  const auto places = invocation.socket ? std::vector{*invocation.socket} : controlPlaces();
+  const auto places =
+      invocation.socket ? std::vector{*invocation.socket} : quillet::controlPlaces();
   auto connection = ControlConnection::open(places);
   if (!connection) {
     return tl::unexpected(connection.error());

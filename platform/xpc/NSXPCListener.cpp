@@ -11,6 +11,7 @@
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/RunGuarded.h"
 #include "platform/log/NSLog.h"
+#include "platform/xpc/ServicePlaces.h"
 
 namespace platform {
 
@@ -63,7 +64,7 @@ NSXPCListener::~NSXPCListener() {
 }
 
 void NSXPCListener::resume() {
-  auto file = ServiceSocket::listen(ServiceSocket::pathOf(machServiceName_));
+  auto file = ServiceSocket::listen(servicePlaces(machServiceName_).front());
   if (!file) {
     NSLog("NSXPCListener: ", file.error());
     return;

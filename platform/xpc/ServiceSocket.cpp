@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <thread>
 #include <utility>
@@ -17,20 +16,8 @@ namespace platform {
 
 namespace {
 
-constexpr char kUsualDirectory[] = "/run/quillet";
 constexpr mode_t kForOwner = 0600;
 constexpr mode_t kFolderMode = 0755;
-
-std::string environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
-
-/// Others could exchange what lies in a folder of theirs; the variable may be another user's, too.
-bool isOurFolder(const std::string& path) {
-  struct stat file {};
-  return ::lstat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == ::geteuid();
-}
 
 /// Gives a file that we have just made its mode whatever the umask, which belongs to all threads. A
 /// link, or what others have put in its place, keeps its own. 0, or the errno value.
@@ -131,18 +118,6 @@ int listenAt(const FileDescriptor& socket, const sockaddr_un& address, mode_t mo
 }
 
 }  // namespace
-
-std::filesystem::path ServiceSocket::pathOf(const std::string& serviceName,
-                                            const std::string& usersFolder) {
-  const auto directory = environment("RUNTIME_DIRECTORY");
-  if (const auto first = directory.substr(0, directory.find(':')); !first.empty()) {
-    return std::filesystem::path(first) / serviceName;
-  }
-  const auto users = environment("XDG_RUNTIME_DIR");
-  const auto folder = isOurFolder(users) ? std::filesystem::path(users) / usersFolder
-                                         : std::filesystem::path(kUsualDirectory);
-  return folder / serviceName;
-}
 
 tl::expected<ServiceSocket, Error> ServiceSocket::listen(const std::filesystem::path& path,
                                                          mode_t mode) {

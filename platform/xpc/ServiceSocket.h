@@ -11,16 +11,10 @@
 
 namespace platform {
 
-/// A Unix stream socket that clients find by a service's name, for as long as it lives.
+/// A Unix stream socket that clients find by a service's name (`servicePlaces`), for as long as it
+/// lives.
 class ServiceSocket {
  public:
-  /// Where a service of this name has its socket: a file of that name in the service manager's
-  /// runtime directory ($RUNTIME_DIRECTORY, the first of several), else the user's
-  /// ($XDG_RUNTIME_DIR, when that is a folder of the user we run as; `usersFolder` in there), else
-  /// /run/quillet.
-  static std::filesystem::path pathOf(const std::string& serviceName,
-                                      const std::string& usersFolder = "");
-
   /// For every user: who may reach the service is what the folder's permissions say.
   static constexpr mode_t kForEverybody = 0666;
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "platform/xpc/ServiceSocket.h"
+#include "control/ControlPlaces.h"
 #include "programs/LogOption.h"
 
 namespace quillet {
@@ -54,7 +54,7 @@ struct Texts {
   std::vector<std::string> listen{kDefaultListen};
   std::optional<std::string> vendorData;
   std::string defaultsDirectory = usualDefaultsDirectory();
-  std::string control = platform::ServiceSocket::pathOf("dns-proxy.sock", "quillet");
+  std::string control = controlPlaces().front();
   std::string sourceApp = "unknown";
   std::string identify = "cgroup";
   bool safeSearch = false;

@@ -4,6 +4,7 @@
 #include <future>
 #include <latch>
 
+#include "platform/xpc/ServicePlaces.h"
 #include "platform/xpc/ServiceSocket.h"
 #include "tests/platform/Test.h"
 
@@ -31,7 +32,7 @@ TEST_F(ServiceSocketTest, LiesInTheFirstDirectoryThatIsNamed) {
   for (const auto& [runtime, user, expected] : cases) {
     const EnvironmentVariable first("RUNTIME_DIRECTORY", runtime);
     const EnvironmentVariable second("XDG_RUNTIME_DIR", user);
-    EXPECT_EQ(ServiceSocket::pathOf("name"), expected);
+    EXPECT_EQ(servicePlaces("name").front(), expected);
   }
 }
 
