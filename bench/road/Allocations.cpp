@@ -1,5 +1,5 @@
-// Preloaded into a program: counts what it allocates by `operator new`, and writes the count at its end into the file
-// that QUILLET_ALLOCATIONS names.
+// Preloaded into a program: counts what it allocates by `operator new`, and writes the count at its
+// end into the file that QUILLET_ALLOCATIONS names.
 
 #include <atomic>
 #include <cstdio>
