@@ -9,6 +9,7 @@
 #include "platform/base/CommaDelimited.h"
 #include "platform/base/DecimalText.h"
 #include "platform/base/Description.h"
+#include "platform/store/JSONDocument.h"
 
 namespace quillet {
 
@@ -46,6 +47,13 @@ std::optional<std::string> serverFault(std::string_view text, const IsOwnAddress
     return inQuotes(text) + " is the proxy's own address";
   }
   return std::nullopt;
+}
+
+std::optional<std::string> blankFault(std::string_view entry) {
+  if (entry.empty() || (entry.front() != ' ' && entry.back() != ' ')) {
+    return std::nullopt;
+  }
+  return inQuotes(entry) + " has a blank around it, which would have to be met too";
 }
 
 bool isInBrackets(std::string_view text) {
@@ -93,8 +101,10 @@ SettingFaults faultsOfMappedDomains(std::string_view text, const IsOwnAddress& i
   for (const auto& entry : entries) {
     if (auto drop = dropOf(entry, entry.server ? --counts[entry.fragment] : 0)) {
       faults.push_back(*std::move(drop));
-    } else if (const auto fault = serverFault(*entry.server, isOwn)) {
-      faults.push_back("fragment " + inQuotes(entry.fragment) + ": " + *fault);
+    } else if (const auto wrong = serverFault(*entry.server, isOwn)) {
+      faults.push_back("fragment " + inQuotes(entry.fragment) + ": " + *wrong);
+    } else if (const auto blank = blankFault(entry.fragment)) {
+      faults.push_back("fragment " + *blank);
     }
   }
   return faults;
@@ -117,6 +127,33 @@ SettingFaults faultsOfAddresses(std::string_view text, const IsOwnAddress& /*isO
   return faults;
 }
 
-SettingFaults faultsOfText(std::string_view /*text*/, const IsOwnAddress& /*isOwn*/) { return {}; }
+SettingFaults faultsOfApplications(std::string_view text, const IsOwnAddress& /*isOwn*/) {
+  SettingFaults faults;
+  for (const auto& entry : platform::parseCommaDelimitedArr(text)) {
+    if (auto fault = blankFault(entry)) {
+      faults.push_back(*std::move(fault));
+    }
+  }
+  return faults;
+}
+
+SettingFaults faultsOfJsonVars(std::string_view text, const IsOwnAddress& /*isOwn*/) {
+  if (text.empty()) {
+    return {};
+  }
+  const auto json = platform::parseJSON(text);
+  if (!json) {
+    return {platform::textOf(json.error())};
+  }
+  if (!json->value.is_object()) {
+    return {"no JSON object"};
+  }
+  const std::string list = "allowPackages";
+  if (const auto fault = json->faultOf(json->value.get_ref<const platform::JSONObject&>(), list)) {
+    return {list + " is left out: " + platform::textOf(*fault)};
+  }
+  const bool isFine = !json->value.contains(list) || json->value[list].is_array();
+  return isFine ? SettingFaults{} : SettingFaults{list + " is no array"};
+}
 
 }  // namespace quillet

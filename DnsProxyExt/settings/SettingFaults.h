@@ -19,14 +19,16 @@ using SettingFaults = std::vector<std::string>;
 
 /// A server is an IPv4 address, with a port from 1 to 65535 or without one.
 SettingFaults faultsOfServer(std::string_view text, const IsOwnAddress& isOwn);
-/// A fragment needs a server, and brackets stand around the list: its first and last character are
-/// lost, whatever they are.
+/// A fragment needs a server and has no blank around it, and brackets stand around the list: its
+/// first and last character are lost, whatever they are.
 SettingFaults faultsOfMappedDomains(std::string_view text, const IsOwnAddress& isOwn);
 /// "true" or "false", to the letter.
 SettingFaults faultsOfSwitch(std::string_view text, const IsOwnAddress& isOwn);
 /// Each is an IP address without a port.
 SettingFaults faultsOfAddresses(std::string_view text, const IsOwnAddress& isOwn);
-/// Any text will do.
-SettingFaults faultsOfText(std::string_view text, const IsOwnAddress& isOwn);
+/// An entry has no blank around it: it would have to be met too.
+SettingFaults faultsOfApplications(std::string_view text, const IsOwnAddress& isOwn);
+/// A JSON object whose list of applications, where it has one, is an array; or no text.
+SettingFaults faultsOfJsonVars(std::string_view text, const IsOwnAddress& isOwn);
 
 }  // namespace quillet

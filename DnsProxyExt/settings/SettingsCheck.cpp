@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "DnsProxyExt/settings/GroupDefaults.h"
 #include "DnsProxyExt/settings/IdentityOption.h"
@@ -63,9 +65,12 @@ std::string wrongType(std::string_view wanted, const platform::JSONValue& value)
   return "not " + std::string(wanted) + " but of type " + value.type_name();
 }
 
-/// The members that the reader had to leave out.
-Findings leftOutOf(const platform::JSONDocument& document) {
+/// The members that the reader had to leave out, and those that it took the last of.
+Findings losses(const platform::JSONDocument& document) {
   Findings findings;
+  for (const auto& key : document.repeated) {
+    findings.push_back({key, "stands twice: the last one counts"});
+  }
   for (const auto& [object, member, fault] : document.leftOut) {
     findings.push_back({member, "left out: " + platform::textOf(fault)});
   }
@@ -81,10 +86,24 @@ void checkVendorKey(Findings& findings, const std::string& key, const Keys& know
   }
 }
 
+/// Texts whose key another one becomes too, of which only the last counts.
+void checkSameKeys(Findings& findings, const platform::JSONObject& vendorData) {
+  std::map<std::string, const std::string*> lastOf;
+  for (const auto& [key, value] : vendorData) {
+    if (value.is_string()) {
+      const auto* former = std::exchange(lastOf[MDMConfigurationManager::keyFrom(key)], &key);
+      if (former != nullptr) {
+        findings.push_back({*former, "dropped: " + key + " stands for the same setting"});
+      }
+    }
+  }
+}
+
 }  // namespace
 
 Findings checkVendorData(const platform::JSONDocument& document, const IsOwnAddress& isOwn) {
-  auto findings = leftOutOf(document);
+  auto findings = losses(document);
+  checkSameKeys(findings, document.value.get_ref<const platform::JSONObject&>());
   const auto known = vendorKeys();
   for (const auto& [key, value] : document.value.items()) {
     checkVendorKey(findings, key, known);
@@ -100,7 +119,7 @@ Findings checkVendorData(const platform::JSONDocument& document, const IsOwnAddr
 }
 
 Findings checkGroupDefaults(const platform::JSONDocument& document) {
-  auto findings = leftOutOf(document);
+  auto findings = losses(document);
   const std::span<const GroupDefault> rows(kGroupDefaults);
   Keys known;
   appendKeys(known, rows);

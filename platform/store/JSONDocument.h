@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <tl/expected.hpp>
@@ -36,6 +37,8 @@ struct JSONDocument {
 
   JSONValue value;
   std::vector<LeftOut> leftOut;
+  /// Names that stand twice in `value`, where that is an object; not those in the objects inside.
+  std::set<std::string> repeated;
   /// What once stood in `value`: kept, so that no object has the address of one that is gone.
   std::vector<JSONValue> retired;
 

@@ -54,6 +54,9 @@ bool JSONDocumentReader::add(JSONValue value) {
   if (parent.is_array()) {
     parent.push_back(std::move(value));
   } else {
+    if (levels_.size() == 1 && parent.contains(key)) {
+      document_.repeated.insert(key);
+    }
     retire(std::exchange(parent[key], std::move(value)));
   }
   return true;

@@ -56,7 +56,22 @@ TEST(SettingsCheckTest, TellsWhatIsWrongWithVendorData) {
        {R"({"mappedDomains": "a:10.0.0.11"})",
         {"mappedDomains: not in brackets: the first and the last character are dropped",
          R"(mappedDomains: fragment "" is dropped: it matches nothing)"}},
-       {R"({"mappedDomains": "[]", "--mappedDomains": ""})", {}}});
+       {R"({"mappedDomains": "[a:10.0.0.1, b:10.0.0.2,c :10.0.0.3]", "allowPackages": "a, b,,c ,d e"})",
+        {R"(allowPackages: " b" has a blank around it, which would have to be met too)",
+         R"(allowPackages: "c " has a blank around it, which would have to be met too)",
+         R"(mappedDomains: fragment " b" has a blank around it, which would have to be met too)",
+         R"(mappedDomains: fragment "c " has a blank around it, which would have to be met too)"}},
+       {R"({"jsonVars": "{"})", {"jsonVars: not valid JSON"}},
+       {R"({"jsonVars": "[]"})", {"jsonVars: no JSON object"}},
+       {R"({"jsonVars": "{\"allowPackages\": \"a\"}"})", {"jsonVars: allowPackages is no array"}},
+       {R"({"jsonVars": "{\"allowPackages\": [1e999]}"})",
+        {"jsonVars: allowPackages is left out: a number too large"}},
+       {R"({"jsonVars": "{\"allowPackages\": []}", "--jsonVars": 1, "jsonVars--": ""})",
+        {"jsonVars: dropped: jsonVars-- stands for the same setting",
+         "--jsonVars: not text but of type number"}},
+       {R"({"ttl": "1", "ttl": "2", "userId": "", "jsonVars": "{\"a\": 1, \"a\": 2}"})",
+        {"ttl: stands twice: the last one counts"}},
+       {R"({"mappedDomains": "[]"})", {}}});
   for (const std::string server :
        {"10.0.0.256", "", "::1", "10.0.0.1:", "10.0.0.1:0", "10.0.0.1:65536", "10.0.0.1:53:53"}) {
     EXPECT_THAT(vendorFindings(R"({"policyServer": ")" + server + R"("})"),
