@@ -6,6 +6,7 @@
 
 #include "platform/base/Clock.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/log/LogSink.h"
 
 namespace platform {
 
@@ -37,6 +38,7 @@ bool Deadlines::runDue() {
   }
   waiting_.erase(waiting_.begin(), end);
   for (const auto& work : due) {
+    LogBatch::beginHandler();
     runGuarded(work);
   }
   return true;

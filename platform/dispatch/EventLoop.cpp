@@ -4,6 +4,7 @@
 
 #include "platform/base/Clock.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/log/LogSink.h"
 
 namespace platform {
 
@@ -16,6 +17,7 @@ constexpr int kMaxRounds = 16;
 // How long an iteration goes on with work that was given, nanoseconds. Signals are seen between
 // iterations.
 constexpr std::uint64_t kMaxTime = 10'000'000;
+constexpr std::size_t kPiecesToAReading = 8;
 
 std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
 
@@ -41,7 +43,7 @@ void EventLoop::stop() {
 /// False when there is work already.
 bool EventLoop::beginWaiting() {
   const std::lock_guard lock(mutex_);
-  isWaiting_ = given_.empty();
+  isWaiting_ = taken_.empty() && given_.empty();
   return isWaiting_;
 }
 
@@ -50,38 +52,39 @@ void EventLoop::endWaiting() {
   isWaiting_ = false;
 }
 
-std::size_t EventLoop::givenCount() {
-  const std::lock_guard lock(mutex_);
-  return given_.size();
+/// Takes over what was given; false when there is nothing to run.
+bool EventLoop::takeGiven() {
+  if (taken_.empty()) {
+    const std::lock_guard lock(mutex_);
+    taken_.swap(given_);
+  }
+  return !taken_.empty();
 }
 
-std::optional<EventLoop::Given> EventLoop::takeGiven() {
-  const std::lock_guard lock(mutex_);
-  if (given_.empty()) {
-    return std::nullopt;
-  }
-  std::optional<Given> given = std::move(given_.front());
-  given_.pop_front();
-  return given;
+void EventLoop::runOneTaken() {
+  Given given = std::move(taken_.front());
+  taken_.pop_front();
+  const ActivityScope scope(given.activity ? std::move(given.activity) : Activity::current());
+  LogBatch::beginHandler();
+  runGuarded(given.work);
 }
 
 bool EventLoop::runOneGiven() {
-  const auto given = takeGiven();
-  if (given) {
-    const ActivityScope scope(given->activity ? given->activity : Activity::current());
-    runGuarded(given->work);
+  const bool hasWork = takeGiven();
+  if (hasWork) {
+    runOneTaken();
   }
-  return given.has_value();
+  return hasWork;
 }
 
 void EventLoop::runGiven() {
   const auto end = uptime() + kMaxTime;
-  for (int round = 0; round < kMaxRounds; ++round) {
-    for (auto count = givenCount(); count > 0; --count) {
-      if (isStopping_ || uptime() > end) {
+  for (int round = 0; round < kMaxRounds && takeGiven(); ++round) {
+    for (auto count = taken_.size(); count > 0 && !taken_.empty(); --count) {
+      if (isStopping_ || (count % kPiecesToAReading == 0 && uptime() > end)) {
         return;
       }
-      runOneGiven();
+      runOneTaken();
     }
   }
 }

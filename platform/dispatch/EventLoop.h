@@ -6,7 +6,6 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <optional>
 
 #include "platform/dispatch/SocketEvents.h"
 #include "platform/log/Activity.h"
@@ -50,12 +49,14 @@ class EventLoop {
 
   bool beginWaiting();
   void endWaiting();
-  std::size_t givenCount();
-  std::optional<Given> takeGiven();
+  bool takeGiven();
+  void runOneTaken();
 
   std::atomic<bool> isStopping_{false};
   std::uint64_t iteration_ = 1;
   SocketEvents events_{isStopping_};
+
+  std::deque<Given> taken_;  // what runs next, before `given_`; on the loop's thread
 
   std::mutex mutex_;
   std::deque<Given> given_;  // guarded by mutex_

@@ -7,6 +7,7 @@
 
 #include "platform/base/SystemError.h"
 #include "platform/dispatch/RunGuarded.h"
+#include "platform/log/LogSink.h"
 
 namespace platform {
 
@@ -101,6 +102,7 @@ void SocketEvents::handOut(std::uint64_t tag, std::uint32_t events) {
   const bool hasError = (events & (EPOLLERR | EPOLLHUP)) != 0;
   const bool canRead = hasError || (events & EPOLLIN) != 0;
   const bool canWrite = hasError || (events & EPOLLOUT) != 0;
+  LogBatch::beginHandler();
   runGuarded(
       [watcher = entry.watcher, canRead, canWrite] { watcher->socketIsReady(canRead, canWrite); });
 }

@@ -14,13 +14,27 @@ bool isPlain(char c) {
   return static_cast<unsigned char>(static_cast<unsigned char>(c) - 0x20) < 0x7F - 0x20;
 }
 
-bool isAllPlain(std::string_view text) {
+constexpr std::size_t kBlock = 32;
+
+bool isBlockPlain(const char* block) {
   // No early exit and no wider type than a byte, so that the compiler looks at 16 bytes at once.
   unsigned char special = 0;
-  for (const char c : text) {
-    special |= static_cast<unsigned char>(!isPlain(c));
+  for (std::size_t i = 0; i < kBlock; ++i) {
+    special |= static_cast<unsigned char>(!isPlain(block[i]));
   }
   return special == 0;
+}
+
+/// How many characters stand before the first one that is not plain.
+std::size_t plainLength(std::string_view text) {
+  std::size_t length = 0;
+  while (length + kBlock <= text.size() && isBlockPlain(text.data() + length)) {
+    length += kBlock;
+  }
+  while (length < text.size() && isPlain(text[length])) {
+    ++length;
+  }
+  return length;
 }
 
 bool isControl(std::string_view sequence) {
@@ -59,13 +73,8 @@ std::size_t appendOne(std::string& out, std::string_view text) {
 }  // namespace
 
 void appendEscaped(std::string& out, std::string_view text) {
-  if (isAllPlain(text)) {
-    out.append(text);
-    return;
-  }
   while (!text.empty()) {
-    const auto* const special = std::find_if_not(text.begin(), text.end(), isPlain);
-    const auto plain = static_cast<std::size_t>(special - text.begin());
+    const auto plain = plainLength(text);
     out.append(text.substr(0, plain));
     text.remove_prefix(plain);
     if (!text.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -53,6 +54,15 @@ class LogBatch {
 
   /// Whether the calling thread is inside a batch.
   static bool isActive();
+
+  /// Tells that another handler runs now on the calling thread. The records of one handler may
+  /// show the same time, so that not each of them costs a reading of the clock.
+  static void beginHandler() { ++handler_; }
+  /// Another number in each handler.
+  static std::uint64_t handler() { return handler_; }
+
+ private:
+  inline static constinit thread_local std::uint64_t handler_ = 0;
 };
 
 }  // namespace platform

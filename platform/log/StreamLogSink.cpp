@@ -13,6 +13,8 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kMilliseconds = "000 ";  // the digits are put in for each record
+// How many records of a handler show the same time.
+constexpr int kRecordsToAReading = 16;
 // A line buffer that one large record has grown beyond this is given back.
 constexpr std::size_t kMaxKeptLine = HeldBackLines::kCapacity;
 
@@ -58,7 +60,9 @@ void StreamLogSink::flush() {
 void StreamLogSink::flushFromSignalHandler() noexcept { lines_.writeFromSignalHandler(); }
 
 void StreamLogSink::append(std::string_view text) {
-  updatePrefix();
+  if (!isTimeOfHandler()) {
+    updatePrefix();
+  }
   line_.assign(prefix_);
   appendEscaped(line_, text);
   line_.push_back('\n');
@@ -66,6 +70,20 @@ void StreamLogSink::append(std::string_view text) {
   if (line_.capacity() > kMaxKeptLine) {
     line_ = {};
   }
+}
+
+/// Whether the prefix shows the time of the handler that runs. That is read anew after some
+/// records, for a handler that takes long.
+bool StreamLogSink::isTimeOfHandler() {
+  const auto handler = LogBatch::handler();
+  const bool isSame = LogBatch::isActive() && handler == handler_ && recordsLeft_ > 0;
+  if (isSame) {
+    --recordsLeft_;
+  } else {
+    handler_ = LogBatch::isActive() ? handler : kNoHandler;
+    recordsLeft_ = kRecordsToAReading;
+  }
+  return isSame;
 }
 
 void StreamLogSink::updatePrefix() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -28,7 +29,10 @@ class StreamLogSink final : public LogSink {
   void flushFromSignalHandler() noexcept override;
 
  private:
+  static constexpr auto kNoHandler = std::numeric_limits<std::uint64_t>::max();
+
   void append(std::string_view text);
+  bool isTimeOfHandler();
   void updatePrefix();
 
   const std::string nameAndPid_;
@@ -38,6 +42,8 @@ class StreamLogSink final : public LogSink {
   std::string prefix_;   // guarded by mutex_: what stands before the text
   std::int64_t prefixTime_ =
       -1000;  // guarded by mutex_: milliseconds since 1970 that prefix_ shows
+  std::uint64_t handler_ = kNoHandler;  // guarded by mutex_: the one whose time prefix_ shows
+  int recordsLeft_ = 0;                 // guarded by mutex_: how many more may show it
 };
 
 }  // namespace platform

@@ -30,6 +30,20 @@ TEST_F(StreamLogSinkTest, WritesARecordAsOneLineWithItsTime) {
   }
 }
 
+TEST_F(StreamLogSinkTest, RecordsOfOneHandlerShowOneTimeButNotTooMany) {
+  const LogBatch batch;
+  std::string expected;
+  for (const int millisecond : {123, 140, 157}) {
+    for (int record = 0; record < (millisecond == 157 ? 2 : 17); ++record) {
+      sink_.write("");
+      clock_.advanceSeconds(0.001);
+      expected += "2026-11-22 22:19:54." + std::to_string(millisecond) + " " + kName + "\n";
+    }
+  }
+  sink_.flush();
+  EXPECT_EQ(pipe_.read(), expected);
+}
+
 TEST_F(StreamLogSinkTest, WritesWhatPipeAndBufferHoldWholeAndARecordForTheRest) {
   const std::string prefix = "2026-11-22 22:19:54.123 " + kName;
   std::string expected;
