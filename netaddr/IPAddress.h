@@ -31,12 +31,10 @@ class IPAddress {
   [[nodiscard]] const std::string& address() const { return ip().address(); }
   [[nodiscard]] int groups() const { return ip().groups(); }
   [[nodiscard]] bool v4() const { return ip().v4(); }
-  [[nodiscard]] const std::string& subnet() const { return ip().subnet(); }
+  [[nodiscard]] std::string subnet() const { return ip().subnet(); }
   [[nodiscard]] int subnetMask() const { return ip().subnetMask(); }
   [[nodiscard]] const std::string& parsedSubnet() const { return ip().parsedSubnet(); }
-  [[nodiscard]] const std::vector<std::string>& parsedAddress() const {
-    return ip().parsedAddress();
-  }
+  [[nodiscard]] std::vector<std::string> parsedAddress() const { return ip().parsedAddress(); }
   [[nodiscard]] std::string mask() const { return ip().mask(); }
   [[nodiscard]] std::optional<std::string> correctForm() const { return ip().correctForm(); }
   [[nodiscard]] BigInt bigInteger() const { return ip().bigInteger(); }

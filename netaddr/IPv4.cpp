@@ -23,6 +23,27 @@ std::size_t subnetBegin(std::string_view text) {
   return isSubnet ? slash : text.size();
 }
 
+/// Gives `each` the texts between dots, one after another; none of no text.
+template <class Each>
+void splitAtDots(const std::optional<std::string>& text, Each each) {
+  if (!text) {
+    return;
+  }
+  std::size_t begin = 0;
+  for (std::size_t dot = text->find('.'); dot < text->size(); dot = text->find('.', begin)) {
+    each(std::string_view(*text).substr(begin, dot - begin));
+    begin = dot + 1;
+  }
+  each(std::string_view(*text).substr(begin));
+}
+
+/// The number at the text's front; 0 for none, or for one that is too large.
+std::uint64_t octetOf(std::string_view text) {
+  std::uint64_t value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
 /// Takes one octet from the text's front; false when there is none.
 bool takeOctet(std::string_view& text) {
   int value = 0;
@@ -42,8 +63,8 @@ IPv4::IPv4(std::string_view address) : SubnetAddress(address, kWidth, kOctets) {
   if (end < address.size() && !setSubnet(address.substr(end + 1))) {
     return;
   }
-  addressMinusSufix_ = address.substr(0, end);
-  parse(addressMinusSufix_);
+  sizeWithoutSubnet_ = end;
+  parse(address.substr(0, end));
 }
 
 bool IPv4::isDotted(std::string_view text) {
@@ -57,48 +78,38 @@ bool IPv4::isDotted(std::string_view text) {
 }
 
 void IPv4::parse(std::string_view address) {
-  resetParsed();
+  reset();
+  parsed_ = address;
   valid_ = isDotted(address);
   if (!valid_) {
     fail("Invalid IPv4 Address");
   }
-  parsedAddress_.reserve(kOctets);
-  std::size_t dot = address.find('.');
-  while (dot != std::string_view::npos) {
-    parsedAddress_.emplace_back(address.substr(0, dot));
-    address.remove_prefix(dot + 1);
-    dot = address.find('.');
-  }
-  parsedAddress_.emplace_back(address);
 }
 
-std::uint64_t IPv4::octet(std::size_t index) const {
-  std::uint64_t value = 0;
-  if (index < parsedAddress_.size()) {
-    const std::string& text = parsedAddress_[index];
-    std::from_chars(text.data(), text.data() + text.size(), value);
-  }
-  return value;
+std::vector<std::string> IPv4::parsedAddress() const {
+  std::vector<std::string> octets;
+  octets.reserve(parsed_ ? kOctets : 0);
+  splitAtDots(parsed_, [&octets](std::string_view octet) { octets.emplace_back(octet); });
+  return octets;
 }
 
 std::optional<std::string> IPv4::correctForm() const {
-  if (parsedAddress_.empty()) {
-    return std::nullopt;
-  }
-  std::string text;
-  for (std::size_t i = 0; i < parsedAddress_.size(); ++i) {
-    text.append(i == 0 ? "" : ".");
-    appendDecimal(text, octet(i));
-  }
+  std::optional<std::string> text;
+  splitAtDots(parsed_, [&text](std::string_view octet) {
+    if (text) {
+      text->push_back('.');
+    }
+    appendDecimal(text ? *text : text.emplace(), octetOf(octet));
+  });
   return text;
 }
 
 std::string IPv4::hex() const {
   std::string text;
-  for (std::size_t i = 0; i < parsedAddress_.size(); ++i) {
-    text.append(i == 0 ? "" : ":");
-    appendHexadecimal(text, octet(i), 2);
-  }
+  splitAtDots(parsed_, [&text](std::string_view octet) {
+    text.append(text.empty() ? "" : ":");
+    appendHexadecimal(text, octetOf(octet), 2);
+  });
   return text;
 }
 
@@ -112,19 +123,21 @@ std::string IPv4::v6Group() const {
 }
 
 std::string IPv4::reversedForm() const {
+  const std::vector<std::string> octets = parsedAddress();
   std::string text;
-  for (std::size_t i = parsedAddress_.size(); i-- > 0;) {
-    appendDecimal(text, octet(i));
+  std::for_each(octets.rbegin(), octets.rend(), [&text](std::string_view octet) {
+    appendDecimal(text, octetOf(octet));
     text.push_back('.');
-  }
+  });
   return text.empty() ? text : text.append("in-addr.arpa.");
 }
 
 platform::Data IPv4::data() const {
   platform::Data bytes;
-  for (std::size_t i = 0; i < kOctets; ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(octet(i)));
-  }
+  splitAtDots(parsed_, [&bytes](std::string_view octet) {
+    bytes.push_back(static_cast<std::uint8_t>(octetOf(octet)));
+  });
+  bytes.resize(kOctets);
   return bytes;
 }
 

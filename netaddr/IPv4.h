@@ -25,8 +25,11 @@ class IPv4 : public SubnetAddress {
   /// Reads a dotted address without prefix length into `parsedAddress`, `valid` and `error`.
   void parse(std::string_view address);
 
-  [[nodiscard]] const std::string& addressMinusSufix() const { return addressMinusSufix_; }
+  [[nodiscard]] std::string addressMinusSufix() const {
+    return std::string(addressWithoutSubnet());
+  }
 
+  [[nodiscard]] std::vector<std::string> parsedAddress() const override;
   [[nodiscard]] std::optional<std::string> correctForm() const override;
   /// 0 when the address is not valid.
   [[nodiscard]] BigInt bigInteger() const override;
@@ -41,12 +44,12 @@ class IPv4 : public SubnetAddress {
   [[nodiscard]] IPv4 endAddress() const { return fromBigInteger(boundary('1')); }
 
  private:
-  [[nodiscard]] const std::string& addressWithoutSubnet() const override {
-    return addressMinusSufix_;
+  [[nodiscard]] std::string_view addressWithoutSubnet() const override {
+    return std::string_view(address()).substr(0, sizeWithoutSubnet_);
   }
-  [[nodiscard]] std::uint64_t octet(std::size_t index) const;
 
-  std::string addressMinusSufix_;
+  std::size_t sizeWithoutSubnet_ = 0;
+  std::optional<std::string> parsed_;  // the text of the octets
 };
 
 }  // namespace quillet

@@ -1,31 +1,15 @@
 #include "netaddr/IPv6.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "netaddr/IPv4.h"
 #include "netaddr/IPv6Syntax.h"
-#include "netaddr/PaddedText.h"
 
 namespace quillet {
 namespace {
 
 constexpr int kWidth = 128;
-constexpr std::string_view kWrongGroupCount = "Incorrect number of groups found";
-
-/// The number of groups between single colons; none in an empty text.
-std::ptrdiff_t groupCount(std::string_view text) {
-  return text.empty() ? 0 : std::ranges::count(text, ':') + 1;
-}
-
-/// Where "::" stands first; npos without one.
-std::size_t findElision(std::string_view text) {
-  const auto both = [](char a, char b) { return a == ':' && b == ':'; };
-  const auto found = std::ranges::adjacent_find(text, both);
-  return found == text.end() ? std::string_view::npos
-                             : static_cast<std::size_t>(found - text.begin());
-}
 
 }  // namespace
 
@@ -36,11 +20,14 @@ IPv6::IPv6(std::string_view address, int groups) : SubnetAddress(address, kWidth
   }
   const std::size_t zone = findIPv6Zone(*rest);
   zone_ = rest->substr(zone);
-  addressMinusSuffix_ = rest->substr(0, zone);
-  parse(addressMinusSuffix_);
+  sizeWithoutSuffix_ = zone;
+  parse(rest->substr(0, zone));
 }
 
 std::optional<std::string_view> IPv6::takeSubnet(std::string_view address) {
+  if (address.find('/') == std::string_view::npos) {
+    return address;
+  }
   const IPv6Prefix prefix = findIPv6Prefix(address);
   if (!prefix.digits.empty() && !setSubnet(prefix.digits)) {
     return std::nullopt;
@@ -53,8 +40,9 @@ std::optional<std::string_view> IPv6::takeSubnet(std::string_view address) {
 }
 
 void IPv6::parse(std::string_view address) {
-  resetParsed();
+  reset();
   v4_ = false;
+  parsedCount_ = 0;
   elidedGroups_ = elisionBegin_ = elisionEnd_ = 0;
   std::optional<std::string> rewritten;
   if (address.find('.') != std::string_view::npos) {
@@ -64,16 +52,11 @@ void IPv6::parse(std::string_view address) {
     }
     address = *rewritten;
   }
-  if (!isPlainIPv6(address)) {
-    std::string error = badCharactersError(address);
-    if (error.empty()) {
-      error = malformedGroupsError(address);
-    }
-    if (!error.empty()) {
-      return fail(std::move(error));
-    }
+  const auto read = readIPv6Groups(address);
+  valid_ = read && expand(*read);
+  if (!valid_) {
+    fail(ipv6Error(address, groups()));
   }
-  parseGroups(address);
 }
 
 std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {
@@ -94,48 +77,20 @@ std::optional<std::string> IPv6::parsev4inv6(std::string_view address) {
   return std::string(address.substr(0, last)).append(ipv4.v6Group());
 }
 
-void IPv6::parseGroups(std::string_view address) {
-  const std::size_t gap = findElision(address);
-  const bool elided = gap != std::string_view::npos;
-  const std::string_view before = address.substr(0, gap);
-  const std::string_view after = elided ? address.substr(gap + 2) : std::string_view();
-  if (findElision(after) != std::string_view::npos) {
-    return fail("Too many :: groups found");
+bool IPv6::expand(const IPv6Groups& read) {
+  const auto expected = static_cast<std::size_t>(std::clamp(groups(), 0, kGroups + 1));
+  const bool fits = read.elision ? read.count < expected : read.count == expected;
+  if (!fits || expected > kGroups) {
+    return false;
   }
-  const std::ptrdiff_t missing = groups() - groupCount(before) - groupCount(after);
-  if (elided && missing == 0) {
-    return fail("Error parsing groups");
-  }
-  if (groups() < 1 || groups() > kGroups || (elided ? missing < 0 : missing != 0)) {
-    return fail(std::string(kWrongGroupCount));
-  }
-  parsedAddress_.reserve(kGroups);
-  const bool readBefore = appendGroups(before);
-  parsedAddress_.resize(parsedAddress_.size() + static_cast<std::size_t>(missing), "0");
-  if (!readBefore || !appendGroups(after) || std::ssize(parsedAddress_) != groups()) {
-    parsedAddress_.clear();
-    return fail(std::string(kWrongGroupCount));
-  }
-  elidedGroups_ = static_cast<int>(missing);
-  elisionBegin_ = elided ? static_cast<int>(groupCount(before)) : 0;
-  elisionEnd_ = elisionBegin_ + elidedGroups_;
-  valid_ = true;
-}
-
-bool IPv6::appendGroups(std::string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    std::string& group = parsedAddress_.emplace_back();
-    for (; i < text.size() && text[i] != ':'; ++i) {
-      if (!isHexDigit(text[i])) {
-        return false;
-      }
-      if (text[i] != '0' || !group.empty()) {
-        group.push_back(static_cast<char>(text[i] | 0x20));  // lower case
-      }
-    }
-    if (group.empty()) {
-      group.push_back('0');
-    }
+  values_ = read.values;
+  parsedCount_ = expected;
+  elidedGroups_ = static_cast<int>(expected - read.count);
+  if (read.elision) {
+    Group* const first = values_.data();  // beyond those that were read there are zeros
+    std::rotate(first + *read.elision, first + read.count, first + expected);
+    elisionBegin_ = static_cast<int>(*read.elision);
+    elisionEnd_ = elisionBegin_ + elidedGroups_;
   }
   return true;
 }

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <array>
+#include <span>
+
 #include "netaddr/SubnetAddress.h"
 
 namespace quillet {
+
+struct IPv6Groups;
 
 /// An IPv6 address (RFC 4291 section 2.2) with an optional prefix length and zone. Hexadecimal
 /// digits may be of either case; what is read is kept in lower case.
@@ -41,7 +46,9 @@ class IPv6 : public SubnetAddress {
   std::optional<std::string> parsev4inv6(std::string_view address);
 
   /// The text without prefix length and zone.
-  [[nodiscard]] const std::string& addressMinusSuffix() const { return addressMinusSuffix_; }
+  [[nodiscard]] std::string addressMinusSuffix() const {
+    return std::string(addressWithoutSubnet());
+  }
   /// The suffix that begins with "%"; empty when there is none.
   [[nodiscard]] const std::string& zone() const { return zone_; }
   /// How many groups "::" stood for, and the range that it filled; 0 without one.
@@ -49,6 +56,7 @@ class IPv6 : public SubnetAddress {
   [[nodiscard]] int elisionBegin() const { return elisionBegin_; }
   [[nodiscard]] int elisionEnd() const { return elisionEnd_; }
 
+  [[nodiscard]] std::vector<std::string> parsedAddress() const override;
   /// With the longest run of zeros, the first of equally long ones, written as "::".
   [[nodiscard]] std::optional<std::string> correctForm() const override;
   /// All groups with all four digits.
@@ -75,17 +83,21 @@ class IPv6 : public SubnetAddress {
   [[nodiscard]] IPv6 endAddress() const { return fromBigInteger(boundary('1')); }
 
  private:
-  [[nodiscard]] const std::string& addressWithoutSubnet() const override {
-    return addressMinusSuffix_;
+  using Group = std::uint16_t;
+
+  [[nodiscard]] std::string_view addressWithoutSubnet() const override {
+    return std::string_view(address()).substr(0, sizeWithoutSuffix_);
   }
   /// The text before the prefix length; absent, with the error set, when that is wrong.
   std::optional<std::string_view> takeSubnet(std::string_view address);
-  void parseGroups(std::string_view address);
-  /// False for a piece that is no hexadecimal number.
-  bool appendGroups(std::string_view text);
-  [[nodiscard]] std::uint64_t group(std::size_t index) const;
+  /// Takes the groups that were read, zeros where "::" stood; false when there are too few or too
+  /// many.
+  bool expand(const IPv6Groups& read);
+  [[nodiscard]] std::span<const Group> parsed() const { return {values_.data(), parsedCount_}; }
 
-  std::string addressMinusSuffix_;
+  std::size_t sizeWithoutSuffix_ = 0;
+  std::array<Group, kGroups> values_{};
+  std::size_t parsedCount_ = 0;  // none, or all that are expected
   std::string zone_;
   int elidedGroups_ = 0;
   int elisionBegin_ = 0;

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cctype>
-#include <charconv>
+#include <span>
 
 #include "netaddr/IPv4.h"
 #include "netaddr/IPv6.h"
@@ -11,20 +11,24 @@ namespace {
 
 constexpr std::size_t kBytes = 16;
 
-std::string joinedByColons(const std::vector<std::string>& groups) {
-  std::string text;
-  for (const std::string& group : groups) {
-    text.append(text.empty() && &group == &groups.front() ? "" : ":").append(group);
+constexpr std::size_t kMaxTextSize = 39;  // eight groups of four digits, and their colons
+
+/// Appends the groups with a colon between each two.
+void appendGroups(std::string& text, std::span<const std::uint16_t> groups) {
+  for (const std::uint16_t& group : groups) {
+    if (&group != groups.data()) {
+      text.push_back(':');
+    }
+    appendHexadecimal(text, group);
   }
-  return text;
 }
 
 /// The longest run of two or more zeros, the first of equally long ones; empty when there is none.
-IPv6::Slice longestZeroRun(const std::vector<std::string>& groups) {
+IPv6::Slice longestZeroRun(std::span<const std::uint16_t> groups) {
   IPv6::Slice longest{0, 1};
   for (std::size_t begin = 0; begin < groups.size();) {
     std::size_t end = begin;
-    while (end < groups.size() && groups[end] == "0") {
+    while (end < groups.size() && groups[end] == 0) {
       ++end;
     }
     if (end - begin > longest.end - longest.begin) {
@@ -37,11 +41,13 @@ IPv6::Slice longestZeroRun(const std::vector<std::string>& groups) {
 
 }  // namespace
 
-std::uint64_t IPv6::group(std::size_t index) const {
-  const std::string& text = parsedAddress_[index];
-  std::uint64_t value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value, 16);
-  return value;
+std::vector<std::string> IPv6::parsedAddress() const {
+  std::vector<std::string> groups;
+  groups.reserve(parsedCount_);
+  for (const Group group : parsed()) {
+    appendHexadecimal(groups.emplace_back(), group);
+  }
+  return groups;
 }
 
 std::vector<std::string> IPv6::compact(const std::vector<std::string>& groups, Slice slice) {
@@ -57,49 +63,49 @@ std::vector<std::string> IPv6::compact(const std::vector<std::string>& groups, S
 }
 
 std::optional<std::string> IPv6::correctForm() const {
-  if (parsedAddress_.empty()) {
+  if (parsedCount_ == 0) {
     return std::nullopt;
   }
-  const Slice run = longestZeroRun(parsedAddress_);
-  if (run.begin == run.end) {
-    return joinedByColons(parsedAddress_);
+  const Slice run = longestZeroRun(parsed());
+  std::string text;
+  text.reserve(kMaxTextSize);
+  appendGroups(text, parsed().first(run.begin));
+  if (run.begin != run.end) {
+    text.append("::");
   }
-  std::vector<std::string> groups = compact(parsedAddress_, run);
-  // At an end, where only one colon joins it to the groups, the elision brings the other itself.
-  std::string& elision = groups[run.begin];
-  elision.append(run.begin == 0 ? ":" : "").append(run.end == parsedAddress_.size() ? ":" : "");
-  return joinedByColons(groups);
+  appendGroups(text, parsed().subspan(run.end));
+  return text;
 }
 
 std::string IPv6::canonicalForm() const {
   std::string text;
-  for (std::size_t i = 0; i < parsedAddress_.size(); ++i) {
-    text.append(i == 0 ? "" : ":");
-    appendHexadecimal(text, group(i), 4);
+  for (const Group group : parsed()) {
+    text.append(text.empty() ? "" : ":");
+    appendHexadecimal(text, group, 4);
   }
   return text;
 }
 
-bool IPv6::canonical() const { return valid() && addressMinusSuffix_ == canonicalForm(); }
+bool IPv6::canonical() const { return valid() && addressWithoutSubnet() == canonicalForm(); }
 
 std::string IPv6::decimal() const {
   std::string text;
-  for (std::size_t i = 0; i < parsedAddress_.size(); ++i) {
-    text.append(i == 0 ? "" : ":");
-    appendDecimal(text, group(i), 5);
+  for (const Group group : parsed()) {
+    text.append(text.empty() ? "" : ":");
+    appendDecimal(text, group, 5);
   }
   return text;
 }
 
 std::string IPv6::v4inv6() const {
-  constexpr std::ptrdiff_t groupsBeforeIPv4 = 6;
-  if (parsedAddress_.empty()) {
+  constexpr std::size_t groupsBeforeIPv4 = 6;
+  if (parsedCount_ == 0) {
     return {};
   }
-  const auto first = parsedAddress_.begin();
-  const auto last = first + std::min(groupsBeforeIPv4, std::ssize(parsedAddress_));
-  const IPv6 front(joinedByColons({first, last}), static_cast<int>(last - first));
-  std::string text = front.correctForm().value_or("");
+  const auto first = parsed().first(std::min(groupsBeforeIPv4, parsedCount_));
+  std::string text;
+  appendGroups(text, first);
+  text = IPv6(text, static_cast<int>(first.size())).correctForm().value_or("");
   text.append(text.ends_with(':') ? "" : ":");
   return text.append(IPv4::fromBigInteger(bigInteger()).correctForm().value_or(""));
 }
@@ -124,10 +130,10 @@ BigInt IPv6::bigInteger() const {
 
 platform::Data IPv6::data() const {
   platform::Data bytes(kBytes);
-  std::size_t at = kBytes - 2 * parsedAddress_.size();
-  for (std::size_t i = 0; i < parsedAddress_.size(); ++i) {
-    bytes[at++] = static_cast<std::uint8_t>(group(i) >> 8);
-    bytes[at++] = static_cast<std::uint8_t>(group(i));
+  std::size_t at = kBytes - 2 * parsedCount_;
+  for (const Group group : parsed()) {
+    bytes[at++] = static_cast<std::uint8_t>(group >> 8);
+    bytes[at++] = static_cast<std::uint8_t>(group);
   }
   return bytes;
 }

@@ -7,8 +7,24 @@
 namespace quillet {
 namespace {
 
+constexpr std::size_t kMaxDigits = 4;  // of a group
+constexpr unsigned kNoDigit = 16;
+
 bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 bool isColon(char c) { return c == ':'; }
+
+/// The value of a hexadecimal digit of either case; `kNoDigit` of anything else.
+unsigned digitValue(char c) {
+  const auto octet = static_cast<unsigned char>(c);
+  const unsigned decimal = octet - unsigned{'0'};
+  const unsigned letter = (octet | 0x20U) - unsigned{'a'};
+  if (decimal < 10) {
+    return decimal;
+  }
+  return letter < 6 ? letter + 10 : kNoDigit;
+}
+
+bool isHexDigit(char c) { return digitValue(c) != kNoDigit; }
 
 /// The length of the run of such characters at the text's front.
 template <class Predicate>
@@ -16,37 +32,31 @@ std::size_t runLength(std::string_view text, Predicate predicate) {
   return static_cast<std::size_t>(std::ranges::find_if_not(text, predicate) - text.begin());
 }
 
-/// The length of the malformed part that begins at a position; 0 for none there.
-std::size_t malformedLength(std::string_view text, std::size_t position) {
-  const std::string_view rest = text.substr(position);
-  if (const std::size_t digits = runLength(rest, isHexDigit); digits > 4) {
-    return digits;
+/// Takes one group from the text's front; absent when it begins with none.
+std::optional<std::uint16_t> takeGroup(std::string_view& text) {
+  unsigned value = 0;
+  std::size_t length = 0;
+  for (; length < std::min(text.size(), kMaxDigits) && isHexDigit(text[length]); ++length) {
+    value = value << 4 | digitValue(text[length]);
   }
-  if (const std::size_t colons = runLength(rest, isColon); colons > 2) {
-    return colons;
+  text.remove_prefix(length);
+  return length > 0 ? std::optional(static_cast<std::uint16_t>(value)) : std::nullopt;
+}
+
+/// Takes what stands between two groups from the text's front; false when it begins otherwise.
+bool takeColons(std::string_view& text, IPv6Groups& groups) {
+  if (text.starts_with("::") && !groups.elision) {
+    groups.elision = groups.count;
+    text.remove_prefix(2);
+    return true;
   }
-  const bool atEnd = rest.size() == 2 && rest[0] != ':' && rest[1] == ':';
-  const bool atBegin = position == 0 && rest.size() >= 2 && rest[0] == ':' && rest[1] != ':';
-  if (atEnd || atBegin) {
-    return 2;
-  }
-  return rest == "/" ? 1 : 0;
+  const bool isFirst = groups.count == 0;
+  const bool begins = text.starts_with(':');
+  text.remove_prefix(begins && !isFirst ? 1 : 0);
+  return begins != isFirst;
 }
 
 }  // namespace
-
-bool isPlainIPv6(std::string_view text) {
-  int digits = 0;
-  int colons = 0;
-  for (const char c : text) {
-    colons = isColon(c) ? colons + 1 : 0;
-    digits = isHexDigit(c) ? digits + 1 : 0;
-    if (colons + digits == 0 || colons > 2 || digits > 4) {
-      return false;
-    }
-  }
-  return colons != 1 && (text.size() < 2 || text[0] != ':' || text[1] == ':');
-}
 
 IPv6Prefix findIPv6Prefix(std::string_view text) {
   for (std::size_t slash = text.find('/'); slash < text.size(); slash = text.find('/', slash + 1)) {
@@ -68,6 +78,45 @@ std::size_t findIPv6Zone(std::string_view text) {
   return std::min(text.find('%', line), text.size());
 }
 
+std::optional<IPv6Groups> readIPv6Groups(std::string_view text) {
+  IPv6Groups groups;
+  do {
+    if (!takeColons(text, groups)) {
+      return std::nullopt;
+    }
+    if (text.empty() && groups.elision == groups.count) {
+      break;
+    }
+    const auto group = takeGroup(text);
+    if (!group || groups.count == groups.values.size()) {
+      return std::nullopt;
+    }
+    groups.values[groups.count++] = *group;
+  } while (!text.empty());
+  return groups;
+}
+
+namespace {
+
+/// The length of the malformed part that begins at a position; 0 for none there.
+std::size_t malformedLength(std::string_view text, std::size_t position) {
+  const std::string_view rest = text.substr(position);
+  if (const std::size_t digits = runLength(rest, isHexDigit); digits > 4) {
+    return digits;
+  }
+  if (const std::size_t colons = runLength(rest, isColon); colons > 2) {
+    return colons;
+  }
+  const bool atEnd = rest.size() == 2 && rest[0] != ':' && rest[1] == ':';
+  const bool atBegin = position == 0 && rest.size() >= 2 && rest[0] == ':' && rest[1] != ':';
+  if (atEnd || atBegin) {
+    return 2;
+  }
+  return rest == "/" ? 1 : 0;
+}
+
+/// "Bad character..." for what is neither a hexadecimal digit nor one of ":/%"; empty when all is
+/// well. A character is one of UTF-8, or a byte that is part of none.
 std::string badCharactersError(std::string_view text) {
   std::string bad;
   std::size_t count = 0;
@@ -90,6 +139,8 @@ std::string badCharactersError(std::string_view text) {
       .append(bad);
 }
 
+/// "Address failed regex: ..." for groups of more than four digits, runs of more than two colons,
+/// and a single colon or a slash at an end; empty when all is well.
 std::string malformedGroupsError(std::string_view text) {
   std::string error;
   for (std::size_t i = 0; i < text.size();) {
@@ -100,6 +151,41 @@ std::string malformedGroupsError(std::string_view text) {
     i += std::max<std::size_t>(length, 1);
   }
   return error;
+}
+
+/// The number of groups between single colons; none in an empty text.
+std::ptrdiff_t groupCount(std::string_view text) {
+  return text.empty() ? 0 : std::ranges::count(text, ':') + 1;
+}
+
+/// Where "::" stands first; npos without one.
+std::size_t findElision(std::string_view text) {
+  const auto both = [](char a, char b) { return a == ':' && b == ':'; };
+  const auto found = std::ranges::adjacent_find(text, both);
+  return found == text.end() ? std::string_view::npos
+                             : static_cast<std::size_t>(found - text.begin());
+}
+
+/// For groups that are well formed, each for itself.
+std::string groupCountError(std::string_view text, int groups) {
+  const std::size_t gap = findElision(text);
+  const bool elided = gap != std::string_view::npos;
+  const std::string_view after = elided ? text.substr(gap + 2) : std::string_view();
+  if (findElision(after) != std::string_view::npos) {
+    return "Too many :: groups found";
+  }
+  const bool isFull = groupCount(text.substr(0, gap)) + groupCount(after) == groups;
+  return elided && isFull ? "Error parsing groups" : "Incorrect number of groups found";
+}
+
+}  // namespace
+
+std::string ipv6Error(std::string_view text, int groups) {
+  std::string error = badCharactersError(text);
+  if (error.empty()) {
+    error = malformedGroupsError(text);
+  }
+  return error.empty() ? groupCountError(text, groups) : error;
 }
 
 }  // namespace quillet

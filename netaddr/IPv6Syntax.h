@@ -1,7 +1,11 @@
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "netaddr/IPv6.h"
 
 namespace quillet {
 
@@ -18,21 +22,17 @@ IPv6Prefix findIPv6Prefix(std::string_view text);
 /// the text's size when there is none.
 std::size_t findIPv6Zone(std::string_view text);
 
-/// Whether there is nothing but groups of up to four digits and one or two colons between them:
-/// most texts are so, and none of them has one of the errors below. Others may have none either.
-bool isPlainIPv6(std::string_view text);
+/// The groups that a text holds, and how many of them stand before its "::".
+struct IPv6Groups {
+  std::array<std::uint16_t, IPv6::kGroups> values{};
+  std::size_t count = 0;
+  std::optional<std::size_t> elision;
+};
+/// Reads groups of one to four hexadecimal digits with colons between them, one "::" among them.
+/// Absent for any other text, and for more groups than an address has.
+std::optional<IPv6Groups> readIPv6Groups(std::string_view text);
 
-inline bool isHexDigit(char c) {
-  const int lower = c | 0x20;
-  return (c >= '0' && c <= '9') || (lower >= 'a' && lower <= 'f');
-}
-
-/// "Bad character..." for what is neither a hexadecimal digit nor one of ":/%"; empty when all is
-/// well. A character is one of UTF-8, or a byte that is part of none.
-std::string badCharactersError(std::string_view text);
-
-/// "Address failed regex: ..." for groups of more than four digits, runs of more than two colons,
-/// and a single colon or a slash at an end; empty when all is well.
-std::string malformedGroupsError(std::string_view text);
+/// Why a text is no address of so many groups; the text is none.
+std::string ipv6Error(std::string_view text, int groups);
 
 }  // namespace quillet

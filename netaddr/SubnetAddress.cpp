@@ -8,14 +8,16 @@
 namespace quillet {
 
 SubnetAddress::SubnetAddress(std::string_view address, int width, int groups)
-    : address_(address), width_(width), groups_(groups), subnetMask_(width) {
-  subnet_.push_back('/');
-  appendDecimal(subnet_, static_cast<std::uint64_t>(width));
+    : address_(address), width_(width), groups_(groups), subnetMask_(width) {}
+
+std::string SubnetAddress::subnet() const {
+  std::string text("/");
+  appendDecimal(text, static_cast<std::uint64_t>(subnetMask_));
+  return text;
 }
 
 bool SubnetAddress::correct() const {
-  const bool shortestSubnet =
-      subnetMask_ == width_ || parsedSubnet_ == std::string_view(subnet_).substr(1);
+  const bool shortestSubnet = subnetMask_ == width_ || parsedSubnet_ == subnet().substr(1);
   return shortestSubnet && addressWithoutSubnet() == correctForm();
 }
 
@@ -24,8 +26,7 @@ void SubnetAddress::fail(std::string error) {
   error_ = std::move(error);
 }
 
-void SubnetAddress::resetParsed() {
-  parsedAddress_.clear();
+void SubnetAddress::reset() {
   error_.reset();
   valid_ = false;
 }
@@ -33,8 +34,6 @@ void SubnetAddress::resetParsed() {
 bool SubnetAddress::setSubnet(std::string_view digits) {
   parsedSubnet_ = digits;
   std::from_chars(digits.data(), digits.data() + digits.size(), subnetMask_);
-  subnet_.resize(1);
-  appendDecimal(subnet_, static_cast<std::uint64_t>(subnetMask_));
   if (subnetMask_ > width_) {
     fail(std::string(kInvalidSubnetMask));
     return false;

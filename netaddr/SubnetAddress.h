@@ -26,14 +26,14 @@ class SubnetAddress {
   /// The text as it was passed in.
   [[nodiscard]] const std::string& address() const { return address_; }
   /// The groups' texts, octets for IPv4. Empty when the text could not be split into any.
-  [[nodiscard]] const std::vector<std::string>& parsedAddress() const { return parsedAddress_; }
+  [[nodiscard]] virtual std::vector<std::string> parsedAddress() const = 0;
   /// The number of groups expected.
   [[nodiscard]] int groups() const { return groups_; }
   /// Whether it was written, at its end at least, as dotted IPv4.
   [[nodiscard]] bool v4() const { return v4_; }
 
   /// "/" and the prefix length, the whole width when the text named none.
-  [[nodiscard]] const std::string& subnet() const { return subnet_; }
+  [[nodiscard]] std::string subnet() const;
   /// The prefix length as a number; above the width only when the text said so, which is not valid.
   [[nodiscard]] int subnetMask() const { return subnetMask_; }
   /// The digits of the prefix length as they were written.
@@ -69,24 +69,23 @@ class SubnetAddress {
   SubnetAddress& operator=(SubnetAddress&&) = default;
 
   /// The text that was read, without its prefix length.
-  [[nodiscard]] virtual const std::string& addressWithoutSubnet() const = 0;
+  [[nodiscard]] virtual std::string_view addressWithoutSubnet() const = 0;
 
   void fail(std::string error);
-  void resetParsed();
+  /// Neither valid nor wrong, as before anything has been read.
+  void reset();
   /// Takes at most three digits as the prefix length; false, with the error set, for one above the
   /// width.
   bool setSubnet(std::string_view digits);
   /// The subnet's first address for '0', its last for '1'.
   [[nodiscard]] BigInt boundary(char hostBit) const;
 
-  std::vector<std::string> parsedAddress_;
   bool valid_ = false;
   bool v4_ = false;
 
  private:
   std::string address_;
-  std::string subnet_;
-  std::string parsedSubnet_;
+  std::string parsedSubnet_;  // three digits at most: no allocation
   std::optional<std::string> error_;
   int width_;
   int groups_;
