@@ -18,6 +18,9 @@ namespace {
 
 constexpr char kSystem[] = "system";
 
+/// Others may never be answered. They are told of like the rest, and are not open until then.
+bool hasQuestion(const MessageGlance& glance) { return glance.name.has_value(); }
+
 std::uint64_t now() { return platform::Clock::shared().uptimeNanoseconds(); }
 
 }  // namespace
@@ -64,8 +67,8 @@ QueryLedger::Flow::Flow(std::shared_ptr<QueryLedger> ledger, platform::Transport
   queries_.reserve(queries.size());
   for (const auto& query : queries) {
     queries_.push_back({MessageGlance::at(query)});
+    ledger_->open_ += hasQuestion(queries_.back().glance) ? 1U : 0U;
   }
-  ledger_->open_ += queries_.size();
 }
 
 QueryLedger::Flow::~Flow() {
@@ -109,7 +112,7 @@ void QueryLedger::Flow::end(Query& query, std::optional<std::uint16_t> rcode) {
   if (std::exchange(query.isOver, true)) {
     return;
   }
-  --ledger_->open_;
+  ledger_->open_ -= hasQuestion(query.glance) ? 1U : 0U;
   auto outcome = common_;
   outcome.name = std::move(query.glance.name);
   outcome.type = query.glance.type;

@@ -29,7 +29,8 @@ class QueryLedger final : public platform::FlowObserver,
   /// not change it.
   void observe(Observer observer) { observers_.push_back(std::move(observer)); }
 
-  /// Queries that are neither answered nor given up.
+  /// Queries that are neither answered nor given up; datagrams without a question that can be read
+  /// are none.
   [[nodiscard]] std::size_t open() const { return open_; }
 
   /// The provider has chosen where the queries of the current activity go.

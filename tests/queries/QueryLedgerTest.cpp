@@ -62,6 +62,7 @@ TEST_F(QueryLedgerTest, TellsNamesTypesAndCodesSoThatNobodyForgesAField) {
       {hex(""), "app", std::nullopt, "- - app=app", "none"}};
   for (const auto& [asked, application, answered, what, rcode] : rows) {
     auto flow = begin({asked}, application);
+    EXPECT_EQ(ledger_->open(), what.front() == '-' ? 0U : 1U);
     clock_.advanceSeconds(0.01234);
     if (answered) {
       flow->answering (*answered)();
