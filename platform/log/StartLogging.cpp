@@ -29,17 +29,23 @@ void openMissingStandardStreams() {
   }
 }
 
-bool isStandardErrorFile() {
-  struct stat status {};
-  return ::fstat(STDERR_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+bool isNullDevice(const struct stat& status) {
+  struct stat null {};
+  return S_ISCHR(status.st_mode) && ::stat("/dev/null", &null) == 0 &&
+         status.st_rdev == null.st_rdev;
 }
 
-// Whatever is no file has a reader, who may take long, or stop to read.
+bool hasStandardErrorNoReader() {
+  struct stat status {};
+  return ::fstat(STDERR_FILENO, &status) == 0 && (S_ISREG(status.st_mode) || isNullDevice(status));
+}
+
+// Whatever is neither a file nor /dev/null has a reader, who may take long, or stop to read.
 std::unique_ptr<LogSink> makeSink(std::string_view processName) {
   if (JournalLogSink::isStandardErrorJournal()) {
     return std::make_unique<BackgroundLogSink>(std::make_unique<JournalLogSink>(processName));
   }
-  if (isStandardErrorFile()) {
+  if (hasStandardErrorNoReader()) {
     return std::make_unique<StreamLogSink>(STDERR_FILENO, processName);
   }
   return std::make_unique<BackgroundLogSink>(std::make_unique<StreamLogSink>(
