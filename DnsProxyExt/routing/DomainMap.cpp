@@ -17,6 +17,7 @@ void DomainMap::set(std::string fragment, DNSHostRef server) {
     lengths_.insert(fragment.size());
   }
   servers_.insert_or_assign(std::move(fragment), std::move(server));
+  serverTexts_.reset();
 }
 
 const DomainMap::Entry* DomainMap::find(std::string_view domain) const {
@@ -39,11 +40,18 @@ DNSHostRef DomainMap::server(std::string_view domain) const {
   return entry != nullptr ? entry->second : nullptr;
 }
 
-std::set<std::string> DomainMap::serverTexts(std::size_t most) const {
+const std::set<std::string>& DomainMap::serverTexts() const {
+  if (!serverTexts_) {
+    serverTexts_ = findServerTexts();
+  }
+  return *serverTexts_;
+}
+
+std::set<std::string> DomainMap::findServerTexts() const {
   std::set<std::string> texts;
   const Utils::DNSHost* last = nullptr;  // the entries of one server often follow one another
   for (const auto& [fragment, server] : servers_) {
-    if (texts.size() == most) {
+    if (texts.size() == kMaxShown) {
       break;
     }
     if (std::exchange(last, server.get()) != server.get() && server) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -24,6 +25,7 @@ class DomainMap {
   /// some 64 Ki.
   static constexpr std::size_t kMaxSearched = 1024;
 
+  static constexpr std::size_t kMaxShown = 16;
   static constexpr std::size_t kMaxPrinted = 256UL * 1024;
 
   DomainMap() = default;
@@ -42,8 +44,9 @@ class DomainMap {
   /// Its server alone.
   [[nodiscard]] DNSHostRef server(std::string_view domain) const;
 
-  /// The different servers that it names, in the order of their texts; of more than `most` some.
-  [[nodiscard]] std::set<std::string> serverTexts(std::size_t most) const;
+  /// The different servers that it names, in the order of their texts; of more than `kMaxShown`
+  /// some. Made once for as long as the map stays as it is.
+  [[nodiscard]] const std::set<std::string>& serverTexts() const;
 
   [[nodiscard]] std::size_t size() const { return servers_.size(); }
   [[nodiscard]] bool empty() const { return servers_.empty(); }
@@ -53,6 +56,8 @@ class DomainMap {
   void describe(std::string& out) const;
 
  private:
+  [[nodiscard]] std::set<std::string> findServerTexts() const;
+
   struct Hash : std::hash<std::string_view> {
     using is_transparent = void;
   };
@@ -60,6 +65,7 @@ class DomainMap {
   std::unordered_map<std::string, DNSHostRef, Hash, std::equal_to<>> servers_;
   /// Of all fragments that have text, the longest first.
   std::set<std::size_t, std::greater<>> lengths_;
+  mutable std::optional<std::set<std::string>> serverTexts_;  // once they are asked for
 };
 
 }  // namespace quillet

@@ -50,9 +50,9 @@ std::set<std::string> RoutingTable::serverTexts(Rule rule) const {
     case Rule::allowedApp:
       return only(secondDNS);
     case Rule::localDomain:
-      return localDomainsMap.serverTexts(kMaxShown);
+      return localDomainsMap.serverTexts();
     case Rule::whitelistedDomain:
-      return whitelistedDomainsMap.serverTexts(kMaxShown);
+      return whitelistedDomainsMap.serverTexts();
     case Rule::filtering:
       break;
   }

@@ -16,8 +16,6 @@ namespace quillet {
 /// value. As made, with the servers of the build.
 class RoutingTable {
  public:
-  static constexpr std::size_t kMaxShown = 16;
-
   RoutingTable();
 
   /// The first rule that applies, in the order of `Route::Rule`, for the query of an application
@@ -25,8 +23,8 @@ class RoutingTable {
   /// anywhere in the identifier, in any letter case.
   [[nodiscard]] Route choose(std::string_view application, std::optional<std::string> domain) const;
 
-  /// The different servers of a rule, some `kMaxShown` of them for a map's; none where there is
-  /// none.
+  /// The different servers of a rule, those of `DomainMap::serverTexts` for a map's; none where
+  /// there is none.
   [[nodiscard]] std::set<std::string> serverTexts(Route::Rule rule) const;
 
   /// Applications that go to `localNetworkDNS`, while there is one.
