@@ -1,11 +1,30 @@
 // Where a query would go: the same decisions as in QueryRoad.cpp, and no step of that road.
 
+#include <limits>
+
 #include "DnsProxyExt/DnsProxyExt.h"
+#include "dnscodec/OptionBlock.h"
 #include "platform/base/Description.h"
 
 namespace quillet {
 
 using Rule = Route::Rule;
+
+namespace {
+
+/// Those that fit into the data of one record; an injection leaves the others out.
+ValuesForInject fitting(ValuesForInject values) {
+  std::size_t size = 0;
+  std::erase_if(values, [&size](const auto& option) {
+    const auto whole = size + OptionBlock::kHeadSize + option.second.size();
+    const bool fits = whole <= std::numeric_limits<std::uint16_t>::max();
+    size = fits ? whole : size;
+    return !fits;
+  });
+  return values;
+}
+
+}  // namespace
 
 Explanation DnsProxyExt::explain(const std::string& questionName,
                                  const std::string& application) const {
@@ -18,7 +37,7 @@ Explanation DnsProxyExt::explain(const std::string& questionName,
                           .matched = route.matched,
                           .from = sourceOf(route)};
   if (route.rule == Rule::filtering) {
-    explanation.identity = MDMConfigurationManager::shared().identityFor(application);
+    explanation.identity = fitting(MDMConfigurationManager::shared().identityFor(application));
   }
   return explanation;
 }
