@@ -46,6 +46,8 @@ class ControlService final : public platform::JSONRPCService {
 
   /// A query is over.
   void tell(const QueryOutcome& outcome);
+  /// At the end of the process: watchers are told what they have not been told yet.
+  void finish() { feed_.send(); }
 
  private:
   using Params = platform::JSONObject;

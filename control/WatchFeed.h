@@ -24,10 +24,10 @@ class WatchFeed {
   /// For as long as it is there.
   void add(const std::shared_ptr<platform::JSONRPCSubscriber>& watcher);
   void tell(const QueryOutcome& outcome);
-
- private:
+  /// Sends what is gathered, as far as the watchers take it at once.
   void send();
 
+ private:
   std::vector<std::weak_ptr<platform::JSONRPCSubscriber>> watchers_;
   std::string lines_;
   std::uint64_t count_ = 0;  // in `lines_`

@@ -180,6 +180,9 @@ void ProxyProcess::stop() {
   provider_->stopProxy(NEProviderStopReason::kUserInitiated, [this] {
     DispatchQueue::global().async([this] {
       ledger_->giveUpAll();
+      if (control_) {
+        control_->finish();
+      }
       platform::MainLoop::shared().stop();
     });
   });

@@ -14,6 +14,7 @@ import subprocess
 import sys
 import threading
 
+from prometheus_client.openmetrics.parser import text_string_to_metric_families
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, READ, RoadTest, main
 from roadlib.client import Client
@@ -80,7 +81,7 @@ class MethodsTest(ControlTest):
         names = ("a.example", "x.lab", "www.b.lab.", "wiki.corp", "case", "Case.", "b\u00fc.example", "www.")
         kinds = [filtered, lab, lab, wiki, filtered, (3, "Case", "--mappedDomains"), filtered, filtered]
         listed, all_of_them = ([(2, entry, key)] * 8 for entry, key in (("Fire", "allow--Packages"), (None, "allowAll")))
-        rows = (({}, "app", kinds), ({"userAuthEnabled": "false", "addAppSenderId": "YES"}, "app", kinds),
+        rows = (({}, "app", kinds), ({"userAuthEnabled": "false", "addAppSenderId": "YES", "ttl": "x" * 65_536}, "app", kinds),
                 ({"allow--Packages": ",Fire"}, "org.firefox", listed), ({"allow--Packages": ",Fire"}, "app", kinds),
                 ({"allowAll": "true"}, "app", all_of_them),
                 ({"jsonVars": '{"allowPackages": ["fire"]}'}, "firefox", [(2, "fire", "jsonVars")] * 8),
@@ -113,9 +114,10 @@ class MethodsTest(ControlTest):
         self.assertEqual([status[key] for key in ("pid", "answered", "declined", "unanswered", "open", "bypass", "log")],
                          [proxy.pid, len(rules), 1, 0, 0, True, "full"])
         self.assertEqual(status["queries"]["transport"], {"udp": len(rules) + 1, "tcp": 0})
-        metrics = client.call("metrics")
-        self.assertTrue(metrics.endswith(f"\nquillet_answer_seconds_count {len(rules)}\n# EOF\n"), metrics)
-        self.assertIn(f'\nquillet_queries_total{{outcome="answered"}} {len(rules)}\n', metrics)
+        metrics = {(sample.name, *sample.labels.values()): sample.value
+                   for family in text_string_to_metric_families(client.call("metrics")) for sample in family.samples}
+        self.assertEqual((metrics["quillet_queries_total", "answered"], metrics["quillet_answer_seconds_count",]),
+                         (len(rules), len(rules)))
         count = len(proxy.lines)
         report = client.call("report", app=proxy.app.upper(), detailed=True).splitlines()
         self.assertEqual([line.split(",")[0] for line in report if line.startswith("->")],
@@ -124,7 +126,7 @@ class MethodsTest(ControlTest):
             "----> start of flow manager report <----", "----< end of flow manager report >----", count))
 
     def test_commands_and_what_is_none(self):
-        _, proxy = self.road(control=self.path)
+        upstream, proxy = self.road(control=self.path)
         client = self.client(proxy)
         for method, params in (("nope", {}), ("status", {"a": 1}), ("explain", {}), ("explain", {"name": 1}),
                                ("explain", {"name": "a" * 256}), ("report", {"seconds": -1}), ("bypass", {"on": "yes"}),
@@ -138,10 +140,19 @@ class MethodsTest(ControlTest):
         self.assertIsNone(client.call("reload"))
         proxy.wait_for_line("initVendorSettings  - done", 2)
         self.vendor_file("{")
+        upstream.respond = lambda _: []
+        watcher = self.client(proxy)
+        watcher.call("watch")
+        with Client(proxy.endpoint) as asking:
+            count = len(upstream.queries)
+            asking.send(wire.query("last.example"))
+            upstream.wait_for_queries(count + 1)
         client.request("reload")
         error = client.message()["error"]
         self.assertEqual((error["code"], os.path.basename(error["message"])),
                          (-32002, "vendor-data.json: not valid JSON"))
+        proxy.stop()
+        self.assertEqual(watcher.message()["params"]["name"], "last.example")
 
 
 class AbuseTest(ControlTest):
