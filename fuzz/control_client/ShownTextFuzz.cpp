@@ -3,6 +3,7 @@
 
 #include <clocale>
 #include <cwchar>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,30 +14,20 @@
 #include "fuzz/Target.h"
 #include "platform/store/JSONDocument.h"
 
-namespace {
-
-using quillet::fuzz::require;
-
-void checkLine(const std::string& line, std::size_t width) {
-  std::vector<wchar_t> wide(line.size() + 1);
-  const auto size = std::mbstowcs(wide.data(), line.c_str(), wide.size());
-  require(size != static_cast<std::size_t>(-1));
-  const int columns = ::wcswidth(wide.data(), size);
-  require(columns >= 0 && static_cast<std::size_t>(columns) <= width);
-}
+namespace quillet::fuzz {
 
 void checkLines(const std::string& text, std::size_t width) {
-  std::size_t begin = 0;
-  for (auto end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin)) {
-    checkLine(text.substr(begin, end - begin), width);
-    begin = end + 1;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    std::vector<wchar_t> wide(line.size() + 1);
+    const auto size = std::mbstowcs(wide.data(), line.c_str(), wide.size());
+    require(size != static_cast<std::size_t>(-1));
+    const int columns = ::wcswidth(wide.data(), size);
+    require(columns >= 0 && static_cast<std::size_t>(columns) <= width);
   }
-  require(begin == text.size());
 }
 
-}  // namespace
-
-void quillet::fuzz::run(platform::DataView input) {
+void run(platform::DataView input) {
   static const char* const locale = std::setlocale(LC_CTYPE, "C.UTF-8");
   require(locale != nullptr);
   if (input.empty()) {
@@ -50,10 +41,12 @@ void quillet::fuzz::run(platform::DataView input) {
   checkLines(quilletctl::statusText(document->value, width), width);
   checkLines(quilletctl::explainText(document->value, width), width);
   const auto query = quilletctl::QueryEvent::from(document->value);
-  checkLine(quilletctl::watchLine(query, width).plain(), width);
+  checkLines(quilletctl::watchLine(query, width).plain(), width);
   quilletctl::TopModel model;
   model.add(query);
   for (const auto& line : quilletctl::topLayout(model, "proxy", {width, 24})) {
-    checkLine(line.plain(), width);
+    checkLines(line.plain(), width);
   }
 }
+
+}  // namespace quillet::fuzz

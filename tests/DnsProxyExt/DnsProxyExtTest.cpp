@@ -1,5 +1,6 @@
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
+#include "tests/support/ExpectedText.h"
 
 namespace quillet::test {
 
@@ -23,32 +24,6 @@ TEST_F(DnsProxyExtTest, AStartWithoutVendorDataShowsWhatIsStored) {
   EXPECT_EQ(description(provider_->vendorData), R"(Optional(["allowPackages": "x"]))");
 }
 
-constexpr char kStart[] =
-    R"(startProxy,options:Optional(["VendorData": ["--allowAll": "true", "n": 1, "userEmail": "e"]])
-startProxy,options - ttt:Optional(["VendorData": ["--allowAll": "true", "n": 1, "userEmail": "e"]])
-----vendor data----
-key:--allowAll: Optional("true")
-key:n: Optional(1)
-key:userEmail: Optional("e")
-opts: ["--allowAll": "true", "n": 1, "userEmail": "e"]
-initLocalDomainsMap - got map: [:]
-users email from Content Filter:  u
-userEmail is not nil -> using userEmail from vendor
-initConfigurationForMacOs, confData = ["allowAll": "true", "userEmail": "e"]
-init edns values confData = Optional(["allowAll": "true", "userEmail": "e"])
-userAuthEnabled = true
-conf key = allowAll is not found
-systemDNSSettings: Optional([])
-useQuilletDNS: false
-initVendorSettings, vendorData: Optional(["--allowAll": "true", "n": 1, "userEmail": "e"]), macosConfig: ["allowAll": "true", "userEmail": "e"]
-initVendorSettings1
-shouldAllowAll: true, secondDNS = 127.0.0.3:53, allowedApps = [], captivePortalIps = []
-initVendorSettings  - done
-capportal ips is empty
-initLocalUdp
-initLocalUdp - macos
-)";
-
 TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
   defaults_.write(R"({"userEmail": "u"})");
   provider_->setSystemDNSSettings(std::vector<platform::NEDNSSettings>{});
@@ -57,27 +32,10 @@ TEST_F(DnsProxyExtTest, LogsAStartWithVendorData) {
   auto logged = log_.records();
   EXPECT_THAT(logged.at(0), StartsWith("DNS Proxy Provider, startProxy, instance id: <DnsProxy"));
   logged.erase(logged.begin());
-  EXPECT_EQ(linesOf(logged), kStart);
+  EXPECT_EQ(linesOf(logged), expectedText("DnsProxyExt/transcripts/start.txt"));
   EXPECT_TRUE(provider_->shouldAllowAll);
   EXPECT_EQ(provider_->defaults()->dictionaryForKey("mdmConf"), provider_->vendorData);
 }
-
-constexpr char kRelayed[] = R"(started
-startProxy,options - ttt:Optional(["VendorData": ["allowPackages": "a,b"]])
-opts:["allowPackages": "a,b"]
-starting proxy - macos config:["allowPackages": "a,b"]
-started
-systemDnsSettings: nil
-vendorData: Optional(["allowPackages": "a,b"])
-options: Optional(["VendorData": ["allowPackages": "a,b"]])
-macosConfig options: ["allowPackages": "a,b"]
-whitelistedApps: ["a", "b"]
-localNetworkDNS: nil, filteringDNS: 127.0.0.2:81, secondDNS:127.0.0.3:53
-sleep proxy
-wake proxy
-stopProxy, reason: NEProviderStopReason(rawValue: 1)
-stopped
-)";
 
 TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartItsSettingsAndItsStop) {
   start(R"({"allowPackages": "a,b"})"_json);
@@ -99,7 +57,8 @@ TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartItsSettingsAndItsStop) {
                             R"(options: Optional(["VendorData": ["allowPackages": "a,b"]]))",
                             R"(macosConfig options: ["allowPackages": "a,b"])",
                             R"(whitelistedApps: ["a", "b"])"}));
-  EXPECT_EQ(linesOf(relayed(15)), kRelayed);
+  EXPECT_EQ(linesOf(relayed(15)),
+            expectedText("DnsProxyExt/transcripts/start-to-stop-relayed.txt"));
   EXPECT_EQ(textOf(relay_.received().back()), R"({"cmdType":"notification","payload":"stopped"})");
   EXPECT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
 }

@@ -1,12 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "control_client/BusiestTexts.h"
+#include "tests/support/Test.h"
 
 namespace quilletctl::test {
-namespace {
 
-using testing::ElementsAre;
+using namespace quillet::test;
+
 using testing::Pair;
 
 TEST(BusiestTextsTest, KeepsWhatComesOftenThoughMuchElseComesOnce) {
@@ -26,5 +24,4 @@ TEST(BusiestTextsTest, KeepsWhatComesOftenThoughMuchElseComesOnce) {
   EXPECT_EQ(texts.first(20 * BusiestTexts::kMaxTexts).size(), BusiestTexts::kMaxTexts);
 }
 
-}  // namespace
 }  // namespace quilletctl::test

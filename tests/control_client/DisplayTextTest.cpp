@@ -1,20 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "control_client/DisplayText.h"
 #include "tests/control_client/Locale.h"
+#include "tests/support/Test.h"
 
 namespace quilletctl::test {
-namespace {
 
-using testing::ElementsAre;
+using namespace quillet::test;
 
 TEST(DisplayTextTest, ShowsNothingThatATerminalWouldObeyOrMisplace) {
   const Locale locale;
-  const struct {
-    std::string given, shown;
-    std::size_t columns;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::size_t> rows[] = {
       {"www.example.com", "www.example.com", 15},
       {"a\x1B[2Jb\x07\n\x7F", R"(a\x1B[2Jb\x07\x0A\x7F)", 21},
       {"\xC2\x9B", R"(\xC2\x9B)", 8},                 // CSI of one character
@@ -26,9 +20,9 @@ TEST(DisplayTextTest, ShowsNothingThatATerminalWouldObeyOrMisplace) {
       {"\xE2\x80\xA8", R"(\xE2\x80\xA8)", 12},        // separates lines
       {"\xC3\xA4\xF0\x9F\x98\x80", "\xC3\xA4\xF0\x9F\x98\x80", 3},  // one and two
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(printable(row.given), row.shown);
-    EXPECT_EQ(columnsOf(row.shown), row.columns) << row.shown;
+  for (const auto& [given, shown, columns] : rows) {
+    EXPECT_EQ(printable(given), shown);
+    EXPECT_EQ(columnsOf(shown), columns) << shown;
   }
   EXPECT_EQ(printableWord("a b"), R"(a\x20b)");
   EXPECT_EQ(printableLines("a\nb\r\n"), "a\nb\\x0D\n");
@@ -42,25 +36,20 @@ TEST(DisplayTextTest, ShowsAsciiOnlyWhereTheTerminalMayTakeNoMore) {
 
 TEST(DisplayTextTest, CutsAndFillsAtTheColumn) {
   const Locale locale;
-  const struct {
-    std::string given;
-    std::size_t width;
-    std::string cut, padded, right;
-  } rows[] = {
-      {"abc", 4, "abc", "abc ", " abc"},
-      {"abc", 3, "abc", "abc", "abc"},
-      {"abc", 2, "a…", "a…", "a…"},
-      {"abc", 1, "…", "…", "…"},
-      {"abc", 0, "", "", ""},
-      {"", 2, "", "  ", "  "},
-      {"名前", 4, "名前", "名前", "名前"},
-      {"名前", 3, "名…", "名…", "名…"},
-      {"名前", 2, "…", "… ", " …"},
+  // Cut, filled, and filled at the left.
+  const std::tuple<const char*, std::size_t, Texts> rows[] = {
+      {"abc", 4, {"abc", "abc ", " abc"}},
+      {"abc", 3, {"abc", "abc", "abc"}},
+      {"abc", 2, {"a…", "a…", "a…"}},
+      {"abc", 1, {"…", "…", "…"}},
+      {"abc", 0, {"", "", ""}},
+      {"", 2, {"", "  ", "  "}},
+      {"名前", 4, {"名前", "名前", "名前"}},
+      {"名前", 3, {"名…", "名…", "名…"}},
+      {"名前", 2, {"…", "… ", " …"}},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(cut(row.given, row.width), row.cut) << row.given << row.width;
-    EXPECT_EQ(padded(row.given, row.width), row.padded) << row.given << row.width;
-    EXPECT_EQ(rightAligned(row.given, row.width), row.right) << row.given << row.width;
+  for (const auto& [given, width, shown] : rows) {
+    EXPECT_EQ((Texts{cut(given, width), padded(given, width), rightAligned(given, width)}), shown);
   }
 }
 
@@ -75,5 +64,4 @@ TEST(DisplayTextTest, WrapsAtBlanksAndInsideLongWords) {
   EXPECT_THAT(wrapped("", 3), ElementsAre(""));
 }
 
-}  // namespace
 }  // namespace quilletctl::test

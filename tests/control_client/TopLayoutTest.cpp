@@ -1,15 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "control_client/DisplayText.h"
 #include "control_client/TopLayout.h"
 #include "tests/control_client/Locale.h"
+#include "tests/support/ExpectedText.h"
+#include "tests/support/Test.h"
 
 namespace quilletctl::test {
-namespace {
 
-using testing::ElementsAreArray;
-using Texts = std::vector<std::string>;
+using namespace quillet::test;
 
 class TopLayoutTest : public testing::Test {
  protected:
@@ -28,14 +25,9 @@ class TopLayoutTest : public testing::Test {
   }
   ~TopLayoutTest() override { platform::Clock::setShared(nullptr); }
 
-  void add(const char* name, int rule) {
-    QueryEvent query;
-    query.name = name;
-    query.application = "firefox";
-    query.rule = rule;
-    query.rcode = "NOERROR";
-    query.milliseconds = 2;
-    model_->add(query);
+  void add(const char* name, unsigned rule) {
+    model_->add(QueryEvent::from(
+        {{"name", name}, {"app", "firefox"}, {"rule", rule}, {"rcode", "NOERROR"}, {"ms", 2}}));
   }
   [[nodiscard]] Texts texts(std::size_t width, std::size_t height) const {
     Texts texts;
@@ -45,39 +37,17 @@ class TopLayoutTest : public testing::Test {
     return texts;
   }
 
+  const Locale locale_;
   platform::ManualClock clock_;
   std::optional<TopModel> model_;
 };
 
 TEST_F(TopLayoutTest, FillsATerminalOfUsualSize) {
-  const Locale locale;
-  const std::string blanks(56, ' ');
-  const Texts wanted = {
-      "proxy, watched for 5 s                                                   q quits",
-      "",
-      "queries a second: 11, at most 11 in the last 60 s",
-      blanks + "   █",
-      blanks + "  ▁█",
-      blanks + "▂▄██",
-      "faults  unanswered 0  SERVFAIL 0  REFUSED 0  lost 2",
-      "",
-      "rule                                     answer time",
-      "1 local network         0.0 %            below 1 ms      0.0 %",
-      "2 allowed application   0.0 %            1 to 5 ms     100.0 % █████████████████",
-      "3 mapped domain         6.2 % ▋          5 to 20 ms      0.0 %",
-      "4 policy domain         0.0 %            20 to 100 ms    0.0 %",
-      "5 filtering service    93.8 % ████████▌  100 to 500 ms   0.0 %",
-      "0 declined              0.0 %            500 ms up       0.0 %",
-      "",
-      "busiest applications                     busiest names",
-      "       16 firefox                               15 www.example.com",
-      "                                                 1 名前.example",
-  };
-  auto shown = texts(80, 24);
-  for (auto& line : shown) {
-    line.erase(line.find_last_not_of(' ') + 1);
+  std::string shown;
+  for (const auto& line : texts(80, 24)) {
+    shown.append(line, 0, line.find_last_not_of(' ') + 1).append("\n");
   }
-  EXPECT_THAT(shown, ElementsAreArray(wanted));
+  EXPECT_EQ(shown, expectedText("control_client/screens/top.txt"));
 }
 
 TEST_F(TopLayoutTest, StaysWithinEverySize) {
@@ -95,5 +65,4 @@ TEST_F(TopLayoutTest, StaysWithinEverySize) {
   }
 }
 
-}  // namespace
 }  // namespace quilletctl::test

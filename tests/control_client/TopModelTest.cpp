@@ -1,12 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "control_client/TopModel.h"
+#include "tests/support/Test.h"
 
 namespace quilletctl::test {
-namespace {
 
-using testing::ElementsAre;
+using namespace quillet::test;
+
 using testing::Pair;
 
 class TopModelTest : public testing::Test {
@@ -14,11 +12,8 @@ class TopModelTest : public testing::Test {
   TopModelTest() { platform::Clock::setShared(&clock_); }
   ~TopModelTest() override { platform::Clock::setShared(nullptr); }
 
-  static QueryEvent query(const char* rcode, double milliseconds = 0) {
-    QueryEvent event;
-    event.rcode = rcode != nullptr ? std::optional<std::string>(rcode) : std::nullopt;
-    event.milliseconds = milliseconds;
-    return event;
+  static QueryEvent query(const platform::JSONValue& rcode, double milliseconds = 0) {
+    return QueryEvent::from({{"rcode", rcode}, {"ms", milliseconds}});
   }
   /// The seconds of which there is something, the last one first.
   [[nodiscard]] std::vector<std::pair<std::size_t, std::uint64_t>> busySeconds() const {
@@ -85,5 +80,4 @@ TEST_F(TopModelTest, CountsRulesApplicationsAndNamesOfWhateverTheProxySends) {
               ElementsAre(Pair(3, "-"), Pair(1, "x y"), Pair(1, "x\\x1B[m")));
 }
 
-}  // namespace
 }  // namespace quilletctl::test

@@ -1,29 +1,23 @@
-#include <gtest/gtest.h>
-
 #include "control_client/WatchLine.h"
 #include "tests/control_client/Locale.h"
+#include "tests/support/Test.h"
 
 namespace quilletctl::test {
-namespace {
 
-QueryEvent query(std::string name, std::string application) {
-  QueryEvent event;
-  event.name = std::move(name);
-  event.type = "AAAA";
-  event.application = std::move(application);
-  event.server = "127.0.0.2:81";
-  event.rule = 5;
-  event.milliseconds = 12.34;
+using namespace quillet::test;
+
+QueryEvent query(const std::string& name, const std::string& application) {
+  auto event = QueryEvent::from(
+      R"({"type": "AAAA", "server": "127.0.0.2:81", "rule": 5, "ms": 12.34})"_json);
+  event.name = name;
+  event.application = application;
   return event;
 }
 
 TEST(WatchLineTest, CutsNameAndApplicationOnlyWhereBothHaveNoRoom) {
   const Locale locale;
   const std::string head = "  12.3 none     5 127.0.0.2:81     AAAA   ";
-  const struct {
-    std::size_t width;
-    std::string name, application, end;
-  } rows[] = {
+  const std::tuple<std::size_t, const char*, const char*, const char*> rows[] = {
       {80, "www.example.com", "firefox", "www.example.com                firefox"},
       {80, "名前.example.com", "firefox", "名前.example.com               firefox"},
       {80, "a.long.name.that.wants.it.all.example", "firefox",
@@ -34,11 +28,10 @@ TEST(WatchLineTest, CutsNameAndApplicationOnlyWhereBothHaveNoRoom) {
        "a.long.name.that.want… org.example.an…"},
       {54, "www.example.com", "firefox", "www.ex… fir…"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(watchLine(query(row.name, row.application), row.width).plain(), head + row.end);
+  for (const auto& [width, name, application, end] : rows) {
+    EXPECT_EQ(watchLine(query(name, application), width).plain(), head + end);
   }
   EXPECT_EQ(watchLine(query("name", "firefox"), 10).plain(), "  12.3 no…");
 }
 
-}  // namespace
 }  // namespace quilletctl::test

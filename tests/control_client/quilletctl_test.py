@@ -16,51 +16,14 @@ import tempfile
 import termios
 import threading
 import unittest
+from pathlib import Path
 
 PROGRAM = sys.argv.pop()
 PATIENCE = 30  # seconds until a test fails rather than hangs
 CUT_OFF = object()  # in place of an answer: the connection ends
-STATUS = {
-    "version": "1.2.3", "pid": 42, "uptime": 93784.9, "listen": ["127.0.0.1:53", "[::1]:53"], "bypass": False, "log": "brief",
-    "servers": {"1": ["127.0.0.4:53"], "2": [], "3": [f"192.0.2.{n}:53" for n in range(7)], "4": [], "5": ["127.0.0.2:81"]},
-    "policy": {"age": 303.2, "domains": 12, "outcome": "failed"},
-    "queries": {"rule": {"0": 2, "1": 0, "2": 0, "3": 1, "4": 0, "5": 13}, "transport": {"udp": 15, "tcp": 1}},
-    "answered": 12, "unanswered": 1, "declined": 2, "open": 1, "median_ms": 1.26, "p99_ms": None, "memory": 5 << 20}
-STATUS_TEXT = """\
-quillet-dns-proxy 1.2.3, process 42, has run for 1 day 2 h
-
-listens at     127.0.0.1:53, [::1]:53
-bypass         off
-log            brief
-policy         12 domains, fetched 5 min 3 s ago; the last fetch failed
-memory         5.0 MiB
-
-queries        15 by UDP, 1 by TCP
-of these       12 answered, 1 unanswered, 2 declined, 1 open
-answer times   no answer yet
-
-rule                      queries    share  servers
-1 local network                 0    0.0 %  127.0.0.4:53
-2 allowed application           0    0.0 %  -
-3 mapped domain                 1    6.2 %  192.0.2.0:53, 192.0.2.1:53,
-                                            192.0.2.2:53, 192.0.2.3:53,
-                                            192.0.2.4:53, 192.0.2.5:53,
-                                            192.0.2.6:53
-4 policy domain                 0    0.0 %  -
-5 filtering service            13   81.2 %  127.0.0.2:81
-0 declined                      2   12.5 %  the system's own
-"""
-EXPLAINED = {"rule": 3, "server": "192.0.2.1:53", "matched": "exa\x1bmple", "from": "mappedDomains", "identity": True,
-             "options": {"65001": "acme " * 10, "65123": "x"}}
-EXPLAINED_TEXT = """\
-rule      3, mapped domain
-matched   "exa\\x1Bmple", from mappedDomains
-server    192.0.2.1:53
-identity  goes along
-          65001 organisation             acme acme acme acme acme acme acme acme
-                                         acme acme
-          65123                          x
-"""
+SCREENS = Path(__file__).parent / "screens"  # for a command what a proxy answers, and what is shown of it
+STATUS, EXPLAINED = (json.loads((SCREENS / f"{name}.json").read_text()) for name in ("status", "explain"))
+STATUS_TEXT, EXPLAINED_TEXT = ((SCREENS / f"{name}.txt").read_text() for name in ("status", "explain"))
 QUERY = {"name": "a b\x1b]0;x\x07.example", "type": "A", "app": "x y", "rule": 5, "server": "127.0.0.2:81", "rcode": None,
          "ms": 1234.5}
 QUERY_LINE = r"  1234 none     5 127.0.0.2:81     A      a\x20b\x1B]0;x\x07.example         x y"

@@ -1,5 +1,6 @@
 #include "tests/DnsProxyExt/StageTest.h"
 #include "tests/dnscodec/Samples.h"
+#include "tests/support/ExpectedText.h"
 
 namespace quillet::test {
 
@@ -29,18 +30,7 @@ TEST_F(FlowManagerTest, ReportsEveryFlow) {
   clock_.advanceSeconds(0.25);
   registry_.addErrorToFlow(*done, ErrorBreakpoint::readingFlow);
   registry_.flowWasHandled(*done, "nil");
-  EXPECT_EQ(linesOf(report({})),
-            R"(----> start of flow manager report <----
-Report settings - package: nil, tf: nil, detailed:  false
-flow hash is 1
-->flow 1, isFinished: false, senderId: com.example.app,  delay: 0.0, url: reqMessages is empty, errors: []
-time from now = 0.25
-rawReqData: count = nil, raw: nil
-flow hash is 2
-->flow 2, isFinished: true, senderId: com.example.app,  delay: 0.25, url: a., errors: ["--> error: timestamp: 1700000000.373 in 0.25 after start handling, breakboint: 5", "nil"]
-rawReqData: count = Optional(2), raw: Optional([35 bytes, 3 bytes])
-----< end of flow manager report >----
-)");
+  EXPECT_EQ(linesOf(report({})), expectedText("DnsProxyExt/transcripts/flow-report.txt"));
 }
 
 TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {

@@ -1,5 +1,6 @@
 #include "DnsProxyExt/upstream/PolicyUDPClient.h"
 #include "tests/DnsProxyExt/ProviderTest.h"
+#include "tests/support/ExpectedText.h"
 
 namespace quillet::test {
 
@@ -37,26 +38,7 @@ TEST_F(PolicyUDPClientTest, LogsEveryStepOfOneExchange) {
   for (auto at = text.find(port); at != std::string::npos; at = text.find(port)) {
     text.replace(at, port.size(), "PORT");
   }
-  EXPECT_EQ(text, R"(init new PolicyUDPClient
-PolicyUDPClient: Connecting to  udp, flowHash 
-PolicyUDPClient - stateUpdateHandler:,  state = setup
-PolicyUDPClient - State: Setup,127.0.0.1:PORT 
-
-PolicyUDPClient - stateUpdateHandler:,  state = preparing
-PolicyUDPClient  -State: Preparing,127.0.0.1:PORT 
-
-PolicyUDPClient - stateUpdateHandler:,  state = ready
-PolicyUDPClient - State: Ready,127.0.0.1:PORT 
-
-PolicyUDPClient sendUDP, req to  UDP  
-PolicyUDPClient Data was sent to  UDP, Optional("satisfied (Path is satisfied), interface: lo, ipv4"), to ip - 127.0.0.1, port - PORT,
-PolicyUDPClient receive  Udp callback called,Optional("satisfied (Path is satisfied), interface: lo, ipv4"), to ip - 127.0.0.1, port - PORT , isComplete = true
-PolicyUDPClient Udp received,Optional("satisfied (Path is satisfied), interface: lo, ipv4"), to ip - 127.0.0.1, port - PORT, arr.count = 1, content.count = 2
- PolicyUDPClientself.connection?.cancel(), arr.count = 1, content count = 2, Optional("satisfied (Path is satisfied), interface: lo, ipv4"), to ip - 127.0.0.1, port - PORT
-PolicyUDPClient - stateUpdateHandler:,  state = cancelled
-PolicyUDPClient - State: Cancelled,127.0.0.1:PORT 
-
-)");
+  EXPECT_EQ(text, expectedText("DnsProxyExt/transcripts/policy-exchange.txt"));
 }
 
 TEST_F(PolicyUDPClientTest, EveryExchangeWithoutAnAnswerEnds) {
