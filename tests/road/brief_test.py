@@ -3,7 +3,7 @@
 Runs in a network of its own, where port 9898 is free; skipped where the system permits no such thing."""
 
 from roadlib import namespace, wire
-from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import Client
 from roadlib.processes import Relay, free_port
 
@@ -51,6 +51,5 @@ class RelayTest(RoadTest):
             "got notification from Ext: started", "got command from Ext: bypassAllOn", "request CU received, cu: "])
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
-    main()

@@ -9,9 +9,8 @@ import socket
 import sys
 import threading
 
-from roadlib import namespace, wire
-from roadlib.case import IDENTITY, RoadTest, main
-from roadlib.cgroup import Cgroup, can_be_made
+from roadlib import cgroup, namespace, wire
+from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import TCPClient, run, tool
 from roadlib.processes import PATIENCE, address_text, family_of
 
@@ -58,7 +57,7 @@ def capture(*arguments, by=()):
 class CaptureTest(RoadTest):
     def setUp(self):
         super().setUp()
-        self.browser = Cgroup(f"app.slice/app-{APPLICATION}-1.scope")
+        self.browser = cgroup.Cgroup(f"app.slice/app-{APPLICATION}-1.scope")
         self.addCleanup(self.browser.remove)
         for server in ALL_SERVERS:
             self.upstream(answering(REAL["+notcp"]), host=server, port=53)
@@ -195,14 +194,12 @@ class CaptureToolTest(RoadTest):
         self.assertEqual(capture("on", "--user", "nobody-of-this-name")[0], 1)
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
     for needed in (as_client("true"), ["nft", "list", "ruleset"]):
         if run(*needed).returncode != 0:
             print(f"skipped: {needed[0]} does not work here")
             sys.exit(namespace.SKIPPED)
-    if not can_be_made():
-        sys.exit(namespace.SKIPPED)
+    cgroup.require()
     for server in ALL_SERVERS:
         namespace.add_address(server)
-    main()

@@ -16,7 +16,7 @@ import threading
 
 from prometheus_client.openmetrics.parser import text_string_to_metric_families
 from roadlib import namespace, wire
-from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, READ, RoadTest, main
+from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, READ, RoadTest
 from roadlib.client import Client
 from roadlib.processes import PATIENCE, poll
 from roadlib.xpc import XpcClient
@@ -289,7 +289,6 @@ class PlaceTest(ControlTest):
                          [f"control socket: cannot listen at {self.path}: {reason}"])
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
     namespace.add_address(SYSTEM)
-    main()

@@ -4,7 +4,7 @@ import ipaddress
 import signal
 
 from roadlib import wire
-from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import Client, ask, dig, tool
 
 # In 198.18.0.0/15 and in 2001:db8::/64 the low bits of the name's 64-bit FNV-1a.
@@ -58,7 +58,3 @@ class DemoFilterTest(RoadTest):
                               "portal A portal.example  65007=1", "AAAA .  no identity",
                               r"TYPE15 a\x1B\n.example  65001=org42 65004=\x1B[2J\n"}, set(process.output()))
         self.assertEqual(process.output()[-1], "queries 5, answered 4, refused 1")
-
-
-if __name__ == "__main__":
-    main()

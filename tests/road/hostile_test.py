@@ -5,7 +5,7 @@ import random
 import resource
 
 from roadlib import wire
-from roadlib.case import RoadTest, main
+from roadlib.case import RoadTest
 from roadlib.client import Client, ask
 from roadlib.upstream import by_name
 
@@ -75,7 +75,3 @@ class HostileUpstreamTest(RoadTest):
                 self.query(proxy, f"good{number}.example")
         self.assertLess(proxy.descriptors(), 4096)
         self.assertGreater(len(upstream.queries), 4096)
-
-
-if __name__ == "__main__":
-    main()

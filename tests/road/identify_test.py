@@ -3,12 +3,10 @@
 import os
 import shutil
 import signal
-import sys
 
 from roadlib import cgroup, wire
-from roadlib.case import RoadTest, main
+from roadlib.case import RoadTest
 from roadlib.client import Client, TCPClient, dig
-from roadlib.namespace import SKIPPED
 from roadlib.processes import poll
 
 USER = "user.slice/user-7.slice/user@7.service/app.slice"
@@ -62,7 +60,5 @@ class IdentifyTest(RoadTest):
                 self.wait_for_application(lambda p=proxy: dig(p.endpoint, "example.com"), filtering, application)
 
 
-if __name__ == "__main__":
-    if not cgroup.can_be_made():
-        sys.exit(SKIPPED)
-    main()
+def setUpModule():
+    cgroup.require()

@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from roadlib import wire
-from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, RoadTest, main
+from roadlib.case import IDENTITY, IS_SANITIZED, LOAD, RoadTest
 from roadlib.client import ask
 from roadlib.processes import PATIENCE, poll
 
@@ -64,7 +64,3 @@ class LoadTest(RoadTest):
             others, lines = re.subn(form, "", "".join(line.split("] ", 1)[1] for line in log))
         self.assertEqual(lines, QUERIES)
         self.assertRegex(others, r"\AstopProxy.*\n(\*?Xpc Udp.*\n)*\Z")
-
-
-if __name__ == "__main__":
-    main()

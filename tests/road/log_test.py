@@ -11,7 +11,7 @@ import signal
 import socket
 
 from roadlib import namespace
-from roadlib.case import RoadTest, main
+from roadlib.case import RoadTest
 from roadlib.client import tool
 
 JOURNAL = "/run/systemd/journal/socket"
@@ -71,6 +71,5 @@ class ReaderTest(RoadTest):
             pass
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
-    main()

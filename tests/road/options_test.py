@@ -5,7 +5,7 @@ import socket
 import tempfile
 
 from roadlib import wire
-from roadlib.case import READ, RoadTest, main
+from roadlib.case import READ, RoadTest
 from roadlib.client import run
 from roadlib.processes import PATIENCE, Process
 
@@ -94,7 +94,3 @@ class DefaultsTest(RoadTest):
         upstream, proxy = self.road(defaults_folder=os.path.join(self.vendor_file("", "blocked"), "deep"))
         self.query(proxy)
         self.assertEqual(dict(wire.injected_options(upstream.queries[0]))[65001], b"org42")
-
-
-if __name__ == "__main__":
-    main()

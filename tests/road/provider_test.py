@@ -9,7 +9,7 @@ import signal
 import socket
 
 from roadlib import namespace, wire
-from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import Client
 from roadlib.processes import PATIENCE, Process, poll
 
@@ -74,7 +74,6 @@ class LinkTest(RoadTest):
             self.query(proxy)
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
     namespace.add_address(SYSTEM)
-    main()

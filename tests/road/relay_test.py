@@ -7,7 +7,7 @@ import signal
 import socket
 
 from roadlib import namespace
-from roadlib.case import IDENTITY, RoadTest, main
+from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import Client
 from roadlib.processes import Process, Relay, poll
 from roadlib.xpc import XpcClient
@@ -214,6 +214,5 @@ class ProxyTest(RelayTest):
         self.assertFalse(any("Received command" in line for line in output))  # it passes nothing on
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
-    main()

@@ -6,7 +6,7 @@ import socket
 import time
 
 from roadlib import namespace
-from roadlib.case import RoadTest, main
+from roadlib.case import RoadTest
 from roadlib.processes import PATIENCE, Relay
 
 WATCHDOG = 200_000  # microseconds
@@ -71,6 +71,5 @@ class ServiceTest(RoadTest):
         self.assert_alive_then_ends(relay)
 
 
-if __name__ == "__main__":
+def setUpModule():
     namespace.enter()
-    main()

@@ -4,7 +4,7 @@ import os
 import signal
 
 from roadlib import wire
-from roadlib.case import IDENTITY, READ, RoadTest, main
+from roadlib.case import IDENTITY, READ, RoadTest
 from roadlib.processes import SLOWNESS, Process
 
 
@@ -48,7 +48,3 @@ class ReloadTest(RoadTest):
         proxy.wait_for_line(READ)
         proxy.send_signal(signal.SIGHUP)
         proxy.wait_for_line(READ, 2)
-
-
-if __name__ == "__main__":
-    main()

@@ -3,7 +3,7 @@
 import socket
 
 from roadlib import wire
-from roadlib.case import RoadTest, main
+from roadlib.case import RoadTest
 from roadlib.client import TCPClient, dig, tool
 
 
@@ -34,7 +34,3 @@ class TCPTest(RoadTest):
         with TCPClient(proxy.endpoint) as client:
             self.assertEqual(client.ask(query), truncated)
         self.assertEqual(dict(wire.injected_options(upstream.queries[0]))[65001], b"org42")
-
-
-if __name__ == "__main__":
-    main()

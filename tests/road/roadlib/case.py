@@ -69,7 +69,3 @@ class RoadTest(unittest.TestCase):
         query = wire.query(name, *arguments, **how)
         self.assertEqual(ask(proxy.endpoint, query), wire.answer_to(query))
         return query
-
-
-def main():
-    unittest.main(verbosity=2)

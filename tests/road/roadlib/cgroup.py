@@ -2,6 +2,9 @@
 
 import contextlib
 import os
+import sys
+
+from roadlib.namespace import SKIPPED
 
 
 class Cgroup:
@@ -37,10 +40,10 @@ class Cgroup:
                 path = os.path.dirname(path)
 
 
-def can_be_made():
+def require():
+    """Ends the program as skipped where none can be made."""
     try:
         Cgroup("probe").remove()
-        return True
     except OSError as error:
         print(f"skipped: {error}")
-        return False
+        sys.exit(SKIPPED)

@@ -21,7 +21,7 @@ _aliases = itertools.count(1)
 
 
 def enter():
-    """Runs the calling script again inside, with loopback up, and there comes back. Ends it as skipped where the
+    """Runs the whole program again inside, with loopback up, and there comes back. Ends it as skipped where the
     system permits no such thing."""
     if INSIDE in os.environ:
         _bring_loopback_up()
@@ -31,7 +31,7 @@ def enter():
                                                      check=False).returncode != 0:
         print("skipped: no namespaces here")
         sys.exit(SKIPPED)
-    os.execvpe("unshare", [*namespace, sys.executable, *sys.argv], {**os.environ, INSIDE: "1"})
+    os.execvpe("unshare", [*namespace, *sys.orig_argv], {**os.environ, INSIDE: "1"})
 
 
 def add_address(address):
