@@ -1,5 +1,7 @@
 #include "dns_tools/HostRecord.h"
 #include "dns_tools/Message.h"
+#include "dns_tools/NameServerRecord.h"
+#include "dns_tools/Record.h"
 #include "dns_tools/RecordType.h"
 #include "tests/support/Test.h"
 
@@ -12,25 +14,20 @@ std::string errorOf(const tl::expected<Message, DecodeError>& message) {
   return message ? "" : description(message.error());
 }
 
+// An A record, an NS record for the authority, and one of type 10.
 const char* const kAnswer =
-    "1234 8180 0001 0001 0000 0000 01 61 00 0001 0001 C00C 0001 0001 0000003C 0004 01020304";
+    "1234 8180 0001 0001 0001 0001 01 61 00 0001 0001 C00C 0001 0001 0000003C 0004 01020304"
+    "C00C 0002 0001 0000003C 0002 C00C 00 000A 0001 00000000 0000";
 
 const char* const kAnswerText =
     "DNS Response(id: 4660, returnCode: 0, authoritativeAnswer: false, truncation: false, "
     "recursionDesired: true, recursionAvailable: true, questions: [DnsToolsSocket.Question(name: "
     R"("a.", type: 1, unique: false, internetClass: 1)], answers: )"
     R"([DnsToolsSocket.HostRecord<DnsToolsSocket.IPv4>(name: "a.", unique: false, internetClass: 1, )"
-    "ttl: 60, ip: 1.2.3.4)], authorities: [], additional: [])";
-
-// SOA, MX and AAAA of example.com, its NS, SRV and PTR that belong to it; as dnspython writes it.
-const char* const kFullAnswer =
-    "beef85800001000300010002076578616d706c6503636f6d0000ff0001c00c00"
-    "06000100000e100027036e7331c00c0a686f73746d6173746572c00c78a3f175"
-    "00001c2000000e10001275000000012cc00c000f000100000e100009000a046d"
-    "61696cc00cc00c001c00010000012c001020010db80000000000000000000000"
-    "01c00c0002000100000e100002c029045f736970045f756470c00c0021000100"
-    "00003c000c0001000213c403736970c00c0131013201300331393207696e2d61"
-    "646472046172706100000c00010000003c000704686f7374c00c";
+    R"(ttl: 60, ip: 1.2.3.4)], authorities: [DnsToolsSocket.NameServerRecord(name: "a.", )"
+    R"(unique: false, internetClass: 1, ttl: 60, type: 2, nameServer: "a.")], additional: )"
+    R"([DnsToolsSocket.Record(name: ".", unique: false, internetClass: 1, ttl: 0, type: 10, )"
+    "data: 0 bytes)])";
 
 TEST(Message, WritesAndReadsAnAnswer) {
   Message answer;
@@ -39,6 +36,8 @@ TEST(Message, WritesAndReadsAnAnswer) {
   answer.recursionDesired = answer.recursionAvailable = true;
   answer.questions = {{"a.", 1, true, 1}};  // the unique bit is read, never written
   answer.answers = {HostRecord<IPv4>("a.", false, 1, 60, IPv4(0x01020304))};
+  answer.authorities = {NameServerRecord("a.", 2, 1, false, 60, "a.")};
+  answer.additional = {Record(".", false, 1, 0, 10, {})};
   EXPECT_EQ(answer.serialize(), hex(kAnswer));
   EXPECT_EQ(Message::deserialize(hex(kAnswer))->debugDescription(), kAnswerText);
   const auto unique = Message::deserialize(hex("0001 0000 0001 0000 0000 0000 00 0001 8001"));
@@ -46,32 +45,13 @@ TEST(Message, WritesAndReadsAnAnswer) {
 }
 
 TEST(Message, FramesForTCP) {
-  const auto framed = hex("0023" + std::string(kAnswer));
+  const auto framed = hex("003C" + std::string(kAnswer));
   EXPECT_EQ(Message::deserialize(hex(kAnswer))->serializeTCP(), framed);
   // The pointer counts from after the length; octets past the frame are another one's.
-  EXPECT_EQ(Message::deserializeTCP(hex("0023" + std::string(kAnswer) + "FF"))->debugDescription(),
+  EXPECT_EQ(Message::deserializeTCP(hex("003C" + std::string(kAnswer) + "FF"))->debugDescription(),
             kAnswerText);
-  for (const std::size_t size : {0U, 1U, 36U}) {
+  for (const std::size_t size : {0U, 1U, 61U}) {
     EXPECT_EQ(errorOf(Message::deserializeTCP(DataView(framed).first(size))), "invalidMessageSize");
-  }
-}
-
-TEST(Message, ReadsAllSectionsAsAnotherLibraryWritesThem) {
-  const auto text = description(Message::deserialize(hex(kFullAnswer)).value());
-  const char* const fields[] = {
-      "type: 255, ",
-      R"(mname: "ns1.example.com.", rname: "hostmaster.example.com.", serial: 2024010101, )",
-      R"(minimum: 300), DnsToolsSocket.Record(name: "example.com.", unique: false, )",
-      "type: 15, data: 9 bytes), DnsToolsSocket.HostRecord<DnsToolsSocket.IPv6>(",
-      R"(ip: 2001:db8::1)], authorities: [DnsToolsSocket.NameServerRecord()",
-      R"(], additional: [DnsToolsSocket.ServiceRecord()",
-      (R"("1.2.0.192.in-addr.arpa.", unique: false, internetClass: 1, ttl: 60, )"
-       R"(destination: "host.example.com.")]))"),
-  };
-  std::size_t at = 0;
-  for (const char* const field : fields) {
-    at = text.find(field, at);
-    ASSERT_NE(at, std::string::npos) << field << " in " << text;
   }
 }
 

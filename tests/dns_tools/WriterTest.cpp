@@ -24,24 +24,21 @@ Data written(const std::vector<std::string>& names, std::size_t before = 0) {
 }
 
 TEST(Writer, WritesNames) {
-  const std::pair<std::vector<std::string>, const char*> rows[] = {
-      {{".", ".", ""}, "00 C000 00"},  // the root is a name as any other
-      {{"a.b"}, "01 61 01 62 00"},
-      {{"\u00E4.\u20AC."}, "02 C3A4 03 E282AC 00"},
-      {{"a.b.c.", "a.b.c."}, "01 61 01 62 01 63 00 C000"},
-      {{"a.b.c.", "b.c"}, "01 61 01 62 01 63 00 C002"},
-      {{"a.b.c.", "b.c."}, "01 61 01 62 01 63 00 01 62 C004"},  // not with a dot more
-      {{"a.b.", "a.b"}, "01 61 01 62 00 01 61 C002"},           // nor with a dot less
-      {{"a.b.c.", "x.c.", "y.x.c."}, "01 61 01 62 01 63 00 01 78 C004 01 79 01 78 C004"},
-      {{"A.", "a."}, "01 41 00 01 61 00"},
-      {{".a.b."}, "01 61 01 62 00"},
-      {{"a..a.name.that.is.long", "z..", "x.a.name.that.is.long"},
-       "01 61 01 61 04 6E616D65 04 74686174 02 6973 04 6C6F6E67 00 01 7A 00 01 78 C002"},
-      {{"a..b", "a.b", "x.a.b."}, "01 61 01 62 00 01 61 C002 01 78 C005"},
-  };
-  for (const auto& [names, bytes] : rows) {
-    EXPECT_EQ(written(names), hex(bytes)) << bytes;
-  }
+  expectEach<Texts, Data>(
+      [](const auto& names) { return written(names); },
+      {{{".", ".", ""}, hex("00 C000 00")},  // the root is a name as any other
+       {{"a.b"}, hex("01 61 01 62 00")},
+       {{"\u00E4.\u20AC."}, hex("02 C3A4 03 E282AC 00")},
+       {{"a.b.c.", "a.b.c."}, hex("01 61 01 62 01 63 00 C000")},
+       {{"a.b.c.", "b.c"}, hex("01 61 01 62 01 63 00 C002")},
+       {{"a.b.c.", "b.c."}, hex("01 61 01 62 01 63 00 01 62 C004")},  // not with a dot more
+       {{"a.b.", "a.b"}, hex("01 61 01 62 00 01 61 C002")},           // nor with a dot less
+       {{"a.b.c.", "x.c.", "y.x.c."}, hex("01 61 01 62 01 63 00 01 78 C004 01 79 01 78 C004")},
+       {{"A.", "a."}, hex("01 41 00 01 61 00")},
+       {{".a.b."}, hex("01 61 01 62 00")},
+       {{"a..a.name.that.is.long", "z..", "x.a.name.that.is.long"},
+        hex("01 61 01 61 04 6E616D65 04 74686174 02 6973 04 6C6F6E67 00 01 7A 00 01 78 C002")},
+       {{"a..b", "a.b", "x.a.b."}, hex("01 61 01 62 00 01 61 C002 01 78 C005")}});
 }
 
 TEST(Writer, FindsEachOfManyNamesAgain) {

@@ -64,16 +64,12 @@ TEST(DNSLabelTest, FollowsSoManyPointersAndNoMore) {
 }
 
 TEST(DNSLabelTest, WritesEachPieceAsALabel) {
-  const std::pair<std::string, const char*> rows[] = {
-      {".", "00"},
-      {"", "00 00"},
-      {"a.", "016100 00"},
-      {"a..b", "0161 00 0162 00"},
-      {"caf\xC3\xA9", "05 636166c3a9 00"},
-  };
-  for (const auto& [name, bytes] : rows) {
-    EXPECT_EQ(DNSLabelEncoder::encode(name), hex(bytes)) << name;
-  }
+  expectEach<std::string, Data>(DNSLabelEncoder::encode,
+                                {{".", hex("00")},
+                                 {"", hex("00 00")},
+                                 {"a.", hex("016100 00")},
+                                 {"a..b", hex("0161 00 0162 00")},
+                                 {"caf\xC3\xA9", hex("05 636166c3a9 00")}});
   // A label that would read as a pointer is cut.
   for (const std::size_t length : {190U, 191U, 192U}) {
     const std::string label(length, 'x');

@@ -68,21 +68,18 @@ TEST(DNSMessageTest, WritesNamesInFullAndRefusesEveryCut) {
 
 TEST(DNSMessageTest, RefusesCountsThatLie) {
   const std::string record = "00 0001 0001 00000000 0000";
-  const std::tuple<const char*, std::string, bool> rows[] = {
-      {"0001 0000 0000 0000", "00 0001 0001", true},
-      {"0001 0000 0000 0000", "02 6161 00 00", false},
-      {"0001 0000 0000 0000", "01 61 00 0001 00", false},
-      {"0002 0000 0000 0000", "00 0001 0001 00", false},
-      {"ffff 0000 0000 0000", "00 0001 0001", false},
-      {"0000 ffff 0000 0000", record, false},
-      {"0000 0000 ffff 0000", record, false},
-      {"0000 0000 0000 0001", record, true},
-      {"0000 0000 0000 ffff", record, false},
-      {"0000 0000 0000 0001", "00 0001 0001 00000000 ffff", false},
-  };
-  for (const auto& [counts, rest, isTaken] : rows) {
-    EXPECT_EQ(decoded(hex(std::string("1234 0100") + counts + rest)).has_value(), isTaken) << rest;
-  }
+  expectEach<std::string, bool>(
+      [](const auto& rest) { return decoded(hex("1234 0100" + rest)).has_value(); },
+      {{"0001 0000 0000 0000 00 0001 0001", true},
+       {"0001 0000 0000 0000 02 6161 00 00", false},
+       {"0001 0000 0000 0000 01 61 00 0001 00", false},
+       {"0002 0000 0000 0000 00 0001 0001 00", false},
+       {"ffff 0000 0000 0000 00 0001 0001", false},
+       {"0000 ffff 0000 0000" + record, false},
+       {"0000 0000 ffff 0000" + record, false},
+       {"0000 0000 0000 0001 " + record, true},
+       {"0000 0000 0000 ffff " + record, false},
+       {"0000 0000 0000 0001 00 0001 0001 00000000 ffff", false}});
 }
 
 TEST(DNSMessageTest, BoundsTheTextOfAllNames) {

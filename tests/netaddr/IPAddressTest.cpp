@@ -106,14 +106,6 @@ TEST(IPAddressTest, IsInASubnetThatHoldsAllOfIt) {
   }
 }
 
-TEST(IPAddressTest, IsNotMadeOfAnotherNumberOfBytes) {
-  for (const std::size_t length : {0U, 3U, 5U, 15U, 17U}) {
-    EXPECT_EQ(thrownBy([&] { (void)IPAddress::addressWithData(Data(length)); }),
-              "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 "
-              "nor a IPv6 address");
-  }
-}
-
 TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
   DNSResourceRecord record;
   record.name = "a";
@@ -126,9 +118,12 @@ TEST(DNSAResourceRecordTest, HoldsItsDataAsAnAddress) {
   record.data.resize(16);
   EXPECT_EQ(DNSAResourceRecord::fromResource(record)->ip->correctForm(), "5db8:d822::");
   EXPECT_EQ(DNSAResourceRecord::fromResource(record)->encodeData(), record.data);
-  record.data.resize(3);
-  EXPECT_TRUE(
-      thrownBy([&] { DNSAResourceRecord::fromResource(record); }).starts_with("ipInvalidLength: "));
+  for (const std::size_t length : {0U, 3U, 5U, 15U, 17U}) {
+    record.data.resize(length);
+    EXPECT_EQ(thrownBy([&] { DNSAResourceRecord::fromResource(record); }),
+              "ipInvalidLength: The provided data length does not correspond to neighter a IPv4 "
+              "nor a IPv6 address");
+  }
 }
 
 }  // namespace quillet::test

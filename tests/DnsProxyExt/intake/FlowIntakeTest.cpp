@@ -66,25 +66,22 @@ Report settings - package: Optional("other"), tf: nil, detailed:  false
 }
 
 TEST(ReportCommand, ReadsTheParameters) {
-  const std::tuple<const char*, std::string, std::string, bool> rows[] = {
-      {"tf_300_d_x.example.", "Optional(300)", "nil", true},
-      {"tf_300_d.example.", "Optional(300)", "nil", false},
-      {"tf_-5", "Optional(-5)", "nil", false},
-      {"tf_99999999999999999999", "nil", "nil", false},
-      {"p_a_p_b", "nil", "Optional(\"b\")", false},
-      {"p_tf_9", "Optional(9)", "Optional(\"tf\")", false},
-      {"p_d", "nil", "Optional(\"d\")", true},
-      {"p", "nil", "nil", false},
-      {"tf_d", "nil", "nil", true},
-      {"tf_5_tf", "Optional(5)", "nil", false},
-      {"p_", "nil", "Optional(\"\")", false},
-  };
-  for (const auto& [text, seconds, package, detailed] : rows) {
+  const auto settingsOf = [](const std::string& text) {
     const auto settings = reportParameters(text);
-    EXPECT_EQ(description(settings.forLastSecs), seconds) << text;
-    EXPECT_EQ(description(settings.package), package) << text;
-    EXPECT_EQ(settings.detailed, detailed) << text;
-  }
+    return description(settings.forLastSecs) + " " + description(settings.package) +
+           (settings.detailed ? " detailed" : "");
+  };
+  expectEach(settingsOf, {{"tf_300_d_x.example.", R"(Optional(300) nil detailed)"},
+                          {"tf_300_d.example.", R"(Optional(300) nil)"},
+                          {"tf_-5", R"(Optional(-5) nil)"},
+                          {"tf_99999999999999999999", R"(nil nil)"},
+                          {"p_a_p_b", R"(nil Optional("b"))"},
+                          {"p_tf_9", R"(Optional(9) Optional("tf"))"},
+                          {"p_d", R"(nil Optional("d") detailed)"},
+                          {"p", R"(nil nil)"},
+                          {"tf_d", R"(nil nil detailed)"},
+                          {"tf_5_tf", R"(Optional(5) nil)"},
+                          {"p_", R"(nil Optional(""))"}});
 }
 
 }  // namespace quillet::test
