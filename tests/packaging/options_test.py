@@ -64,58 +64,58 @@ def bash_words(program, *typed):
     return set(output("bash", "-c", script, "bash", PACKAGING / "completions/bash" / program, program, *typed).split())
 
 
+def of_each_program(test):
+    def tests(self):
+        for program in PROGRAMS:
+            with self.subTest(program=program):
+                test(self, program, *offered(program))
+    return tests
+
+
 class OptionsTest(unittest.TestCase):
-    def test_page(self):
-        for program in PROGRAMS:
-            with self.subTest(program=program):
-                commands = offered(program)[1]
-                described = {name: set(options) for name, *options in page_terms(program, "COMMANDS")}
-                options = {term for terms in page_terms(program, "OPTIONS") for term in terms}
-                self.assertEqual(options.union(*described.values()), of_options(everything(program)))
-                self.assertEqual(set(described), set(commands))
-                for name, beside in described.items():
-                    self.assertIn(beside, (set(), of_options(commands[name])), name)
+    @of_each_program
+    def test_page(self, program, _, commands):
+        described = {name: set(options) for name, *options in page_terms(program, "COMMANDS")}
+        options = {term for terms in page_terms(program, "OPTIONS") for term in terms}
+        self.assertEqual(options.union(*described.values()), of_options(everything(program)))
+        self.assertEqual(set(described), set(commands))
+        for name, beside in described.items():
+            self.assertIn(beside, (set(), of_options(commands[name])), name)
 
-    def test_bash(self):
-        for program in PROGRAMS:
-            with self.subTest(program=program):
-                options, commands = offered(program)
-                words = bash_words(program)
-                self.assertLessEqual(set(commands), words)
-                for command, taken in commands.items():
-                    after = bash_words(program, command)
-                    self.assertEqual(after - options, taken, command)
-                    words |= after
-                self.assertEqual(words, everything(program))
+    @of_each_program
+    def test_bash(self, program, options, commands):
+        words = bash_words(program)
+        self.assertLessEqual(set(commands), words)
+        for command, taken in commands.items():
+            after = bash_words(program, command)
+            self.assertEqual(after - options, taken, command)
+            words |= after
+        self.assertEqual(words, everything(program))
 
-    def test_zsh(self):
-        for program in PROGRAMS:
-            with self.subTest(program=program):
-                commands = offered(program)[1]
-                file = PACKAGING / "completions/zsh" / f"_{program}"
-                output("zsh", "-n", file)
-                text = file.read_text()
-                words = rf"(?<![\w-]){OPTION}(?=[\[}}])"
-                self.assertEqual(set(re.findall(words, text)), of_options(everything(program)))
-                self.assertEqual(set(re.findall(r"[( ]([a-z]+)\\:", text)), set(commands))
-                for command, part in re.findall(r"^  ([a-z]+)\)(.*?);;", text, re.MULTILINE | re.DOTALL):
-                    values = {word for pair in re.findall(r"\(([a-z]+) ([a-z]+)\)", part) for word in pair}
-                    self.assertEqual(set(re.findall(words, part)) | values, commands[command], command)
+    @of_each_program
+    def test_zsh(self, program, _, commands):
+        file = PACKAGING / "completions/zsh" / f"_{program}"
+        output("zsh", "-n", file)
+        text = file.read_text()
+        words = rf"(?<![\w-]){OPTION}(?=[\[}}])"
+        self.assertEqual(set(re.findall(words, text)), of_options(everything(program)))
+        self.assertEqual(set(re.findall(r"[( ]([a-z]+)\\:", text)), set(commands))
+        for command, part in re.findall(r"^  ([a-z]+)\)(.*?);;", text, re.MULTILINE | re.DOTALL):
+            values = {word for pair in re.findall(r"\(([a-z]+) ([a-z]+)\)", part) for word in pair}
+            self.assertEqual(set(re.findall(words, part)) | values, commands[command], command)
 
-    def test_fish(self):
-        for program in PROGRAMS:
-            with self.subTest(program=program):
-                options, commands = offered(program)
-                text = (PACKAGING / "completions/fish" / f"{program}.fish").read_text()
-                found = {"": set()}
-                for command, rest in re.findall(r"^complete -c \S+(?: -n \"__fish_seen_subcommand_from ([a-z]+)\")?(.*)", text,
-                                                re.MULTILINE):
-                    words = {f"--{name}" for name in re.findall(r" -l ([a-z-]+)", rest)}
-                    if command:
-                        words |= {word for pair in re.findall(r" -a \"([a-z]+) ([a-z]+)\"", rest) for word in pair}
-                    found.setdefault(command, set()).update(words)
-                self.assertEqual(found, {"": options, **{name: taken for name, taken in commands.items() if taken}})
-                self.assertEqual(set(re.findall(r"__fish_use_subcommand -a ([a-z]+)", text)), set(commands))
+    @of_each_program
+    def test_fish(self, program, options, commands):
+        text = (PACKAGING / "completions/fish" / f"{program}.fish").read_text()
+        found = {"": set()}
+        for command, rest in re.findall(r"^complete -c \S+(?: -n \"__fish_seen_subcommand_from ([a-z]+)\")?(.*)", text,
+                                        re.MULTILINE):
+            words = {f"--{name}" for name in re.findall(r" -l ([a-z-]+)", rest)}
+            if command:
+                words |= {word for pair in re.findall(r" -a \"([a-z]+) ([a-z]+)\"", rest) for word in pair}
+            found.setdefault(command, set()).update(words)
+        self.assertEqual(found, {"": options, **{name: taken for name, taken in commands.items() if taken}})
+        self.assertEqual(set(re.findall(r"__fish_use_subcommand -a ([a-z]+)", text)), set(commands))
 
 
 if __name__ == "__main__":

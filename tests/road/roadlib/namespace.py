@@ -1,23 +1,15 @@
 """A network of the test's own, where every port and address is free and /etc/resolv.conf may be replaced."""
 
 import contextlib
-import fcntl
-import itertools
 import os
 import shutil
-import socket
-import struct
 import subprocess
 import sys
 
 from roadlib.client import tool
-from roadlib.processes import family_of
 
 SKIPPED = 77  # the test runner's word for it
 INSIDE = "QUILLET_INSIDE_NAMESPACE"
-
-_SET_ADDRESS = 0x8916  # SIOCSIFADDR
-_aliases = itertools.count(1)
 
 
 def enter():
@@ -36,13 +28,7 @@ def enter():
 
 def add_address(address):
     """Puts an address of any network on the loopback interface."""
-    with socket.socket(family_of(address), socket.SOCK_DGRAM) as s:
-        octets = socket.inet_pton(s.family, address)
-        if s.family == socket.AF_INET:
-            request = struct.pack("16sH2x4s16x", f"lo:{next(_aliases)}".encode(), socket.AF_INET, octets)
-        else:
-            request = struct.pack("=16sIi", octets, 128, socket.if_nametoindex("lo"))
-        fcntl.ioctl(s, _SET_ADDRESS, request)
+    tool("ip", "address", "add", address, "dev", "lo")
 
 
 @contextlib.contextmanager
@@ -60,7 +46,6 @@ def resolv_conf(folder, *lines):
 
 def _bring_loopback_up():
     """Without an address beyond the loopback ones the C library would not ask at all."""
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as s:
-        fcntl.ioctl(s, 0x8914, struct.pack("16sH22x", b"lo", 1))  # SIOCSIFFLAGS, IFF_UP
+    tool("ip", "link", "set", "lo", "up")
     add_address("192.0.2.1")
     add_address("2001:db8::1")
