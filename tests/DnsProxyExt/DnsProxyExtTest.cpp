@@ -59,4 +59,42 @@ TEST_F(DnsProxyExtTest, TellsTheRelayOfItsStartItsSettingsAndItsStop) {
   EXPECT_TRUE(runUntilLogged("Xpc Udp State: Cancelled\n"));
 }
 
+TEST_F(DnsProxyExtTest, LogsTheWholeRoadOfAQuery) {
+  const FakeServer server(answerA);
+  start(R"({"organizationId": "org42"})"_json);
+  provider_->filteringDNS = hostAt(server.text());
+  // The policy was fetched a moment ago.
+  provider_->fetchingPolicyIsStarted = true;
+  provider_->lastPolicyFetchTime = 1'700'000'000;
+  runReady();
+  log_.clear();
+  serve(std::make_shared<FakeFlow>(7, std::vector<Data>{query("a")}));
+  ASSERT_TRUE(runUntilLogged("State: Cancelled, flowHash = 7\n"));
+  auto logged = records();
+  EXPECT_THAT(logged.at(0), testing::MatchesRegex("\\[DnsProxyExt\\] handleNewUDPFlow, instance id "
+                                                  "- <DnsProxyExt: [0-9]+>"));
+  logged.erase(logged.begin());
+  auto text = linesOf(logged);
+  text.replace(text.find(server.text()), server.text().size(), "SERVER");
+  EXPECT_EQ(text, expectedText("DnsProxyExt/transcripts/query.txt"));
+  EXPECT_THAT(server.received(),
+              ElementsAre(hex(expectedText("DnsProxyExt/transcripts/query-sent.txt"))));
+  auto atRelay = relayed(8);
+  atRelay.erase(atRelay.begin(), atRelay.begin() + 5);
+  EXPECT_EQ(linesOf(atRelay), expectedText("DnsProxyExt/transcripts/query-relayed.txt"));
+}
+
+TEST_F(DnsProxyExtTest, LogsTheErrorOfARefusedQuery) {
+  provider_->filteringDNS = nobody();
+  const std::vector<Data> two{query("a"), query("b")};
+  offer(std::make_shared<FakeFlow>(7, two));
+  const std::string error = "POSIXErrorCode(rawValue: 111): Connection refused";
+  EXPECT_TRUE(runUntilLogged("udp socket error: " + error + ", flowHash = 7"));
+  EXPECT_EQ(
+      count("handleInBoundDatagram,hash = 7, isFinish = false, error = Optional(" + error + ")"), 1)
+      << "one for all";
+  const auto& report = provider_->dnsFlowsReports.at("7");
+  EXPECT_TRUE(runUntil([&] { return report.keeper == nullptr; })) << "the exchange is over";
+}
+
 }  // namespace quillet::test

@@ -17,6 +17,7 @@ MEMORY_MARGIN_KIB = 4096
 DESCRIPTOR_MARGIN = 8
 
 
+@unittest.skipIf(QUERIES < 1000, "no load in this build")
 class LoadTest(RoadTest):
     def dnsperf(self, endpoint):
         """Runs dnsperf over 200 sockets; its counts of sent, completed, lost."""
@@ -31,7 +32,6 @@ class LoadTest(RoadTest):
         return [int(re.search(rf"Queries {what}:\s+(\d+)", done.stdout).group(1))
                 for what in ("sent", "completed", "lost")]
 
-    @unittest.skipIf(QUERIES < 1000, "no load in this build")
     def test_dnsperf(self):
         demo_filter = self.demo_filter(quiet=True)
         proxy = self.proxy({"filteringDNS": demo_filter.address, **IDENTITY}, discard=True)
@@ -47,7 +47,6 @@ class LoadTest(RoadTest):
         total = 2 * QUERIES
         self.assertEqual(demo_filter.output()[-1], f"queries {total}, answered {total}, refused 0")
 
-    @unittest.skipIf(QUERIES < 1000, "no load in this build")
     def test_brief_log(self):
         path = os.path.join(self.folder, "log")
         with open(path, "wb") as log:

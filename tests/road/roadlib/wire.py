@@ -5,7 +5,7 @@ import struct
 
 A, AAAA, OPT = 1, 28, 41
 
-QR, RD, RA, AD = 0x8000, 0x0100, 0x0080, 0x0020
+QR, RD, RA = 0x8000, 0x0100, 0x0080
 
 
 def name_bytes(name):
@@ -18,23 +18,10 @@ def name_bytes(name):
     return out + b"\0"
 
 
-def header(identifier, flags, questions=0, answers=0, authorities=0, additional=0):
-    return struct.pack("!6H", identifier, flags, questions, answers, authorities, additional)
-
-
-def question(name, qtype):
-    return name_bytes(name) + struct.pack("!2H", qtype, 1)
-
-
-def record(owner, rtype, rdata):
-    """A resource record; `owner` is a name or, as bytes, the name's wire form (a pointer, say)."""
-    owner = owner if isinstance(owner, bytes) else name_bytes(owner)
-    return owner + struct.pack("!2HIH", rtype, 1, 60, len(rdata)) + rdata
-
-
 def query(name, qtype=A, identifier=None, flags=RD, additional=b""):
     identifier = random.randrange(0x10000) if identifier is None else identifier
-    return header(identifier, flags, 1, additional=1 if additional else 0) + question(name, qtype) + additional
+    return (struct.pack("!6H", identifier, flags, 1, 0, 0, 1 if additional else 0) + name_bytes(name)
+            + struct.pack("!2H", qtype, 1) + additional)
 
 
 def framed(message):
@@ -42,8 +29,8 @@ def framed(message):
     return struct.pack("!H", len(message)) + message
 
 
-def opt(options=b"", size=1232, ttl=0, owner=b"\0"):
-    return owner + struct.pack("!2HIH", OPT, size, ttl, len(options)) + options
+def opt(options):
+    return b"\0" + struct.pack("!2HIH", OPT, 1232, 0, len(options)) + options
 
 
 def option(code, value):
@@ -83,5 +70,5 @@ def injected_options(message):
 
 def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
-    return (message[:2] + struct.pack("!5H", QR | RD | RA, 1, count, 0, 0) + message[12:question_end(message)]
-            + record(b"\xc0\x0c", rtype, rdata) * count)
+    record = struct.pack("!3HIH", 0xC00C, rtype, 1, 60, len(rdata)) + rdata
+    return message[:2] + struct.pack("!5H", QR | RD | RA, 1, count, 0, 0) + message[12:question_end(message)] + record * count
