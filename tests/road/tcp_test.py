@@ -1,6 +1,4 @@
-"""Queries by TCP: the usual tools, many queries on one connection, and what an upstream has truncated."""
-
-import socket
+"""Queries by TCP: the usual tools, and what an upstream has truncated."""
 
 from roadlib import wire
 from roadlib.case import RoadTest
@@ -14,18 +12,6 @@ class TCPTest(RoadTest):
             self.assertEqual(dig((host, port), "+tcp", "+keepopen", "+short", "a.example", "b.example"), "1.2.3.4\n" * 2)
             shown = tool("kdig", f"@{host}", "-p", str(port), "+tcp", "+keepopen", "+retry=0", "a.example", "b.example")
             self.assertEqual([shown.count(text) for text in ("1.2.3.4", "(TCP)", "WARNING")], [2, 2, 0])
-
-    def test_a_hundred_queries_on_one_connection_beside_another_of_the_same_identifiers(self):
-        upstream, proxy = self.road()
-        queries = [[wire.query(f"{which}{number}.example", identifier=number) for number in range(100)] for which in "ab"]
-        with TCPClient(proxy.endpoint) as one, TCPClient(proxy.endpoint) as other:
-            one.send(b"".join(map(wire.framed, queries[0])))
-            for query in queries[1]:
-                other.send(wire.framed(query))
-            for client, own in zip((one, other), queries):
-                client.socket.shutdown(socket.SHUT_WR)
-                self.assertEqual(sorted(client.receive_all()), sorted(map(wire.answer_to, own)))
-        self.assertEqual(len(upstream.queries), 200)
 
     def test_a_truncated_answer_goes_back_as_it_came(self):
         query = wire.query("a.example")

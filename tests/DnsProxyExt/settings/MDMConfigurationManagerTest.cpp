@@ -42,37 +42,32 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityAndNamesTheFirstMissingValue
   const std::string missing = "Optional(\"The app has not received values from MDM\")";
   const std::string organization = "Optional(\"OrganizationId value is not found.\")";
   const std::string user = "Optional(\"UserId is not found.\")";
-  const std::tuple<ConfigurationMap, ValuesForInject, std::string> rows[] = {
-      {{}, {}, missing},
-      {{{"organizationId", "o"},
-        {"orgUnitId", "ou"},
-        {"userId", "u"},
-        {"ttl", "5"},
-        {"serialNumber", "s"}},
+  const std::tuple<platform::JSONValue, ValuesForInject, std::string> rows[] = {
+      {R"({})"_json, {}, missing},
+      {R"({"organizationId": "o", "orgUnitId": "ou", "userId": "u", "ttl": "5", "serialNumber": "s"})"_json,
        {{"65001", "o"}, {"65002", "ou"}, {"65003", "u"}, {"65010", "5"}, {"65011", "s"}},
        "nil"},
-      {{{"organizationId", "o"}, {"userEmail", "e"}}, {{"65001", "o"}, {"65003", "e"}}, user},
-      {{{"userEmail", "e"}, {"userId", "u"}}, {{"65003", "u"}}, organization},
-      {{{"orgUnitId", ""}, {"userId", ""}, {"organizationId", ""}, {"ttl", ""}},
+      {R"({"organizationId": "o", "userEmail": "e"})"_json, {{"65001", "o"}, {"65003", "e"}}, user},
+      {R"({"userEmail": "e", "userId": "u"})"_json, {{"65003", "u"}}, organization},
+      {R"({"orgUnitId": "", "userId": "", "organizationId": "", "ttl": ""})"_json,
        {{"65001", ""}, {"65010", ""}},
        organization},
-      {{{"userAuthEnabled", "FALSE"}, {"organizationId", "o"}, {"userId", "u"}},
+      {R"({"userAuthEnabled": "FALSE", "organizationId": "o", "userId": "u"})"_json,
        {{"65001", "o"}, {"65010", "60"}},
        "nil"},
-      {{{"userAuthEnabled", "false"}, {"ttl", ""}, {"serialNumber", ""}},
+      {R"({"userAuthEnabled": "false", "ttl": "", "serialNumber": ""})"_json,
        {{"65010", ""}, {"65011", ""}},
        organization},
-      {{{"addAppSenderId", "YES"}}, {{"65005", "com.example.app"}}, organization},
-      {{{"addAppSenderId", "true"}}, {}, organization},
+      {R"({"addAppSenderId": "YES"})"_json, {{"65005", "com.example.app"}}, organization},
+      {R"({"addAppSenderId": "true"})"_json, {}, organization},
   };
   for (const auto& [conf, identity, incomplete] : rows) {
     MDMConfigurationManager manager;
-    manager.initConfigurationForMacOs(conf);
+    manager.initConfigurationForMacOs(conf.get<ConfigurationMap>());
     ValuesForInject expected{{"65004", "127.0.0.1"}, {"65006", "Europe/Ljubljana"}, {"65007", "1"}};
     expected.insert(identity.begin(), identity.end());
-    const auto printed = description(conf);
-    EXPECT_EQ(manager.getValuesForInject("com.example.app"), expected) << printed;
-    EXPECT_EQ(description(manager.checkMDMValues()), incomplete) << printed;
+    EXPECT_EQ(manager.getValuesForInject("com.example.app"), expected) << conf;
+    EXPECT_EQ(description(manager.checkMDMValues()), incomplete) << conf;
   }
   manager_.initConfigurationForMacOs({{"adminPassword", "p"}, {"testModeEnabled", "Yes"}});
   EXPECT_EQ(manager_.getAdminPassword(), "p");

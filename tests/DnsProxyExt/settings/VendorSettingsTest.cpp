@@ -35,14 +35,10 @@ class VendorSettingsTest : public testing::Test {
 
 TEST_F(VendorSettingsTest, KeepsWhatNewSettingsDoNotName) {
   EXPECT_EQ(inForce(), "127.0.0.3:53 127.0.0.2:81 127.0.0.4:53 nil [] [] false [:]");
-  apply({{"secondDNS", "10.0.0.1:54"},
-         {"filteringDNS", "10.0.0.2"},
-         {"localNetworkDNS", "10.0.0.3"},
-         {"policyServer", "10.0.0.4:2801"},
-         {"captivePortalIp", "10.0.0.5,10.0.0.6"},
-         {"allowPackages", "a,b"},
-         {"allowAll", "true"},
-         {"mappedDomains", "[corp:10.1.1.1]"}});
+  apply(R"({"secondDNS": "10.0.0.1:54", "filteringDNS": "10.0.0.2", "localNetworkDNS": "10.0.0.3",
+            "policyServer": "10.0.0.4:2801", "captivePortalIp": "10.0.0.5,10.0.0.6",
+            "allowPackages": "a,b", "allowAll": "true", "mappedDomains": "[corp:10.1.1.1]"})"_json
+            .get<ConfigurationMap>());
   const std::string servers = "10.0.0.1:54 10.0.0.2:53 ";
   const std::string portals = R"(["10.0.0.5", "10.0.0.6"] )";
   EXPECT_EQ(inForce(), servers + "10.0.0.3:53 10.0.0.4:2801 " + portals +

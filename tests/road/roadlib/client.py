@@ -55,10 +55,6 @@ class TCPClient:
         length = self._stream.read(2)
         return self._stream.read(int.from_bytes(length, "big")) if length else None
 
-    def receive_all(self):
-        """The messages until the other side ends."""
-        return list(iter(self.receive, None))
-
     def ask(self, query):
         self.send(wire.framed(query))
         return self.receive()
