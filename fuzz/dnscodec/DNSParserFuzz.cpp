@@ -44,10 +44,6 @@ bool isWritable(const std::string& name) {
 }
 
 void requireSound(const DNSMessage& message, DataView datagram) {
-  const auto& [header, questions, answers, authority, additional] = message;
-  require(questions.size() == header.questionCount && answers.size() == header.answerRecordCount);
-  require(authority.size() == header.authorityRecordCount);
-  require(additional.size() == header.additionalRecordCount);
   std::size_t size = 0;
   std::ranges::for_each(namesOf(message), [&](const auto& name) { size += name.size(); });
   // Each name that costs nothing is a root, which takes an octet of the message.
@@ -55,7 +51,8 @@ void requireSound(const DNSMessage& message, DataView datagram) {
   if (std::ranges::all_of(namesOf(message), isWritable)) {
     const auto written = DNSMessageEncoder::encode(message);
     const auto again = decoded(written);
-    require(again && header == again->header && DNSMessageEncoder::encode(*again) == written);
+    require(again && message.header == again->header &&
+            DNSMessageEncoder::encode(*again) == written);
   }
 }
 

@@ -1,6 +1,4 @@
-"""The brief log: one line for each query, whatever becomes of it, and no other record of one.
-
-Runs in a network of its own, where port 9898 is free; skipped where the system permits no such thing."""
+"""The brief log: one line for each query, whatever becomes of it, and no other record of one."""
 
 from roadlib import namespace, wire
 from roadlib.case import IDENTITY, RoadTest

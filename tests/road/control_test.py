@@ -1,7 +1,4 @@
-"""The control socket: who is served, where it lies, what its methods tell, and clients that misbehave.
-
-Runs in a network of its own, where the system's server is one of the test's; skipped where the system permits no such
-thing."""
+"""The control socket: who is served, where it lies, what its methods tell, and clients that misbehave."""
 
 import json
 import os

@@ -1,7 +1,4 @@
-"""The proxy with the addresses that are built in, and its link to the relay service.
-
-Runs in a network of its own, where every port is free and any address can be had; skipped where the system permits
-no such thing."""
+"""The proxy with the addresses that are built in, and its link to the relay service."""
 
 import os
 import resource

@@ -1,6 +1,4 @@
-"""The relay service from outside: its two ports, its XPC service, what it runs, and the proxy as its client.
-
-Runs in a network of its own, where ports 9898 and 9899 are free; skipped where the system permits no such thing."""
+"""The relay service from outside: its two ports, its XPC service, what it runs, and the proxy as its client."""
 
 import os
 import signal
