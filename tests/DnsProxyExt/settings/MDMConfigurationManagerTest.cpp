@@ -1,4 +1,5 @@
 #include "DnsProxyExt/settings/MDMConfigurationManager.h"
+#include "platform/store/JSONValue.h"
 #include "tests/platform/EnvironmentVariable.h"
 #include "tests/support/DefaultsFolder.h"
 #include "tests/support/Test.h"

@@ -3,6 +3,7 @@
 
 #include "DnsProxyExt/settings/IdentityOption.h"
 #include "DnsProxyExt/settings/VendorSettings.h"
+#include "platform/store/JSONValue.h"
 #include "tests/support/Test.h"
 
 namespace quillet::test {
