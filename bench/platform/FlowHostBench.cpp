@@ -9,7 +9,7 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/flowhost/FlowHost.h"
-#include "tests/platform/UDPSocket.h"
+#include "tests/platform/Socket.h"
 
 namespace {
 

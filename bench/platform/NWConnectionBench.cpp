@@ -5,7 +5,7 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/network/NWConnection.h"
-#include "tests/platform/UDPSocket.h"
+#include "tests/platform/Socket.h"
 
 namespace {
 

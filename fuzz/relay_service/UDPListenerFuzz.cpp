@@ -10,25 +10,17 @@
 
 #include "fuzz/Target.h"
 #include "platform/base/Utf8.h"
-#include "relay_service/UDPListener.h"
 #include "tests/relay_service/FakeConnection.h"
 #include "tests/support/LogCapture.h"
 
 namespace quillet::fuzz {
 
-using QuilletXPCservice::UDPListener;
 using QuilletXPCservice::test::FakeConnection;
-
-class Listener final : public UDPListener {
- public:
-  Listener() : UDPListener({"", "flush"}) {}
-
-  std::string runShellCommand(const std::string& /*command*/) override { return ""; }
-};
+using QuilletXPCservice::test::Listener;
 
 /// A client that is received from.
 std::shared_ptr<FakeConnection> connected(Listener& listener) {
-  const auto client = std::make_shared<FakeConnection>("[C1]");
+  const auto client = std::make_shared<FakeConnection>();
   listener.acceptConnection(client);
   client->report(platform::NWConnection::State::Kind::ready);
   require(client->armed() == 1);

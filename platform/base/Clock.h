@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 namespace platform {
@@ -28,8 +29,8 @@ class Clock {
   static void setShared(const Clock* clock);
 };
 
-/// A clock that stands still until it is told to move.
-class ManualClock final : public Clock {
+/// A clock that stands still until it is told to move. Any thread may read it.
+class ManualClock : public Clock {
  public:
   explicit ManualClock(std::int64_t microsecondsSince1970 = 0)
       : microsecondsSince1970_(microsecondsSince1970) {}
@@ -43,8 +44,8 @@ class ManualClock final : public Clock {
   void advanceSeconds(double seconds);
 
  private:
-  std::int64_t microsecondsSince1970_;
-  std::uint64_t uptimeNanoseconds_ = 0;
+  std::atomic<std::int64_t> microsecondsSince1970_;
+  std::atomic<std::uint64_t> uptimeNanoseconds_ = 0;
 };
 
 /// Seconds since 1 January 1970 of the shared clock.

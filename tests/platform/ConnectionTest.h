@@ -2,8 +2,8 @@
 
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 
 namespace platform::test {
 

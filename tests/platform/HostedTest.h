@@ -3,10 +3,9 @@
 #include "platform/flowhost/FlowHost.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 #include "platform/udp/OwnSockets.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/SocketFailures.h"
-#include "tests/platform/TCPClient.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 
 namespace platform::test {
 
@@ -67,18 +66,15 @@ class HostedTest : public testing::Test {
   /// Writes and gives the error's text, "" for none.
   static std::string write(const Flow& flow, const Texts& texts,
                            std::vector<NWHostEndpoint> endpoints) {
-    std::optional<std::string> outcome;
+    std::string outcome = "nothing";
     std::vector<Data> datagrams;
-    for (const auto& text : texts) {
-      datagrams.push_back(bytes(text));
-    }
+    std::ranges::transform(texts, std::back_inserter(datagrams), bytes);
     flow->writeDatagrams(std::move(datagrams), std::move(endpoints), [&](const auto& error) {
-      EXPECT_FALSE(outcome);
-      outcome = error ? error->text() : "";
+      EXPECT_EQ(std::exchange(outcome, error ? error->text() : ""), "nothing");
     });
-    EXPECT_FALSE(outcome);
-    EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
-    return outcome.value_or("nothing");
+    EXPECT_EQ(outcome, "nothing");
+    EXPECT_TRUE(runUntil([&] { return outcome != "nothing"; }));
+    return outcome;
   }
   std::string answer(std::size_t index, const std::string& text) {
     const auto flow = offered(index);

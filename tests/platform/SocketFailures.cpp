@@ -22,36 +22,33 @@ bool SocketFailures::next() {
 
 }  // namespace platform::test
 
-using platform::test::SocketFailures;
+namespace {
+
+/// The system call itself, unless it is to fail.
+template <class... Arguments>
+auto call(long number, Arguments... arguments) {
+  return platform::test::SocketFailures::next() ? -1L : ::syscall(number, arguments...);
+}
+
+}  // namespace
 
 // A program's own functions come before those of the C library.
 extern "C" {
 
 ssize_t send(int socket, const void* bytes, size_t size, int flags) {
-  return SocketFailures::next() ? -1
-                                : ::syscall(SYS_sendto, socket, bytes, size, flags, nullptr, 0);
+  return call(SYS_sendto, socket, bytes, size, flags, nullptr, 0);
 }
-
 ssize_t sendmsg(int socket, const msghdr* message, int flags) {
-  return SocketFailures::next() ? -1 : ::syscall(SYS_sendmsg, socket, message, flags);
+  return call(SYS_sendmsg, socket, message, flags);
 }
-
 int sendmmsg(int socket, mmsghdr* messages, unsigned int count, int flags) {
-  return SocketFailures::next()
-             ? -1
-             : static_cast<int>(::syscall(SYS_sendmmsg, socket, messages, count, flags));
+  return static_cast<int>(call(SYS_sendmmsg, socket, messages, count, flags));
 }
-
 int accept4(int socket, sockaddr* address, socklen_t* size, int flags) {
-  return SocketFailures::next()
-             ? -1
-             : static_cast<int>(::syscall(SYS_accept4, socket, address, size, flags));
+  return static_cast<int>(call(SYS_accept4, socket, address, size, flags));
 }
-
 int recvmmsg(int socket, mmsghdr* messages, unsigned int count, int flags, timespec* timeout) {
-  return SocketFailures::next()
-             ? -1
-             : static_cast<int>(::syscall(SYS_recvmmsg, socket, messages, count, flags, timeout));
+  return static_cast<int>(call(SYS_recvmmsg, socket, messages, count, flags, timeout));
 }
 
 }  // extern "C"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -35,6 +37,11 @@ class TemporaryDirectory {
   void replaceFile(const std::string& name, std::string_view text) const {
     writeFile(path_ / "fresh", text);
     std::filesystem::rename(path_ / "fresh", path_ / name);
+  }
+
+  /// Runs `command` in it, by the shell.
+  void run(const std::string& command) const {
+    EXPECT_EQ(std::system(("cd " + path_.native() + "; " + command).c_str()), 0) << command;
   }
 
  private:

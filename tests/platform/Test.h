@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <cmath>
 #include <functional>
 
 #include "platform/base/Clock.h"
@@ -29,28 +27,17 @@ bool runUntilSize(const List& list, std::size_t count) {
   return runUntil([&] { return list.size() >= count; });
 }
 
-/// The shared clock while it lives; it moves when it is told to. Any thread may read it.
-class SharedClock final : public Clock {
- public:
-  explicit SharedClock(std::int64_t microseconds = 0) : microseconds_(microseconds) {
+/// The shared clock while it lives; it moves when it is told to.
+struct SharedClock : ManualClock {
+  explicit SharedClock(std::int64_t microseconds = 0) : ManualClock(microseconds) {
     setShared(this);
   }
   ~SharedClock() override { setShared(nullptr); }
-  [[nodiscard]] std::int64_t microsecondsSince1970() const override { return microseconds_; }
-  [[nodiscard]] std::uint64_t uptimeNanoseconds() const override { return uptime_; }
-  void advanceSeconds(double seconds) {
-    microseconds_ += std::llround(seconds * 1e6);
-    uptime_ += static_cast<std::uint64_t>(std::llround(std::max(seconds, 0.0) * 1e9));
-  }
   /// The time passes, and what is due by then is done.
   void pass(double seconds) {
     advanceSeconds(seconds);
     runReady();
   }
-
- private:
-  std::atomic<std::int64_t> microseconds_;
-  std::atomic<std::uint64_t> uptime_{1};
 };
 
 }  // namespace platform::test

@@ -1,6 +1,5 @@
-#include "platform/base/Clock.h"
 #include "queries/QueryLedger.h"
-#include "tests/support/Test.h"
+#include "tests/platform/Test.h"
 
 namespace quillet::test {
 
@@ -9,14 +8,8 @@ using Flow = std::shared_ptr<platform::FlowActivity>;
 
 class QueryLedgerTest : public testing::Test {
  protected:
-  QueryLedgerTest() {
-    platform::setLogMode(LogMode::brief);
-    platform::Clock::setShared(&clock_);
-  }
-  ~QueryLedgerTest() override {
-    platform::setLogMode(LogMode::full);
-    platform::Clock::setShared(nullptr);
-  }
+  QueryLedgerTest() { platform::setLogMode(LogMode::brief); }
+  ~QueryLedgerTest() override { platform::setLogMode(LogMode::full); }
 
   /// A flow that the fifth rule is for.
   Flow begin(std::vector<Data> queries, std::string application = "app") {
@@ -28,7 +21,7 @@ class QueryLedgerTest : public testing::Test {
   }
 
   LogCapture log_;
-  platform::ManualClock clock_{0};
+  platform::test::SharedClock clock_;
   const std::shared_ptr<QueryLedger> ledger_ = std::make_shared<QueryLedger>();
 };
 

@@ -1,51 +1,32 @@
 #include <future>
-#include <tuple>
 
-#include "relay_service/UDPListener.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 #include "tests/relay_service/FakeConnection.h"
 
-namespace QuilletXPCservice {
-namespace {
+namespace QuilletXPCservice::test {
 
-using platform::Data;
+using namespace quillet::test;  // NOLINT
 using platform::NWError;
-using test::FakeConnection;
-using testing::ElementsAre;
 using Kind = platform::NWConnection::State::Kind;
-using Lines = std::vector<std::string>;
-
-/// Its flush runs nothing, but keeps who was its client then.
-class Listener final : public UDPListener {
- public:
-  Listener() : UDPListener({"", "flush"}) {}
-
-  std::string runShellCommand(const std::string& /*command*/) override {
-    clientAtFlush = connection.get();
-    return "";
-  }
-
-  const platform::NWConnection* clientAtFlush = nullptr;
-};
 
 class UDPListenerTest : public testing::Test {
  protected:
   /// A client that is received from; the lines of its coming are forgotten.
   std::shared_ptr<FakeConnection> ready() {
-    auto connection = std::make_shared<FakeConnection>("[C1]");
+    auto connection = std::make_shared<FakeConnection>();
     listener_->acceptConnection(connection);
     connection->report(Kind::ready);
     log_.clear();
     return connection;
   }
 
-  quillet::test::LogCapture log_;
+  LogCapture log_;
   const std::shared_ptr<Listener> listener_ = std::make_shared<Listener>();
 };
 
 TEST_F(UDPListenerTest, ActsOnEachDatagram) {
-  const std::pair<std::string, Lines> cases[] = {
+  const std::pair<std::string, Texts> cases[] = {
       {"&*ALa &*AL line\xff\n%s", {"Agent log: a  line\uFFFD\n%s"}},
       {"&*updateCU&*updateCUbob\xc3",
        {"update CU received, message: &*updateCU&*updateCUbob\uFFFD", " CU updated: bob\uFFFD"}},
@@ -62,7 +43,7 @@ TEST_F(UDPListenerTest, ActsOnEachDatagram) {
     connection->deliver(datagram);
     EXPECT_EQ(log_.records(), expected);
     EXPECT_EQ(connection->armed(), 1U);
-    EXPECT_EQ(platform::textOf(**listener_->messageReceived), datagram);
+    EXPECT_EQ(textOf(**listener_->messageReceived), datagram);
   }
   EXPECT_EQ(listener_->proxyStatus, "started");
   connection->sendError = NWError::posix(90);
@@ -75,11 +56,11 @@ TEST_F(UDPListenerTest, ActsOnEachDatagram) {
 TEST_F(UDPListenerTest, ReplacesAClientByTheNewest) {
   auto first = ready();
   const std::weak_ptr<FakeConnection> weak = first;
-  const auto second = std::make_shared<FakeConnection>("[C2]");
+  const auto second = std::make_shared<FakeConnection>();
   listener_->acceptConnection(second);
   EXPECT_EQ(listener_->clientAtFlush, first.get()) << "the flush comes before all else";
   first->deliver("&*ALx");
-  EXPECT_THAT(log_.records(), testing::Contains("Agent log: x"));
+  EXPECT_THAT(log_.records(), Contains("Agent log: x"));
   EXPECT_THAT(first->done, ElementsAre("start", "receive")) << "and is not cancelled";
   EXPECT_EQ(second->armed(), 1U) << "the loop goes on with the client that is current then";
   first.reset();
@@ -108,10 +89,9 @@ TEST_F(UDPListenerTest, EndsTheLoopAtAnErrorOrNoBytesUntilTheNextClient) {
 }
 
 TEST_F(UDPListenerTest, EndsListeningWithAClientThatIsCancelled) {
-  Lines seen;
-  listener_->messageReceived.observe([&](const std::optional<Data>& value) {
-    seen.emplace_back(platform::textOf(value.value()));
-  });
+  Texts seen;
+  listener_->messageReceived.observe(
+      [&](const std::optional<Data>& value) { seen.emplace_back(textOf(value.value())); });
   const auto connection = ready();
   connection->report(Kind::cancelled);
   EXPECT_FALSE(*listener_->listening);
@@ -136,7 +116,7 @@ TEST_F(UDPListenerTest, ClosesThePortForGoodWhenAClientFails) {
   const auto port = listener_->listener->port().rawValue;
   onQueue([] {});
   EXPECT_TRUE(*listener_->isReady);
-  EXPECT_THAT(log_.records(), testing::Contains("Listener connected to port 0"));
+  EXPECT_THAT(log_.records(), Contains("Listener connected to port 0"));
   onQueue([&] { ready()->report(Kind::failed); });
   EXPECT_THAT(log_.records(), ElementsAre("Listener failed to receive message - [C1]",
                                           "Listener disconnected from port 0"));
@@ -145,5 +125,4 @@ TEST_F(UDPListenerTest, ClosesThePortForGoodWhenAClientFails) {
   const platform::test::UDPSocket successor("127.0.0.1", port);  // the port is free
 }
 
-}  // namespace
-}  // namespace QuilletXPCservice
+}  // namespace QuilletXPCservice::test

@@ -7,7 +7,7 @@
 
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/SocketEvents.h"
-#include "tests/platform/UDPSocket.h"
+#include "tests/platform/Socket.h"
 
 namespace quillet::test {
 

@@ -11,7 +11,7 @@
 
 #include "platform/dispatch/MainLoop.h"
 #include "platform/senders/SenderLookup.h"
-#include "tests/platform/UDPSocket.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/senders/TestCgroup.h"
 
 namespace {

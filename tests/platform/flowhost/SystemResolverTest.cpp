@@ -3,9 +3,8 @@
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/network/NWConnection.h"
 #include "platform/udp/OwnSockets.h"
-#include "tests/platform/TCPClient.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 #include "tests/support/FakeFlow.h"
 
 namespace platform::test {

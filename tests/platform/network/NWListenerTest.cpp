@@ -2,9 +2,9 @@
 
 #include "platform/network/AcceptedConnection.h"
 #include "platform/network/NWListener.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 
 namespace platform::test {
 

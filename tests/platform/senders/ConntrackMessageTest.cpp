@@ -7,43 +7,31 @@
 namespace platform::test {
 
 // Netlink's headers and attributes are in the byte order of the machine, a little-endian one here.
-// clang-format off
-const Data kRequest = {
-    0x48, 0, 0, 0, 0x01, 1, 0x01, 0, 7, 0, 0, 0, 0, 0, 0, 0,  // IPCTNL_MSG_CT_GET, sequence 7
-    2, 0, 0, 0,                                               // AF_INET
-    0x34, 0, 2, 0x80,                                         // CTA_TUPLE_REPLY
-    0x14, 0, 1, 0x80, 8, 0, 1, 0, 127, 0, 0, 1, 8, 0, 2, 0, 192, 0, 2, 9,
-    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x14, 0xb4, 0, 0,
-    6, 0, 3, 0, 0xce, 0x64, 0, 0};
-// What Linux 6.1 and later answers, without the attributes that follow the tuples.
-const Data kAnswer = {
-    0x80, 0, 0, 0, 0x00, 1, 0x02, 0, 7, 0, 0, 0, 0, 0, 0, 0,  // IPCTNL_MSG_CT_NEW
-    2, 0, 0, 0,
-    0x34, 0, 1, 0x80,                                         // CTA_TUPLE_ORIG
-    0x14, 0, 1, 0x80, 8, 0, 1, 0, 192, 0, 2, 9, 8, 0, 2, 0, 8, 8, 4, 4,
-    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x9c, 0x40, 0, 0,
-    6, 0, 3, 0, 0, 53, 0, 0,
-    0x34, 0, 2, 0x80,                                         // CTA_TUPLE_REPLY
-    0x14, 0, 1, 0x80, 8, 0, 1, 0, 127, 0, 0, 1, 8, 0, 2, 0, 192, 0, 2, 9,
-    0x1c, 0, 2, 0x80, 5, 0, 1, 0, 17, 0, 0, 0, 6, 0, 2, 0, 0x14, 0xb4, 0, 0,
-    6, 0, 3, 0, 0xce, 0x64, 0, 0,
-    4, 0, 3, 0};
-const Data kNotFound = {
-    0x24, 0, 0, 0, 2, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0,        // NLMSG_ERROR
-    0xfe, 0xff, 0xff, 0xff,                                   // -ENOENT
-    0x48, 0, 0, 0, 0x01, 1, 0x01, 0, 7, 0, 0, 0, 0, 0, 0, 0};
-// clang-format on
+
+/// CTA_TUPLE_REPLY: from 127.0.0.1:5300 to 192.0.2.9:52836.
+const std::string kReplies =
+    "3400 0280  1400 0180 0800 0100 7f000001 0800 0200 c0000209"
+    "1c00 0280 0500 0100 11000000 0600 0200 14b40000 0600 0300 ce640000";
+/// IPCTNL_MSG_CT_GET of sequence 7, AF_INET.
+const Data kRequest = hex("48000000 0101 0100 07000000 00000000  02000000" + kReplies);
+/// IPCTNL_MSG_CT_NEW, CTA_TUPLE_ORIG: what Linux 6.1 and later answers, without the attributes that
+/// follow the tuples.
+const Data kAnswer =
+    hex("80000000 0001 0200 07000000 00000000  02000000"
+        "3400 0180  1400 0180 0800 0100 c0000209 0800 0200 08080404"
+        "1c00 0280 0500 0100 11000000 0600 0200 9c400000 0600 0300 00350000" +
+        kReplies + "0400 0300");
+/// NLMSG_ERROR, -ENOENT.
+const Data kNotFound =
+    hex("24000000 0200 0000 07000000 00000000 feffffff 48000000 0101 0100 07000000 00000000");
 
 Data changed(Data bytes, std::size_t at, std::uint8_t value) {
   bytes.at(at) = value;
   return bytes;
 }
 
-TEST(ConntrackMessageTest, AsksForTheExchangeWhoseRepliesGoToTheClient) {
+TEST(ConntrackMessageTest, AsksForTheExchangeOfRepliesAndReadsTheAddressesBeforeTranslation) {
   EXPECT_EQ(conntrackRequest(address("192.0.2.9", 52836), address("127.0.0.1", 5300), 7), kRequest);
-}
-
-TEST(ConntrackMessageTest, ReadsTheAddressesBeforeTranslation) {
   const auto read = readConntrackAnswer(kAnswer, 7);
   ASSERT_TRUE(read);
   EXPECT_EQ(read->source, address("192.0.2.9", 40000));

@@ -4,8 +4,8 @@
 #include <cstdio>
 
 #include "platform/senders/SenderLookup.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 #include "tests/platform/senders/TestCgroup.h"
 
 namespace platform::test {

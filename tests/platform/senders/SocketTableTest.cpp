@@ -6,9 +6,8 @@
 #include "platform/senders/SocketTable.h"
 #include "platform/udp/PacketInfo.h"
 #include "platform/udp/UDPSocket.h"
-#include "tests/platform/TCPClient.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 #include "tests/support/NetworkNamespace.h"
 
 namespace platform::test {

@@ -1,6 +1,6 @@
 #include "platform/udp/UDPSocket.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
-#include "tests/platform/UDPSocket.h"
 
 namespace platform::test {
 

@@ -1,8 +1,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <future>
 #include <latch>
+#include <thread>
 
 #include "platform/xpc/ServicePlaces.h"
 #include "platform/xpc/ServiceSocket.h"
@@ -82,21 +82,21 @@ TEST_F(ServiceSocketTest, SetsModesWhateverTheUmaskAndFollowsNoLinks) {
 }
 
 TEST_F(ServiceSocketTest, ReplacesAStaleFileForOneOfThoseThatStartTogether) {
-  constexpr int kStarts = 4;
   for (int round = 0; round < 60; ++round) {
-    auto stale = ServiceSocket::listen(path_).value();
-    stale.take();
-    std::vector<std::future<bool>> starts;
-    starts.reserve(kStarts);
-    std::latch end(kStarts);
-    for (int i = 0; i < kStarts; ++i) {
-      starts.push_back(std::async(std::launch::async, [&] {
-        const auto socket = ServiceSocket::listen(path_);
-        end.arrive_and_wait();
-        return socket.has_value();
-      }));
+    ServiceSocket::listen(path_).value().take();
+    std::latch end(4);
+    std::atomic<int> served = 0;
+    const auto start = [&] {
+      const auto socket = ServiceSocket::listen(path_);
+      served += socket.has_value() ? 1 : 0;
+      end.arrive_and_wait();
+    };
+    std::vector<std::jthread> starts;
+    while (starts.size() < 4) {
+      starts.emplace_back(start);
     }
-    EXPECT_EQ(std::ranges::count_if(starts, [](auto& start) { return start.get(); }), 1);
+    starts.clear();
+    EXPECT_EQ(served, 1);
   }
 }
 
