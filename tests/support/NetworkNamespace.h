@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <sched.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/base/FileDescriptor.h"
 
@@ -16,14 +18,15 @@ namespace quillet::test {
 /// The thread that entered it, and those that this one starts, are in it while this lives.
 class NetworkNamespace {
  public:
-  /// Absent when the system does not let this process have one (it takes CAP_SYS_ADMIN).
-  static std::unique_ptr<NetworkNamespace> enter() {
+  /// With what `ip` makes of each of `setup`. Absent when the system does not let this process have
+  /// one (it takes CAP_SYS_ADMIN), or not that.
+  static std::unique_ptr<NetworkNamespace> enter(const std::vector<std::string>& setup) {
     platform::FileDescriptor before(::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC));
     if (!before.isOpen() || ::unshare(CLONE_NEWNET) != 0) {
       return nullptr;
     }
     std::unique_ptr<NetworkNamespace> entered(new NetworkNamespace(std::move(before)));
-    return ip("link set lo up") ? std::move(entered) : nullptr;
+    return ip("link set lo up") && std::ranges::all_of(setup, ip) ? std::move(entered) : nullptr;
   }
   ~NetworkNamespace() { ::setns(before_.get(), CLONE_NEWNET); }
   NetworkNamespace(const NetworkNamespace&) = delete;

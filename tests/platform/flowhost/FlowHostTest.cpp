@@ -47,8 +47,9 @@ TEST_F(FlowHostTest, WhatOurOwnSocketsSendIsDroppedWithALine) {
 }
 
 TEST_F(FlowHostTest, ABroadcastIsAnsweredFromAUnicastAddress) {
-  const auto network = NetworkNamespace::enter();
-  if (!network || !network->ip("-6 route replace local ff00::/8 dev lo table local")) {
+  const auto network =
+      NetworkNamespace::enter({"-6 route replace local ff00::/8 dev lo table local"});
+  if (!network) {
     GTEST_SKIP() << "needs a network of its own";
   }
   start({"0.0.0.0", "::"});

@@ -11,13 +11,10 @@ TEST(ResolvConfTest, TakesTheNameserverLines) {
   expectEach(
       servers,
       {
-          {"nameserver\t1.1.1.1\nnameserver  \t 2606:4700::1111",
-           R"(["1.1.1.1", "2606:4700::1111"])"},
-          {"# nameserver 1.1.1.1\n;nameserver 2.2.2.2\nnameserver 3.3.3.3 # third\n",
-           R"(["3.3.3.3"])"},
+          {"nameserver\t1.1.1.1\nnameserver  \t 2606::1111", R"(["1.1.1.1", "2606::1111"])"},
+          {"# nameserver ::1\n;nameserver ::2\nnameserver ::3 # third\n", R"(["::3"])"},
           {"options edns0\nnameserver fe80::1%eth0\r\n", R"(["fe80::1%eth0"])"},
-          {" nameserver 1.1.1.1\nnameservers 2.2.2.2\nnameserver3.3.3.3\nNameserver 4.4.4.4\n",
-           "[]"},
+          {" nameserver ::1\nnameservers ::2\nnameserver3.3.3.3\nNameserver ::4\n", "[]"},
           {"nameserver\nnameserver \nnameserver  \t\n\n\nnameserver 5.5.5.5", R"(["5.5.5.5"])"},
       });
 }

@@ -78,11 +78,13 @@ TEST_F(NWConnectionTest, ARefusedPortIsTheErrorOfEachReceive) {
   EXPECT_EQ(description(connection->state()), "ready");
 }
 
-TEST_F(NWConnectionTest, OnALinkOnlyADatagramCompletesAReceive) {
+TEST_F(NWConnectionTest, ALinkIsNotCountedAndOnlyADatagramCompletesAReceive) {
   const auto port = unusedPort();
   const auto connection = make("127.0.0.1", port);
   connection->isLink = true;
   connection->start(DispatchQueue::global());
+  EXPECT_EQ(NWConnection::openCount(), 0U);
+  EXPECT_FALSE(OpenConnections::shared().cancelIdleLongest());
   receive(connection);
   const SocketFailures failures({0, EHOSTUNREACH});  // what a router says of "a"
   send(connection, "a");

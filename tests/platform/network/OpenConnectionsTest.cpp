@@ -31,18 +31,6 @@ TEST_F(OpenConnectionsTest, OneMoreCancelsTheOneIdleLongest) {
                                   "e waiting(-65554: NoSuchRecord)"));
 }
 
-TEST_F(OpenConnectionsTest, ALinkThatLastsIsNoneOfThem) {
-  const auto link = make("127.0.0.1", 53, "link ");
-  link->isLink = true;
-  link->start(DispatchQueue::global());
-  EXPECT_EQ(NWConnection::openCount(), 0U);
-  EXPECT_FALSE(OpenConnections::shared().cancelIdleLongest());
-  send(link, "q");
-  link->cancel();
-  runReady();
-  EXPECT_EQ(lines_.back(), "link cancelled");
-}
-
 /// Starts it while there is no descriptor to be had.
 void startWithoutDescriptors(const Connection& connection) {
   rlimit former{};

@@ -18,12 +18,11 @@ TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
       {
           {kApps + "app-flatpak-org.mozilla.firefox-12345.scope", "org.mozilla.firefox"},
           {kApps + "app-flatpak-org.example.My\\x2dApp-1.scope", "org.example.My-App"},
-          {kApps + "app-flatpak-org.example.App-x1.scope",
-           "org.example.App"},  // "flatpak" the launcher
+          // "flatpak" is the launcher.
+          {kApps + "app-flatpak-org.example.App-x1.scope", "org.example.App"},
           {kApps + "snap.firefox.firefox-" + kUUID + ".scope", "snap.firefox.firefox"},
           {kApps + "snap.firefox.firefox." + kUUID + ".scope", "snap.firefox.firefox"},
-          {kApps + "snap.firefox.hook.configure-" + kUUID + ".scope",
-           "snap.firefox.hook.configure"},
+          {kApps + "snap.firefox.hook.run-" + kUUID + ".scope", "snap.firefox.hook.run"},
           {kSystem + "snap.cups.cupsd.service", "snap.cups.cupsd"},
           {"/snap.lxd.user\\x2ddaemon.service", "snap.lxd.user-daemon"},
           {kApps + "snap.firefox-" + kUUID + ".scope", ""},
@@ -39,8 +38,7 @@ TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
           {kApps + "app-org.kde.kate@9c0f.service", "org.kde.kate"},
           {kSystem + "cups.service", "cups.service"},
           {kSystem + "cups.service/worker", "cups.service"},
-          {kApps + "app-dbus\\x2d:1.2\\x2dx.slice/dbus-:1.2-org.x@0.service",
-           "dbus-:1.2-org.x@0.service"},
+          {kApps + "app-dbus\\x2d:1.2.slice/dbus-:1.2-x@0.service", "dbus-:1.2-x@0.service"},
           {kApps + "outer.service/app-flatpak-org.example.Inner-1.scope", "org.example.Inner"},
           {kApps + "app-gnome-outer-1.scope/app.slice/inner.service", "inner.service"},
           {"/user.slice/user-1000.slice/session-2.scope", ""},
@@ -49,12 +47,10 @@ TEST(CgroupApplication, IsNamedByTheInnermostUnit) {
           {kSystem + "user@1000.service", ""},
           {"", ""},
           {kSystem + "docker-" + kHash + ".scope", ""},
-          {kUser + "/user.slice/libpod-" + kHash + ".scope/container/system.slice/cups.service",
-           ""},
+          {kUser + "/user.slice/libpod-" + kHash + ".scope/inner/system.slice/a.service", ""},
           {kApps + "app-gnome-outer-1.scope/libpod-" + kHash + ".scope/app-x-1.scope", ""},
           {"/docker/" + kHash + "/system.slice/cups.service", ""},
-          {"/kubepods.slice/pod1.slice/cri-containerd-" + kHash + ".scope/system.slice/a.service",
-           ""},
+          {"/kubepods.slice/cri-containerd-" + kHash + ".scope/system.slice/a.service", ""},
           {"/lxc.payload.web/system.slice/cups.service", ""},
       });
 }

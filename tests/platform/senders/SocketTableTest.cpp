@@ -70,11 +70,10 @@ class SocketTableTest : public testing::Test {
 };
 
 TEST_F(SocketTableTest, FindsTheSocketThatHasSent) {
-  const auto network = NetworkNamespace::enter();
-  if (!network || !NetworkNamespace::ip("link add quillet0 type veth peer name quillet1") ||
-      !NetworkNamespace::ip("address add 192.0.2.9/24 dev quillet0") ||
-      !NetworkNamespace::ip("link set quillet0 up") ||
-      !NetworkNamespace::ip("link set quillet1 up")) {
+  const auto network = NetworkNamespace::enter(
+      {"link add quillet0 type veth peer name quillet1", "link set quillet0 up",
+       "address add 192.0.2.9/24 dev quillet0", "link set quillet1 up"});
+  if (!network) {
     GTEST_SKIP() << "no network namespace";
   }
   const std::tuple<const char*, const char*, sa_family_t, const char*, bool> rows[] = {
