@@ -1,14 +1,9 @@
 #include "platform/senders/SocketTable.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <utility>
 
 #include "platform/base/Clock.h"
-#include "platform/base/SystemError.h"
 #include "platform/log/NSLog.h"
 #include "platform/udp/NetworkInterface.h"
 #include "platform/udp/OwnSockets.h"
@@ -18,14 +13,6 @@ namespace platform {
 using socket_diagnosis::Answer;
 
 namespace {
-
-// The kernel fills no more at a time.
-constexpr std::size_t kRoom = 32UL * 1024;
-// An exact answer has some 200 octets.
-constexpr std::size_t kRoomOfOne = 512;
-constexpr std::size_t kMaxTogether = kRoom / kRoomOfOne;
-// Reads for one request; a list has some 200 sockets in each, an exact answer takes one.
-constexpr int kMaxReads = 64;
 
 bool isAbsence(std::error_code error) { return error == std::errc::no_such_file_or_directory; }
 
@@ -96,14 +83,15 @@ std::optional<SocketOwner> SocketTable::exact(const SocketPath& path) {
   if (!isThere(path.transport)) {
     return std::nullopt;
   }
-  return ownerIn(ask(requestFor(plain, ++sequence_), /*isList=*/false), plain);
+  return ownerIn(ask(requestFor(plain, socket_.nextSequence()), /*isList=*/false), plain);
 }
 
 std::vector<std::optional<SocketOwner>> SocketTable::exact(std::span<const SocketPath> paths) {
   std::vector<std::optional<SocketOwner>> owners;
   owners.reserve(paths.size());
   while (!paths.empty()) {
-    const auto answers = askTogether(paths.first(std::min(paths.size(), kMaxTogether)));
+    const auto answers =
+        askTogether(paths.first(std::min(paths.size(), DiagnosisSocket::kMaxTogether)));
     for (const auto& answer : answers) {
       owners.push_back(ownerIn(answer.sockets, plainOf(paths.front())));
       paths = paths.subspan(1);
@@ -118,44 +106,15 @@ std::vector<std::optional<SocketOwner>> SocketTable::exact(std::span<const Socke
 
 /// The answers for the first of `paths`. The next one is to be asked for alone, which says why.
 std::vector<Answer> SocketTable::askTogether(std::span<const SocketPath> paths) {
-  if (paths.size() < 2 || !isThere(paths.front().transport) || open()) {
+  if (paths.size() < 2 || !isThere(paths.front().transport)) {
     return {};
   }
   Data requests;
-  const auto first = sequence_ + 1;
   for (const auto& path : paths) {
-    const auto request = requestFor(plainOf(path), ++sequence_);
+    const auto request = requestFor(plainOf(path), socket_.nextSequence());
     requests.insert(requests.end(), request.begin(), request.end());
   }
-  const bool isSent = mnl_socket_sendto(socket_.get(), requests.data(), requests.size()) >= 0;
-  auto answers = isSent ? receiveTogether(paths.size(), first) : std::vector<Answer>();
-  if (answers.size() < paths.size()) {
-    socket_.reset();  // what is still to come there belongs to nobody
-  }
-  return answers;
-}
-
-std::vector<Answer> SocketTable::receiveTogether(std::size_t count, std::uint32_t sequence) {
-  std::array<iovec, kMaxTogether> ranges;
-  std::array<mmsghdr, kMaxTogether> messages{};
-  for (std::size_t i = 0; i < count; ++i) {
-    ranges[i] = {room_.data() + i * kRoomOfOne, kRoomOfOne};
-    messages[i].msg_hdr.msg_iov = &ranges[i];
-    messages[i].msg_hdr.msg_iovlen = 1;
-  }
-  const int received = ::recvmmsg(mnl_socket_get_fd(socket_.get()), messages.data(),
-                                  static_cast<unsigned>(count), 0, nullptr);
-  std::vector<Answer> answers;
-  for (std::size_t i = 0; static_cast<int>(i) < received; ++i) {
-    const auto piece = DataView(room_).subspan(i * kRoomOfOne, messages[i].msg_len);
-    auto answer = socket_diagnosis::read(piece, sequence + static_cast<std::uint32_t>(i));
-    const bool isWhole = (messages[i].msg_hdr.msg_flags & MSG_TRUNC) == 0;
-    if (!isWhole || (answer.error != ENOENT && answer.sockets.size() != 1)) {
-      break;
-    }
-    answers.push_back(std::move(answer));
-  }
-  return answers;
+  return socket_.askTogether(requests, paths.size());
 }
 
 std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {
@@ -165,8 +124,8 @@ std::optional<SocketOwner> SocketTable::byPort(const SocketAddress& sender) {
     return unbound;
   }
   for (const auto family : {sa_family_t{AF_INET}, sa_family_t{AF_INET6}}) {
-    const auto request =
-        socket_diagnosis::portRequest(Transport::udp, family, client.port(), ++sequence_);
+    const auto request = socket_diagnosis::portRequest(Transport::udp, family, client.port(),
+                                                       socket_.nextSequence());
     for (const auto& socket : ask(request, /*isList=*/true)) {
       if (!canSendFrom(socket, client) || OwnSockets::shared().hasSent(socket.local)) {
         continue;
@@ -188,68 +147,21 @@ bool SocketTable::isThere(Transport transport) {
     return interface.isThere;
   }
   constexpr std::uint16_t kDiscard = 9;  // nearly always nobody's
-  std::vector<DiagnosedSocket> ignored;
-  const auto request = socket_diagnosis::portRequest(transport, AF_INET, kDiscard, ++sequence_);
-  const auto error = exchange(request, /*isList=*/true, ignored);
-  interface.isThere = !isAbsence(error);
-  if (error) {
-    socket_.reset();
-  }
+  const auto list = socket_.ask(
+      socket_diagnosis::portRequest(transport, AF_INET, kDiscard, socket_.nextSequence()),
+      /*isList=*/true);
+  interface.isThere = list || !isAbsence(list.error());
   if (!interface.isThere) {
     interface.pausedUntil = now + kPause;
-    logNewError(error);
+    logNewError(list.error());
   }
   return interface.isThere;
 }
 
 std::vector<DiagnosedSocket> SocketTable::ask(const Data& request, bool isList) {
-  std::vector<DiagnosedSocket> found;
-  auto error = exchange(request, isList, found);
-  error = isAbsence(error) ? std::error_code() : error;
-  logNewError(error);
-  if (error) {
-    socket_.reset();  // what is still to come there belongs to nobody
-    found.clear();
-  }
-  return found;
-}
-
-std::error_code SocketTable::exchange(const Data& request, bool isList,
-                                      std::vector<DiagnosedSocket>& found) {
-  if (const auto error = open()) {
-    return error;
-  }
-  if (mnl_socket_sendto(socket_.get(), request.data(), request.size()) < 0) {
-    return lastError();
-  }
-  for (int reads = 0; reads < kMaxReads; ++reads) {
-    const auto size = mnl_socket_recvfrom(socket_.get(), room_.data(), room_.size());
-    if (size < 0) {
-      return lastError();
-    }
-    const auto piece = DataView(room_).first(static_cast<std::size_t>(size));
-    const auto [sockets, isComplete, error] = socket_diagnosis::read(piece, sequence_);
-    found.insert(found.end(), sockets.begin(), sockets.end());
-    if (isComplete || (!isList && !found.empty())) {
-      return {error, std::generic_category()};
-    }
-  }
-  return std::make_error_code(std::errc::message_size);
-}
-
-// The kernel has answered when it has taken the request, so nothing here waits.
-std::error_code SocketTable::open() {
-  if (socket_) {
-    return {};
-  }
-  room_.resize(kRoom);
-  socket_.reset(mnl_socket_open2(NETLINK_SOCK_DIAG, SOCK_CLOEXEC | SOCK_NONBLOCK));
-  if (!socket_ || mnl_socket_bind(socket_.get(), 0, MNL_SOCKET_AUTOPID) < 0) {
-    const auto error = lastError();
-    socket_.reset();
-    return error;
-  }
-  return {};
+  auto found = socket_.ask(request, isList);
+  logNewError(found || isAbsence(found.error()) ? std::error_code() : found.error());
+  return found ? *std::move(found) : std::vector<DiagnosedSocket>();
 }
 
 void SocketTable::logNewError(std::error_code error) {

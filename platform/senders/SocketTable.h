@@ -1,13 +1,11 @@
 #pragma once
 
-#include <libmnl/libmnl.h>
-
-#include <memory>
 #include <optional>
 #include <span>
 #include <system_error>
 #include <vector>
 
+#include "platform/senders/DiagnosisSocket.h"
 #include "platform/senders/SocketDiagnosis.h"
 
 namespace platform {
@@ -46,10 +44,6 @@ class SocketTable {
   std::optional<SocketOwner> byPort(const SocketAddress& client);
 
  private:
-  struct Close {
-    void operator()(mnl_socket* socket) const { mnl_socket_close(socket); }
-  };
-
   /// What is known of the interface for one protocol.
   struct Interface {
     bool isThere = false;
@@ -58,15 +52,10 @@ class SocketTable {
 
   bool isThere(Transport transport);
   std::vector<socket_diagnosis::Answer> askTogether(std::span<const SocketPath> paths);
-  std::vector<socket_diagnosis::Answer> receiveTogether(std::size_t count, std::uint32_t sequence);
   std::vector<DiagnosedSocket> ask(const Data& request, bool isList);
-  std::error_code exchange(const Data& request, bool isList, std::vector<DiagnosedSocket>& found);
-  std::error_code open();
   void logNewError(std::error_code error);
 
-  std::unique_ptr<mnl_socket, Close> socket_;  // absent after an error
-  Data room_;
-  std::uint32_t sequence_ = 0;
+  DiagnosisSocket socket_;
   Interface udp_;
   Interface tcp_;
   std::error_code error_;  // of the last request
