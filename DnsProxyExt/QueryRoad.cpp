@@ -123,8 +123,7 @@ void DnsProxyExt::tellRoute(const Route& route) const {
 }
 
 void DnsProxyExt::injectIdentity(Batch& batch) const {
-  const std::optional values =
-      MDMConfigurationManager::shared().getValuesForQuery(batch.application());
+  const auto& values = MDMConfigurationManager::shared().getValuesForQuery(batch.application());
   relayLog_.stepTwice("values for inject = ", *values);
   batch.datagrams = DNSParser::injectFlagsToDatagrams(batch.datagrams, values);
   if (platform::logsSteps()) {

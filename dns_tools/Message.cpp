@@ -15,6 +15,8 @@ using platform::DataView;
 namespace {
 
 constexpr std::size_t kHeaderSize = 12;
+// The description of an answer with two records.
+constexpr std::size_t kUsualDescription = 500;
 constexpr std::size_t kMaxUInt16 = std::numeric_limits<std::uint16_t>::max();
 // The least that an entry takes, its name the root.
 constexpr std::size_t kMinQuestionSize = 5;
@@ -174,6 +176,7 @@ tl::expected<Data, EncodeError> Message::serializeTCP() const {
 
 std::string Message::debugDescription() const {
   std::string out;
+  out.reserve(kUsualDescription);
   describe(out);
   return out;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -43,9 +44,13 @@ class RelayLog {
   }
 
  private:
+  /// The identity of a query has some 240 octets.
+  static constexpr std::size_t kUsualLine = 300;
+
   template <class... Pieces>
   static std::string joined(const Pieces&... pieces) {
     std::string line;
+    line.reserve(kUsualLine);
     (platform::describe(line, pieces), ...);
     return line;
   }

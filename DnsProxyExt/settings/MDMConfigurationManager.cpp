@@ -128,23 +128,34 @@ void MDMConfigurationManager::initValuesWithUserAuth(const ConfigurationMap& con
   }
 }
 
-std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
-    std::string_view appSenderId) {
+/// nullptr while there is no configuration.
+const ValuesForInject* MDMConfigurationManager::valuesForFlow(std::string_view appSenderId) {
   NSLogStep("getValuesForInject, configuration = ", configuration_);
   if (!configuration_) {
-    return getHardcodedMDMConf();
+    return nullptr;
   }
   const auto settings = readGroupSettings();
   NSLogStep("sendIp = ", settings.sendIp);
   NSLogStep("sendTimezone = ", settings.sendTimeZone);
   addFlowValues(valuesForInject_, appSenderId, settings);
-  return valuesForInject_;
+  return &valuesForInject_;
 }
 
-ValuesForInject MDMConfigurationManager::getValuesForQuery(std::string_view appSenderId) {
-  auto values = getValuesForInject(appSenderId).value_or(ValuesForInject());
-  values[IdentityOption::kTimestamp] = millisecondsSince1970();
-  return values;
+std::optional<ValuesForInject> MDMConfigurationManager::getValuesForInject(
+    std::string_view appSenderId) {
+  const auto* values = valuesForFlow(appSenderId);
+  return values != nullptr ? *values : getHardcodedMDMConf();
+}
+
+const std::optional<ValuesForInject>& MDMConfigurationManager::getValuesForQuery(
+    std::string_view appSenderId) {
+  if (const auto* values = valuesForFlow(appSenderId)) {
+    valuesForQuery_ = *values;
+  } else {
+    valuesForQuery_ = getHardcodedMDMConf();
+  }
+  (*valuesForQuery_)[IdentityOption::kTimestamp] = millisecondsSince1970();
+  return valuesForQuery_;
 }
 
 ValuesForInject MDMConfigurationManager::identityFor(std::string_view appSenderId) const {

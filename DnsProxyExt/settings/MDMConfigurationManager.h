@@ -61,8 +61,9 @@ class MDMConfigurationManager {
   /// the hard-coded identity while there is no configuration.
   std::optional<ValuesForInject> getValuesForInject(std::string_view appSenderId);
 
-  /// The whole identity for a query: the above, if there is one, and the time.
-  ValuesForInject getValuesForQuery(std::string_view appSenderId);
+  /// The whole identity for a query: the above and the time. It stays until the next call, which
+  /// takes over its memory.
+  const std::optional<ValuesForInject>& getValuesForQuery(std::string_view appSenderId);
 
   /// The same without a log line; nothing is kept.
   [[nodiscard]] ValuesForInject identityFor(std::string_view appSenderId) const;
@@ -90,6 +91,7 @@ class MDMConfigurationManager {
   static bool isUserAuthEnabled(const ConfigurationMap& conf);
   static bool checkOrgId(const ConfigurationMap& conf);
   static ValuesForInject getHardcodedMDMConf();
+  const ValuesForInject* valuesForFlow(std::string_view appSenderId);
   void addFlowValues(ValuesForInject& values, std::string_view appSenderId,
                      const GroupSettings& settings) const;
 
@@ -98,6 +100,7 @@ class MDMConfigurationManager {
   [[nodiscard]] const std::string* configured(std::string_view key) const;
 
   ValuesForInject valuesForInject_;
+  std::optional<ValuesForInject> valuesForQuery_;  // of the last query
   std::optional<ConfigurationMap> configuration_;
 };
 
