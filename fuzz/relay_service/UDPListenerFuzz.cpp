@@ -20,7 +20,7 @@ using QuilletXPCservice::test::Listener;
 
 /// A client that is received from.
 std::shared_ptr<FakeConnection> connected(Listener& listener) {
-  const auto client = std::make_shared<FakeConnection>();
+  auto client = std::make_shared<FakeConnection>();
   listener.acceptConnection(client);
   client->report(platform::NWConnection::State::Kind::ready);
   require(client->armed() == 1);

@@ -62,9 +62,9 @@ bool EventLoop::takeGiven() {
 }
 
 void EventLoop::runOneTaken() {
-  Given given = std::move(taken_.front());
+  const Given given = std::move(taken_.front());
   taken_.pop_front();
-  const ActivityScope scope(given.activity ? std::move(given.activity) : Activity::current());
+  const ActivityScope scope(given.activity ? given.activity : Activity::current());
   LogBatch::beginHandler();
   runGuarded(given.work);
 }

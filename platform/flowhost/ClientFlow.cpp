@@ -84,6 +84,7 @@ NEAppProxyUDPFlow::WriteCompletion ClientFlow::observed(const std::vector<Data>&
     return completion;
   }
   std::vector<std::function<void()>> sent;
+  sent.reserve(answers.size());
   for (const auto& answer : answers) {
     sent.push_back(activity->answering(answer));
   }

@@ -11,6 +11,7 @@ namespace platform {
 namespace {
 
 thread_local int batchDepth = 0;
+thread_local std::uint64_t handlerCount = 0;
 
 std::atomic<LogSink*> inUse{nullptr};  // owned
 
@@ -60,5 +61,9 @@ LogBatch::~LogBatch() {
 }
 
 bool LogBatch::isActive() { return batchDepth > 0; }
+
+void LogBatch::beginHandler() { ++handlerCount; }
+
+std::uint64_t LogBatch::handler() { return handlerCount; }
 
 }  // namespace platform

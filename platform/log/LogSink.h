@@ -57,12 +57,9 @@ class LogBatch {
 
   /// Tells that another handler runs now on the calling thread. The records of one handler may
   /// show the same time, so that not each of them costs a reading of the clock.
-  static void beginHandler() { ++handler_; }
+  static void beginHandler();
   /// Another number in each handler.
-  static std::uint64_t handler() { return handler_; }
-
- private:
-  inline static constinit thread_local std::uint64_t handler_ = 0;
+  static std::uint64_t handler();
 };
 
 }  // namespace platform
