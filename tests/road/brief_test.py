@@ -49,5 +49,4 @@ class RelayTest(RoadTest):
             "got notification from Ext: started", "got command from Ext: bypassAllOn", "request CU received, cu: "])
 
 
-def setUpModule():
-    namespace.enter()
+setUpModule = namespace.enter

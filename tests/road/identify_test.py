@@ -60,5 +60,4 @@ class IdentifyTest(RoadTest):
                 self.wait_for_application(lambda p=proxy: dig(p.endpoint, "example.com"), filtering, application)
 
 
-def setUpModule():
-    cgroup.require()
+setUpModule = cgroup.require

@@ -1,13 +1,11 @@
 """The programs' command lines: what they refuse and with which status; where the user defaults lie."""
 
 import os
-import socket
 import tempfile
 
 from roadlib import wire
 from roadlib.case import READ, RoadTest
-from roadlib.client import run
-from roadlib.processes import PATIENCE, Process
+from roadlib.processes import Process, run
 
 PROXY, DEMO_FILTER, RELAY = (os.environ[f"QUILLET_{name}"] for name in ("PROXY", "DEMO_FILTER", "RELAY"))
 SUITE = "group.com.quillet.filteringosx.json"
@@ -31,11 +29,9 @@ class OptionsTest(RoadTest):
                 self.assertEqual((done.returncode, done.stdout, bool(done.stderr.strip())), (2, "", True), done)
 
     def test_address_that_cannot_be_had(self):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:
-            taken.bind(("127.0.0.1", 0))
-            for program in (PROXY, DEMO_FILTER):
-                for address in (f"127.0.0.1:{taken.getsockname()[1]}", "192.0.2.1:5300"):
-                    self.assert_one_line(address, program, "--listen", address)
+        for program in (PROXY, DEMO_FILTER):
+            for address in (self.upstream().address, "192.0.2.1:5300"):
+                self.assert_one_line(address, program, "--listen", address)
 
     def test_ports_of_the_systems_choice_are_told(self):
         proxy = self.started(Process([PROXY, "--listen", "127.0.0.1:0", "--listen", "127.0.0.2:0", "--defaults-dir",
@@ -52,30 +48,28 @@ class OptionsTest(RoadTest):
                                  "--vendor-data", path)
 
     def test_check_tells_what_is_wrong_and_leaves_no_trace(self):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:
-            taken.bind(("127.0.0.1", 0))
-            port = taken.getsockname()[1]
-            fine = {"filteringDNS": f"127.0.0.2:{port}", "secondDNS": f"192.0.2.1:{port}"}
-            own = '"127.0.0.2:%d" is the proxy\'s own address' % port
-            for settings, defaults, host, lines in (
-                    (fine, None, "127.0.0.1", []), (fine, None, "[::]", []), (fine, '{"ip": "192.0.2.1"}', "127.0.0.1", []),
-                    (fine, "[]", "0.0.0.0", [("v", f"filteringDNS: {own}"), ("d", "not a JSON object")]),
-                    ("{", '{"ip": 4}', "127.0.0.1", [("v", "not valid JSON"), ("d", "ip: not text but of type number")]),
-                    (None, None, "127.0.0.1", [("v", "No such file or directory")]),
-                    ({"a\n\x1b": "x"}, None, "127.0.0.1", [("v", "a\\n\\x1B: unknown key")])):
-                with self.subTest(settings=settings, defaults=defaults, host=host):
-                    folder = tempfile.mkdtemp(dir=self.folder)
-                    v, d = os.path.join(folder, "v.json"), os.path.join(folder, "state", SUITE)
-                    if settings is not None:
-                        self.vendor_file(settings, v)
-                    if defaults is not None:
-                        os.mkdir(os.path.dirname(d))
-                        self.vendor_file(defaults, d)
-                    before = [*os.walk(folder)]
-                    done = run(PROXY, "--check", "--listen", f"{host}:{port}", "--vendor-data", v, "--defaults-dir",
-                               os.path.dirname(d))
-                    self.assertEqual(done.stdout.splitlines(), [f"{v if file == 'v' else d}: {what}" for file, what in lines])
-                    self.assertEqual((done.returncode, done.stderr, [*os.walk(folder)]), (1 if lines else 0, "", before))
+        port = int(self.upstream().address.rsplit(":")[1])  # taken
+        fine = {"filteringDNS": f"127.0.0.2:{port}", "secondDNS": f"192.0.2.1:{port}"}
+        own = '"127.0.0.2:%d" is the proxy\'s own address' % port
+        for settings, defaults, host, lines in (
+                (fine, None, "127.0.0.1", []), (fine, None, "[::]", []), (fine, '{"ip": "192.0.2.1"}', "127.0.0.1", []),
+                (fine, "[]", "0.0.0.0", [("v", f"filteringDNS: {own}"), ("d", "not a JSON object")]),
+                ("{", '{"ip": 4}', "127.0.0.1", [("v", "not valid JSON"), ("d", "ip: not text but of type number")]),
+                (None, None, "127.0.0.1", [("v", "No such file or directory")]),
+                ({"a\n\x1b": "x"}, None, "127.0.0.1", [("v", "a\\n\\x1B: unknown key")])):
+            with self.subTest(settings=settings, defaults=defaults, host=host):
+                folder = tempfile.mkdtemp(dir=self.folder)
+                v, d = os.path.join(folder, "v.json"), os.path.join(folder, "state", SUITE)
+                if settings is not None:
+                    self.vendor_file(settings, v)
+                if defaults is not None:
+                    os.mkdir(os.path.dirname(d))
+                    self.vendor_file(defaults, d)
+                before = [*os.walk(folder)]
+                done = run(PROXY, "--check", "--listen", f"{host}:{port}", "--vendor-data", v, "--defaults-dir",
+                           os.path.dirname(d))
+                self.assertEqual(done.stdout.splitlines(), [f"{v if file == 'v' else d}: {what}" for file, what in lines])
+                self.assertEqual((done.returncode, done.stderr, [*os.walk(folder)]), (1 if lines else 0, "", before))
 
 
 class DefaultsTest(RoadTest):

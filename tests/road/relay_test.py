@@ -2,7 +2,6 @@
 
 import os
 import signal
-import socket
 
 from roadlib import namespace
 from roadlib.case import IDENTITY, RoadTest
@@ -31,15 +30,6 @@ class RelayTest(RoadTest):
         os.chmod(path + ".new", 0o755)
         os.rename(path + ".new", path)
 
-    def held_back_flush(self):
-        """Each flush does nothing until the function returned is called."""
-        path = os.path.join(self.programs, "gate")
-        os.mkfifo(path)
-        gate = os.open(path, os.O_RDWR)
-        self.addCleanup(os.close, gate)
-        self.program("killall", f"read line <{path}")
-        return lambda: os.write(gate, b"\n")
-
     def calls(self, name):
         path = os.path.join(self.programs, f"{name}.calls")
         if not os.path.exists(path):
@@ -52,9 +42,7 @@ class RelayTest(RoadTest):
         return self.started(Relay(self.folder, self.programs, arguments or ("--shell", "/bin/sh")))
 
     def client(self, port=9898, host="127.0.0.1"):
-        client = Client((host, port))
-        self.addCleanup(client.socket.close)
-        return client
+        return self.enterContext(Client((host, port)))
 
 
 class StartTest(RelayTest):
@@ -91,12 +79,10 @@ class StartTest(RelayTest):
         self.assertEqual(self.calls("dig"), ["+shor ip.example @192.0.2.53"] * 4)
 
     def test_a_port_that_is_taken_stays_closed_silently(self):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
-            holder.bind(("127.0.0.1", 9898))
-            process = self.started(Process([os.environ["QUILLET_RELAY"]],
-                                           environment={"RUNTIME_DIRECTORY": self.folder}))
-            process.wait_for_line("Listener connected to port 9899")
-            self.assertFalse(any("9898" in line for line in process.lines))
+        self.upstream(port=9898)
+        process = self.started(Process([os.environ["QUILLET_RELAY"]], environment={"RUNTIME_DIRECTORY": self.folder}))
+        process.wait_for_line("Listener connected to port 9899")
+        self.assertFalse(any("9898" in line for line in process.lines))
 
 
 class DatagramTest(RelayTest):
@@ -124,7 +110,9 @@ class DatagramTest(RelayTest):
 
     def test_a_flush_that_hangs_delays_nobody_else_and_nothing_is_lost(self):
         relay = self.relay()
-        go_on = self.held_back_flush()
+        gate = os.path.join(self.programs, "gate")
+        os.mkfifo(gate)
+        self.program("killall", f"read line <{gate}")
         client = self.client()
         for number in range(500):
             client.send(b"&*AL%d" % number)
@@ -132,7 +120,8 @@ class DatagramTest(RelayTest):
         self.program("killall", "")
         self.client(9899).send(b"&*ALat once")
         relay.wait_for_line("Agent log: at once")
-        go_on()
+        with open(gate, "w", encoding="ascii") as flushing:
+            flushing.write("\n")
         relay.wait_for_line("Agent log: 499")
         self.assertEqual([line for line in relay.said() if line.startswith("Agent log")],
                          ["Agent log: at once", *(f"Agent log: {number}" for number in range(500))])
@@ -203,5 +192,4 @@ class ProxyTest(RelayTest):
         self.assertFalse(any("Received command" in line for line in output))  # it passes nothing on
 
 
-def setUpModule():
-    namespace.enter()
+setUpModule = namespace.enter

@@ -71,5 +71,4 @@ class ServiceTest(RoadTest):
         self.assert_alive_then_ends(relay)
 
 
-def setUpModule():
-    namespace.enter()
+setUpModule = namespace.enter

@@ -13,8 +13,7 @@ class Cgroup:
     def __init__(self, path):
         with open("/proc/self/mountinfo", encoding="utf-8") as mounts:
             self._tree = next((line.split()[4] for line in mounts if " - cgroup2 " in line), "/none")
-        self._top = f"{self._tree}/quillet-road-{os.getpid()}"
-        self._path = f"{self._top}/{path}"
+        self._path = f"{self._tree}/quillet-road-{os.getpid()}/{path}"
         os.makedirs(self._path)
 
     @contextlib.contextmanager
@@ -33,11 +32,7 @@ class Cgroup:
             file.write(str(os.getpid()))
 
     def remove(self):
-        path = self._path
-        with contextlib.suppress(OSError):  # what another one is in stays
-            while len(path) >= len(self._top):
-                os.rmdir(path)
-                path = os.path.dirname(path)
+        os.removedirs(self._path)  # what another one is in stays
 
 
 def require():
