@@ -11,8 +11,8 @@ import threading
 
 from roadlib import cgroup, namespace, wire
 from roadlib.case import IDENTITY, RoadTest
-from roadlib.client import TCPClient, run, tool
-from roadlib.processes import PATIENCE, address_text, family_of
+from roadlib.client import TCPClient
+from roadlib.processes import PATIENCE, address_text, family_of, run, tool
 
 CAPTURE = os.environ["QUILLET_CAPTURE"]
 CLIENT = 65534  # a user id without rights
@@ -61,8 +61,7 @@ class CaptureTest(RoadTest):
         self.addCleanup(self.browser.remove)
         for server in ALL_SERVERS:
             self.upstream(answering(REAL["+notcp"]), host=server, port=53)
-            listener = socket.create_server((server, 53), family=family_of(server))
-            self.addCleanup(listener.close)
+            listener = self.enterContext(socket.create_server((server, 53), family=family_of(server)))
             self.addCleanup(listener.shutdown, socket.SHUT_RDWR)
             threading.Thread(target=answer_by_tcp, args=(listener,), daemon=True).start()
 
@@ -125,10 +124,10 @@ class CaptureTest(RoadTest):
     def test_one_socket_asks_two_servers(self):
         """Both exchanges end at the proxy's one address, so the kernel changes the client's port in the second."""
         filtering, proxy = self.captured_road()
-        with self.browser.inside(), contextlib.ExitStack() as root_again:
+        with self.browser.inside():
             os.seteuid(CLIENT)
-            root_again.callback(os.seteuid, 0)
-            client = root_again.enter_context(socket.socket(socket.AF_INET, socket.SOCK_DGRAM))
+            client = self.enterContext(socket.socket(socket.AF_INET, socket.SOCK_DGRAM))
+            os.seteuid(0)
             client.settimeout(PATIENCE)
             client.bind(("192.0.2.1", 0))
             for server in ("192.0.2.9", "192.0.2.1"):

@@ -39,9 +39,7 @@ class ControlTest(RoadTest):
         return proxy
 
     def client(self, proxy):
-        client = XpcClient(proxy)
-        self.addCleanup(client.close)
-        return client
+        return self.enterContext(XpcClient(proxy))
 
 
 class MethodsTest(ControlTest):
@@ -211,7 +209,7 @@ class AbuseTest(ControlTest):
                 for query in range(start, start + 50):
                     client.send(wire.query(f"name{query}.example"))
                 for query in range(start, start + 50):
-                    self.assertIsNotNone(client.receive())
+                    client.receive()
 
     @staticmethod
     def counts(lines):
@@ -264,7 +262,7 @@ class PlaceTest(ControlTest):
         self.assertEqual(self.client(first).call("status")["pid"], first.pid)
         first.send_signal(signal.SIGKILL)
         first.wait()
-        first.stop = lambda: first.child.stdout.close() or 0
+        first.stop = lambda: 0
         self.assertTrue(os.path.exists(self.path))
         self.assertEqual(self.client(second := self.road(control=self.path)[1]).call("status")["pid"], second.pid)
         second.stop()

@@ -9,7 +9,7 @@ import socket
 
 from roadlib import namespace
 from roadlib.case import RoadTest
-from roadlib.client import tool
+from roadlib.processes import tool
 
 JOURNAL = "/run/systemd/journal/socket"
 # What the proxy prints to standard output at each state of its link to the relay service; no log record.
@@ -53,8 +53,7 @@ class ReaderTest(RoadTest):
         tool("mount", "-t", "tmpfs", "tmpfs", "/run")
         self.addCleanup(tool, "umount", "/run")
         os.makedirs(os.path.dirname(JOURNAL))
-        journal = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
-        self.addCleanup(journal.close)
+        journal = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
         journal.bind(JOURNAL)
         journal.settimeout(20)
         null = os.stat("/dev/null")  # where the proxy's standard error goes
@@ -68,5 +67,4 @@ class ReaderTest(RoadTest):
             pass
 
 
-def setUpModule():
-    namespace.enter()
+setUpModule = namespace.enter

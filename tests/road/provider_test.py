@@ -39,8 +39,7 @@ class BuiltInAddressesTest(RoadTest):
 class LinkTest(RoadTest):
     def test_bypass_on_and_off(self):
         filtering, system = self.upstream(**FILTERING), self.upstream(lambda _: [], host=SYSTEM, port=53)
-        relay = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.addCleanup(relay.close)
+        relay = self.enterContext(socket.socket(socket.AF_INET, socket.SOCK_DGRAM))
         relay.settimeout(PATIENCE)
         relay.bind(RELAY)
         with namespace.resolv_conf(self.folder, f"nameserver {SYSTEM}"):

@@ -2,7 +2,8 @@
 
 from roadlib import wire
 from roadlib.case import RoadTest
-from roadlib.client import TCPClient, dig, tool
+from roadlib.client import TCPClient, dig
+from roadlib.processes import tool
 
 
 class TCPTest(RoadTest):

@@ -1,5 +1,6 @@
 """The base of the end-to-end tests: what a test starts is ended after it, and must have ended well."""
 
+import contextlib
 import json
 import os
 import signal
@@ -23,9 +24,7 @@ class RoadTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="quillet-road-")
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="quillet-road-"))
 
     def vendor_file(self, settings, name="vendor-data.json"):
         path = os.path.join(self.folder, name)
@@ -34,9 +33,7 @@ class RoadTest(unittest.TestCase):
         return path
 
     def upstream(self, respond=None, **how):
-        server = Upstream(respond, **how)
-        self.addCleanup(server.close)
-        return server
+        return self.enterContext(contextlib.closing(Upstream(respond, **how)))
 
     def started(self, process):
         """`process`, which must end well when the test does."""

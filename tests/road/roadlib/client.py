@@ -1,59 +1,53 @@
-"""DNS clients: one socket by hand, and the usual tools."""
+"""Connections, and DNS clients: one socket by hand, and the usual tool."""
 
-import select
+import contextlib
 import socket
-import subprocess
 
 from roadlib import wire
-from roadlib.processes import PATIENCE, family_of
+from roadlib.processes import PATIENCE, family_of, tool
 
 
-class Client:
-    """One connected UDP socket: only what comes from the asked address reaches it."""
+class Connection(contextlib.AbstractContextManager):
+    """A connected socket, with `stream` to read from it."""
 
-    def __init__(self, endpoint):
-        self.socket = socket.socket(family_of(endpoint[0]), socket.SOCK_DGRAM)
-        self.socket.connect(endpoint)
-        self.send = self.socket.send
-
-    def __enter__(self):
-        return self
+    def __init__(self, connected):
+        self.socket, self.send, self.stream = connected, connected.sendall, connected.makefile("rb")
+        self.socket.settimeout(PATIENCE)
 
     def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        self.stream.close()
         self.socket.close()
 
-    def receive(self, seconds=PATIENCE):
-        """The next datagram, or None after `seconds`."""
-        ready, _, _ = select.select([self.socket], [], [], seconds)
-        return self.socket.recv(65535) if ready else None
+
+class Client(Connection):
+    """One UDP socket: only what comes from the asked address reaches it."""
+
+    def __init__(self, endpoint):
+        super().__init__(socket.socket(family_of(endpoint[0]), socket.SOCK_DGRAM))
+        self.socket.connect(endpoint)
+
+    def receive(self):
+        """The next datagram."""
+        return self.socket.recv(65535)
 
     def ask(self, query):
         self.send(query)
-        answer = self.receive()
-        assert answer is not None, f"no answer to {query.hex()}"
-        return answer
+        return self.receive()
 
 
-class TCPClient:
+class TCPClient(Connection):
     """One TCP connection, from either side."""
 
     def __init__(self, endpoint=None, accepted=None):
-        self.socket = accepted or socket.create_connection(endpoint)
-        self.socket.settimeout(PATIENCE)
-        self.send = self.socket.sendall
-        self._stream = self.socket.makefile("rb")
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self._stream.close()
-        self.socket.close()
+        super().__init__(accepted or socket.create_connection(endpoint))
 
     def receive(self):
         """The next message, or None when the other side sends no more."""
-        length = self._stream.read(2)
-        return self._stream.read(int.from_bytes(length, "big")) if length else None
+        length = self.stream.read(2)
+        return self.stream.read(int.from_bytes(length, "big")) if length else None
 
     def ask(self, query):
         self.send(wire.framed(query))
@@ -64,19 +58,6 @@ def ask(endpoint, query):
     """One query from a socket of its own; its answer."""
     with Client(endpoint) as client:
         return client.ask(query)
-
-
-def run(*command):
-    """Runs a command-line tool to its end."""
-    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=2 * PATIENCE,
-                          check=False)
-
-
-def tool(*command):
-    """What a command-line tool printed. It must end with status 0."""
-    done = run(*command)
-    assert done.returncode == 0, f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}"
-    return done.stdout
 
 
 def dig(endpoint, *arguments):

@@ -6,7 +6,7 @@ import shutil
 import subprocess
 import sys
 
-from roadlib.client import tool
+from roadlib.processes import tool
 
 SKIPPED = 77  # the test runner's word for it
 INSIDE = "QUILLET_INSIDE_NAMESPACE"

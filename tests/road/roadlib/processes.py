@@ -46,6 +46,18 @@ def address_text(host, port):
     return f"[{host}]:{port}" if ":" in host else f"{host}:{port}"
 
 
+def run(*command, **how):
+    """Runs a command-line tool to its end."""
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=2 * PATIENCE, **how)
+
+
+def tool(*command):
+    """What a command-line tool printed. It must end with status 0."""
+    done = run(*command)
+    assert done.returncode == 0, f"{' '.join(command)}: status {done.returncode}\n{done.stdout}{done.stderr}"
+    return done.stdout
+
+
 class Process:
     """A child process whose output is read line by line as it comes, or dropped."""
 
@@ -64,10 +76,11 @@ class Process:
             self._reader.start()
 
     def _read(self):
-        for line in self.child.stdout:
-            with self._changed:
-                self.lines.append(line.rstrip(b"\n").decode("utf-8", "surrogateescape"))
-                self._changed.notify_all()
+        with self.child.stdout as lines:
+            for line in lines:
+                with self._changed:
+                    self.lines.append(line.rstrip(b"\n").decode("utf-8", "surrogateescape"))
+                    self._changed.notify_all()
 
     def wait_for_line(self, text, count=1):
         """The lines so far that contain `text`, once there are `count` of them."""
@@ -98,17 +111,12 @@ class Process:
 
     def stop(self):
         """Ends the process; gives its exit status."""
-        if self.is_running():
-            self.send_signal(signal.SIGTERM)
-            try:
-                self.wait()
-            except subprocess.TimeoutExpired:
-                self.child.kill()
-                self.wait()
-        if self._reader:
-            self._reader.join(PATIENCE)
-            self.child.stdout.close()
-        return self.child.returncode
+        self.send_signal(signal.SIGTERM)
+        with contextlib.suppress(subprocess.TimeoutExpired):
+            self.wait()
+        self.child.kill()
+        self.output()
+        return self.wait()
 
     def resident_kib(self):
         with open(f"/proc/{self.pid}/status", encoding="ascii") as status:
@@ -118,16 +126,9 @@ class Process:
         return len(os.listdir(f"/proc/{self.pid}/fd"))
 
     def bound_ports(self):
-        """The ports of the process' own UDP sockets, by the kernel's tables."""
-        inodes, ports = set(), set()
-        for descriptor in os.scandir(f"/proc/{self.pid}/fd"):
-            with contextlib.suppress(FileNotFoundError):  # closed meanwhile
-                inodes.add(os.readlink(descriptor.path))
-        for table in ("/proc/net/udp", "/proc/net/udp6"):
-            with open(table, encoding="ascii") as lines:
-                rows = [line.split() for line in lines][1:]
-            ports.update(int(row[1].rsplit(":", 1)[1], 16) for row in rows if f"socket:[{row[9]}]" in inodes)
-        return ports
+        """The ports of the process' own UDP sockets."""
+        sockets = tool("ss", "--udp", "--all", "--no-header", "--numeric", "--processes").splitlines()
+        return {int(row.split()[3].rsplit(":", 1)[1]) for row in sockets if f"pid={self.pid}," in row}
 
 
 class DemoFilter(Process):
@@ -184,9 +185,4 @@ class Relay(Process):
 
     def children(self):
         """The process ids of its children, zombies included."""
-        children = []
-        for task in os.scandir(f"/proc/{self.pid}/task"):
-            with contextlib.suppress(FileNotFoundError):  # a thread that has ended meanwhile
-                with open(os.path.join(task.path, "children"), encoding="ascii") as file:
-                    children += [int(child) for child in file.read().split()]
-        return children
+        return run("sh", "-c", f"cat /proc/{self.pid}/task/*/children").stdout.split()

@@ -3,26 +3,13 @@
 import json
 import socket
 
-from roadlib.processes import PATIENCE
+from roadlib.client import Connection
 
 
-class XpcClient:
+class XpcClient(Connection):
     def __init__(self, server):
-        self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
-        self.socket.settimeout(PATIENCE)
+        super().__init__(socket.socket(socket.AF_UNIX))
         self.socket.connect(server.socket_path)
-        self.send = self.socket.sendall
-        self._lines = self.socket.makefile("rb")
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()
-
-    def close(self):
-        self._lines.close()
-        self.socket.close()
 
     def request(self, method, *params, **named):
         message = {"jsonrpc": "2.0", "id": 1, "method": method} | ({"params": named or params} if named or params else {})
@@ -30,7 +17,7 @@ class XpcClient:
 
     def message(self):
         """The next one; None at the end."""
-        line = self._lines.readline()
+        line = self.stream.readline()
         return json.loads(line) if line else None
 
     def result(self):
