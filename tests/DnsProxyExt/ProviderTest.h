@@ -89,7 +89,7 @@ class ProviderTest : public StageTest {
   }
 
   /// Where nobody answers.
-  static DNSHostRef nobody() { return hostAt("127.0.0.1:" + std::to_string(closedPort())); }
+  static DNSHostRef nobody() { return hostAt(description(platform::test::UDPSocket().address())); }
 
   const platform::test::EnvironmentVariable zone_{"TZ", "Europe/Ljubljana"};
   DefaultsFolder defaults_;

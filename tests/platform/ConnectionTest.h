@@ -2,7 +2,6 @@
 
 #include "platform/network/NWConnection.h"
 #include "platform/network/OpenConnections.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

@@ -3,7 +3,6 @@
 #include "platform/flowhost/FlowHost.h"
 #include "platform/networkextension/NEDNSProxyProvider.h"
 #include "platform/udp/OwnSockets.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/SocketFailures.h"
 #include "tests/platform/Test.h"
 
@@ -13,14 +12,13 @@ using Flow = std::shared_ptr<NEAppProxyUDPFlow>;
 
 /// Keeps what it is offered.
 struct FlowProvider final : NEDNSProxyProvider {
-  void startProxy(std::optional<NEProviderOptions> /*options*/,
-                  StartCompletion /*completion*/) override {}
-  void stopProxy(NEProviderStopReason /*reason*/, StopCompletion /*completion*/) override {}
-  void sleep(StopCompletion /*completion*/) override {}
+  void startProxy(std::optional<NEProviderOptions>, StartCompletion) override {}
+  void stopProxy(NEProviderStopReason, StopCompletion) override {}
+  void sleep(StopCompletion) override {}
   void wake() override {}
-  bool handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& initialRemoteEndpoint) override {
+  bool handleNewUDPFlow(const Flow& flow, const NWHostEndpoint& destination) override {
     flows.push_back(flow);
-    destinations.push_back(initialRemoteEndpoint);
+    destinations.push_back(destination);
     return true;
   }
 
@@ -64,8 +62,7 @@ class HostedTest : public testing::Test {
     return texts.value_or(Texts{});
   }
   /// Writes and gives the error's text, "" for none.
-  static std::string write(const Flow& flow, const Texts& texts,
-                           std::vector<NWHostEndpoint> endpoints) {
+  static auto write(const Flow& flow, const Texts& texts, std::vector<NWHostEndpoint> endpoints) {
     std::string outcome = "nothing";
     std::vector<Data> datagrams;
     std::ranges::transform(texts, std::back_inserter(datagrams), bytes);

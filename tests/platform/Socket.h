@@ -42,30 +42,24 @@ class Socket {
   [[nodiscard]] std::uint16_t port() const { return address().port(); }
   void close() { descriptor_ = FileDescriptor(); }
 
-  void bind(const SocketAddress& to) const {
-    require(::bind(descriptor(), to.data(), to.size()) == 0);
-  }
+  void bind(const SocketAddress& to) const { require(::bind(descriptor(), to.data(), to.size())); }
   void connect(const SocketAddress& to) const {
-    require(::connect(descriptor(), to.data(), to.size()) == 0);
+    require(::connect(descriptor(), to.data(), to.size()));
   }
-  void set(int level, int option, int value) const {
-    require(::setsockopt(descriptor(), level, option, &value, sizeof value) == 0);
-  }
-  void bindToDevice(const std::string& name) const {
-    const auto size = static_cast<socklen_t>(name.size());
-    require(::setsockopt(descriptor(), SOL_SOCKET, SO_BINDTODEVICE, name.data(), size) == 0);
+  void set(int level, int option, const auto& value) const {
+    require(::setsockopt(descriptor(), level, option, &value, sizeof value));
   }
   void send(const std::string& octets, const SocketAddress& to) const {
     send(octets, to.data(), to.size());
   }
   void send(const std::string& octets, const sockaddr* to = nullptr, socklen_t size = 0) const {
-    const auto sent = ::sendto(descriptor(), octets.data(), octets.size(), MSG_NOSIGNAL, to, size);
-    require(sent == static_cast<ssize_t>(octets.size()));
+    require(::sendto(descriptor(), octets.data(), octets.size(), MSG_NOSIGNAL, to, size),
+            static_cast<ssize_t>(octets.size()));
   }
 
  protected:
-  static void require(bool isDone) {
-    if (!isDone) {
+  static void require(ssize_t result, ssize_t expected = 0) {
+    if (result != expected) {
       throw std::runtime_error("a test socket cannot be used");
     }
   }
@@ -75,7 +69,7 @@ class Socket {
   SocketAddress side(const Call& call) const {
     SocketAddress address;
     socklen_t size = SocketAddress::kMaxSize;
-    require(call(descriptor(), address.data(), &size) == 0);
+    require(call(descriptor(), address.data(), &size));
     return address;
   }
 
@@ -133,7 +127,7 @@ class TCPClient : public Socket {
       send(framed(text));
     }
   }
-  void endSending() const { require(::shutdown(descriptor(), SHUT_WR) == 0); }
+  void endSending() const { require(::shutdown(descriptor(), SHUT_WR)); }
 
   /// All octets so far.
   const std::string& received() {
@@ -161,7 +155,7 @@ struct TCPServer : Socket {
   explicit TCPServer(const SocketAddress& at = test::address("127.0.0.1"))
       : Socket(at.family(), SOCK_STREAM | SOCK_NONBLOCK) {
     bind(at);
-    require(::listen(descriptor(), SOMAXCONN) == 0);
+    require(::listen(descriptor(), SOMAXCONN));
   }
   [[nodiscard]] TCPClient accept() const {
     return TCPClient(FileDescriptor(::accept(descriptor(), nullptr, nullptr)));

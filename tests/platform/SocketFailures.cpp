@@ -4,8 +4,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 namespace platform::test {
 
 std::deque<int> SocketFailures::toCome;

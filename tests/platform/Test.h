@@ -5,6 +5,7 @@
 #include "platform/base/Clock.h"
 #include "platform/dispatch/MainLoop.h"
 #include "tests/platform/EnvironmentVariable.h"
+#include "tests/platform/Socket.h"
 #include "tests/platform/TemporaryDirectory.h"
 #include "tests/support/Test.h"
 

@@ -1,6 +1,5 @@
 #include <future>
 
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 #include "tests/relay_service/FakeConnection.h"
 

@@ -12,6 +12,9 @@
 
 namespace quillet::test {
 
+using Endpoint = platform::NWHostEndpoint;
+using Failure = std::optional<platform::Error>;
+
 /// A flow whose datagrams, failures and key a test chooses, and that keeps what is done with it.
 class FakeFlow final : public platform::NEAppProxyUDPFlow {
  public:
@@ -27,20 +30,19 @@ class FakeFlow final : public platform::NEAppProxyUDPFlow {
 
   // What the flow does.
   std::optional<std::vector<platform::Data>> toRead;
-  std::optional<std::vector<platform::NWHostEndpoint>> readEndpoints;
-  std::optional<platform::Error> openError;
-  std::optional<platform::Error> readError;
-  std::optional<platform::Error> writeError;
+  std::optional<std::vector<Endpoint>> readEndpoints;
+  Failure openError;
+  Failure readError;
+  Failure writeError;
 
   // What was done with it.
-  std::vector<std::optional<platform::NWHostEndpoint>> opened;
+  std::vector<std::optional<Endpoint>> opened;
   int reads = 0;
-  std::vector<std::pair<platform::Data, platform::NWHostEndpoint>> written;
+  std::vector<std::pair<platform::Data, Endpoint>> written;
   std::vector<std::string> closed;
 
-  void openWithLocalEndpoint(std::optional<platform::NWHostEndpoint> localEndpoint,
-                             OpenCompletion completion) override {
-    opened.push_back(std::move(localEndpoint));
+  void openWithLocalEndpoint(std::optional<Endpoint> local, OpenCompletion completion) override {
+    opened.push_back(std::move(local));
     later([completion = std::move(completion), error = openError] { completion(error); });
   }
   void readDatagrams(ReadCompletion completion) override {
@@ -48,29 +50,26 @@ class FakeFlow final : public platform::NEAppProxyUDPFlow {
     later([completion = std::move(completion), datagrams = toRead, endpoints = readEndpoints,
            error = readError] { completion(datagrams, endpoints, error); });
   }
-  void writeDatagrams(std::vector<platform::Data> datagrams,
-                      std::vector<platform::NWHostEndpoint> sentByEndpoints,
+  void writeDatagrams(std::vector<platform::Data> datagrams, std::vector<Endpoint> sentBy,
                       WriteCompletion completion) override {
     for (std::size_t i = 0; i < datagrams.size(); ++i) {
-      written.emplace_back(datagrams[i], sentByEndpoints.at(i));
+      written.emplace_back(datagrams[i], sentBy.at(i));
     }
     later([completion = std::move(completion), error = writeError] { completion(error); });
   }
-  void closeReadWithError(std::optional<platform::Error> error) override {
+  void closeReadWithError(Failure error) override {
     closed.push_back("read " + platform::description(error));
   }
-  void closeWriteWithError(std::optional<platform::Error> error) override {
+  void closeWriteWithError(Failure error) override {
     closed.push_back("write " + platform::description(error));
   }
 
   [[nodiscard]] const platform::NEFlowMetaData& metaData() const override { return metaData_; }
   [[nodiscard]] std::int64_t hash() const override { return key_; }
   [[nodiscard]] bool isBound() const override { return false; }
-  [[nodiscard]] std::optional<std::string> networkInterface() const override {
-    return std::nullopt;
-  }
-  [[nodiscard]] std::optional<platform::NWHostEndpoint> localEndpoint() const override {
-    return platform::NWHostEndpoint{"127.0.0.1", "40000"};
+  [[nodiscard]] std::optional<std::string> networkInterface() const override { return {}; }
+  [[nodiscard]] std::optional<Endpoint> localEndpoint() const override {
+    return Endpoint{"127.0.0.1", "40000"};
   }
   [[nodiscard]] std::optional<std::string> remoteHostname() const override { return "127.0.0.1"; }
   [[nodiscard]] std::string debugDescription() const override { return "<FakeFlow>"; }

@@ -19,9 +19,9 @@ class FakeServer final : platform::SocketWatcher {
   using Answer = std::function<std::vector<platform::Data>(const platform::Data&)>;
 
   explicit FakeServer(Answer answer) : answer_(std::move(answer)) {
-    events().watch(socket_.descriptor(), *this, {true, false}, false);
+    events_.watch(socket_.descriptor(), *this, {true, false}, false);
   }
-  ~FakeServer() { events().stopWatching(socket_.descriptor()); }
+  ~FakeServer() { events_.stopWatching(socket_.descriptor()); }
 
   [[nodiscard]] std::int64_t port() const { return socket_.port(); }
   /// `127.0.0.1:40123`.
@@ -31,9 +31,6 @@ class FakeServer final : platform::SocketWatcher {
   void setAnswer(Answer answer) { answer_ = std::move(answer); }
 
  private:
-  static platform::SocketEvents& events() {
-    return platform::DispatchQueue::global().socketEvents();
-  }
   void socketIsReady(bool /*canRead*/, bool /*canWrite*/) override {
     while (const auto datagram = socket_.receive()) {
       received_.push_back(platform::test::bytes(datagram->text));
@@ -44,14 +41,12 @@ class FakeServer final : platform::SocketWatcher {
   }
 
   const platform::test::UDPSocket socket_;
+  platform::SocketEvents& events_ = platform::DispatchQueue::global().socketEvents();
   Answer answer_;
   std::vector<platform::Data> received_;
 };
 
 /// Answers nothing.
 inline std::vector<platform::Data> stayQuiet(const platform::Data& /*received*/) { return {}; }
-
-/// A port on 127.0.0.1 that nobody listens on.
-inline std::int64_t closedPort() { return platform::test::unusedPort(); }
 
 }  // namespace quillet::test

@@ -57,7 +57,7 @@ TEST_F(CapPortalHelperTest, LogsWhatAServerSaysAndStartsTheIntervalAnew) {
     EXPECT_EQ(helper->lastRegistrationTime, answer.empty() ? 0 : 1'700'000'000);
   }
   const auto helper = makeHelper();
-  helper->port = closedPort();
+  helper->port = platform::test::unusedPort();
   helper->checkRegistration();
   EXPECT_TRUE(
       runUntilLogged("[CapPortalHelper]:, udp error - Optional(\"POSIXErrorCode(rawValue: 111): "

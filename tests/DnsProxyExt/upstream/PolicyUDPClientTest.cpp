@@ -63,7 +63,7 @@ TEST_F(PolicyUDPClientTest, EveryExchangeWithoutAnAnswerEnds) {
   ASSERT_TRUE(runUntilGone());
   EXPECT_THAT(log_.records().back(),
               StartsWith("PolicyUDPClient dns session is not completed,Optional("));
-  connect("127.0.0.1", closedPort());
+  connect("127.0.0.1", platform::test::unusedPort());
   ASSERT_TRUE(runUntilGone());
   const std::string refused = "Optional(POSIXErrorCode(rawValue: 111): Connection refused)";
   EXPECT_THAT(log_.records(),

@@ -3,7 +3,6 @@
 #include "platform/flowhost/SystemResolver.h"
 #include "platform/network/NWConnection.h"
 #include "platform/udp/OwnSockets.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 #include "tests/support/FakeFlow.h"
 
@@ -69,30 +68,29 @@ TEST_F(SystemResolverTest, PassesDatagramsAndAnswersUnchanged) {
     server.send(text, client.from);
     runReady();
   }
-  EXPECT_THAT(flow->written, ElementsAre(Pair(bytes(""), NWHostEndpoint{"127.0.0.1", "5300"}),
-                                         Pair(bytes("two"), NWHostEndpoint{"127.0.0.1", "5301"})));
+  EXPECT_THAT(flow->written, ElementsAre(Pair(bytes(""), Endpoint{"127.0.0.1", "5300"}),
+                                         Pair(bytes("two"), Endpoint{"127.0.0.1", "5301"})));
   EXPECT_THAT(flow->closed, ElementsAre("read nil", "write nil"));
   EXPECT_EQ(NWConnection::openCount(), 0U);
 }
 
 TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
   const std::string local = "nameserver 127.0.0.1\n";
-  using Flow = FakeFlow&;
-  const std::tuple<std::string, std::function<void(Flow)>, std::string> rows[] = {
-      {"", [](Flow) {}, "Optional(no DNS server of the system's own)"},
-      {local, [](Flow) {}, "Optional(POSIXErrorCode(rawValue: 111): Connection refused)"},
-      {"nameserver 127.255.255.255\n", [](Flow) {},
-       "Optional(POSIXErrorCode(rawValue: 13): Permission denied)"},
-      {local, [](Flow flow) { flow.readError = Error("no read"); }, "Optional(no read)"},
-      {local, [](Flow flow) { flow.toRead->clear(); }, "nil"},
-      {local, [](Flow flow) { flow.toRead = {Data(65508)}; },
-       "Optional(POSIXErrorCode(rawValue: 90): Message too long)"},
+  const std::string broadcast = "nameserver 127.255.255.255\n";
+  const std::vector<Data> two{bytes("a"), bytes("b")};
+  const std::tuple<std::string, std::vector<Data>, Failure, std::string> rows[] = {
+      {"", two, {}, "Optional(no DNS server of the system's own)"},
+      {local, two, {}, "Optional(POSIXErrorCode(rawValue: 111): Connection refused)"},
+      {broadcast, two, {}, "Optional(POSIXErrorCode(rawValue: 13): Permission denied)"},
+      {local, two, Error("no read"), "Optional(no read)"},
+      {local, {}, {}, "nil"},
+      {local, {Data(65508)}, {}, "Optional(POSIXErrorCode(rawValue: 90): Message too long)"},
   };
-  for (const auto& [configuration, change, error] : rows) {
+  for (const auto& [configuration, datagrams, readError, error] : rows) {
     configure(configuration);
     SystemResolver resolver(file_, unusedPort());
-    const auto flow = std::make_shared<FakeFlow>(1, std::vector<Data>{bytes("a"), bytes("b")});
-    change(*flow);
+    const auto flow = std::make_shared<FakeFlow>(1, datagrams);
+    flow->readError = readError;
     const std::weak_ptr<FakeFlow> weak = flow;
     resolver.serve(flow, Transport::udp);
     ASSERT_TRUE(runUntil([&] { return !flow->closed.empty(); })) << error;
@@ -131,8 +129,7 @@ TEST_F(SystemResolverByTCPTest, PassesQueryAndAnswerUnchangedAndLetsGoOfTheFlow)
     connection.send(piece);
     runReady();
   }
-  EXPECT_THAT(flow->written,
-              ElementsAre(Pair(bytes("answer"), NWHostEndpoint{"127.0.0.1", "5300"})));
+  EXPECT_THAT(flow->written, ElementsAre(Pair(bytes("answer"), Endpoint{"127.0.0.1", "5300"})));
   EXPECT_THAT(flow->closed, ElementsAre("read nil", "write nil"));
   EXPECT_TRUE(connection.isClosed());
   EXPECT_EQ(flow.use_count(), 1);

@@ -1,5 +1,3 @@
-#include <cerrno>
-
 #include "platform/udp/OwnSockets.h"
 #include "tests/platform/ConnectionTest.h"
 #include "tests/platform/SocketFailures.h"

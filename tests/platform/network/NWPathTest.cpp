@@ -1,5 +1,4 @@
 #include "platform/network/NWPath.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

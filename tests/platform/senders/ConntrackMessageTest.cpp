@@ -1,7 +1,6 @@
 #include <cerrno>
 
 #include "platform/senders/ConntrackMessage.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "platform/senders/SenderLookup.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 #include "tests/platform/senders/TestCgroup.h"
 

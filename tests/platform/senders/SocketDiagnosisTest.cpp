@@ -6,7 +6,6 @@
 
 #include "platform/senders/SocketDiagnosis.h"
 #include "platform/senders/SocketTable.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace {

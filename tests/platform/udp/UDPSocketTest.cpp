@@ -1,5 +1,4 @@
 #include "platform/udp/UDPSocket.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {

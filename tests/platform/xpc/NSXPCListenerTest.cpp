@@ -5,7 +5,6 @@
 
 #include "platform/xpc/LineBuffer.h"
 #include "platform/xpc/NSXPCListener.h"
-#include "tests/platform/Socket.h"
 #include "tests/platform/Test.h"
 
 namespace platform::test {
@@ -57,8 +56,8 @@ class Client : public Socket {
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, path.size());
     const timeval patience{10, 0};  // a failure, not a test that hangs
-    ::setsockopt(descriptor(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    require(::connect(descriptor(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
+    set(SOL_SOCKET, SO_RCVTIMEO, patience);
+    require(::connect(descriptor(), reinterpret_cast<sockaddr*>(&address), sizeof address));
   }
   void call(const std::string& method, const std::string& params = "") const {
     send(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":[)" + params + "]}\n");
@@ -132,13 +131,17 @@ TEST_F(NSXPCListenerTest, AnswersACallWithoutAResultWithAnErrorAndTheNextAsUsual
   EXPECT_EQ(client->ask("count:"), kOne);
 }
 
-TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServed) {
+TEST_F(NSXPCListenerTest, LetsAClientGoThatCannotBeServedAndAllAtItsEnd) {
   delegate_->fails = true;
   const Client client(path_);
   ASSERT_TRUE(runUntilSize(log_.records(), 1));
   EXPECT_EQ(client.line(), "") << "the end";
   delegate_->fails = false;
-  EXPECT_EQ(connect()->ask("count:"), kOne);
+  const auto served = connect();
+  EXPECT_EQ(served->ask("count:"), kOne);
+  listener_.reset();
+  EXPECT_EQ(served->line(), "");
+  EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
 TEST_F(NSXPCListenerTest, GivesAFurtherClientThePlaceOfTheOneSilentLongestThatHasBeenServed) {
@@ -171,13 +174,6 @@ TEST_F(NSXPCListenerTest, LetsWhoSendsNothingGoInTheEnd) {
   EXPECT_EQ(further.ask("count:"), kOne);
   EXPECT_EQ(clients[0]->line(), "");
   EXPECT_EQ(clients[1]->ask("count:"), kOne);
-}
-
-TEST_F(NSXPCListenerTest, EndsItsConnections) {
-  const auto client = connect();
-  listener_.reset();
-  EXPECT_EQ(client->line(), "");
-  EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
 }  // namespace platform::test
