@@ -2,7 +2,6 @@
 
 import os
 import re
-import subprocess
 import unittest
 
 from roadlib import wire
@@ -19,18 +18,16 @@ DESCRIPTOR_MARGIN = 8
 
 @unittest.skipIf(QUERIES < 1000, "no load in this build")
 class LoadTest(RoadTest):
-    def dnsperf(self, endpoint):
-        """Runs dnsperf over 200 sockets; its counts of sent, completed, lost."""
-        names = self.vendor_file("".join(f"h{number}.example {('A', 'AAAA', 'HTTPS')[number % 3]}\n"
-                                         for number in range(1000)), "names")
-        done = subprocess.run(["dnsperf", "-s", endpoint[0], "-p", str(endpoint[1]), "-d", names, "-c", "200", "-W",
-                               "-n", str(QUERIES // 1000), "-t", str(PATIENCE)],
-                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True,
-                              timeout=30 * PATIENCE)
-        self.assertNotIn("Warning", done.stdout)  # an answer that its socket did not ask for, say
-        self.assertRegex(done.stdout, rf"NOERROR {QUERIES} ")
-        return [int(re.search(rf"Queries {what}:\s+(\d+)", done.stdout).group(1))
-                for what in ("sent", "completed", "lost")]
+    def dnsperf(self, proxy):
+        """Asks for them over 200 sockets, each of which gets an answer."""
+        names = "".join(f"h{number}.example {('A', 'AAAA', 'HTTPS')[number % 3]}\n" for number in range(1000))
+        load = self.load(proxy, names, "-c", "200", "-n", str(QUERIES // 1000), "-t", str(PATIENCE))
+        self.assertEqual(load.wait(30 * PATIENCE), 0)
+        said = "\n".join(load.output())
+        self.assertNotIn("Warning", said)  # an answer that its socket did not ask for, say
+        for what in ("sent", "completed"):
+            self.assertRegex(said, rf"Queries {what}: +{QUERIES}\b")
+        self.assertIn(f"NOERROR {QUERIES} ", said)
 
     def test_dnsperf(self):
         demo_filter = self.demo_filter(quiet=True)
@@ -38,7 +35,7 @@ class LoadTest(RoadTest):
         idle = proxy.descriptors()
         resident = []
         for _ in range(2):  # the first warms up, and counts as well
-            self.assertEqual(self.dnsperf(proxy.endpoint), [QUERIES, QUERIES, 0])
+            self.dnsperf(proxy)
             poll(lambda: proxy.descriptors() <= idle + DESCRIPTOR_MARGIN, "the flows are closed")
             resident.append(proxy.resident_kib())
         if not IS_SANITIZED:  # a sanitizer keeps what was freed
@@ -57,7 +54,7 @@ class LoadTest(RoadTest):
             ask(proxy.endpoint, wire.query(name))
         with open(path, encoding="utf-8") as log:
             poll(lambda: any("query second.example" in line for line in log), "both are told of")
-            self.assertEqual(self.dnsperf(proxy.endpoint), [QUERIES, QUERIES, 0])
+            self.dnsperf(proxy)
             proxy.stop()
             form = r"query h\d+\.example (A|AAAA|HTTPS) app=app rule=5 server=\S+ rcode=NOERROR ms=\d+\.\d\n"
             others, lines = re.subn(form, "", "".join(line.split("] ", 1)[1] for line in log))

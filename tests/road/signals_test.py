@@ -5,18 +5,14 @@ import signal
 
 from roadlib import wire
 from roadlib.case import IDENTITY, READ, RoadTest
-from roadlib.processes import SLOWNESS, Process
+from roadlib.processes import SLOWNESS
 
 
 class StopTest(RoadTest):
     def test_under_load_that_is_answered_and_that_is_not(self):
-        names = self.vendor_file("example.com A\n", "names")
         for respond, number in ((None, signal.SIGTERM), (lambda query: [], signal.SIGINT)):
             upstream, proxy = self.road(respond)
-            host, port = proxy.endpoint
-            load = Process(["dnsperf", "-s", host, "-p", str(port), "-d", names, "-c", "50", "-q", "500", "-l", "60"],
-                           discard=True)
-            self.addCleanup(load.stop)
+            self.load(proxy, "example.com A\n", "-c", "50", "-q", "500", "-l", "60")
             upstream.wait_for_queries(500)
             for _ in range(2):  # the second one comes while it stops
                 proxy.send_signal(number)

@@ -9,7 +9,7 @@ import unittest
 
 from roadlib import wire
 from roadlib.client import ask
-from roadlib.processes import DemoFilter, Proxy
+from roadlib.processes import DemoFilter, Process, Proxy
 from roadlib.upstream import Upstream
 
 # The part of the usual load that a slow build carries.
@@ -48,6 +48,13 @@ class RoadTest(unittest.TestCase):
         path = None if settings is None else self.vendor_file(settings)
         how.setdefault("defaults_folder", tempfile.mkdtemp(dir=self.folder))
         return self.started(Proxy(vendor_data_file=path, **how))
+
+    def load(self, proxy, names, *options):
+        """dnsperf, which asks for `names`: in each line a name and a type."""
+        host, port = proxy.endpoint
+        load = Process(["dnsperf", "-s", host, "-p", str(port), "-d", self.vendor_file(names, "names"), *options])
+        self.addCleanup(load.stop)
+        return load
 
     def reconfigure(self, proxy, settings):
         """Replaces the vendor data of a proxy that `proxy` started, and has it read."""
