@@ -7,23 +7,21 @@
 namespace platform::test {
 
 TEST(DispatchQueueTest, TakesWorkFromManyThreadsOneAtATime) {
-  constexpr int kThreads = 4;
   constexpr int kEach = 5000;
   for (const auto& queue : {DispatchQueue::global(), DispatchQueue::serial()}) {
-    int count = 0;  // no lock: the queue is what guards it
-    std::vector<std::jthread> threads;
-    threads.reserve(kThreads);
-    for (int thread = 0; thread < kThreads; ++thread) {
-      threads.emplace_back([&] {
-        for (int number = 0; number < kEach; ++number) {
-          queue.async([&] {
-            if (++count == kThreads * kEach) {
-              MainLoop::shared().stop();
-            }
-          });
-        }
-      });
-    }
+    int left = 4 * kEach;  // no lock: the queue is what guards it
+    const auto work = [&] {
+      if (--left == 0) {
+        MainLoop::shared().stop();
+      }
+    };
+    const auto giveWork = [&] {
+      for (int number = 0; number < kEach; ++number) {
+        queue.async(work);
+      }
+    };
+    const std::jthread threads[] = {std::jthread(giveWork), std::jthread(giveWork),
+                                    std::jthread(giveWork), std::jthread(giveWork)};
     MainLoop::shared().run();
   }
 }

@@ -13,9 +13,6 @@ class Watched final : public SocketWatcher {
     socket.open(std::move(pipe.reader));
     EXPECT_FALSE(socket.watch(*this, {true, false}));
   }
-  ~Watched() = default;
-  Watched(const Watched&) = delete;
-  Watched& operator=(const Watched&) = delete;
 
   void socketIsReady(bool canRead, bool canWrite) override {
     ++calls;

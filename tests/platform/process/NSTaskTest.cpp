@@ -2,8 +2,8 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <future>
 #include <latch>
+#include <thread>
 
 #include "platform/process/ChildProcesses.h"
 #include "platform/process/NSTask.h"
@@ -52,24 +52,22 @@ TEST(NSTaskTest, LetsNothingOfOursReachTheChild) {
 TEST(NSTaskTest, AtTheEndWakesWhoeverWaitsAndStartsNothingMore) {
   auto& children = ChildProcesses::shared();
   std::latch started(2);
-  const auto start = [&](bool isRead) {
-    return std::async(std::launch::async, [&started, isRead] {
-      NSTask task;
-      task.executablePath = "/bin/sleep";
-      task.arguments = {"1000"};
-      task.standardOutput = std::make_shared<NSPipe>();
-      EXPECT_FALSE(task.run());
-      started.count_down();
-      EXPECT_TRUE(!isRead || task.standardOutput->readDataToEndOfFile().empty());
-      task.waitUntilExit();
-    });
+  const auto sleep = [&](bool isRead) {
+    NSTask task;
+    task.executablePath = "/bin/sleep";
+    task.arguments = {"1000"};
+    task.standardOutput = std::make_shared<NSPipe>();
+    EXPECT_FALSE(task.run());
+    started.count_down();
+    EXPECT_TRUE(!isRead || task.standardOutput->readDataToEndOfFile().empty());
+    task.waitUntilExit();
   };
-  const auto reader = start(true);
-  const auto waiter = start(false);
-  started.wait();
-  children.end();
-  reader.wait();
-  waiter.wait();
+  {
+    const std::jthread reader(sleep, true);
+    const std::jthread waiter(sleep, false);
+    started.wait();
+    children.end();
+  }
   EXPECT_EQ(run("true"), "cannot start /bin/sh: Operation canceled");
   EXPECT_TRUE(runUntil([&] { return children.count() == 0; }));
   children.beginAgain();

@@ -11,8 +11,8 @@ namespace fs = std::filesystem;
 
 class UserDefaultsTest : public testing::Test {
  protected:
-  void SetUp() override { UserDefaults::setDirectory(directory_.path()); }
-  void TearDown() override { UserDefaults::setDirectory({}); }
+  UserDefaultsTest() { UserDefaults::setDirectory(directory_.path()); }
+  ~UserDefaultsTest() override { UserDefaults::setDirectory({}); }
 
   static UserDefaults* suite() { return UserDefaults::suite("group"); }
 
@@ -30,14 +30,14 @@ TEST_F(UserDefaultsTest, GivesValuesByType) {
     EXPECT_EQ(suite()->dictionaryForKey(key).has_value(), key == "object");
     EXPECT_EQ(suite()->integerForKey(key), 0) << key;
   }
-  constexpr std::pair<const char*, std::int64_t> numbers[] = {{"-1.9", -1},
-                                                              {"9223372036854775808", INT64_MAX},
-                                                              {"9223372036854775808.0", INT64_MAX},
-                                                              {"-1e300", INT64_MIN}};
-  for (const auto& [json, number] : numbers) {
-    writeFile(file_, std::string(R"({"key":)") + json + "}");
-    EXPECT_EQ(suite()->integerForKey("key"), number) << json;
-  }
+  const auto integer = [&](const std::string& json) {
+    writeFile(file_, R"({"key":)" + json + "}");
+    return suite()->integerForKey("key");
+  };
+  expectEach<std::string, std::int64_t>(integer, {{"-1.9", -1},
+                                                  {"9223372036854775808", INT64_MAX},
+                                                  {"9223372036854775808.0", INT64_MAX},
+                                                  {"-1e300", INT64_MIN}});
 }
 
 TEST_F(UserDefaultsTest, IsAbsentWhileTheFileCannotBeRead) {
