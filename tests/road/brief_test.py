@@ -18,13 +18,10 @@ class OutcomeTest(RoadTest):
         with Client(proxy.endpoint) as client:
             client.send(wire.query("refused"))
             proxy.wait_for_line(f"query refused A {what % (3, nobody)} ms=")
-            for number, query in enumerate((wire.query("a=b\n.example", 65280), b"garbage"), 1):
-                client.send(query)
-                silent.wait_for_queries(number)
+            client.send(b"garbage")
+            silent.wait_for_queries(1)
         proxy.stop()
-        self.assertEqual([line.split("] ", 1)[1].rsplit(" ms=")[0] for line in proxy.lines[-2:]],
-                         [f"query {query} {what % (5, silent.address)}" for query in (
-                             r"a\x3Db\x0A.example TYPE65280", "- -")])
+        self.assertIn(f"query - - {what % (5, silent.address)} ms=", proxy.output()[-1])
 
     def test_a_report_query_prints_its_report(self):
         _, proxy = self.road(arguments=BRIEF)

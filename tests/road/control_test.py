@@ -236,7 +236,12 @@ class PlaceTest(ControlTest):
         _, first = self.road(control=self.path)
         self.assert_left_alone("it is in use")
         self.assertEqual(self.client(first).call("status")["pid"], first.pid)
-        first.stop()
+        first.child.kill()
+        first.wait()
+        first.stop = lambda: 0
+        self.assertTrue(os.path.exists(self.path))
+        self.assertEqual(self.client(second := self.road(control=self.path)[1]).call("status")["pid"], second.pid)
+        second.stop()
         self.assertFalse(os.path.exists(self.path))
         with open(self.path, "w", encoding="ascii") as file:
             file.write("precious")

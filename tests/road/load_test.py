@@ -2,6 +2,7 @@
 
 import os
 import re
+import subprocess
 import unittest
 
 from roadlib import wire
@@ -31,7 +32,7 @@ class LoadTest(RoadTest):
 
     def test_dnsperf(self):
         demo_filter = self.demo_filter(quiet=True)
-        proxy = self.proxy({"filteringDNS": demo_filter.address, **IDENTITY}, discard=True)
+        proxy = self.proxy({"filteringDNS": demo_filter.address, **IDENTITY}, stderr=subprocess.DEVNULL)
         idle = proxy.descriptors()
         resident = []
         for _ in range(2):  # the first warms up, and counts as well
@@ -47,9 +48,8 @@ class LoadTest(RoadTest):
     def test_brief_log(self):
         path = os.path.join(self.folder, "log")
         with open(path, "wb") as log:
-            proxy = self.proxy({"filteringDNS": self.demo_filter(quiet=True).address}, discard=True,
-                               arguments=("--log", "brief", "--source-app", "app"),
-                               preparation=lambda: os.dup2(log.fileno(), 2))
+            proxy = self.proxy({"filteringDNS": self.demo_filter(quiet=True).address}, stderr=log,
+                               arguments=("--log", "brief", "--source-app", "app"))
         for name in ("first.example", "second.example"):  # each has the policy be fetched
             ask(proxy.endpoint, wire.query(name))
         with open(path, encoding="utf-8") as log:

@@ -6,6 +6,7 @@ import re
 import select
 import signal
 import socket
+import subprocess
 
 from roadlib import namespace
 from roadlib.case import RoadTest
@@ -20,12 +21,8 @@ class LinesTest(RoadTest):
     def test_what_a_query_holds_makes_no_record_of_its_own(self):
         _, proxy = self.road()
         form = rf"\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{{3}} quillet-dns-proxy\[{proxy.pid}\] ([^\0-\x1f\x7f-\x9f]*)"
-        for name, shown in (
-                ((b"\n2026-01-01 x[1] stopProxy", b"\r\0\x1b[31m\x7f%s%n", "example"),
-                 r"\n2026-01-01 x[1] stopProxy.\x0D\x00\x1B[31m\x7F%s%n.example."),
-                ((b"\xc2\x85", b"\xc2\x9b[31m", "ž"), r"\xC2\x85.\xC2\x9B[31m.ž.")):
-            self.query(proxy, name)
-            proxy.wait_for_line(f"question domain is: {shown}")
+        self.query(proxy, (b"\n2026-01-01 x[1] stopProxy", b"\r\0\x1b[31m\x7f%s%n", b"\xc2\x85\xc2\x9b[31m", "ž"))
+        proxy.wait_for_line(r"question domain is: \n2026-01-01 x[1] stopProxy.\x0D\x00\x1B[31m\x7F%s%n.\xC2\x85\xC2\x9B[31m.ž.")
         proxy.stop()
         for line in proxy.output():
             self.assertTrue(re.fullmatch(form, line) or line == STATE_LINE, line)
@@ -42,7 +39,7 @@ class ReaderTest(RoadTest):
             os.set_blocking(writer, blocks)
             self.addCleanup(os.close, reader)
             self.addCleanup(os.close, writer)
-            _, proxy = self.road(discard=True, preparation=lambda end=writer: os.dup2(end, 2))
+            _, proxy = self.road(stderr=writer)
             self.assert_serves(proxy)
             text = b""
             while text.count(b"[DNS REQ FLOW]") < 200 and select.select([reader], [], [], 20)[0]:
@@ -57,7 +54,7 @@ class ReaderTest(RoadTest):
         journal.bind(JOURNAL)
         journal.settimeout(20)
         null = os.stat("/dev/null")  # where the proxy's standard error goes
-        _, proxy = self.road(discard=True, environment={"JOURNAL_STREAM": f"{null.st_dev}:{null.st_ino}"})
+        _, proxy = self.road(stderr=subprocess.DEVNULL, environment={"JOURNAL_STREAM": f"{null.st_dev}:{null.st_ino}"})
         self.assert_serves(proxy, 20)  # whose records are more than its socket holds
         fields = journal.recv(1 << 20).decode().splitlines()
         self.assertRegex(fields[0], "^MESSAGE=.")

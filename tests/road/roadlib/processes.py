@@ -59,21 +59,17 @@ def tool(*command):
 
 
 class Process:
-    """A child process whose output is read line by line as it comes, or dropped."""
+    """A child process whose standard output, and standard error unless `stderr` says else, is read line by line as it comes."""
 
-    def __init__(self, command, discard=False, environment=None, preparation=None):
-        sink = subprocess.DEVNULL if discard else subprocess.PIPE
+    def __init__(self, command, stderr=subprocess.STDOUT, environment=None, preparation=None):
         inherited = {k: v for k, v in os.environ.items() if k not in ("JOURNAL_STREAM", "STATE_DIRECTORY")}
-        self.child = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT,
-            env=inherited | (environment or {}), preexec_fn=preparation)
+        self.child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=stderr,
+                                      env=inherited | (environment or {}), preexec_fn=preparation)
         self.pid, self.send_signal = self.child.pid, self.child.send_signal
         self.lines = []
         self._changed = threading.Condition()
-        self._reader = None
-        if not discard:
-            self._reader = threading.Thread(target=self._read, daemon=True)
-            self._reader.start()
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
 
     def _read(self):
         with self.child.stdout as lines:
@@ -99,8 +95,7 @@ class Process:
 
     def output(self):
         """All lines; for a process that has ended."""
-        if self._reader:
-            self._reader.join(PATIENCE)
+        self._reader.join(PATIENCE)
         return list(self.lines)
 
     def is_running(self):
@@ -170,14 +165,13 @@ class Relay(Process):
     """The relay service, once it is there. It takes its ports and finds its programs where they always are, so it
     runs in a network of its own, with `programs` as the folder that is searched first."""
 
-    def __init__(self, folder, programs, arguments=(), **how):
+    def __init__(self, folder, programs, arguments=(), environment=None):
         self.socket_path = os.path.join(folder, "group.com.quillet.filteringosx")
-        environment = {"RUNTIME_DIRECTORY": folder, "PATH": f"{programs}:{os.environ['PATH']}"}
-        super().__init__([os.environ["QUILLET_RELAY"], *arguments], environment=environment, **how)
-        if self._reader:
-            self.wait_for_line("*** XPC listener resumed ***")
-            if "brief" not in arguments:
-                self.wait_for_line(" port 989", 4)
+        places = {"RUNTIME_DIRECTORY": folder, "PATH": f"{programs}:{os.environ['PATH']}"}
+        super().__init__([os.environ["QUILLET_RELAY"], *arguments], environment=places | (environment or {}))
+        self.wait_for_line("*** XPC listener resumed ***")
+        if "brief" not in arguments:
+            self.wait_for_line(" port 989", 4)
 
     def said(self):
         """The texts of the records so far."""

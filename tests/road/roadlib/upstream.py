@@ -58,4 +58,4 @@ class Upstream:
 
 def by_name(part, rule):
     """A `respond` that is `rule` for names that contain `part`, and answers the others."""
-    return lambda query: rule(query) if part in wire.question_name(query) else [wire.answer_to(query)]
+    return lambda query: rule(query) if part in wire.question(query)[0] else [wire.answer_to(query)]

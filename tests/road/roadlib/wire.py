@@ -38,26 +38,19 @@ def option(code, value):
     return struct.pack("!2H", code, len(value)) + value
 
 
-def question_end(message):
-    """Where the first question ends, its name written without compression."""
-    at = 12
-    while message[at]:
-        at += 1 + message[at]
-    return at + 5
-
-
-def question_name(message):
-    """The first question's name with a dot before each label."""
+def question(message):
+    """The first question's name with a dot before each label, and where the question ends; nothing is compressed."""
     at, name = 12, ""
     while message[at]:
         name += "." + message[at + 1:at + 1 + message[at]].decode("latin-1")
         at += 1 + message[at]
-    return name
+    return name, at + 5
 
 
 def injected_options(message):
     """The options that follow the question in the one OPT record named `0`, as (code, value) pairs."""
-    record, rest = message[question_end(message):][:13], message[question_end(message) + 13:]
+    _, end = question(message)
+    record, rest = message[end:end + 13], message[end + 13:]
     assert record == bytes.fromhex("013000 0029 0000 00000000") + struct.pack("!H", len(rest)), record.hex()
     options = []
     while rest:
@@ -71,4 +64,4 @@ def injected_options(message):
 def answer_to(message, rdata=b"\x01\x02\x03\x04", rtype=A, count=1):
     """An ordinary answer to the first question of `message`: QR RD RA, `count` equal records."""
     record = struct.pack("!3HIH", 0xC00C, rtype, 1, 60, len(rdata)) + rdata
-    return message[:2] + struct.pack("!5H", QR | RD | RA, 1, count, 0, 0) + message[12:question_end(message)] + record * count
+    return message[:2] + struct.pack("!5H", QR | RD | RA, 1, count, 0, 0) + message[12:question(message)[1]] + record * count
