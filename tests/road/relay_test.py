@@ -6,7 +6,7 @@ import signal
 from roadlib import namespace
 from roadlib.case import IDENTITY, RoadTest
 from roadlib.client import Client
-from roadlib.processes import Process, Relay, poll
+from roadlib.processes import Process, Relay, poll, run
 from roadlib.xpc import XpcClient
 
 PORTS = (9898, 9899)
@@ -31,11 +31,7 @@ class RelayTest(RoadTest):
         os.rename(path + ".new", path)
 
     def calls(self, name):
-        path = os.path.join(self.programs, f"{name}.calls")
-        if not os.path.exists(path):
-            return []
-        with open(path, encoding="utf-8") as file:
-            return file.read().splitlines()
+        return run("cat", f"{self.programs}/{name}.calls").stdout.splitlines()
 
     def relay(self, *arguments):
         """Its shell is one that every machine has."""

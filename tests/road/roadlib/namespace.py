@@ -16,7 +16,9 @@ def enter():
     """Runs the whole program again inside, with loopback up, and there comes back. Ends it as skipped where the
     system permits no such thing."""
     if INSIDE in os.environ:
-        _bring_loopback_up()
+        tool("ip", "link", "set", "lo", "up")
+        for address in ("192.0.2.1", "2001:db8::1"):  # without any beyond the loopback ones the C library would not ask at all
+            add_address(address)
         return
     namespace = ["unshare", "--net", "--mount", *([] if os.geteuid() == 0 else ["--map-root-user"])]
     if not shutil.which("unshare") or subprocess.run([*namespace, "true"], capture_output=True,
@@ -42,10 +44,3 @@ def resolv_conf(folder, *lines):
         yield
     finally:
         tool("umount", "/etc/resolv.conf")
-
-
-def _bring_loopback_up():
-    """Without an address beyond the loopback ones the C library would not ask at all."""
-    tool("ip", "link", "set", "lo", "up")
-    add_address("192.0.2.1")
-    add_address("2001:db8::1")
