@@ -10,10 +10,7 @@ namespace platform::test {
 class EnvironmentVariable {
  public:
   EnvironmentVariable(std::string name, const char* value) : name_(std::move(name)) {
-    ::unsetenv(name_.c_str());
-    if (value != nullptr) {
-      ::setenv(name_.c_str(), value, 1);
-    }
+    value != nullptr ? ::setenv(name_.c_str(), value, 1) : ::unsetenv(name_.c_str());
   }
   ~EnvironmentVariable() { ::unsetenv(name_.c_str()); }
   EnvironmentVariable(const EnvironmentVariable&) = delete;

@@ -27,8 +27,7 @@ struct FakeConnection final : platform::NWConnection {
 
   /// Completes the oldest receive, with a datagram or otherwise.
   void deliver(std::string_view datagram) {
-    const auto bytes = platform::bytesOf(datagram);
-    complete(platform::Data(bytes.begin(), bytes.end()), true, std::nullopt);
+    complete(platform::Data(datagram.begin(), datagram.end()), true, std::nullopt);
   }
   void complete(std::optional<platform::Data> content, bool isComplete,
                 std::optional<platform::NWError> error) {

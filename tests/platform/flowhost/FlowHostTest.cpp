@@ -106,8 +106,7 @@ TEST_F(OneFlowTest, AnswersWaitInTheirOrderUntilThereIsRoom) {
   const std::tuple<std::deque<int>, std::string, std::string> rows[] = {
       {{EINTR, 0, EINTR, EAGAIN, EAGAIN, 0, EPERM, 0}, "c", "1): Operation not permitted"},
       {{0, 0, 0, EAGAIN, EAGAIN}, large, "90): Message too long"},
-      {{0, EAGAIN, 0, EAGAIN, EAGAIN}, large, "90): Message too long"},
-  };
+      {{0, EAGAIN, 0, EAGAIN, EAGAIN}, large, "90): Message too long"}};
   for (const auto& [results, third, error] : rows) {
     runReady();  // another iteration
     const SocketFailures failures(results);
@@ -166,8 +165,7 @@ TEST_F(FlowHostTest, SaysWhatCannotBeBoundAndBindsNothing) {
       {"::1", port, "[::1]:" + port + ": Address already in use"},
       {"127.0.0.1", tcpPort, "127.0.0.1:" + tcpPort + " by TCP: Address already in use"},
       {"192.0.2.1", "0", "192.0.2.1:0: Cannot assign requested address"},
-      {"127.0.0.1", "65536", "127.0.0.1:65536: not an IP address and a port"},
-  };
+      {"127.0.0.1", "65536", "127.0.0.1:65536: not an IP address and a port"}};
   for (const auto& [hostname, text, error] : rows) {
     const auto good = unusedPort("127.0.0.5");
     FlowHostOptions options;

@@ -29,8 +29,7 @@ TEST_F(SystemResolverTest, TakesTheFirstServerThatIsAnAddressOfSomebodyElse) {
       {"nameserver 127.0.0.7\n", "0.0.0.0", 5300, "127.0.0.7"},
       {"nameserver 127.0.0.7\n", "::", 53, "127.0.0.7"},
       {"nameserver ::1\nnameserver 2001:db8::1\n", "::", 53, "2001:db8::1"},
-      {"nameserver 0.0.0.0\nnameserver ::\n", "::1", 53, "none"},
-  };
+      {"nameserver 0.0.0.0\nnameserver ::\n", "::1", 53, "none"}};
   for (const auto& [text, own, port, expected] : rows) {
     configure(text);
     const OwnSockets::Entry served(address(own, port), OwnSockets::Use::serving);
@@ -84,8 +83,7 @@ TEST_F(SystemResolverTest, ClosesTheFlowWithTheErrorThatEndsIt) {
       {broadcast, two, {}, "Optional(POSIXErrorCode(rawValue: 13): Permission denied)"},
       {local, two, Error("no read"), "Optional(no read)"},
       {local, {}, {}, "nil"},
-      {local, {Data(65508)}, {}, "Optional(POSIXErrorCode(rawValue: 90): Message too long)"},
-  };
+      {local, {Data(65508)}, {}, "Optional(POSIXErrorCode(rawValue: 90): Message too long)"}};
   for (const auto& [configuration, datagrams, readError, error] : rows) {
     configure(configuration);
     SystemResolver resolver(file_, unusedPort());
@@ -141,8 +139,7 @@ TEST_F(SystemResolverByTCPTest, ClosesTheFlowWhateverTheServerDoes) {
       {"", true, closing},
       {"\xff\xff" + std::string(60'000, 'x'), true, closing},
       {framed("") + framed("answer"), false, "an answer of no octets"},
-      {framed("answer").substr(0, 4), false, "no answer in time"},
-  };
+      {framed("answer").substr(0, 4), false, "no answer in time"}};
   for (const auto& [sent, closes, error] : rows) {
     const auto flow = served();
     const auto peer = server_.accept();

@@ -13,7 +13,7 @@ class NWListenerTest : public testing::Test {
       lines_.emplace_back("new");
       connection->stateUpdateHandler = [this, weak = std::weak_ptr(connection)](const auto& state) {
         if (state.kind == NWConnection::State::Kind::ready && isReceiving_) {
-          receive(weak);
+          receive(weak.lock());
         }
       };
       connection->start(DispatchQueue::global());
@@ -31,17 +31,15 @@ class NWListenerTest : public testing::Test {
     runReady();
   }
 
-  void receive(const std::weak_ptr<NWConnection>& weak) {
-    if (const auto connection = weak.lock()) {
-      connection->receiveMessage([this, weak](const auto& content, bool isComplete,
-                                              const auto& error) {
-        EXPECT_EQ(isComplete, !error);
-        lines_.push_back(content ? "got " + std::string(textOf(*content)) : description(*error));
-        if (content) {
-          receive(weak);
-        }
-      });
-    }
+  void receive(const std::shared_ptr<NWConnection>& from) {
+    from->receiveMessage(
+        [this, weak = std::weak_ptr(from)](auto content, bool isComplete, auto error) {
+          EXPECT_EQ(isComplete, !error);
+          lines_.push_back(content ? "got " + std::string(textOf(*content)) : description(*error));
+          if (const auto connection = weak.lock(); connection && content) {
+            receive(connection);
+          }
+        });
   }
   /// How it ends that the newest connection answers.
   std::string answer() {

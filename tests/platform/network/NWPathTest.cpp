@@ -29,8 +29,7 @@ TEST(NWPath, NeedsAnInterfaceThatRunsWithAnAddressAndARoute) {
       {{{4, 4}, {4, 5, true, 900}}, "eth5, ipv4"},
       {{{4, 4, true, 600}, {4, 5, true, 100}}, "eth5, ipv4"},
       {{{4, 6}}, "wwan6, ipv4, expensive"},
-      {{{4, 7}}, "ppp0, ipv4, expensive"},
-  };
+      {{{4, 7}}, "ppp0, ipv4, expensive"}};
   for (const auto& [routes, path] : rows) {
     EXPECT_EQ(description(NWPath::best(interfaces, routes)),
               path.empty() ? kNone : kSatisfied + path);

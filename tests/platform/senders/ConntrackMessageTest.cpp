@@ -48,8 +48,7 @@ TEST(ConntrackMessageTest, RefusesWhatIsNoAnswer) {
       {"a message shorter than its header", changed(kAnswer, 0, 15), EBADMSG},
       {"no original tuple", changed(kAnswer, 22, 9), EBADMSG},
       {"an attribute longer than its nest", changed(kAnswer, 24, 0xff), EBADMSG},
-      {"half an address", changed(kAnswer, 28, 6), EBADMSG},
-  };
+      {"half an address", changed(kAnswer, 28, 6), EBADMSG}};
   for (const auto& [what, answer, error] : rows) {
     EXPECT_EQ(readConntrackAnswer(answer, 7).error().value(), error) << what;
   }

@@ -62,7 +62,7 @@ const std::string kNoEntry =
 TEST(SocketDiagnosis, ReadsTheKernelsAnswer) {
   auto other = hex(kUnbound);
   other[8] = 6;  // of an earlier request
-  const auto bytes = hex({kUnbound, kMapped, kDone});
+  const auto bytes = hex(kUnbound + kMapped + kDone);
   other.insert(other.end(), bytes.begin(), bytes.end());
   const auto [sockets, isComplete, error] = socket_diagnosis::read(other, kSequence);
   ASSERT_EQ(sockets.size(), 2U);
@@ -100,9 +100,8 @@ class RefusedSocketTableTest : public testing::Test {
 
   void expectNothingFound() {
     for (int i = 0; i < 3; ++i) {
-      EXPECT_FALSE(table_.exact({Transport::udp, client_, client_, 1}));
-      EXPECT_FALSE(
-          table_.exact(std::vector<SocketPath>(2, {Transport::udp, client_, client_, 1}))[1]);
+      EXPECT_FALSE(table_.exact(path_));
+      EXPECT_FALSE(table_.exact(std::vector(2, path_))[1]);
       EXPECT_FALSE(table_.byPort(client_));
     }
   }
@@ -110,6 +109,7 @@ class RefusedSocketTableTest : public testing::Test {
   const LogCapture log_;
   SharedClock clock_;
   const SocketAddress client_ = address("127.0.0.1", 9);
+  const SocketPath path_{Transport::udp, client_, client_, 1};
   SocketTable table_;
 };
 
@@ -119,7 +119,7 @@ TEST_F(RefusedSocketTableTest, WritesOneLineUntilTheKernelAnswersAgain) {
     refusal = error;
     expectNothingFound();
     refusal = 0;
-    table_.exact({Transport::udp, client_, client_, 1});
+    table_.exact(path_);
     lines.push_back("SocketTable: the kernel does not tell whose sockets are: " +
                     std::error_code(error, std::generic_category()).message());
     EXPECT_EQ(log_.records(), lines);

@@ -82,8 +82,7 @@ TEST_F(SocketTableTest, FindsTheSocketThatHasSent) {
       {"0.0.0.0", "127.0.0.5", AF_INET, "", true},
       {"0.0.0.0", "192.0.2.9", AF_INET, "quillet0", false},
       {"::1", "::1", AF_INET6, "", false},
-      {"::1", "::1", AF_INET6, "lo", true},
-  };
+      {"::1", "::1", AF_INET6, "lo", true}};
   for (const auto& [served, destination, family, device, isConnected] : rows) {
     serve(served);
     const auto to = at(destination);

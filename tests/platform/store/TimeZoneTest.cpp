@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include "platform/store/TimeZone.h"
 #include "tests/platform/Test.h"
 
@@ -24,18 +22,15 @@ TEST_F(TimeZoneTest, TakesTheFirstSourceThatNamesAZone) {
       {nullptr, "../usr/share/zoneinfo/Etc/GMT+5", "Etc/UTC\n", "Etc/GMT+5"},
       {nullptr, "/srv/myzone", "Europe/Paris # a remark\nx\n", "Europe/Paris"},
       {nullptr, "/nowhere", "\nEurope/Paris\n", "UTC"},
-      {nullptr, "/nowhere", std::string(5000, 'A'), "UTC"},
-  };
+      {nullptr, "/nowhere", std::string(5000, 'A'), "UTC"}};
   for (const auto& [variable, target, text, expected] : rows) {
     const EnvironmentVariable tz("TZ", variable);
-    std::filesystem::remove(paths_.localtime);
-    std::filesystem::create_symlink(target, paths_.localtime);
+    directory_.run("ln -sf " + target + " localtime");
     writeFile(paths_.timezone, text);
     EXPECT_EQ(SystemTimeZone(paths_).identifier(), expected) << target << ' ' << text;
   }
   const EnvironmentVariable tz("TZ", nullptr);
-  std::filesystem::remove(paths_.timezone);
-  ASSERT_EQ(::mkfifo(paths_.timezone.c_str(), 0600), 0);
+  directory_.run("rm timezone; mkfifo timezone");
   EXPECT_EQ(SystemTimeZone(paths_).identifier(), "UTC") << "nobody waits for a writer";
 }
 

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <fstream>
 
 #include "platform/store/UserDefaults.h"
@@ -41,21 +39,16 @@ TEST_F(UserDefaultsTest, GivesValuesByType) {
 }
 
 TEST_F(UserDefaultsTest, IsAbsentWhileTheFileCannotBeRead) {
-  const std::function<void()> damages[] = {
-      [this] { writeFile(file_, "[{}]"); },
-      [this] { writeFile(file_, "{}" + std::string((1 << 20) - 1, ' ')); },  // a byte too large
-      [this] { fs::create_directory(file_); },
-      [this] { ::mkfifo(file_.c_str(), 0600); },
-      [this] { fs::create_symlink("/dev/zero", file_); },
-      [this] { fs::create_symlink(file_, file_); }};
-  for (const auto& damage : damages) {
+  for (const auto& damage :
+       {"echo '[{}]' >group.json", "printf '%1048577s' {} >group.json", "mkdir group.json",
+        "mkfifo group.json", "ln -s /dev/zero group.json", "ln -s group.json group.json"}) {
     writeFile(file_, R"({"a":"b"})" + std::string((1 << 20) - 9, ' '));  // as large as may be
     ASSERT_NE(suite(), nullptr);
     EXPECT_EQ(suite()->stringForKey("a"), "b");
     auto& defaults = *suite();
     log_.clear();
     fs::remove(file_);
-    damage();
+    directory_.run(damage);
     EXPECT_EQ(suite(), nullptr);
     EXPECT_EQ(suite(), nullptr);
     EXPECT_EQ(defaults.stringForKey("a"), std::nullopt);
@@ -129,8 +122,7 @@ TEST_F(UserDefaultsTest, IsToldOfChangesByTheLoopWhereTheKernelTellsOfThem) {
       {"folder", "mv folder old; mkdir folder; " + write, 1, 2},
       {"folder", "mv ../parent ../old", 1, 0},
       {"link", write, 2, 2},  // looked at with each call
-      {"other", write, 2, 2},
-  };
+      {"other", write, 2, 2}};
   UserDefaults::watchChanges(true);
   for (const auto& [folder, change, before, after] : rows) {
     const TemporaryDirectory place;

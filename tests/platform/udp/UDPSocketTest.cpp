@@ -5,14 +5,12 @@ namespace platform::test {
 
 // A connected client takes nothing from an address other than the one that it has sent to.
 TEST(UDPSocketTest, AnswersLeaveWholeFromTheAddressThatWasSentTo) {
-  const std::tuple<const char*, bool, const char*> rows[] = {
-      {"127.0.0.9", false, "127.0.0.9"},
-      {"::1", false, "::1"},
-      {"0.0.0.0", false, "127.0.0.7"},
-      {"::", false, "::1"},
-      {"::", true, "::1"},
-      {"::", true, "127.0.0.6"},
-  };
+  const std::tuple<const char*, bool, const char*> rows[] = {{"127.0.0.9", false, "127.0.0.9"},
+                                                             {"::1", false, "::1"},
+                                                             {"0.0.0.0", false, "127.0.0.7"},
+                                                             {"::", false, "::1"},
+                                                             {"::", true, "::1"},
+                                                             {"::", true, "127.0.0.6"}};
   const std::string large(65'507, 'x');
   DatagramSlots slots(2);
   for (const auto& [bound, takesIPv4, sentTo] : rows) {

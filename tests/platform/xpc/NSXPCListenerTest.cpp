@@ -121,8 +121,7 @@ TEST_F(NSXPCListenerTest, AnswersACallWithoutAResultWithAnErrorAndTheNextAsUsual
       {"count:", R"("a")", R"(-32602,"message":"Invalid params"},"id":1)"},
       {"hidden:", "", R"(-32601,"message":"Method not found"},"id":1)"},
       {R"(count:","jsonrpc":")", "", R"(-32600,"message":"Invalid Request"},"id":1)"},
-      {"\"", "", R"(-32700,"message":"Parse error"},"id":null)"},
-  };
+      {"\"", "", R"(-32700,"message":"Parse error"},"id":null)"}};
   for (const auto& [method, params, error] : rows) {
     EXPECT_EQ(client->ask(method, params), R"({"error":{"code":)" + error + R"(,"jsonrpc":"2.0"})");
   }
