@@ -68,7 +68,7 @@ class MethodsTest(ControlTest):
                 ({"allow--Packages": ",Fire"}, "org.firefox", listed), ({"allow--Packages": ",Fire"}, "app", kinds),
                 ({"allowAll": "true"}, "app", all_of_them),
                 ({"jsonVars": '{"allowPackages": ["fire"]}'}, "firefox", [(2, "fire", "jsonVars")] * 8),
-                ({"allowAll": "true"}, "com.apple.nsupdate", [(1, "com.apple.nsupdate", "built in")] * 8))
+                ({"allowAll": "true"}, "com.apple.opendirectoryd", [(1, "com.apple.opendirectoryd", "built in")] * 8))
         for settings, app, expected in rows:
             with self.subTest(settings=settings, app=app), \
                     namespace.resolv_conf(self.folder, f"nameserver {SYSTEM}"):
