@@ -1,7 +1,5 @@
 // Where a query would go: the same decisions as in QueryRoad.cpp, and no step of that road.
 
-#include <limits>
-
 #include "DnsProxyExt/DnsProxyExt.h"
 #include "dnscodec/OptionBlock.h"
 #include "platform/base/Description.h"
@@ -12,13 +10,12 @@ using Rule = Route::Rule;
 
 namespace {
 
-/// Those that fit into the data of one record; an injection leaves the others out.
+/// Those that fit; an injection leaves the others out.
 ValuesForInject fitting(ValuesForInject values) {
   std::size_t size = 0;
   std::erase_if(values, [&size](const auto& option) {
-    const auto whole = size + OptionBlock::kHeadSize + option.second.size();
-    const bool fits = whole <= std::numeric_limits<std::uint16_t>::max();
-    size = fits ? whole : size;
+    const bool fits = OptionBlock::fits(size, option.second);
+    size += fits ? OptionBlock::kHeadSize + option.second.size() : 0;
     return !fits;
   });
   return values;

@@ -25,10 +25,14 @@ void appendHex(std::string& out, platform::DataView bytes) {
   }
 }
 
-bool OptionBlock::add(std::uint16_t code, std::string_view value) {
+bool OptionBlock::fits(std::size_t size, std::string_view value) {
   constexpr std::size_t kMaxSize = 0xFFFF;  // of a value, and of a record's data
-  const bool isFull = writer_.size() > 0 && writer_.size() + kHeadSize + value.size() > kMaxSize;
-  if (value.size() > kMaxSize || isFull) {
+  const bool isFull = size > 0 && size + kHeadSize + value.size() > kMaxSize;
+  return value.size() <= kMaxSize && !isFull;
+}
+
+bool OptionBlock::add(std::uint16_t code, std::string_view value) {
+  if (!fits(writer_.size(), value)) {
     platform::NSLog("inject value: ", code, " left out, too long: ", value.size(), " bytes");
     return false;
   }

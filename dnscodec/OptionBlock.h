@@ -19,11 +19,14 @@ class OptionBlock {
   /// Code and length of one option.
   static constexpr std::size_t kHeadSize = 4;
 
+  /// Whether a value can be added after options of `size` octets: it has at most 65,535 octets, and
+  /// after others fits into the data of their record.
+  static bool fits(std::size_t size, std::string_view value);
+
   /// Makes room for `expected` octets ahead.
   explicit OptionBlock(std::size_t expected) : writer_(expected) {}
 
-  /// Adds one option; false for a value of more than 65,535 octets, which has no length, and for
-  /// one that no longer fits into a record after others. It is left out whole, and that is one log
+  /// Adds one option; false for one that does not fit. It is left out whole, and that is one log
   /// line; shorter ones may still follow.
   bool add(std::uint16_t code, std::string_view value);
   /// The options added; the block is empty after it.

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "DnsProxyExt/routing/MappedDomains.h"
+#include "DnsProxyExt/settings/VendorSettings.h"
 #include "platform/base/CommaDelimited.h"
 #include "platform/base/DecimalText.h"
 #include "platform/base/Description.h"
@@ -148,7 +149,7 @@ SettingFaults faultsOfJsonVars(std::string_view text, const IsOwnAddress& /*isOw
   if (!json->value.is_object()) {
     return {"no JSON object"};
   }
-  const std::string list = "allowPackages";
+  const std::string list = kAllowPackages;
   if (const auto fault = json->faultOf(json->value.get_ref<const platform::JSONObject&>(), list)) {
     return {list + " is left out: " + platform::textOf(*fault)};
   }

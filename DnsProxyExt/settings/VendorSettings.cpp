@@ -20,7 +20,6 @@ using Step = VendorSetting::Step;
 namespace {
 
 constexpr char kPolicyPort[] = "2800";
-constexpr char kAllowPackages[] = "allowPackages";
 constexpr char kJsonVars[] = "jsonVars";
 
 /// The server that a setting names, or nullptr.

@@ -11,6 +11,9 @@
 
 namespace quillet {
 
+/// The applications that are allowed: a setting, and a list in the object of "jsonVars".
+inline constexpr char kAllowPackages[] = "allowPackages";
+
 /// What the vendor's settings decide.
 struct VendorSettingsTarget {
   RoutingTable& routing;

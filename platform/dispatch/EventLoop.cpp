@@ -17,6 +17,7 @@ constexpr int kMaxRounds = 16;
 // How long an iteration goes on with work that was given, nanoseconds. Signals are seen between
 // iterations.
 constexpr std::uint64_t kMaxTime = 10'000'000;
+// The clock is read at the begin of each round, and again after so many pieces of work.
 constexpr std::size_t kPiecesToAReading = 8;
 
 std::uint64_t uptime() { return Clock::system().uptimeNanoseconds(); }
@@ -80,8 +81,9 @@ bool EventLoop::runOneGiven() {
 void EventLoop::runGiven() {
   const auto end = uptime() + kMaxTime;
   for (int round = 0; round < kMaxRounds && takeGiven(); ++round) {
-    for (auto count = taken_.size(); count > 0 && !taken_.empty(); --count) {
-      if (isStopping_ || (count % kPiecesToAReading == 0 && uptime() > end)) {
+    const auto count = taken_.size();
+    for (std::size_t piece = 0; piece < count && !taken_.empty(); ++piece) {
+      if (isStopping_ || (piece % kPiecesToAReading == 0 && uptime() > end)) {
         return;
       }
       runOneTaken();

@@ -13,7 +13,7 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kMilliseconds = "000 ";  // the digits are put in for each record
-// How many records of a handler show the same time.
+// How many more records of a handler show the time of the first.
 constexpr int kRecordsToAReading = 16;
 // A line buffer that one large record has grown beyond this is given back.
 constexpr std::size_t kMaxKeptLine = HeldBackLines::kCapacity;
@@ -60,7 +60,7 @@ void StreamLogSink::flush() {
 void StreamLogSink::flushFromSignalHandler() noexcept { lines_.writeFromSignalHandler(); }
 
 void StreamLogSink::append(std::string_view text) {
-  if (!isTimeOfHandler()) {
+  if (!takeTimeOfHandler()) {
     updatePrefix();
   }
   line_.assign(prefix_);
@@ -72,18 +72,17 @@ void StreamLogSink::append(std::string_view text) {
   }
 }
 
-/// Whether the prefix shows the time of the handler that runs. That is read anew after some
-/// records, for a handler that takes long.
-bool StreamLogSink::isTimeOfHandler() {
-  const auto handler = LogBatch::handler();
-  const bool isSame = LogBatch::isActive() && handler == handler_ && recordsLeft_ > 0;
-  if (isSame) {
+/// Counts a record in. False when the prefix is to show the time anew: that of another handler, or
+/// of one that takes long.
+bool StreamLogSink::takeTimeOfHandler() {
+  const auto handler = LogBatch::isActive() ? LogBatch::handler() : kNoHandler;
+  if (handler != kNoHandler && handler == handler_ && recordsLeft_ > 0) {
     --recordsLeft_;
-  } else {
-    handler_ = LogBatch::isActive() ? handler : kNoHandler;
-    recordsLeft_ = kRecordsToAReading;
+    return true;
   }
-  return isSame;
+  handler_ = handler;
+  recordsLeft_ = kRecordsToAReading;
+  return false;
 }
 
 void StreamLogSink::updatePrefix() {

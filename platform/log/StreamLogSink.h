@@ -32,7 +32,7 @@ class StreamLogSink final : public LogSink {
   static constexpr auto kNoHandler = std::numeric_limits<std::uint64_t>::max();
 
   void append(std::string_view text);
-  bool isTimeOfHandler();
+  bool takeTimeOfHandler();
   void updatePrefix();
 
   const std::string nameAndPid_;

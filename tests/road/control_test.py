@@ -216,10 +216,12 @@ class PlaceTest(ControlTest):
             os.setgroups(further)
             os.setegid(group)
             os.seteuid(4243)
-            client = self.client(proxy)
-            os.seteuid(0)
-            os.setegid(0)
-            os.setgroups(home)
+            try:
+                client = self.client(proxy)
+            finally:
+                os.seteuid(0)
+                os.setegid(0)
+                os.setgroups(home)
             if is_served:
                 self.assertIsNone(client.call("watch"))
             else:
