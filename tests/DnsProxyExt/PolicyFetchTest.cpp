@@ -26,8 +26,7 @@ TEST_F(PolicyFetchTest, FetchesAtTheFirstFlowsAndThenBySchedule) {
       {"once more, 600 seconds after the first, without a flow", 0.1, false, 3},
       {"not more than 600 seconds", 0, true, 3},
       {"more", 1, true, 4},
-      {"without flows nothing more", 100'000, false, 4},
-  };
+      {"without flows nothing more", 100'000, false, 4}};
   for (const auto& [what, seconds, isOffered, expected] : rows) {
     clock_.advanceSeconds(seconds);
     runReady();

@@ -34,8 +34,7 @@ TEST_F(RoutingTest, SendsTheBatchWhereTheTableSays) {
       {"com.apple.nsupdate", "a", "127.0.0.4:53", true},
       {"browser", "a", "127.0.0.3:53", true},
       {"app", "www.a.corp", "10.0.0.4:53", true},
-      {"app", "a", "127.0.0.2:81", false},
-  };
+      {"app", "a", "127.0.0.2:81", false}};
   for (const auto& [app, name, server, isUnchanged] : rows) {
     const auto flow = makeFlow({query(name), Data{1}}, app);
     offer(flow);

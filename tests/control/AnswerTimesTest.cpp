@@ -9,8 +9,7 @@ TEST(AnswerTimesTest, GivesTheMiddleOfTheBucketAndCountsBoundsExactly) {
   // Milliseconds, and what each must be shown as: the middle of its bucket, written by hand.
   const std::pair<double, double> rows[] = {
       {-1, 0.0005},    {0, 0.0005},    {0.001, 0.0005}, {0.0011, 0.0015}, {0.016, 0.0155},
-      {0.017, 0.0165}, {0.033, 0.033}, {1.024, 1.008},  {1.0241, 1.056},  {1e12, 1082331758.592},
-  };
+      {0.017, 0.0165}, {0.033, 0.033}, {1.024, 1.008},  {1.0241, 1.056},  {1e12, 1082331758.592}};
   for (const auto& [milliseconds, middle] : rows) {
     AnswerTimes times;
     EXPECT_EQ(times.quantile(0.5), std::nullopt);

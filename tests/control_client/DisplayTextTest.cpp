@@ -37,17 +37,15 @@ TEST(DisplayTextTest, ShowsAsciiOnlyWhereTheTerminalMayTakeNoMore) {
 TEST(DisplayTextTest, CutsAndFillsAtTheColumn) {
   const Locale locale;
   // Cut, filled, and filled at the left.
-  const std::tuple<const char*, std::size_t, Texts> rows[] = {
-      {"abc", 4, {"abc", "abc ", " abc"}},
-      {"abc", 3, {"abc", "abc", "abc"}},
-      {"abc", 2, {"a…", "a…", "a…"}},
-      {"abc", 1, {"…", "…", "…"}},
-      {"abc", 0, {"", "", ""}},
-      {"", 2, {"", "  ", "  "}},
-      {"名前", 4, {"名前", "名前", "名前"}},
-      {"名前", 3, {"名…", "名…", "名…"}},
-      {"名前", 2, {"…", "… ", " …"}},
-  };
+  const std::tuple<const char*, std::size_t, Texts> rows[] = {{"abc", 4, {"abc", "abc ", " abc"}},
+                                                              {"abc", 3, {"abc", "abc", "abc"}},
+                                                              {"abc", 2, {"a…", "a…", "a…"}},
+                                                              {"abc", 1, {"…", "…", "…"}},
+                                                              {"abc", 0, {"", "", ""}},
+                                                              {"", 2, {"", "  ", "  "}},
+                                                              {"名前", 4, {"名前", "名前", "名前"}},
+                                                              {"名前", 3, {"名…", "名…", "名…"}},
+                                                              {"名前", 2, {"…", "… ", " …"}}};
   for (const auto& [given, width, shown] : rows) {
     EXPECT_EQ((Texts{cut(given, width), padded(given, width), rightAligned(given, width)}), shown);
   }

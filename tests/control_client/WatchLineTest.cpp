@@ -26,8 +26,7 @@ TEST(WatchLineTest, CutsNameAndApplicationOnlyWhereBothHaveNoRoom) {
        "www.example.com org.example.an-applic…"},
       {80, "a.long.name.that.wants.it.all.example", "org.example.an-application",
        "a.long.name.that.want… org.example.an…"},
-      {54, "www.example.com", "firefox", "www.ex… fir…"},
-  };
+      {54, "www.example.com", "firefox", "www.ex… fir…"}};
   for (const auto& [width, name, application, end] : rows) {
     EXPECT_EQ(watchLine(query(name, application), width).plain(), head + end);
   }

@@ -29,8 +29,7 @@ TEST(DemoAnswerTest, AnswersByteForByte) {
        "1234 8185 0001 0000 0000 0000 01 61 00 0001 0003"},
       {"another operation", "1234 2100 0001 0000 0000 0000 01 61 00 0001 0001",
        "1234 a184 0001 0000 0000 0000 01 61 00 0001 0001"},
-      {"no question", "1234 0100 0000 0000 0000 0000", "1234 8181 0000 0000 0000 0000"},
-  };
+      {"no question", "1234 0100 0000 0000 0000 0000", "1234 8181 0000 0000 0000 0000"}};
   for (const auto& [what, query, answer] : rows) {
     EXPECT_EQ(bytesOf(answerTo(Message::deserialize(hex(query)).value())), hex(answer)) << what;
   }

@@ -31,10 +31,7 @@ Data filled(std::size_t section, const Data& first, const Data& more, std::size_
 TEST(MessageBounds, TakeEveryMessageOfNamesOf255Octets) {
   // What comes after a name; in all entries but the first that is a pointer to the first's.
   const std::pair<std::size_t, const char*> rows[] = {
-      {0, "0001 0001"},
-      {1, "0002 0001 00000000 0002 C00C"},
-      {3, "0029 0001 00000000 0000"},
-  };
+      {0, "0001 0001"}, {1, "0002 0001 00000000 0002 C00C"}, {3, "0029 0001 00000000 0000"}};
   for (const auto& [section, rest] : rows) {
     Data first;
     for (int i = 0; i < 127; ++i) {

@@ -64,10 +64,9 @@ TEST(Message, CarriesTheFlags) {
       {"0400", "Request(id: 0", 0, {"true", "false", "false", "false"}},
       {"0200", "Request(id: 0", 0, {"false", "true", "false", "false"}},
       {"0100", "Request(id: 0", 0, {"false", "false", "true", "false"}},
-      {"0080", "Request(id: 0", 0, {"false", "false", "false", "true"}},
-  };
+      {"0080", "Request(id: 0", 0, {"false", "false", "false", "true"}}};
   for (const auto& [word, head, operation, flags] : rows) {
-    const auto bytes = hex({"0000", word, "0000 0000 0000 0000"});
+    const auto bytes = hex("0000" + std::string(word) + "0000 0000 0000 0000");
     const auto message = Message::deserialize(bytes).value();
     EXPECT_EQ(message.debugDescription(),
               std::string("DNS ") + head + ", authoritativeAnswer: " + flags[0] +

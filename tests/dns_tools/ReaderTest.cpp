@@ -40,8 +40,7 @@ TEST(Reader, ReadsNames) {
       {"a pointer forwards", "C0 02 00", 0, "invalidLabelOffset"},
       {"a name that runs into the pointer to it", "01 61 C0 00", 2, "invalidLabelOffset"},
       {"half a sequence, the rest after a dot", "01 C3 01 A4 00", 0, "unicodeDecodingError"},
-      {"the first of two failures counts", "01 80 02 61", 0, "unicodeDecodingError"},
-  };
+      {"the first of two failures counts", "01 80 02 61", 0, "unicodeDecodingError"}};
   for (const auto& [what, bytes, start, expected] : rows) {
     EXPECT_EQ(readNameAt(hex(bytes), start), expected) << what;
   }

@@ -73,8 +73,7 @@ TEST(RecordValue, WritesReadsAndPrintsEachKind) {
       {"0010", "0000", TextRecord("a.", false, 1, 60, {}),
        "TextRecord" + head + "attributes: [:], values: [])"},
       {"8001", "0002 C000", Record("a.", false, 1, 60, 32769, {0xC0, 0}),
-       "Record" + head + "type: 32769, data: 2 bytes)"},
-  };
+       "Record" + head + "type: 32769, data: 2 bytes)"}};
   for (const auto& [type, data, record, printed] : rows) {
     const auto octets = recordOf(type, data);
     EXPECT_EQ(description(record), "DnsToolsSocket." + printed);
@@ -100,8 +99,7 @@ TEST(RecordValue, TellsWhatIsWrongWithData) {
        "0017 00 00 0000000100000002000000030000000400000005 00", "invalidDataSize"},
       {"SRV shorter than its name", "0021", "0007 0001 0002 0003 01 62 00", "invalidDataSize"},
       {"TXT that is not UTF-8", "0010", "0002 01 FF", "unicodeDecodingError"},
-      {"an unknown type longer than the message", "FFFF", "FFFF 00", "invalidDataSize"},
-  };
+      {"an unknown type longer than the message", "FFFF", "FFFF 00", "invalidDataSize"}};
   for (const auto& [what, type, data, error] : rows) {
     EXPECT_EQ(readAndPrinted(recordOf(type, data)), error) << what;
   }

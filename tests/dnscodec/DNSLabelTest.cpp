@@ -36,8 +36,7 @@ TEST(DNSLabelTest, ReadsLabelsAndPointers) {
       {"a label of 191 octets cut", "bf 61 00", 0, ""},
       {"a pointer cut", "0161 c0", 0, ""},
       {"not ASCII", "0180 00", 0, ""},
-      {"a pointer to itself", "c000", 0, ""},
-  };
+      {"a pointer to itself", "c000", 0, ""}};
   for (const auto& [what, bytes, offset, name] : rows) {
     EXPECT_EQ(nameAt(hex(bytes), offset), name) << what;
   }

@@ -11,18 +11,16 @@ std::optional<DNSMessage> decoded(DataView bytes) {
 }
 
 TEST(DNSHeaderTest, ReadsAndWritesEachField) {
-  const std::pair<const char*, DNSHeader> rows[] = {
-      {"abcd 0000", {.id = 0xABCD}},
-      {"0000 8000", {.isQuery = false}},
-      {"0000 7800", {.opCode = 15}},
-      {"0000 0400", {.authoritativeAnswer = true}},
-      {"0000 0200", {.truncated = true}},
-      {"0000 0100", {.recursionDesired = true}},
-      {"0000 0080", {.recursionAvailable = true}},
-      {"0000 0020", {.authenticatedData = true}},
-      {"0000 0010", {.checkingDisabled = true}},
-      {"0000 000f", {.responseCode = 15}},
-  };
+  const std::pair<const char*, DNSHeader> rows[] = {{"abcd 0000", {.id = 0xABCD}},
+                                                    {"0000 8000", {.isQuery = false}},
+                                                    {"0000 7800", {.opCode = 15}},
+                                                    {"0000 0400", {.authoritativeAnswer = true}},
+                                                    {"0000 0200", {.truncated = true}},
+                                                    {"0000 0100", {.recursionDesired = true}},
+                                                    {"0000 0080", {.recursionAvailable = true}},
+                                                    {"0000 0020", {.authenticatedData = true}},
+                                                    {"0000 0010", {.checkingDisabled = true}},
+                                                    {"0000 000f", {.responseCode = 15}}};
   for (auto [bytes, header] : rows) {
     header.questionCount = 0x0102;
     header.answerRecordCount = 0x0304;
@@ -130,8 +128,7 @@ TEST(DNSResourceRecordTest, OfACnameReadsAndWritesItsTarget) {
       {"01 61 00 ffff", "a", "01 61 00"},
       {"01 61 c005 ff 01 62 00", "a.b", "01 61 01 62 00"},  // a pointer into the data itself
       {"03 776562 c010", "web", "03 776562 00"},            // and one into the message
-      {"03 77", "", "00 00"},
-  };
+      {"03 77", "", "00 00"}};
   for (const auto& [data, name, written] : rows) {
     DNSResourceRecord record;
     record.name = "w";

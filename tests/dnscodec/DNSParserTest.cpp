@@ -105,8 +105,7 @@ TEST_F(DNSParserTest, ReplacesTheAdditionalSectionOrKeepsWhatItCannotDecode) {
       {"1234 0100 0001 0001 0002 0003 01 61 00 0001 0001 0130",
        "1234 0100 0001 0000 0000 0001 01 61 00 0001 0001" + opt, kept},
       {"00ff", "00ff", without},
-      {"1234 0100 0001 0000 0000 0001", "1234 0100 0001 0000 0000 0001", without},
-  };
+      {"1234 0100 0001 0000 0000 0001", "1234 0100 0001 0000 0000 0001", without}};
   for (const auto& [datagram, injected, record] : rows) {
     log_.clear();
     EXPECT_EQ(DNSParser::injectFlagsTo(hex(datagram), hex("fdef 0001 31")), hex(injected));
@@ -145,8 +144,7 @@ TEST_F(DNSParserTest, LogsQuestionsAndTakesTheHostOfAUrl) {
       {"HTTP://a.b", 1, {"-> dnsType1 = A", "--> HTTP://a.b"}},
       {"http://a.b:80/c", 1, {"--> a.b"}},
       {"a.http.b", 1, {"--> a.http.b"}},
-      {"http://", 1, {"--> http://"}},
-  };
+      {"http://", 1, {"--> http://"}}};
   for (const auto& [name, type, lines] : rows) {
     DNSMessage message;
     message.questions.push_back(std::make_shared<DNSQuestion>(DNSQuestion{name, type, 1}));

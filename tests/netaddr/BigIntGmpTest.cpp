@@ -73,8 +73,7 @@ void expectOperations(const BigInt& a, const BigInt& b) {
   const std::pair<mpz_class, BigInt (BigInt::*)(const BigInt&) const> rows[] = {
       {x + y, &BigInt::add},    {x - y, &BigInt::subtract}, {x * y, &BigInt::multiply},
       {x / y, &BigInt::divide}, {x % y, &BigInt::mod},      {x & y, &BigInt::bitAnd},
-      {x | y, &BigInt::bitOr},  {x ^ y, &BigInt::xOr},      {gcd(x, y), &BigInt::gcd},
-  };
+      {x | y, &BigInt::bitOr},  {x ^ y, &BigInt::xOr},      {gcd(x, y), &BigInt::gcd}};
   for (const auto& [result, ours] : rows) {
     expectResult(result, [&, operation = ours] { return (a.*operation)(b); });
   }
@@ -102,8 +101,7 @@ TEST(BigIntGmpTest, DivisionsWithAWrongEstimateAgree) {
       {"8000000000000000FFFFFFFFFFFFFFFE0000000000000000", "8000000000000000FFFFFFFFFFFFFFFF"},
       {"FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0000000000000000",
        "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0000000000000001"},
-      {"300000000000000008000000000000000", "100000000000000002000000000000000"},
-  };
+      {"300000000000000008000000000000000", "100000000000000002000000000000000"}};
   for (const auto& [dividend, divisor] : rows) {
     expectOperations(number(dividend), number(divisor));
   }

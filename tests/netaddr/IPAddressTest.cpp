@@ -14,8 +14,7 @@ TEST(IPv4Test, ReadsTexts) {
       {"Invalid subnet mask", {"1.2.3.4/33", "nonsense/99"}},
       {"Invalid IPv4 Address",
        {"1.2.3.4/123", "1.2.3.4/", "1.2.3.4/8/8", "1.2.3.4/a", "256.1.1.1", "1.1.1.0001", "1.1.1",
-        "1.1.1.1.1", "1.1.1.1\n", std::string("1.1.1.1\0", 8), "", std::string(1000000, '.')}},
-  };
+        "1.1.1.1.1", "1.1.1.1\n", std::string("1.1.1.1\0", 8), "", std::string(1000000, '.')}}};
   for (const auto& [error, texts] : rows) {
     for (const std::string& text : texts) {
       const IPv4 ip(text);
@@ -99,8 +98,7 @@ TEST(IPAddressTest, IsInASubnetThatHoldsAllOfIt) {
       {"fe80::/10", "fe80::/11", false},
       {"2001:db8:8000::", "2001:db8::/33", false},
       {"1.2.3.4", "::/0", false},
-      {"::1", "0.0.0.0/0", false},
-  };
+      {"::1", "0.0.0.0/0", false}};
   for (const auto& [address, subnet, expected] : rows) {
     EXPECT_EQ(IPAddress(address).isInSubnet(IPAddress(subnet)), expected) << address << subnet;
   }

@@ -28,8 +28,7 @@ TEST(IPv6Test, ReadsTexts) {
       {"Too many :: groups found", {"1::2::3"}},
       {"Error parsing groups", {"1:2:3:4:5:6:7:8::", "::1:2:3:4:5:6:7:8"}},
       {"Incorrect number of groups found",
-       {"1:2:3:4::5:6:7:8:9", "1:2:3", "1:2:3:4:5:6:7:8:9", "1:2:3:4:5:6:7:1.2.3.4", ":", ""}},
-  };
+       {"1:2:3:4::5:6:7:8:9", "1:2:3", "1:2:3:4:5:6:7:8:9", "1:2:3:4:5:6:7:1.2.3.4", ":", ""}}};
   for (const auto& [error, texts] : rows) {
     for (const std::string& text : texts) {
       const IPv6 ip(text);

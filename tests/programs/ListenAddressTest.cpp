@@ -13,8 +13,7 @@ TEST(ListenAddressTest, ReadsAddressAndPort) {
   const std::pair<std::string_view, ListenAddress> rows[] = {
       {"0.0.0.0:0", {"0.0.0.0", 0, false}},
       {"127.0.0.1:65535", {"127.0.0.1", 65535, false}},
-      {"[2001:DB8:0:0::1]:53", {"2001:db8::1", 53, true}},
-  };
+      {"[2001:DB8:0:0::1]:53", {"2001:db8::1", 53, true}}};
   for (const auto& [text, expected] : rows) {
     EXPECT_EQ(ListenAddress::parse(text), expected) << text;
   }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -23,15 +22,6 @@ inline platform::Data hex(std::string_view text) {
     bytes.push_back(static_cast<std::uint8_t>(std::stoi(digits.substr(i, 2), nullptr, 16)));
   }
   return bytes;
-}
-
-/// The octets of all pieces together.
-inline platform::Data hex(std::initializer_list<std::string_view> pieces) {
-  std::string digits;
-  for (const auto piece : pieces) {
-    digits.append(piece);
-  }
-  return hex(std::string_view(digits));
 }
 
 /// A query with RD set for one question of class IN; "a.b" goes as 01 61 01 62 00.

@@ -72,8 +72,7 @@ TEST_F(ResponsePathTest, TellsOfAnswersWithoutAddress) {
        {"=== ignore HTTPSSVC ===", url + "Optional(\"a.\")"}},
       {hex("12 34 81 80 00 00 00 01 00 00 00 00 01 62 00 00 10 00 01 00 00 00 3c 00 04 03 78 3d "
            "79"),
-       {url + "Optional(\"b.\")"}},
-  };
+       {url + "Optional(\"b.\")"}}};
   for (const auto& [bytes, lines] : rows) {
     answer(bytes);
     EXPECT_THAT(log_.records(), IsSupersetOf(lines));

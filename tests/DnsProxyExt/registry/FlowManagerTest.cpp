@@ -43,8 +43,7 @@ TEST_F(FlowManagerTest, ReportsWhatTheSettingsAskFor) {
       {{.forLastSecs = 70}, "12"},
       {{.forLastSecs = 9}, ""},
       {{.package = "σsAFARi"}, "1"},
-      {{.forLastSecs = 10, .package = "ςsafari"}, ""},
-  };
+      {{.forLastSecs = 10, .package = "ςsafari"}, ""}};
   for (const auto& [settings, shown] : rows) {
     std::string keys;
     for (const auto& record : report(settings)) {

@@ -16,8 +16,7 @@ TEST(XpcUdpCommandParser, WritesExactBytesAndReadsThemBack) {
       {{CmdType::printToLog, "čšž €😀"}, R"({"cmdType":"printToLog","payload":"čšž €😀"})"},
       {{CmdType::printToLog, std::string("\"\\a/b\0\x1b\x1f\x7f", 9)},
        R"({"cmdType":"printToLog","payload":"\"\\a\/b\u0000\u001b\u001f)"
-       "\x7f\"}"},
-  };
+       "\x7f\"}"}};
   for (const auto& [command, datagram] : rows) {
     EXPECT_EQ(textOf(XpcUdpCommandParser::encodeCommand(command).value()), datagram);
     EXPECT_EQ(decode(datagram), command) << datagram;
@@ -43,8 +42,7 @@ TEST(XpcUdpCommandParser, ReadsMembersByNameAndRefusesWhatIsNoCommand) {
       R"({"cmdType":"command","payload":"x"} more)",
       "{\"cmdType\":\"command\",\"payload\":\"\xFF\"}",
       std::string(65'507, '['),
-      R"({"cmdType":"command","payload":"x","deep":)" + std::string(60'000, '['),
-  };
+      R"({"cmdType":"command","payload":"x","deep":)" + std::string(60'000, '[')};
   for (const auto& text : none) {
     EXPECT_EQ(decode(text), std::nullopt) << text;
   }

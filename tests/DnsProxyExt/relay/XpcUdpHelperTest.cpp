@@ -55,8 +55,7 @@ TEST_F(XpcUdpHelperTest, TakesOneDatagramAndObeysCommandsOnly) {
       {"", "Xpc Udp Data == nil"},
       {"&*\xFF{}", "*Xpc Udp Received message: &*\uFFFD{}"},
       {R"({"cmdType":"command","payload":"BypassAllOn"})", "unknown XpcUdp command"},
-      {kBypassOn, "Received command: bypassAllOn"},
-  };
+      {kBypassOn, "Received command: bypassAllOn"}};
   for (const auto& [datagram, record] : rows) {
     EXPECT_FALSE(provider_->bypassAll);
     log_.clear();

@@ -28,8 +28,7 @@ TEST(RoutingTable, TheFirstRuleThatAppliesChooses) {
        "Optional(\"mywiki.org\") wiki"},
       // Letter case counts in domains, an empty entry allows nothing.
       {"app", "WIKI.org", "", false, toFiltering + "Optional(\"WIKI.org\") "},
-      {"app", {}, "x", false, toFiltering + "nil "},
-  };
+      {"app", {}, "x", false, toFiltering + "nil "}};
   for (const auto& [application, domain, allowed, allowAll, chosen] : rows) {
     table.allowedApps = {"y", allowed};
     table.shouldAllowAll = allowAll;

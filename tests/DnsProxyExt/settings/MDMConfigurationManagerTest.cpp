@@ -60,8 +60,7 @@ TEST_F(MDMConfigurationManagerTest, TakesTheIdentityAndNamesTheFirstMissingValue
        {{"65010", ""}, {"65011", ""}},
        organization},
       {R"({"addAppSenderId": "YES"})"_json, {{"65005", "com.example.app"}}, organization},
-      {R"({"addAppSenderId": "true"})"_json, {}, organization},
-  };
+      {R"({"addAppSenderId": "true"})"_json, {}, organization}};
   for (const auto& [conf, identity, incomplete] : rows) {
     MDMConfigurationManager manager;
     manager.initConfigurationForMacOs(conf.get<ConfigurationMap>());
@@ -95,8 +94,7 @@ TEST_F(MDMConfigurationManagerTest, FollowsTheGroupDefaults) {
       {R"({"send_timezone": 1})", address},
       {R"({"send_timezone": -4})", address},
       {R"({"send_timezone": 2})", address + ", " + zone},
-      {R"(not JSON)", address + ", " + zone},
-  };
+      {R"(not JSON)", address + ", " + zone}};
   for (const auto& [defaults, expected] : rows) {
     defaults_.write(defaults);
     EXPECT_EQ(description(manager_.getValuesForInject("app").value()),

@@ -59,8 +59,7 @@ TEST_F(VendorSettingsTest, TakesTheAllowedAppsFromWhereverTheyAre) {
       {R"({"allowPackages": ["a", 3]})", "x", {"a", "3"}},
       {R"({"n": 1e999, "allowPackages": ["a"]})", "x", {"a"}},
       {R"({"allowPackages": ["a", 1e999]})", "x", {"before"}},
-      {"[1e999]", "x", {"before"}},
-  };
+      {"[1e999]", "x", {"before"}}};
   for (const auto& [jsonVars, allowPackages, allowed] : rows) {
     routing_.allowedApps = {"before"};
     apply({{"jsonVars", jsonVars}, {"allowPackages", allowPackages}});

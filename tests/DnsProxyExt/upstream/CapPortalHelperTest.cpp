@@ -44,8 +44,7 @@ TEST_F(CapPortalHelperTest, LogsWhatAServerSaysAndStartsTheIntervalAnew) {
       {{}, "[CapPortalHelper]:, udp received  - data is nil"},
       {{'o', 'k'}, "[CapPortalHelper]:, udp received - ok"},
       {{'o', 'k'}, "error of deserialization"},
-      {{0xFF}, "[CapPortalHelper]:, udp received - "},
-  };
+      {{0xFF}, "[CapPortalHelper]:, udp received - "}};
   for (const auto& [answer, record] : rows) {
     log_.clear();
     server_.setAnswer(

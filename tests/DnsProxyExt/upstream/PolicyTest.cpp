@@ -50,8 +50,7 @@ TEST(Policy, IsTakenOrLeavesTheOldOne) {
       {settings(R"([{"assignedDomains": [)" + deep + "]}]"),
        "JSON decoder, error: assignedDomains: nested deeper than 64, "},
       {settings("[1e999]"), "JSON decoder, error: dnsServerSettings: a number too large, "},
-      {"[" + deep + "]", "JSON decoder, error: nested deeper than 64, "},
-  };
+      {"[" + deep + "]", "JSON decoder, error: nested deeper than 64, "}};
   const LogCapture log;
   DomainMap map;
   for (const auto& [answer, record] : rows) {
