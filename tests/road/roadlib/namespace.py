@@ -29,8 +29,8 @@ def enter():
 
 
 def add_address(address):
-    """Puts an address of any network on the loopback interface."""
-    tool("ip", "address", "add", address, "dev", "lo")
+    """Puts an address of any network on the loopback interface; there to be bound when this comes back."""
+    tool("ip", "address", "add", address, "dev", "lo", *(["nodad"] if ":" in address else []))
 
 
 @contextlib.contextmanager
