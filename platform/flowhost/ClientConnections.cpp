@@ -1,10 +1,9 @@
 #include "platform/flowhost/ClientConnections.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <utility>
 
+#include "platform/base/DescriptorLimit.h"
 #include "platform/log/NSLog.h"
 #include "platform/network/NWError.h"
 #include "platform/senders/OriginalDestination.h"
@@ -15,16 +14,12 @@ namespace platform {
 namespace {
 
 // The others are for the exchanges upstream, which are more.
-constexpr rlim_t kShareOfDescriptors = 8;
+constexpr std::size_t kShareOfDescriptors = 8;
 
 }  // namespace
 
 std::size_t ClientConnections::usualLimit() {
-  rlimit descriptors{};
-  if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
-    return kMaxConnections;
-  }
-  return std::clamp<std::size_t>(descriptors.rlim_cur / kShareOfDescriptors, 1, kMaxConnections);
+  return std::clamp<std::size_t>(descriptorLimit() / kShareOfDescriptors, 1, kMaxConnections);
 }
 
 std::error_code ClientConnections::bind(const SocketAddress& address) {

@@ -1,9 +1,9 @@
 #include "platform/network/OpenConnections.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <utility>
+
+#include "platform/base/DescriptorLimit.h"
 
 namespace platform {
 
@@ -11,8 +11,8 @@ namespace {
 
 // Descriptors left to everything else: listen sockets, files, pipes, event sets, TCP connections. A
 // quarter of what there is, within these.
-constexpr rlim_t kFewestReserved = 64;
-constexpr rlim_t kMostReserved = 256;
+constexpr std::size_t kFewestReserved = 64;
+constexpr std::size_t kMostReserved = 256;
 
 }  // namespace
 
@@ -23,11 +23,7 @@ OpenConnections& OpenConnections::shared() {
 }
 
 std::size_t OpenConnections::usualLimit() {
-  rlimit descriptors{};
-  if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
-    return NWConnection::kMaxConnections;
-  }
-  const auto present = std::max(descriptors.rlim_cur, kFewestReserved + 1);
+  const auto present = std::max(descriptorLimit(), kFewestReserved + 1);
   const auto reserved = std::clamp(present / 4, kFewestReserved, kMostReserved);
   return std::min<std::size_t>(NWConnection::kMaxConnections, present - reserved);
 }

@@ -1,11 +1,11 @@
 #include "platform/xpc/JSONRPCServer.h"
 
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <utility>
 
+#include "platform/base/DescriptorLimit.h"
 #include "platform/base/SystemError.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/log/NSLog.h"
@@ -18,14 +18,10 @@ namespace {
 // How long nobody is accepted when the system has no room for a further client.
 constexpr double kPauseSeconds = 1;
 // The other descriptors are for the process' own work.
-constexpr rlim_t kShareOfDescriptors = 8;
+constexpr std::size_t kShareOfDescriptors = 8;
 
 std::size_t usualLimit() {
-  rlimit descriptors{};
-  if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
-    return JSONRPCServer::kMaxConnections;
-  }
-  return std::clamp<std::size_t>(descriptors.rlim_cur / kShareOfDescriptors, 1,
+  return std::clamp<std::size_t>(descriptorLimit() / kShareOfDescriptors, 1,
                                  JSONRPCServer::kMaxConnections);
 }
 

@@ -1,11 +1,9 @@
 #include "programs/quillet_dns_proxy/ProxyProcess.h"
 
-#include <sys/resource.h>
-
-#include <algorithm>
 #include <csignal>
 
 #include "DnsProxyExt/SafeSearchDNSProxyProvider.h"
+#include "platform/base/DescriptorLimit.h"
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/dispatch/SignalSource.h"
@@ -26,17 +24,9 @@ namespace {
 
 constexpr int kCannotStart = 1;
 
-/// Asks for as many descriptors as the bound on connections allows for, where the system grants
-/// them.
-void raiseDescriptorLimit() {
-  constexpr rlim_t kOthers = 256 + platform::JSONRPCServer::kMaxConnections;
-  rlimit limit{};
-  if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-    const rlim_t wanted = platform::NWConnection::kMaxConnections + kOthers;
-    limit.rlim_cur = std::max(limit.rlim_cur, std::min(wanted, limit.rlim_max));
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-  }
-}
+// As many as the bounds on connections allow for, and what everything else needs.
+constexpr std::size_t kDescriptors =
+    platform::NWConnection::kMaxConnections + platform::JSONRPCServer::kMaxConnections + 256;
 
 /// A folder that cannot be made shows when the first value is to be kept there.
 void useDefaultsDirectory(const std::filesystem::path& directory) {
@@ -66,7 +56,7 @@ std::shared_ptr<DnsProxyExt> makeProvider(bool safeSearch) {
 ProxyProcess::ProxyProcess(CommandLine commandLine) : commandLine_(std::move(commandLine)) {}
 
 int ProxyProcess::run() {
-  raiseDescriptorLimit();
+  platform::raiseDescriptorLimit(kDescriptors);
   useDefaultsDirectory(commandLine_.defaultsDirectory);
   const platform::SignalSource signals({SIGTERM, SIGINT, SIGHUP},
                                        [this](int signal) { handleSignal(signal); });
