@@ -3,12 +3,13 @@
 // where they may be made, 300 cgroups besides those that are there.
 
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/base/DescriptorLimit.h"
 #include "platform/dispatch/MainLoop.h"
 #include "platform/senders/SenderLookup.h"
 #include "tests/platform/Socket.h"
@@ -30,10 +31,7 @@ constexpr int kCgroups = 300;
 
 /// As many bound sockets as the benchmark's argument says; absent where the system permits fewer.
 std::vector<UDPSocket> manySockets(benchmark::State& state) {
-  rlimit limit{};
-  ::getrlimit(RLIMIT_NOFILE, &limit);
-  limit.rlim_cur = limit.rlim_max;
-  ::setrlimit(RLIMIT_NOFILE, &limit);
+  platform::raiseDescriptorLimit(std::numeric_limits<std::size_t>::max());
   std::vector<UDPSocket> sockets;
   try {
     while (sockets.size() < static_cast<std::size_t>(state.range(0))) {
