@@ -117,7 +117,7 @@ TEST(BigIntGmpTest, DivisionsWithAWrongEstimateAgree) {
   }
 }
 
-TEST(BigIntGmpTest, ShiftsRootsAndSymbolsAgree) {
+TEST(BigIntGmpTest, ShiftsRootsSymbolsAndTextsAgree) {
   Operands operands;
   for (int i = 0; i < 1500 && !HasFailure(); ++i) {
     const BigInt a = operands.next();
@@ -131,6 +131,10 @@ TEST(BigIntGmpTest, ShiftsRootsAndSymbolsAgree) {
     expectResult(-x, [&] { return a.negate(); });
     expectResult(sqrt(theirs(natural)), [&] { return natural.sqrt(); });
     EXPECT_EQ(BigInt::jacobi(a, odd), mpz_kronecker(x.get_mpz_t(), theirs(odd).get_mpz_t()));
+    const int radix = 2 + i % 35;
+    const auto text = x.get_str(-radix);  // GMP's sign for capital letters
+    EXPECT_EQ(a.toStringWithRadix(radix), text);
+    expectResult(x, [&] { return BigInt(text, radix); });
   }
 }
 

@@ -62,6 +62,7 @@ TEST(BigIntTest, EveryFailureHasItsNameAndReason) {
       {"Negative underflow in constructor.", text("-0", 10)},
       {"Positive overflow in constructor.", text(std::string(1000000, '9'), 16)},
       {"Invalid string in constructor.", text("2", 2)},
+      {"Invalid string in constructor.", text("0", -128)},
       {"Invalid string in constructor.", text(std::string("1\0", 2), 16)}};
   for (const char* const digits : {"", "-", "1g", "--1", "+1"}) {
     rows.emplace_back("Invalid string in constructor.", text(digits, 16));
