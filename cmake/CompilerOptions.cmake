@@ -4,6 +4,7 @@ set(QUILLET_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, for
 option(QUILLET_FUZZ "Build the fuzz targets with libFuzzer (needs clang)" OFF)
 option(QUILLET_TESTS "Build the tests" ON)
 option(QUILLET_PRECOMPILE "Precompile the headers of others that most sources include" ON)
+option(QUILLET_TESTS_TOGETHER "Compile the sources of a test program a few at a time" ON)
 option(QUILLET_BENCH "Build the benchmarks" ON)
 
 find_program(CCACHE ccache)

@@ -9,8 +9,8 @@ function(quillet_rooms)
   endforeach()
 endfunction()
 
-# The headers of others that most sources include, parsed once. A source still names each that it uses: the clang build,
-# which has none of this, would not find it otherwise.
+# The headers of others that most sources include, parsed once. A source still names each that it uses: clang-tidy, which
+# has none of this, would not find it otherwise.
 set(QUILLET_COMMON_HEADERS
   <algorithm> <functional> <memory> <optional> <string> <string_view> <vector> <nlohmann/json.hpp> <tl/expected.hpp>)
 
@@ -51,6 +51,8 @@ function(quillet_test name)
     target_precompile_headers(${name} REUSE_FROM precompiled_test_headers)
   endif()
   set(labels)
+  # Of what a test program is compiled from, most are GoogleTest's templates.
+  set_target_properties(${name} PROPERTIES UNITY_BUILD ${QUILLET_TESTS_TOGETHER} UNITY_BUILD_BATCH_SIZE 6)
   if(ARG_THREADS)
     set(labels LABELS threads)
     add_dependencies(tests_with_threads ${name})
