@@ -36,8 +36,15 @@ function(quillet_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES})
 endfunction()
 
-# What tests and programs' command lines are compiled with in a release build: they run once, and build in half the time.
+# What tests and programs' command lines are compiled with: they run once, and build in half the time, under a sanitizer in
+# a third. No fuzz target measures what it covers of them.
 set(QUILLET_QUICK_TO_BUILD $<$<CONFIG:Release>:-O1>)
+if(QUILLET_SANITIZE)
+  set(QUILLET_QUICK_TO_BUILD -O0)
+endif()
+if(QUILLET_FUZZ)
+  list(APPEND QUILLET_QUICK_TO_BUILD -fno-sanitize=fuzzer-no-link)
+endif()
 
 # quillet_test(NAME [THREADS] SOURCES ... LIBRARIES ...): one GoogleTest program; ctest knows each of its cases by name.
 # THREADS: it is one of those that ThreadSanitizer looks at.
