@@ -1,6 +1,5 @@
 #include "dns_tools/Labels.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace DnsToolsSocket {
@@ -27,23 +26,6 @@ void put(Slots& slots, const Entry& entry) {
 
 }  // namespace
 
-const std::uint16_t* Labels::find(std::string_view text, NameSuffix& name) const {
-  const auto* entry = slots_.empty() ? findAmongFew(text) : findInSlots(text, name.hash());
-  return entry == nullptr ? nullptr : &entry->offset;
-}
-
-std::optional<std::string_view> Labels::copyOf(std::string_view name, std::size_t offset) {
-  return keepsNames_ && offset < kOffsetLimit ? std::optional(keep(std::string(name)))
-                                              : std::nullopt;
-}
-
-const Labels::Entry* Labels::findAmongFew(std::string_view text) const {
-  const auto* end = few_.data() + used_;
-  const auto* entry =
-      std::find_if(few_.data(), end, [&](const Entry& other) { return other.text() == text; });
-  return entry == end ? nullptr : entry;
-}
-
 const Labels::Entry* Labels::findInSlots(std::string_view text, std::uint32_t hash) const {
   const auto& slot = probe(slots_, hash, [&](const Entry& other) {
     return other.data == nullptr || (other.hash == hash && other.text() == text);
@@ -51,21 +33,13 @@ const Labels::Entry* Labels::findInSlots(std::string_view text, std::uint32_t ha
   return slot.data == nullptr ? nullptr : &slot;
 }
 
-void Labels::store(std::string_view text, NameSuffix& name, std::size_t offset) {
-  if (offset >= kOffsetLimit) {
-    return;
-  }
-  const auto target = static_cast<std::uint16_t>(offset);
-  if (slots_.empty() && used_ < few_.size()) {
-    few_[used_++] = {text.data(), text.size(), 0, target};
-    return;
-  }
+void Labels::storeInSlots(std::string_view text, NameSuffix& name, std::uint16_t offset) {
   if (slots_.empty()) {
     moveFewToSlots();
   } else if (used_ * 2 == slots_.size()) {
     doubleSlots();
   }
-  put(slots_, Entry{text.data(), text.size(), name.hash(), target});
+  put(slots_, Entry{text.data(), text.size(), name.hash(), offset});
   ++used_;
 }
 

@@ -57,6 +57,7 @@ class Labels {
 
   [[nodiscard]] const Entry* findAmongFew(std::string_view text) const;
   [[nodiscard]] const Entry* findInSlots(std::string_view text, std::uint32_t hash) const;
+  void storeInSlots(std::string_view text, NameSuffix& name, std::uint16_t offset);
   explicit Labels(bool keepsNames) : keepsNames_(keepsNames) {}
 
   void moveFewToSlots();
@@ -71,5 +72,37 @@ class Labels {
   const bool keepsNames_ = true;
   std::forward_list<std::string> kept_;
 };
+
+inline const std::uint16_t* Labels::find(std::string_view text, NameSuffix& name) const {
+  const auto* entry = slots_.empty() ? findAmongFew(text) : findInSlots(text, name.hash());
+  return entry == nullptr ? nullptr : &entry->offset;
+}
+
+inline const Labels::Entry* Labels::findAmongFew(std::string_view text) const {
+  const auto* end = few_.data() + used_;
+  for (const auto* entry = few_.data(); entry != end; ++entry) {
+    if (entry->text() == text) {
+      return entry;
+    }
+  }
+  return nullptr;
+}
+
+inline void Labels::store(std::string_view text, NameSuffix& name, std::size_t offset) {
+  if (offset >= kOffsetLimit) {
+    return;
+  }
+  const auto target = static_cast<std::uint16_t>(offset);
+  if (slots_.empty() && used_ < few_.size()) {
+    few_[used_++] = {text.data(), text.size(), 0, target};
+  } else {
+    storeInSlots(text, name, target);
+  }
+}
+
+inline std::optional<std::string_view> Labels::copyOf(std::string_view name, std::size_t offset) {
+  return keepsNames_ && offset < kOffsetLimit ? std::optional(keep(std::string(name)))
+                                              : std::nullopt;
+}
 
 }  // namespace DnsToolsSocket

@@ -27,7 +27,9 @@ std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
   return static_cast<std::uint64_t>(product >> 64) ^ static_cast<std::uint64_t>(product);
 }
 
-std::uint64_t labelHash(std::string_view label, std::size_t distanceFromEnd) {
+}  // namespace
+
+std::uint64_t NameSuffix::labelHash(std::string_view label, std::size_t distanceFromEnd) {
   std::uint64_t hash = seeds().label + distanceFromEnd;
   std::uint64_t word = 0;
   for (std::size_t i = 0; i < label.size(); ++i) {
@@ -40,14 +42,7 @@ std::uint64_t labelHash(std::string_view label, std::size_t distanceFromEnd) {
   return mix(hash ^ word, seeds().end + label.size());
 }
 
-std::string_view firstLabel(std::string_view text) { return text.substr(0, text.find('.')); }
-
-std::string_view withoutFirstLabel(std::string_view text, std::string_view label) {
-  text.remove_prefix(label.size() == text.size() ? label.size() : label.size() + 1);
-  return text;
-}
-
-std::uint64_t nameHash(std::string_view text) {
+std::uint64_t NameSuffix::nameHash(std::string_view text) {
   std::uint64_t hash = 0;
   while (!text.empty()) {
     const auto label = firstLabel(text);
@@ -55,32 +50,6 @@ std::uint64_t nameHash(std::string_view text) {
     text = withoutFirstLabel(text, label);
   }
   return hash;
-}
-
-}  // namespace
-
-NameSuffix::NameSuffix(std::string_view name)
-    : text_(name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0))) {}
-
-bool NameSuffix::hasEmptyLabel() const {
-  return text_.starts_with('.') || text_.ends_with('.') ||
-         text_.find("..") != std::string_view::npos;
-}
-
-std::uint32_t NameSuffix::hash() {
-  if (!hash_) {
-    hash_ = nameHash(text_);
-  }
-  return static_cast<std::uint32_t>(*hash_);
-}
-
-std::string_view NameSuffix::takeLabel() {
-  const auto label = firstLabel(text_);
-  if (hash_) {
-    *hash_ -= labelHash(label, text_.size());
-  }
-  text_ = withoutFirstLabel(text_, label);
-  return label;
 }
 
 }  // namespace DnsToolsSocket

@@ -56,12 +56,31 @@ void Writer::writeBytes(platform::DataView bytes) {
   std::copy(bytes.begin(), bytes.end(), extend(bytes.size()));
 }
 
+/// False when the text was not written before.
+inline bool Writer::writePointer(std::string_view text, NameSuffix& name) {
+  const auto* offset = labels_.find(text, name);
+  if (offset != nullptr) {
+    writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
+  }
+  return offset != nullptr;
+}
+
+inline void Writer::writeLabel(std::string_view label) {
+  if (label.size() > kMaxLabelSize) {
+    fail(EncodeError::labelTooLong);
+    return;
+  }
+  auto* octets = extend(1 + label.size());
+  *octets = static_cast<std::uint8_t>(label.size());
+  std::copy(label.begin(), label.end(), octets + 1);
+}
+
 void Writer::writeName(std::string_view name) {
   NameSuffix rest(name);
   if (writePointer(name, rest)) {
     return;
   }
-  rest = storeName(name, rest);
+  storeName(name, rest);
   while (!rest.empty()) {
     writeLabel(rest.takeLabel());
     if (rest.empty()) {
@@ -75,33 +94,16 @@ void Writer::writeName(std::string_view name) {
   writeIntegers(std::uint8_t{0});
 }
 
-/// For a name that is written from here on; gives what there is to write of it.
-NameSuffix Writer::storeName(std::string_view name, NameSuffix rest) {
+/// For a name that is written from here on; `rest` becomes what there is to write of it.
+void Writer::storeName(std::string_view name, NameSuffix& rest) {
   if (const auto copy = labels_.copyOf(name, size_)) {
     name = *copy;
     rest = NameSuffix(name);
   }
   labels_.store(name, rest, size_);
-  return rest.hasEmptyLabel() ? NameSuffix(labels_.keep(withoutEmptyPieces(name))) : rest;
-}
-
-/// False when the text was not written before.
-bool Writer::writePointer(std::string_view text, NameSuffix& name) {
-  const auto* offset = labels_.find(text, name);
-  if (offset != nullptr) {
-    writeIntegers(static_cast<std::uint16_t>(kPointerMark | *offset));
+  if (rest.hasEmptyLabel()) {
+    rest = NameSuffix(labels_.keep(withoutEmptyPieces(name)));
   }
-  return offset != nullptr;
-}
-
-void Writer::writeLabel(std::string_view label) {
-  if (label.size() > kMaxLabelSize) {
-    fail(EncodeError::labelTooLong);
-    return;
-  }
-  auto* octets = extend(1 + label.size());
-  *octets = static_cast<std::uint8_t>(label.size());
-  std::copy(label.begin(), label.end(), octets + 1);
 }
 
 std::size_t Writer::beginData() {

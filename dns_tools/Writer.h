@@ -47,7 +47,7 @@ class Writer {
  private:
   std::uint8_t* extend(std::size_t size);
   void makeRoom(std::size_t size);
-  NameSuffix storeName(std::string_view name, NameSuffix rest);
+  void storeName(std::string_view name, NameSuffix& rest);
   bool writePointer(std::string_view text, NameSuffix& name);
   void writeLabel(std::string_view label);
 
