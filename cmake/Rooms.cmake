@@ -57,9 +57,9 @@ function(quillet_test name)
   if(QUILLET_PRECOMPILE)
     target_precompile_headers(${name} REUSE_FROM precompiled_test_headers)
   endif()
-  set(labels)
-  # Of what a test program is compiled from, most are GoogleTest's templates.
+  # Most of what a test source takes to compile is GoogleTest's: a few together take little more than one.
   set_target_properties(${name} PROPERTIES UNITY_BUILD ${QUILLET_TESTS_TOGETHER} UNITY_BUILD_BATCH_SIZE 6)
+  set(labels)
   if(ARG_THREADS)
     set(labels LABELS threads)
     add_dependencies(tests_with_threads ${name})

@@ -44,6 +44,8 @@ class NameSuffix {
   std::optional<std::uint64_t> hash_;
 };
 
+// Labels are short: these loops take less time than calls of the C library for each of them.
+
 inline bool NameSuffix::hasEmptyLabel() const {
   char previous = '.';
   for (const char c : text_) {

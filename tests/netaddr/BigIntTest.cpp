@@ -24,6 +24,7 @@ TEST(BigIntTest, HoldsWhatItIsMadeOf) {
   EXPECT_EQ(BigInt(minusTwo), BigInt("-10", 2));
   EXPECT_EQ(BigInt("ffffffff", 16).intValue(), -1);
   EXPECT_EQ(BigInt(std::string(5000, '0').append("zZ"), 36), BigInt(35 * 36 + 35));
+  EXPECT_TRUE(BigInt("1z", 100) == BigInt(135) && BigInt("00", 1) == BigInt());
 }
 
 TEST(BigIntTest, WordsCanBeSet) {
