@@ -40,11 +40,11 @@ std::string readAndPrinted(DataView octets) {
 TEST(RecordValue, ADictionaryOutlivesTheRecordsWrittenWithIt) {
   Data bytes;
   Labels labels;
-  for (int i = 0; i < 3; ++i) {
-    const PointerRecord record("name.that.is.long.enough.", false, 1, 0, ".");
+  for (const std::string first : {"name", "name", "x"}) {
+    const PointerRecord record(first + ".that.is.long.enough.", false, 1, 0, ".");
     ASSERT_TRUE(record.serialize(bytes, labels));
   }
-  EXPECT_EQ(bytes.size(), 26U + 11 + 2 * (2 + 12));
+  EXPECT_EQ(bytes.size(), 26U + 11 + 2 + 12 + 4 + 12);
 }
 
 TEST(RecordValue, WritesReadsAndPrintsEachKind) {
